@@ -1,0 +1,7 @@
+#include "platform/base/Version.h"
+
+namespace cutroom {
+
+const char* version() noexcept { return CUTROOM_VERSION; }
+
+} // namespace cutroom
