@@ -1,0 +1,31 @@
+// A registration handle: whoever keeps it stays registered; dropping the last share ends the
+// registration.
+#pragma once
+
+#include "platform/base/Ptr.h"
+
+#include <functional>
+#include <utility>
+
+namespace Kv {
+
+// Base of all registration handles. Dropping one is safe at any moment, on any thread, and from
+// inside the very callback that it keeps registered.
+class CUTROOM_API Guard : public virtual InternalRefCount {
+public:
+    ~Guard() override;
+};
+
+// A guard that runs a given action when it goes.
+class CUTROOM_API ActionGuard final : public Guard {
+public:
+    explicit ActionGuard(std::function<void()> atEnd) : atEnd_(std::move(atEnd)) {}
+    ~ActionGuard() override;
+
+private:
+    std::function<void()> atEnd_;
+};
+
+} // namespace Kv
+
+using Kv::Guard;
