@@ -1,7 +1,6 @@
+// The version of the library, as compiled against and as linked. The build reads its number from
+// here. Numbers follow semantic versioning; the major number is the SONAME's.
 #pragma once
-
-/// The version of the library, in the header and as linked. The build reads its number from here.
-/// Numbers follow semantic versioning; the major number is the SONAME's.
 
 #include "platform/base/Export.h"
 
@@ -11,8 +10,8 @@ inline constexpr int kVersionMajor = 0;
 inline constexpr int kVersionMinor = 1;
 inline constexpr int kVersionPatch = 0;
 
-/// The version of the linked library as "MAJOR.MINOR.PATCH": differs from the constants when the
-/// program was compiled against another one. Never null; any thread.
+// The version of the linked library as "MAJOR.MINOR.PATCH": differs from the constants when the
+// program was compiled against another one. Never null; any thread.
 CUTROOM_API const char* version() noexcept;
 
 } // namespace cutroom
