@@ -16,7 +16,6 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 find_package(Threads REQUIRED)
@@ -25,6 +24,7 @@ add_library(cutroom_options INTERFACE)
 target_include_directories(cutroom_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_link_libraries(cutroom_options INTERFACE Threads::Threads)
 target_compile_options(cutroom_options INTERFACE
+    -fPIC # for all alike, so that one precompiled header serves libraries and programs
     -Wall -Wextra -Wconversion -Wshadow -Werror
     # GCC 12 warns of overlapping copies inside std::string where there are none.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
@@ -56,7 +56,7 @@ find_program(CUTROOM_CCACHE ccache)
 if(CUTROOM_CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
         CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
-        CCACHE_BASEDIR=${CMAKE_BINARY_DIR} CCACHE_NOHASHDIR=1 CCACHE_NODEPEND=1
+        CCACHE_BASEDIR=${CMAKE_BINARY_DIR} CCACHE_NOHASHDIR=1
         ${CUTROOM_CCACHE})
     if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
         target_compile_options(cutroom_options INTERFACE "SHELL:-Xclang -fno-pch-timestamp")
