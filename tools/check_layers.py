@@ -3,14 +3,17 @@
 
 Includes go downward only, headers have no cycle, headers include no library, .cpp files only the
 libraries that are listed for them, project includes are quoted and carry the full folder path,
-every header opens with #pragma once. Prints one line a fault and exits 1 when there is any.
+every header has #pragma once. Prints one line a fault and exits 1 when there is any.
+
+  check_layers.py [ROOT]     ROOT: the tree to check, by default the one that holds this script
 """
 import fnmatch
 import os
 import re
 import sys
 
-ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+OWN_ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+ROOT = sys.argv[1] if len(sys.argv) > 1 else OWN_ROOT
 INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]', re.MULTILINE)
 
 

@@ -1,0 +1,76 @@
+// Uses what the package gives: values, counted objects, an interface that the program implements
+// and the library calls, and casts across the library's boundary.
+
+#include "platform/base/Cookie.h"
+#include "platform/base/Log.h"
+#include "platform/base/Ptr.h"
+#include "platform/base/Version.h"
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+int faults = 0;
+
+void expect(bool condition, const char* what) {
+    if (!condition) {
+        std::printf("consumer: %s\n", what);
+        ++faults;
+    }
+}
+
+class RecordingSink : public cutroom::iLogSink {
+public:
+    void write(std::string_view message) override { heard += message; }
+    std::string heard;
+};
+
+class Shot : public iObject {
+public:
+    explicit Shot(bool& alive) : alive_(alive) { alive_ = true; }
+    ~Shot() override { alive_ = false; }
+
+private:
+    bool& alive_;
+};
+
+void useValues() {
+    const std::string expected = std::to_string(cutroom::kVersionMajor) + "." +
+                                 std::to_string(cutroom::kVersionMinor) + "." +
+                                 std::to_string(cutroom::kVersionPatch);
+    expect(cutroom::version() == expected, "the library is of another version than its headers");
+    const Cookie cookie('E', 42);
+    expect(Cookie::fromString(cookie.asString()) == cookie, "a cookie's text lost something");
+    expect(!Cookie::fromString("../etc/passwd"), "a path passed for a cookie");
+}
+
+void useCountedObjects() {
+    bool alive = false;
+    {
+        const Kv::Ptr<iObject> object = Kv::makePtr<Shot>(alive);
+        expect(object->refCount() == 1, "a new object has one share");
+        const Kv::InternalRefCount* counted = object.get();
+        expect(dynamic_cast<const iVirtual*>(counted) != nullptr, "no way to a sibling base");
+        expect(Kv::dynamicCast<Shot>(object)->refCount() == 2, "no way down to an own class");
+    }
+    expect(!alive, "the last share did not destroy the object");
+}
+
+void useInterfaces() {
+    RecordingSink sink;
+    cutroom::iLogSink* before = cutroom::installLogSink(&sink);
+    LogBoth("%d cuts", 3);
+    cutroom::installLogSink(before);
+    expect(sink.heard == "3 cuts", "the log did not reach the installed sink");
+}
+
+} // namespace
+
+int main() {
+    useValues();
+    useCountedObjects();
+    useInterfaces();
+    std::printf("consumer: cutroom %s, %d faults\n", cutroom::version(), faults);
+    return faults == 0 ? 0 : 1;
+}
