@@ -1,0 +1,72 @@
+#include "platform/embedded/EnglishTexts.h"
+
+#include <algorithm>
+#include <array>
+
+namespace cutroom {
+
+namespace {
+
+struct Row {
+    ResId id;
+    const wchar_t* text;
+};
+
+// Ascending by number.
+constexpr Row kRows[] = {
+    {kResSubclip, L"Subclip"},
+    {kResSequenceCopy, L"Sequence"},
+    {kResFlattened, L"Flattened"},
+    {kResSyncGhost, L"Sync"},
+    {kResCopy, L"Copy"},
+    {kResPrintGhost, L"Print"},
+    {kResNoEdit, L"Untitled"},
+    {kResEditFromCues, L"From markers"},
+    {kResSequenceSection, L"Section"},
+    {kResDefaultCueName, L"Marker"},
+    {kResTransCentredHere, L"Centred on the cut"},
+    {kResTransCurrentSection, L"Current section"},
+    {kResTransSectionUnfolded, L"Current section, unfolded"},
+    {kResTransFromHere, L"From the cut"},
+    {kResTransMultipleSections, L"Several sections"},
+    {kResTransToHere, L"To the cut"},
+    {kResTransUseMark, L"Between mark and current time"},
+    {kResTransPosition4, L"From the start"},
+    {kResTransPosition5, L"To the end"},
+    {kResSubframeError, L"$NAME$ has a cut off the frame boundary at $TIMECODE$"},
+    {kResSearchResults, L"Search results"},
+    {kResSetOperation0, L"In any of the bins"},
+    {kResSetOperation1, L"In all of the bins"},
+    {kResSetOperation2, L"In the first bin only"},
+    {kResTransSelectedSegments, L"Selected segments"},
+    {kResAssociationGroup, L"Related assets"},
+    {kResTypeSource, L"Clip"},
+    {kResTypeEdit, L"Sequence"},
+    {kResTypeSyncGhost, L"Synced clip"},
+    {kResTypePrintGhost, L"Print"},
+    {kResTypeSubclip, L"Subclip"},
+    {kResTypeFileCopy, L"Copied clip"},
+    {kResTypeClipSection, L"Clip section"},
+    {kResTypeOther, L"Log"},
+};
+
+constexpr bool byId(const Row& a, const Row& b) { return a.id < b.id; }
+static_assert(std::is_sorted(std::begin(kRows), std::end(kRows), byId));
+
+} // namespace
+
+std::optional<LightweightString<wchar_t>> EnglishTexts::find(ResId id) const {
+    const auto row = std::lower_bound(std::begin(kRows), std::end(kRows), Row{id, nullptr}, byId);
+    if (row == std::end(kRows) || row->id != id)
+        return std::nullopt;
+    return LightweightString<wchar_t>(row->text);
+}
+
+LightweightVector<ResId> EnglishTexts::ids() {
+    LightweightVector<ResId> all;
+    for (const Row& row : kRows)
+        all.push_back(row.id);
+    return all;
+}
+
+} // namespace cutroom
