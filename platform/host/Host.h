@@ -43,14 +43,15 @@ struct CUTROOM_API HostServices {
 class CUTROOM_API Host {
 public:
     // Begins a life: ends what was made while no host was installed, then puts the services in
-    // force. Only one set at a time (asserted).
+    // force, the loop, ids and log for the lower layers too. Only one set at a time (asserted).
     static void install(const HostServices& services);
-    // Ends the life: destroys what was made in it, the latest first, while the services still
-    // answer; then takes them out of force. Without a host it does nothing.
+    // Ends the life: runs what is posted, destroys what was made in the life, the latest first,
+    // runs what that posted, all while the services still answer; then takes them out of force.
+    // Without a host it does nothing. User-interface thread.
     static void uninstall() noexcept;
     static bool installed() noexcept;
 
-    // The services in force, each never null. Any thread; how a service may be called is its own
+    // The services in force, each always there. Any thread; how a service may be called is its own
     // header's matter.
     static iEventLoop& loop() noexcept;
     static iClock& clock() noexcept;
@@ -61,7 +62,8 @@ public:
     static iStringTable& strings() noexcept;
     static iDebugCommands& debugCommands() noexcept;
     static iRedraw& redraw() noexcept;
-    static iFileSystem& files() noexcept;
+    // The installed file system; null when there is none, which means the system's own.
+    static iFileSystem* files() noexcept;
 };
 
 // Installs a set for its own lifetime.
