@@ -1,0 +1,159 @@
+// `NotifierBase`: a list of listeners and the one guarded walk that tells them. Every notifier,
+// published value and container stands on it.
+//
+// Rules for all of them:
+// - Any thread may register, drop a guard or tell. A telling runs on the telling thread with the
+//   notifier's recursive lock held, so a listener must not wait for another thread that tells
+//   through the same notifier.
+// - Listeners are told in the order of registration. One that is registered during a telling is
+//   not told of that message (nested tellings that begin later do reach it); one whose guard is
+//   dropped during a telling is not told any more.
+// - Dropping a guard is safe at any moment. Outside of any telling it waits for a telling of that
+//   notifier on another thread, so the listener is never called after the drop has returned. A
+//   thread that is inside a telling does not wait (two threads could wait for each other): there,
+//   a call already under way on another thread may still finish after the drop.
+// - A guard may outlive its notifier. A listener may destroy the notifier that is telling it: the
+//   telling ends there.
+// - What a listener throws is logged and the others are told all the same.
+// - A runaway (listeners that tell again whenever they are told) is cut off, with a log line, at
+//   10,000 calls or 8 times the listeners at the start of the outermost telling, whichever is more,
+//   and at 1,000 tellings inside one another, so that the stack holds.
+// - Telling n listeners costs O(n) and allocates nothing; with no listeners no lock is taken.
+#pragma once
+
+#include "platform/base/Guard.h"
+#include "platform/base/Locks.h"
+#include "platform/messaging/Callback.h"
+#include "platform/messaging/CallbackInvoker.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <vector>
+
+namespace cutroom {
+
+// A registration that ends but could not be taken out at once; waits in its list's stack.
+struct EndedRegistration {
+    std::uint64_t number = 0;
+    EndedRegistration* next = nullptr;
+};
+
+// The list behind a notifier, shared with its guards, so that either may go first.
+class CUTROOM_API ListenerList final : public Kv::InternalRefCount {
+public:
+    ListenerList();
+    ~ListenerList() override;
+
+    // Appends a listener; the guard takes it out. An empty guard for a null callback, a negative
+    // type or a closed list. Any thread.
+    Kv::Ptr<Guard> add(Kv::Ptr<CallbackRoot> callback, int msgType);
+    // Ends every registration; called as the notifier goes. Waits for tellings on other threads.
+    void close() noexcept;
+    // The number of listeners of all types. Any thread, no lock.
+    std::size_t count() const noexcept { return live_.load(std::memory_order_acquire); }
+
+    // Calls `callback->call(message)` of each listener of the type, under the lock.
+    template <class Msg> void tell(const Msg& message, int msgType);
+
+private:
+    friend class ListenerGuard;
+    class Walk;
+
+    // Ends the registration of the entry; takes it over when that must wait.
+    void remove(EndedRegistration* entry) noexcept;
+    void endLocked(std::uint64_t number, Kv::Ptr<CallbackRoot>& callback) noexcept;
+    // Ends what waits in the stack. Needs the lock.
+    void takeEnded() noexcept;
+    // Drops ended listeners' callbacks, a handful at a time and outside the lock, and closes gaps.
+    void sweep() noexcept;
+    void settle() noexcept;
+    void logThrown(const char* what) const noexcept;
+    void logRunaway() const noexcept;
+
+    CriticalSection lock_{LockRank::notifier};
+    std::vector<CallbackInvokerBase> entries_; // guarded by lock_
+    std::uint64_t lastNumber_ = 0;             // guarded by lock_
+    std::size_t unswept_ = 0;      // guarded by lock_; ended entries that still hold their callback
+    std::size_t gaps_ = 0;         // guarded by lock_; ended entries
+    int depth_ = 0;                // guarded by lock_; tellings inside one another
+    std::ptrdiff_t callsLeft_ = 0; // guarded by lock_; until a runaway is cut off
+    bool cutOff_ = false;          // guarded by lock_
+    bool closed_ = false;          // guarded by lock_
+    Kv::Ptr<ListenerList> kept_;   // guarded by lock_; itself, when closed inside a telling
+    std::atomic<std::size_t> live_{0};
+    std::atomic<EndedRegistration*> ended_{nullptr};
+};
+
+// Holds the lock of a list for one telling.
+class CUTROOM_API ListenerList::Walk {
+public:
+    explicit Walk(ListenerList& list) noexcept;
+    ~Walk();
+    Walk(const Walk&) = delete;
+    Walk& operator=(const Walk&) = delete;
+
+    // The number of entries when the telling began; 0 when it may not begin.
+    std::size_t size() const noexcept { return size_; }
+
+private:
+    ListenerList& list_;
+    std::size_t size_ = 0;
+};
+
+} // namespace cutroom
+
+// Owns a list of listeners. A copy has its own, empty list; assignment leaves the lists alone.
+class CUTROOM_API NotifierBase {
+public:
+    NotifierBase();
+    NotifierBase(const NotifierBase&);
+    NotifierBase& operator=(const NotifierBase&) noexcept { return *this; }
+    // Ends all registrations.
+    virtual ~NotifierBase();
+
+    // The number of registered listeners, of all types. Any thread, no lock.
+    std::size_t numListeners() const noexcept { return list_->count(); }
+    bool hasListeners() const noexcept { return numListeners() != 0; }
+
+protected:
+    // Registers `callback`, which must take the messages that this notifier tells.
+    Kv::Ptr<Guard> addCallback(Kv::Ptr<cutroom::CallbackRoot> callback, int msgType) const {
+        return list_->add(std::move(callback), msgType);
+    }
+    // Tells every listener of the type.
+    template <class Msg> void tellAll(const Msg& message, int msgType) const {
+        if (list_->count() != 0)
+            list_->tell(message, msgType);
+    }
+
+private:
+    Kv::Ptr<cutroom::ListenerList> list_;
+};
+
+// ------------------------------------------------------------------------------------------------
+
+template <class Msg> void cutroom::ListenerList::tell(const Msg& message, int msgType) {
+    const Walk walk(*this);
+    for (std::size_t i = 0; i < walk.size(); ++i) {
+        if (ended_.load(std::memory_order_acquire))
+            takeEnded();
+        const CallbackInvokerBase& entry = entries_[i];
+        if (!entry.typeMatch(msgType))
+            continue;
+        if (--callsLeft_ < 0) {
+            logRunaway();
+            return;
+        }
+        // The callback stays until the outermost telling ends, whoever removes it.
+        auto* callback = static_cast<iCallbackBase<int, Msg>*>(entry.callback());
+        try {
+            callback->call(message);
+        } catch (const std::exception& thrown) {
+            logThrown(thrown.what());
+        } catch (...) {
+            logThrown("an object that is no exception");
+        }
+    }
+}
