@@ -1,0 +1,30 @@
+// The least work of telling listeners: a virtual call for each, under a recursive mutex.
+#pragma once
+
+#include <mutex>
+#include <vector>
+
+namespace cutroom::bench {
+
+class PlainListener {
+public:
+    virtual ~PlainListener() = default;
+    virtual void changed(double value) = 0;
+};
+
+class PlainTeller {
+public:
+    void add(PlainListener* listener) { listeners_.push_back(listener); }
+
+    void tell(double value) {
+        const std::lock_guard lock(mutex_);
+        for (PlainListener* listener : listeners_)
+            listener->changed(value);
+    }
+
+private:
+    std::recursive_mutex mutex_;
+    std::vector<PlainListener*> listeners_;
+};
+
+} // namespace cutroom::bench
