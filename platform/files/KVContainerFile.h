@@ -1,0 +1,101 @@
+// Container files: a name, a permanent flag, named attributes, and items with described fields.
+#pragma once
+
+#include "platform/base/Cookie.h"
+#include "platform/base/Strings.h"
+#include "platform/files/RecordFile.h"
+
+#include <string>
+#include <string_view>
+
+class CUTROOM_API KVContainerFile {
+public:
+    // One entry of a field description, which ends with an entry whose name is null or empty.
+    struct ItemField {
+        const char* name;
+        char type; // 'a' text, 'f' double
+    };
+
+    // The cookie that a container's file name (without folder and extension) spells; the invalid
+    // cookie when it spells none.
+    static Cookie getCookieFromFilename(const LightweightString<wchar_t>& fileName);
+
+    // Reads one file, whole, when constructed. Then immutable: any thread.
+    class CUTROOM_API Reader {
+    public:
+        explicit Reader(const LightweightString<wchar_t>& fileName);
+        explicit Reader(const std::string& fileName);
+
+        // False when the file could not be read or is damaged; `status` tells why, and everything
+        // below answers as for an empty file.
+        bool valid() const noexcept { return status_.ok(); }
+        const cutroom::Status& status() const noexcept { return status_; }
+
+        // UTF-8; empty when the file has none.
+        std::string getName() const;
+        bool getPermanent() const;
+
+        bool hasAttribute(std::string_view name) const noexcept;
+        std::string getAttribute(std::string_view name, std::string_view otherwise = {}) const;
+        // The whole text as a decimal integer; `otherwise` when absent or no such number.
+        long long getIntAttribute(std::string_view name, long long otherwise = 0) const;
+
+        // The index of an item field by name; -1 when the file lacks it.
+        int getFieldIndex(std::string_view name) const noexcept;
+        std::size_t getNumItems() const noexcept { return table_.size(); }
+        // A field of an item; `otherwise` when the index is negative or out of range, the field
+        // absent or of the other type. Views live as long as the reader.
+        std::string_view getText(std::size_t item, int field,
+                                 std::string_view otherwise = {}) const noexcept {
+            return table_.text(item, field, otherwise);
+        }
+        double getDouble(std::size_t item, int field, double otherwise = 0) const noexcept {
+            return table_.number(item, field, otherwise);
+        }
+
+    private:
+        friend class Writer;
+        void open(const std::string& fileName);
+
+        cutroom::RecordFile table_;
+        cutroom::Status status_;
+    };
+
+    // Collects one file's content and saves it. One thread at a time.
+    class CUTROOM_API Writer {
+    public:
+        explicit Writer(const ItemField* fields);
+
+        // UTF-8.
+        void setName(std::string_view name);
+        void setPermanent(bool permanent);
+        // A later text for the same name replaces the earlier one.
+        void addAttribute(std::string_view name, std::string_view text);
+        // Takes over the attributes that `older` has and this writer was not given by the time of
+        // `save`: those of a later version survive being saved by this one.
+        void keepUnknown(const Reader& older);
+
+        // Begins an item whose field 0 is `text`.
+        void addItem(std::string_view text);
+        // The other fields of the item begun last, by rising index; those left out are absent.
+        void setField(int field, std::string_view text) { table_.setText(field, text); }
+        void setField(int field, double value) { table_.setDouble(field, value); }
+        void reserve(std::size_t items) { table_.reserve(items, items * 64); }
+
+        // Writes crash-safely; the failure names the file.
+        cutroom::Status save(const LightweightString<wchar_t>& fileName) const;
+        cutroom::Status save(const std::string& fileName) const;
+        // The bytes that `save` writes, for a group commit.
+        std::string bytes() const;
+
+    private:
+        cutroom::RecordFile table_;
+    };
+};
+
+namespace cutroom {
+
+// The kind of checked file that containers are.
+inline constexpr std::string_view kContainerKind = "container";
+
+} // namespace cutroom

@@ -1,0 +1,84 @@
+// A table on disk: named attributes, described fields, and records of text and numbers, as one
+// checked file with a readable head and a packed body. Container files and record tables are made
+// of it; docs/formats describes the bytes.
+#pragma once
+
+#include "platform/files/Files.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace cutroom {
+
+// Type letters of fields.
+inline constexpr char kTextField = 'a';   // UTF-8 text
+inline constexpr char kDoubleField = 'f'; // double
+
+// One table in memory. Reading keeps the records packed: a field is found when it is asked for. A
+// value type; one thread at a time, or many readers.
+class CUTROOM_API RecordFile {
+public:
+    struct Field {
+        std::string name;
+        char type;
+    };
+    struct Attribute {
+        std::string name;
+        std::string text;
+    };
+
+    // Reads and checks the file of this kind; the failure names file and byte offset.
+    Status load(const std::string& path, std::string_view kind);
+    // Reads from memory.
+    Status parse(std::string bytes, std::string_view kind, const std::string& file);
+    // Writes crash-safely.
+    Status save(const std::string& path, std::string_view kind, Backup backup = Backup::keep) const;
+    // The bytes `save` writes.
+    std::string bytes(std::string_view kind) const;
+
+    std::vector<Attribute>& attributes() noexcept { return attributes_; }
+    const std::vector<Attribute>& attributes() const noexcept { return attributes_; }
+    // Null when there is none of that name.
+    const std::string* attribute(std::string_view name) const noexcept;
+    // Replaces the text of an attribute that is there.
+    void setAttribute(std::string_view name, std::string_view text);
+
+    const std::vector<Field>& fields() const noexcept { return fields_; }
+    // -1 when there is none of that name.
+    int findField(std::string_view name) const noexcept;
+    // Only while there is no record; at most 64 (asserted). Gives the index.
+    int addField(std::string_view name, char type);
+
+    std::size_t size() const noexcept { return starts_.size(); }
+    // Begins a record; its fields are set in the order of their indexes, each at most once, those
+    // left out are absent. The record ends with the next `addRecord` or any other call.
+    void addRecord();
+    void setText(int field, std::string_view text);
+    void setDouble(int field, double value);
+    void clearRecords() noexcept;
+    void reserve(std::size_t records, std::size_t bytes);
+
+    // A field of a record; `otherwise` when it is absent, of another type, or there is no such
+    // record or field. Views live until the table changes.
+    std::string_view text(std::size_t record, int field,
+                          std::string_view otherwise = {}) const noexcept;
+    double number(std::size_t record, int field, double otherwise = 0) const noexcept;
+
+private:
+    Status parseHead(std::string_view payload, std::size_t offset, const std::string& file,
+                     std::size_t& records, std::size_t& headSize);
+    Status indexRecords(std::size_t records, std::size_t from, const std::string& file);
+    const char* locate(std::size_t record, int field) const noexcept;
+
+    std::vector<Attribute> attributes_;
+    std::vector<Field> fields_;
+    std::string body_;                  // packed records; in a read table the whole file
+    std::size_t bodyStart_ = 0;         // of the first record in body_
+    std::vector<std::uint64_t> starts_; // of each record in body_
+};
+
+} // namespace cutroom
