@@ -1,0 +1,3 @@
+#include "platform/host/Clock.h"
+
+cutroom::iClock::~iClock() = default;

@@ -1,0 +1,3 @@
+#include "platform/host/EventLoop.h"
+
+cutroom::iEventLoop::~iEventLoop() = default;

@@ -1,0 +1,89 @@
+#include "platform/host/Host.h"
+
+#include "platform/base/IdSource.h"
+#include "platform/base/Log.h"
+#include "platform/host/EventLoop.h"
+#include "platform/host/NullServices.h"
+#include "platform/host/ProcessLife.h"
+
+#include <cassert>
+
+namespace cutroom {
+
+namespace {
+
+// What is in force. Changed while no other thread uses the library, read by all of them.
+struct InForce {
+    HostServices set = nullServices();
+    bool installed = false;
+};
+
+InForce& inForce() noexcept {
+    static InForce* const state = new InForce;
+    return *state;
+}
+
+template <class T> T* orNull(T* given, T* none) noexcept { return given ? given : none; }
+
+HostServices completed(const HostServices& given) noexcept {
+    const HostServices& none = nullServices();
+    HostServices set = given;
+    set.loop = orNull(given.loop, none.loop);
+    set.clock = orNull(given.clock, none.clock);
+    set.transit = orNull(given.transit, none.transit);
+    set.playServer = orNull(given.playServer, none.playServer);
+    set.focus = orNull(given.focus, none.focus);
+    set.messages = orNull(given.messages, none.messages);
+    set.strings = orNull(given.strings, none.strings);
+    set.debugCommands = orNull(given.debugCommands, none.debugCommands);
+    set.redraw = orNull(given.redraw, none.redraw);
+    return set;
+}
+
+// The layers below the host know the loop, the ids and the log by contracts of their own.
+void installBelow(const HostServices& services) noexcept {
+    installUiThread(services.loop);
+    installEventQueue(services.loop);
+    installIdSource(services.ids);
+    installLogSink(services.log);
+}
+
+} // namespace
+
+void Host::install(const HostServices& services) {
+    assert(!installed());
+    uninstall();
+    ProcessLife::end(); // the unhosted life
+    installBelow(services);
+    inForce().set = completed(services);
+    inForce().installed = true;
+}
+
+void Host::uninstall() noexcept {
+    if (!installed())
+        return;
+    // What is destroyed may post the rest of its destruction, and that may make a single object
+    // once more; after the second round nothing of this life is left.
+    for (int round = 0; round < 2; ++round) {
+        loop().drain();
+        ProcessLife::end();
+    }
+    inForce().set = nullServices();
+    inForce().installed = false;
+    installBelow(HostServices());
+}
+
+bool Host::installed() noexcept { return inForce().installed; }
+
+iEventLoop& Host::loop() noexcept { return *inForce().set.loop; }
+iClock& Host::clock() noexcept { return *inForce().set.clock; }
+iTransitStatusManager& Host::transit() noexcept { return *inForce().set.transit; }
+iPlayServer& Host::playServer() noexcept { return *inForce().set.playServer; }
+iConsoleFocus& Host::focus() noexcept { return *inForce().set.focus; }
+iUserMessages& Host::messages() noexcept { return *inForce().set.messages; }
+iStringTable& Host::strings() noexcept { return *inForce().set.strings; }
+iDebugCommands& Host::debugCommands() noexcept { return *inForce().set.debugCommands; }
+iRedraw& Host::redraw() noexcept { return *inForce().set.redraw; }
+iFileSystem* Host::files() noexcept { return inForce().set.files; }
+
+} // namespace cutroom

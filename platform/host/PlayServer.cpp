@@ -1,0 +1,10 @@
+#include "platform/host/PlayServer.h"
+
+AVMachine::~AVMachine() = default;
+
+namespace cutroom {
+
+iPlayable::~iPlayable() = default;
+iPlayServer::~iPlayServer() = default;
+
+} // namespace cutroom
