@@ -3,6 +3,7 @@
 #include "platform/base/IdSource.h"
 #include "platform/base/Log.h"
 #include "platform/host/EventLoop.h"
+#include "platform/host/FileSystem.h"
 #include "platform/host/NullServices.h"
 #include "platform/host/ProcessLife.h"
 
@@ -16,6 +17,14 @@ namespace {
 struct InForce {
     HostServices set = nullServices();
     bool installed = false;
+    HostServices given; // the set as installed
+    struct {
+        iUiThread* thread = nullptr;
+        iEventQueue* queue = nullptr;
+        iIdSource* ids = nullptr;
+        iLogSink* log = nullptr;
+        iFileSystem* files = nullptr;
+    } before; // what the given services took the place of
 };
 
 InForce& inForce() noexcept {
@@ -40,12 +49,34 @@ HostServices completed(const HostServices& given) noexcept {
     return set;
 }
 
-// The layers below the host know the loop, the ids and the log by contracts of their own.
-void installBelow(const HostServices& services) noexcept {
-    installUiThread(services.loop);
-    installEventQueue(services.loop);
-    installIdSource(services.ids);
-    installLogSink(services.log);
+// Puts the given services in force where files and the layers below the host look for them, and
+// keeps what they take the place of; one left out leaves that place alone.
+void installBelow(InForce& state, const HostServices& services) noexcept {
+    if (services.loop) {
+        state.before.thread = installUiThread(services.loop);
+        state.before.queue = installEventQueue(services.loop);
+    }
+    if (services.ids)
+        state.before.ids = installIdSource(services.ids);
+    if (services.log)
+        state.before.log = installLogSink(services.log);
+    if (services.files)
+        state.before.files = installFileSystem(services.files);
+    state.given = services;
+}
+
+void restoreBelow(InForce& state) noexcept {
+    if (state.given.files)
+        installFileSystem(state.before.files);
+    if (state.given.log)
+        installLogSink(state.before.log);
+    if (state.given.ids)
+        installIdSource(state.before.ids);
+    if (state.given.loop) {
+        installEventQueue(state.before.queue);
+        installUiThread(state.before.thread);
+    }
+    state.given = HostServices();
 }
 
 } // namespace
@@ -54,9 +85,10 @@ void Host::install(const HostServices& services) {
     assert(!installed());
     uninstall();
     ProcessLife::end(); // the unhosted life
-    installBelow(services);
-    inForce().set = completed(services);
-    inForce().installed = true;
+    InForce& state = inForce();
+    installBelow(state, services);
+    state.set = completed(services);
+    state.installed = true;
 }
 
 void Host::uninstall() noexcept {
@@ -68,9 +100,10 @@ void Host::uninstall() noexcept {
         loop().drain();
         ProcessLife::end();
     }
-    inForce().set = nullServices();
-    inForce().installed = false;
-    installBelow(HostServices());
+    InForce& state = inForce();
+    state.set = nullServices();
+    state.installed = false;
+    restoreBelow(state);
 }
 
 bool Host::installed() noexcept { return inForce().installed; }
@@ -84,6 +117,5 @@ iUserMessages& Host::messages() noexcept { return *inForce().set.messages; }
 iStringTable& Host::strings() noexcept { return *inForce().set.strings; }
 iDebugCommands& Host::debugCommands() noexcept { return *inForce().set.debugCommands; }
 iRedraw& Host::redraw() noexcept { return *inForce().set.redraw; }
-iFileSystem* Host::files() noexcept { return inForce().set.files; }
 
 } // namespace cutroom

@@ -43,7 +43,9 @@ struct CUTROOM_API HostServices {
 class CUTROOM_API Host {
 public:
     // Begins a life: ends what was made while no host was installed, then puts the services in
-    // force, the loop, ids and log for the lower layers too. Only one set at a time (asserted).
+    // force. Loop, ids, log and files are also installed where the lower layers look for them
+    // (`uiThread`, `eventQueue`, `idSource`, `installLogSink`, `installedFileSystem`); one left out
+    // leaves what is installed there. Only one set at a time (asserted).
     static void install(const HostServices& services);
     // Ends the life: runs what is posted, destroys what was made in the life, the latest first,
     // runs what that posted, all while the services still answer; then takes them out of force.
@@ -62,8 +64,6 @@ public:
     static iStringTable& strings() noexcept;
     static iDebugCommands& debugCommands() noexcept;
     static iRedraw& redraw() noexcept;
-    // The installed file system; null when there is none, which means the system's own.
-    static iFileSystem* files() noexcept;
 };
 
 // Installs a set for its own lifetime.

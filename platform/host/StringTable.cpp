@@ -2,6 +2,8 @@
 
 #include "platform/host/Host.h"
 
+#include <utility>
+
 cutroom::iStringTable::~iStringTable() = default;
 
 LightweightString<wchar_t> resourceStrW(ResId id) {
