@@ -7,6 +7,7 @@
 #include "platform/store/EditLabel.h"
 #include "platform/store/EditPtr.h"
 
+#include <optional>
 #include <vector>
 
 // One burnt-in label: which label, where on the picture. Fractions of the picture from its top
@@ -40,20 +41,28 @@ private:
     bool enabled_ = false;
 };
 
-// Named layouts of burnt-in timecode, kept with the user's preferences, and the project's default
-// among them. One instance per process; any thread.
+// Named layouts of burnt-in timecode, kept in the user's preferences under "BITC layout : NAME",
+// and which of them new edits begin with ("BITC layout default : PROJECT"). Holds nothing itself;
+// any thread.
 class CUTROOM_API BITCLayoutsManager {
 public:
-    static BITCLayoutsManager& instance();
+    // A layout as text, one label a line, and back; nothing for a text of another shape.
+    static LightweightString<char> asString(const BITCEffect& layout);
+    static std::optional<BITCEffect> fromString(const LightweightString<char>& text);
 
-    std::vector<LightweightString<wchar_t>> getLayoutNames() const;
+    // In the order of their making.
+    static std::vector<LightweightString<wchar_t>> getLayoutNames();
     // Empty set for an unknown name.
-    BITCEffect getLayout(const LightweightString<wchar_t>& name) const;
-    bool setLayout(const LightweightString<wchar_t>& name, const BITCEffect& layout);
-    bool removeLayout(const LightweightString<wchar_t>& name);
-    // The open project's default layout ("" : none).
-    LightweightString<wchar_t> getProjectDefault() const;
-    void setProjectDefault(const LightweightString<wchar_t>& name);
+    static BITCEffect getLayout(const LightweightString<wchar_t>& name);
+    // False for an empty name or one that holds a line break.
+    static bool setLayout(const LightweightString<wchar_t>& name, const BITCEffect& layout);
+    // False when there is none of that name.
+    static bool removeLayout(const LightweightString<wchar_t>& name);
+    // The open project's default layout; empty: none.
+    static LightweightString<wchar_t> getProjectDefault();
+    static void setProjectDefault(const LightweightString<wchar_t>& name);
     // Gives the edit the project's default layout; nothing without a default.
     static void applyProjectDefault(const EditPtr& edit);
+
+    BITCLayoutsManager() = delete;
 };

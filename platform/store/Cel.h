@@ -57,13 +57,15 @@ public:
         return a.life_ == b.life_ && a.index_ == b.index_ && a.generation_ == b.generation_;
     }
     // By place in time, at one time by index; invalid handles by index.
-    CUTROOM_API friend bool operator>(const ce_handle& a, const ce_handle& b) noexcept;
+    friend bool operator>(const ce_handle& a, const ce_handle& b) noexcept;
 
 private:
     std::shared_ptr<cutroom::CelLife> life_;
     std::uint32_t index_ = 0;
     std::uint32_t generation_ = 0;
 };
+
+CUTROOM_API bool operator>(const ce_handle& a, const ce_handle& b) noexcept;
 
 // One segment of a cel: a view by value, for reading and for laying down.
 struct CUTROOM_API CelSegment {

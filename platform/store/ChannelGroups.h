@@ -11,7 +11,8 @@
 class CUTROOM_API ChannelGroupList final : public iObject {
 public:
     ChannelGroupList() = default;
-    ChannelGroupList(const ChannelGroupList& other) : iObject(), groups_(other.groups_) {}
+    ChannelGroupList(const ChannelGroupList& other)
+        : Kv::InternalRefCount(), iVirtual(), iObject(), groups_(other.groups_) {}
     ~ChannelGroupList() override;
 
     std::size_t size() const noexcept { return groups_.size(); }

@@ -14,6 +14,10 @@
 #include <memory>
 #include <vector>
 
+namespace cutroom {
+template <class T> class ProcessSingleton;
+}
+
 // Any thread may call; notices are delivered on the user-interface thread. The table has a lock of
 // its own, never held while telling or while an edit's file is read.
 class CUTROOM_API EditManager {
@@ -90,7 +94,7 @@ private:
     friend class EditModifier;
     EditManager();
     ~EditManager();
-    template <class> friend class ProcessSingletonAccess;
+    friend class cutroom::ProcessSingleton<EditManager>;
 
     struct Impl;
     std::unique_ptr<Impl> impl_;

@@ -8,8 +8,13 @@
 #include "platform/base/Strings.h"
 #include "platform/base/Time.h"
 
+#include <memory>
 #include <optional>
 #include <vector>
+
+namespace cutroom {
+template <class T> class ProcessSingleton;
+}
 
 // An effect graph: what happens at, or over, an edit point. A value, kept in its edit's table by
 // id and named by the points that use it.
@@ -49,10 +54,13 @@ public:
     // Adds one (a fresh cookie when its own is invalid); an existing one of that name is replaced.
     Cookie addTemplate(EffectTemplate effect);
 
+    EffectTemplateManager(const EffectTemplateManager&) = delete;
+    EffectTemplateManager& operator=(const EffectTemplateManager&) = delete;
+
 private:
     EffectTemplateManager();
     ~EffectTemplateManager();
-    template <class> friend class ProcessSingletonAccess;
+    friend class cutroom::ProcessSingleton<EffectTemplateManager>;
     struct State;
-    State* state_;
+    std::unique_ptr<State> state_;
 };
