@@ -24,6 +24,7 @@ namespace Aud {
 
 inline constexpr signed char kMainMix = -1;
 inline constexpr signed char kLastMix = 124;
+inline constexpr std::size_t kMaxInputs = 256;
 
 // Counted and copyable; a copy has a count of its own. What was never set has its default: level
 // 1.0, pan 0.5, neither muted nor soloed, every input routed to the main mix alone, the main mix
@@ -78,14 +79,15 @@ public:
     void insertInput(unsigned char input);
     void removeInput(unsigned char input);
 
-    // The stored form, described in docs/formats/mix.md: the type tag, then one line for each
-    // input and mix that is not at its defaults.
+    // The stored form, described in docs/formats/mix.md: the type tag, the number of inputs, then
+    // one line for each input and mix that is not at its defaults. Only of a valid mix.
     std::string asString() const;
     // Reads it; nothing when the tag, a line or a value is wrong. Lines of later versions (their
     // first word unknown) are kept and written again.
     static std::optional<SimpleMixState> fromString(std::string_view text);
 
-    // Writes the mix as sections of a mix configuration file; other sections stay.
+    // Writes the mix as the sections of a mix configuration file (docs/formats/mix.md) in place of
+    // those of another mix; other sections stay.
     void writeConfigurationInformation(KvIniFile& file) const;
     // Takes over what a mix configuration file holds and this mix has room for: the inputs that
     // exist here, every mix, each value that lies in its range. Nothing of a file of a later
@@ -121,8 +123,12 @@ private:
     Input* inputToSet(unsigned char index);
     Mix* mixToSet(signed char index);
     void dropDefaultMix(signed char index);
-    static bool setRouting(Routing& routing, signed char to, bool differs);
-    bool readLine(std::string_view line);
+    static void setRouting(Routing& routing, signed char to, bool differs);
+    bool readLine(const std::string& line);
+    bool readInput(const std::vector<std::string>& words);
+    bool readMix(const std::vector<std::string>& words);
+    void takeInput(const KvIniFile& file, unsigned char index);
+    void takeMix(const KvIniFile& file, signed char index);
 
     bool valid_ = false;
     std::vector<Input> inputs_;
