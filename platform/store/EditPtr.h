@@ -11,8 +11,8 @@ class Edit;
 class CUTROOM_API EditPtr {
 public:
     // No edit.
-    EditPtr() noexcept = default;
-    EditPtr(std::nullptr_t) noexcept {}
+    EditPtr() noexcept;
+    EditPtr(std::nullptr_t) noexcept;
     EditPtr(Edit* edit) noexcept;
     EditPtr(const Kv::Ptr<Edit>& edit) noexcept;
     // Opens the edit through the edit manager; no edit when it cannot be opened.
