@@ -45,6 +45,7 @@ enum ChannelEventFlag : std::uint8_t {
     kEventOut = 1, // the out point of a segment; otherwise its in point
     kEventDisabled = 2,
     kEventFreeze = 4,
+    kEventPad = 8, // black beneath a transition at the end of a channel; no gap of its own
 };
 
 // Bits of a cue's flag word.
