@@ -8,6 +8,7 @@
 #define CUTROOM_REQUIRES(...) __attribute__((requires_capability(__VA_ARGS__)))
 #define CUTROOM_ACQUIRE(...) __attribute__((acquire_capability(__VA_ARGS__)))
 #define CUTROOM_ACQUIRE_SHARED(...) __attribute__((acquire_shared_capability(__VA_ARGS__)))
+#define CUTROOM_TRY_ACQUIRE(...) __attribute__((try_acquire_capability(__VA_ARGS__)))
 #define CUTROOM_RELEASE(...) __attribute__((release_capability(__VA_ARGS__)))
 #define CUTROOM_RELEASE_SHARED(...) __attribute__((release_shared_capability(__VA_ARGS__)))
 #define CUTROOM_NO_THREAD_SAFETY __attribute__((no_thread_safety_analysis))
@@ -18,6 +19,7 @@
 #define CUTROOM_REQUIRES(...)
 #define CUTROOM_ACQUIRE(...)
 #define CUTROOM_ACQUIRE_SHARED(...)
+#define CUTROOM_TRY_ACQUIRE(...)
 #define CUTROOM_RELEASE(...)
 #define CUTROOM_RELEASE_SHARED(...)
 #define CUTROOM_NO_THREAD_SAFETY

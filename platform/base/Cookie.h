@@ -23,9 +23,15 @@ public:
 
     // The invalid cookie.
     constexpr Cookie() noexcept = default;
-    // The identity `id` of kind `type` (an upper-case ASCII letter).
-    constexpr Cookie(CookieType type, std::uint64_t id, std::uint8_t index = kNoIndex) noexcept
-        : id_(id), type_(type), index_(index) {}
+    // The identity `id` of kind `type`; the invalid cookie for kind 'I' and for what is not an
+    // upper-case ASCII letter.
+    constexpr Cookie(CookieType type, std::uint64_t id, std::uint8_t index = kNoIndex) noexcept {
+        if (isKind(type) && type != kInvalidType) {
+            id_ = id;
+            type_ = type;
+            index_ = index;
+        }
+    }
     // What `fromString` reads; the invalid cookie when it reads nothing.
     explicit Cookie(std::string_view text) noexcept;
 
@@ -55,6 +61,8 @@ public:
     friend bool operator<(const Cookie& a, const Cookie& b) noexcept { return compare(a, b) < 0; }
 
 private:
+    static constexpr bool isKind(char c) noexcept { return c >= 'A' && c <= 'Z'; }
+
     std::uint64_t id_ = 0;
     CookieType type_ = kInvalidType;
     std::uint8_t index_ = kNoIndex;
@@ -62,7 +70,7 @@ private:
 
 using CookieVec = std::vector<Cookie>;
 
-// The same identity as a cookie of kind `type` with strip `index`.
+// The same identity as a cookie of kind `type` with strip `index`; the invalid cookie stays itself.
 CUTROOM_API Cookie convertCookie(const Cookie& cookie, CookieType type,
                                  std::uint8_t index = Cookie::kNoIndex) noexcept;
 

@@ -3,13 +3,13 @@
 //
 // Debug builds check that locks are taken in the order of their ranks (docs/threads.md): a lock
 // with a rank may only be taken while every ranked lock held by the thread has a lower rank, or is
-// the same object.
+// the same object. The two locks that are held while others are told (vobClients, notifier) obey
+// that when they are taken, and allow everything inside: a listener may do what it likes.
 #pragma once
 
 #include "platform/base/Annotations.h"
 #include "platform/base/Export.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
@@ -39,6 +39,8 @@ public:
     CriticalSection& operator=(const CriticalSection&) = delete;
 
     void lock() CUTROOM_ACQUIRE();
+    // Takes the section if that needs no waiting; false otherwise. Ranks do not matter.
+    bool tryLock() CUTROOM_TRY_ACQUIRE(true);
     void unlock() CUTROOM_RELEASE();
 
     // Holds the section for its own lifetime.
@@ -98,10 +100,12 @@ public:
     };
 
 private:
+    void leaveWriter(); // needs mutex_
+
     std::mutex mutex_;
     std::condition_variable changed_;
     std::thread::id writer_; // guarded by mutex_
-    int writerDepth_ = 0;    // guarded by mutex_
+    int writerDepth_ = 0;    // guarded by mutex_; every entry of the writer, as writer or reader
     int readers_ = 0;        // guarded by mutex_; every reader entry of every thread
     int writersWaiting_ = 0; // guarded by mutex_
     const LockRank rank_;

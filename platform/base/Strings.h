@@ -31,9 +31,11 @@ CUTROOM_API bool isUtf8(std::string_view text) noexcept;
 
 // Simple lower-casing of each character by the Unicode tables (one to one, no folding).
 CUTROOM_API std::wstring toLower(std::wstring_view text);
+// Bytes that are not well-formed pass unchanged.
 CUTROOM_API std::string toLowerUtf8(std::string_view text);
 CUTROOM_API wchar_t toLowerChar(wchar_t c) noexcept;
-// Character classes by the Unicode tables.
+// Character classes by the Unicode tables: punctuation and symbols (categories P and S), and the
+// White_Space property.
 CUTROOM_API bool isPunctuation(wchar_t c) noexcept;
 CUTROOM_API bool isWhiteSpace(wchar_t c) noexcept;
 // Columns that a character takes on a terminal: 0, 1 or 2.

@@ -28,9 +28,10 @@ CUTROOM_API std::int64_t framesPerDay(const TimecodeFormat& format) noexcept;
 // rate gives "--:--:--:--".
 CUTROOM_API std::string timecodeText(std::int64_t frame, const TimecodeFormat& format);
 
-// The frame a label names. Takes `;`, `.` or `,` before the frames as drop frame; `*sawDrop` tells
-// which was found. Nothing for a text of another shape, minutes or seconds above 59, frames not
-// below the nominal rate, or a label that drop-frame counting leaves out.
+// The frame a label names. Takes `;`, `.` or `,` before the frames as drop frame, whatever the
+// format says, where the rate has it; `*sawDrop` tells which was found. Hours may go past a day.
+// Nothing for a text of another shape, minutes or seconds above 59, frames not below the nominal
+// rate, or a label that drop-frame counting leaves out.
 CUTROOM_API std::optional<std::int64_t> parseTimecode(std::string_view text,
                                                       const TimecodeFormat& format,
                                                       bool* sawDrop = nullptr) noexcept;
