@@ -103,8 +103,6 @@ private:
 // A fresh cookie of kind 'E', and one for a bin or group of kind 'G'.
 CUTROOM_API Cookie makeNewEditCookie();
 CUTROOM_API Cookie newContainerCookie();
-// The file of an edit in the open project: edits/<cookie>.edit. Empty without project.
-CUTROOM_API LightweightString<wchar_t> getFilenameForCookie(const Cookie& cookie);
 // "Edit 1", "Edit 2" …: the first that no edit of the project has.
 CUTROOM_API LightweightString<wchar_t> generateNewEditName();
 // Applies a name: a text in parentheses is a suffix put behind the present name with a blank,
