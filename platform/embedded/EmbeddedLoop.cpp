@@ -1,10 +1,11 @@
 #include "platform/embedded/EmbeddedLoop.h"
 
 #include "platform/base/Log.h"
+#include "platform/embedded/CallLogged.h"
 
 #include <algorithm>
 #include <condition_variable>
-#include <exception>
+#include <utility>
 
 namespace cutroom {
 
@@ -18,15 +19,7 @@ struct EmbeddedLoop::State {
 
 namespace {
 
-template <class Call> void callLogged(const Call& call) noexcept {
-    try {
-        call();
-    } catch (const std::exception& thrown) {
-        LogBoth("Event loop: what was called threw: %s\n", thrown.what());
-    } catch (...) {
-        LogBoth("Event loop: what was called threw\n");
-    }
-}
+constexpr char kWho[] = "Event loop";
 
 void run(const LoopQueue::Item& item) {
     if (item.work)
@@ -120,7 +113,7 @@ std::size_t EmbeddedLoop::fireTimers() noexcept {
         }
         if (!task)
             return count;
-        callLogged(*task);
+        callLogged(kWho, *task);
     }
 }
 
@@ -135,7 +128,7 @@ std::size_t EmbeddedLoop::handOver() noexcept {
         }
         if (item.empty()) // handed over or removed by what was called
             return count;
-        callLogged([&] { cutroom::run(item.front()); });
+        callLogged(kWho, [&] { cutroom::run(item.front()); });
     }
     return most;
 }
@@ -150,7 +143,7 @@ std::size_t EmbeddedLoop::turnsUntilQuiet(bool timers) noexcept {
         if (made == 0 && waiting() == 0)
             return calls;
     }
-    LogBoth("Event loop: the queue refills itself; gave up after %d turns\n", kMostTurns);
+    LogBoth("%s: the queue refills itself; gave up after %d turns\n", kWho, kMostTurns);
     return calls;
 }
 
