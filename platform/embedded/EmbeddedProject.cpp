@@ -1,0 +1,43 @@
+#include "platform/embedded/EmbeddedProject.h"
+
+#include "platform/base/Log.h"
+#include "platform/prefs/Configuration.h"
+#include "platform/prefs/EditorPreferences.h"
+#include "platform/store/EditManager.h"
+
+namespace cutroom {
+
+namespace {
+
+Status firstFailure(Status first, Status second) { return first.ok() ? second : first; }
+
+} // namespace
+
+EmbeddedProject::~EmbeddedProject() {
+    if (const Status closed = close(); !closed)
+        LogBoth("closing the project: %s\n", closed.text().c_str());
+}
+
+Status EmbeddedProject::open(const std::string& folder, CurrentProject::Access access,
+                             CurrentProject::IfMissing ifMissing) {
+    if (const Status opened = CurrentProject::open(folder, access, ifMissing); !opened)
+        return opened;
+    const std::string inside = CurrentProject::getFolder() + '/';
+    Status read = Configuration::instance().load(inside + "configuration.ini");
+    if (read.ok())
+        read = EditorPreferences::open(inside + "preferences.ini");
+    return read.ok() ? read : firstFailure(read, CurrentProject::close());
+}
+
+Status EmbeddedProject::close() {
+    if (!CurrentProject::isOpen())
+        return {};
+    host_.transport().stop();
+    Status outcome = EditManager::instance().handleProjectExit();
+    host_.loop().pump();
+    if (!CurrentProject::isReadOnly())
+        outcome = firstFailure(outcome, EditorPreferences::flush());
+    return firstFailure(outcome, CurrentProject::close());
+}
+
+} // namespace cutroom

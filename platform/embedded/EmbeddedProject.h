@@ -1,0 +1,35 @@
+// Opening a project folder on the platform that we ship, and closing it without losing anything.
+#pragma once
+
+#include "platform/base/Status.h"
+#include "platform/embedded/EmbeddedHost.h"
+#include "platform/project/CurrentProject.h"
+
+#include <string>
+
+namespace cutroom {
+
+// The project of one host; closes it when it goes. User-interface thread only.
+class CUTROOM_API EmbeddedProject {
+public:
+    // `host` outlives the project.
+    explicit EmbeddedProject(EmbeddedHost& host) noexcept : host_(host) {}
+    // Closes; a failure is logged.
+    ~EmbeddedProject();
+    EmbeddedProject(const EmbeddedProject&) = delete;
+    EmbeddedProject& operator=(const EmbeddedProject&) = delete;
+
+    // Opens the project in `folder`: see `CurrentProject::open`. The configuration and the user's
+    // preferences beside it ("configuration.ini", "preferences.ini" in the folder) are read too.
+    Status open(const std::string& folder, CurrentProject::Access access,
+                CurrentProject::IfMissing ifMissing);
+    // Stops the transport, tells the project's exit (viewed edits close and leave how they were
+    // viewed with their edits), writes what is dirty, and closes. Gives the first failure; the
+    // project is closed all the same. All well without a project.
+    Status close();
+
+private:
+    EmbeddedHost& host_;
+};
+
+} // namespace cutroom
