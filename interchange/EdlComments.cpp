@@ -1,0 +1,202 @@
+#include "interchange/EdlComments.h"
+
+#include "interchange/Timeline.h"
+#include "platform/base/Strings.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace cutroom {
+
+namespace {
+
+bool startsWith(std::string_view text, std::string_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+// The text behind a keyword and its colon, if `text` begins with them.
+std::optional<std::string> valueOf(std::string_view text, std::string_view key) {
+    if (!startsWith(text, key))
+        return {};
+    return std::string(trim(text.substr(key.size())));
+}
+
+// Takes the next word off `text`.
+std::string_view nextWord(std::string_view& text) {
+    text = trim(text);
+    const auto end = std::min(text.find_first_of(" \t"), text.size());
+    const auto word = text.substr(0, end);
+    text.remove_prefix(end);
+    return word;
+}
+
+bool isDigits(std::string_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+constexpr std::array<std::string_view, 19> kKeywords = {
+    "FROM CLIP", "TO CLIP",     "SOURCE FILE:", "REEL",    "FROM FILE:", "ASC_SAT", "ASC_SOP",
+    "COMMENT:",  "EFFECT NAME", "EFFECTS NAME", "LOC:",    "KEY CLIP",   "PATCH ",  "BLEND,",
+    "* FREEZE",  "*FREEZE",     "PROBLEM WITH", "CLIP FI", "TO FILE:",
+};
+
+void takeNames(EdlEvent& event, std::string_view text) {
+    // The file that goes out in a transition is that of another event.
+    std::string ignored;
+    std::string* const fromFile = event.isTransition() ? &ignored : &event.sourceFile;
+    const std::array<std::pair<std::string_view, std::string*>, 12> texts = {{
+        {"FROM CLIP NAME:", &event.fromName},
+        {"TO CLIP NAME:", &event.toName},
+        {"KEY CLIP NAME:", &event.keyName},
+        {"SOURCE FILE:", &event.sourceFile},
+        {"FROM CLIP:", fromFile},
+        {"FROM FILE:", fromFile},
+        {"TO CLIP:", &event.sourceFile},
+        {"TO FILE:", &event.sourceFile},
+        {"REEL:", &event.reelName},
+        {"EFFECT NAME:", &event.effectName},
+        {"EFFECTS NAME IS", &event.effectName},
+        {"EFFECTS NAME:", &event.effectName},
+    }};
+    for (const auto& [key, target] : texts) {
+        if (auto value = valueOf(text, key)) {
+            if (!value->empty())
+                *target = std::move(*value);
+            return;
+        }
+    }
+    event.fromGenerated |= startsWith(text, "FROM CLIP IS A GENERATOR");
+    event.toGenerated |= startsWith(text, "TO CLIP IS A GENERATOR");
+    // "REEL x IS CLIP y" names the clip of an otherwise nameless event.
+    if (const auto is = text.find(" IS CLIP "); startsWith(text, "REEL ") && is != text.npos) {
+        event.reelName = trim(text.substr(5, is - 5));
+        event.fromName = trim(text.substr(is + 9));
+    }
+}
+
+// "TIMECODE COLOUR text"; the colour and the text may be missing.
+bool takeLocator(EdlList& list, std::string owner, std::string_view text, long line) {
+    const auto label = parseEdlLabel(nextWord(text));
+    if (!label)
+        return false;
+    EdlMarker marker{line, std::move(owner), *label, {}, {}, {}, 0};
+    std::string_view rest = text;
+    if (const auto colour = nextWord(rest); markerColour(colour)) {
+        marker.colour = colour;
+        text = rest;
+    }
+    marker.text = trim(text);
+    list.markers.push_back(std::move(marker));
+    return true;
+}
+
+// "10  White   USER   01:06:00:01   V1   text", the rows of a table of markers.
+bool takeTableRow(EdlList& list, std::string_view text, long line) {
+    if (!isDigits(nextWord(text)))
+        return false;
+    EdlMarker marker;
+    marker.line = line;
+    marker.owner = "list";
+    marker.colour = nextWord(text);
+    if (!markerColour(marker.colour))
+        return false;
+    std::optional<EdlLabel> label;
+    while (!label && !trim(text).empty()) {
+        const auto word = nextWord(text);
+        label = parseEdlLabel(word);
+        if (!label)
+            marker.name += (marker.name.empty() ? "" : " ") + std::string(word);
+    }
+    if (!label)
+        return false;
+    marker.at = *label;
+    std::string_view rest = text;
+    auto word = nextWord(rest);
+    while (parseEdlLabel(word)) { // an end, then a length
+        text = rest;
+        word = nextWord(rest);
+    }
+    marker.text = trim(rest); // behind the name of the track
+    list.markers.push_back(std::move(marker));
+    return true;
+}
+
+} // namespace
+
+bool isKnownEdlComment(std::string_view text) {
+    return std::any_of(kKeywords.begin(), kKeywords.end(),
+                       [&](std::string_view key) { return startsWith(text, key); });
+}
+
+void takeEdlComment(EdlList& list, EdlEvent* event, const std::string& text, long line) {
+    const std::string_view body = trim(text);
+    if (startsWith(body, "LOC:") &&
+        takeLocator(list, event ? "event " + event->number : "list", body.substr(4), line))
+        return;
+    if (takeTableRow(list, body, line) || !event || body.empty())
+        return;
+    takeNames(*event, body);
+    event->comments.emplace_back(body);
+}
+
+bool takeEdlSpeed(EdlList& list, std::string_view text) {
+    std::vector<std::string_view> words;
+    for (std::string_view rest = text.substr(2); !trim(rest).empty();)
+        words.push_back(nextWord(rest));
+    if (words.size() > 1 && parseEdlLabel(words.back()))
+        words.pop_back();
+    const auto speed = words.empty() ? std::nullopt : parseDouble(words.back());
+    if (!speed || !(std::abs(*speed) <= 100'000) || list.events.empty())
+        return false;
+    std::string reel = words.size() > 1 ? std::string(words.front()) : std::string();
+    for (std::size_t i = 1; i + 1 < words.size(); ++i)
+        reel += " " + std::string(words[i]);
+    // A transition has two lines, and a speed line may mean either.
+    EdlEvent* owner = &list.events.back();
+    for (std::size_t back = 1; back <= 2 && back <= list.events.size(); ++back) {
+        EdlEvent& candidate = list.events[list.events.size() - back];
+        const bool sameGroup = back == 1 || list.events.back().isTransition();
+        if (sameGroup && !candidate.framesPerSecond &&
+            (candidate.reel == reel || (candidate.reel.empty() && reel == "AX"))) {
+            owner = &candidate;
+            break;
+        }
+    }
+    if (owner->framesPerSecond) {
+        ++list.extraSpeeds;
+    } else {
+        owner->framesPerSecond = *speed;
+        owner->speedText = words.back();
+    }
+    return true;
+}
+
+void takeMarkerEvents(EdlList& list) {
+    std::vector<EdlEvent> events;
+    for (EdlEvent& event : list.events) {
+        const auto bar = event.note.find("|C:");
+        const auto name = bar == std::string::npos ? bar : event.note.find("|M:", bar);
+        if (name == std::string::npos) {
+            events.push_back(std::move(event));
+            continue;
+        }
+        const std::string_view note = event.note;
+        const auto length = note.rfind("|D:");
+        const bool hasLength = length != note.npos && length > name;
+        EdlMarker marker{event.line, "event " + event.number, event.recordIn, {}, {}, {}, 1};
+        marker.text = trim(note.substr(0, bar));
+        marker.colour = trim(note.substr(bar + 3, name - bar - 3));
+        if (startsWith(marker.colour, "ResolveColor"))
+            marker.colour.erase(0, 12);
+        marker.name = trim(note.substr(name + 3, hasLength ? length - name - 3 : note.npos));
+        if (hasLength)
+            marker.frames = std::max(0, leadingInt(trim(note.substr(length + 3))));
+        list.markers.push_back(std::move(marker));
+    }
+    list.events = std::move(events);
+}
+
+} // namespace cutroom

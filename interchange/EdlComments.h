@@ -1,0 +1,26 @@
+// What the lines of an edit list that are no events say about the event above them.
+#pragma once
+
+#include "interchange/EdlList.h"
+
+#include <string>
+#include <string_view>
+
+namespace cutroom {
+
+// Tells whether `text` (without asterisk) begins with a known keyword and so is a comment of its
+// own, never the rest of a wrapped one; an old list has such lines without the asterisk.
+bool isKnownEdlComment(std::string_view text);
+
+// Takes a whole comment: names, files and reels go to `event` (may be null before the first one),
+// LOC and table lines to the markers of `list`.
+void takeEdlComment(EdlList& list, EdlEvent* event, const std::string& text, long line);
+
+// "M2  REEL  SPEED  TIMECODE": gives the speed to the event at the end of `list` whose reel it
+// names. False when the line has another shape.
+bool takeEdlSpeed(EdlList& list, std::string_view text);
+
+// Turns events whose note is "text |C:colour |M:name |D:frames" into markers.
+void takeMarkerEvents(EdlList& list);
+
+} // namespace cutroom

@@ -1,0 +1,262 @@
+#include "interchange/EdlComments.h"
+#include "interchange/EdlList.h"
+
+#include "platform/base/Strings.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace cutroom {
+
+namespace {
+
+constexpr std::size_t kMaxAudio = 24; // channels that one event can name by numbers
+
+using Words = std::vector<std::string_view>;
+
+Words wordsOf(std::string_view line) {
+    Words words;
+    for (std::size_t at = 0; at < line.size();) {
+        const std::size_t begin = line.find_first_not_of(" \t\v\f", at);
+        if (begin == std::string_view::npos)
+            break;
+        const std::size_t end = std::min(line.find_first_of(" \t\v\f", begin), line.size());
+        words.push_back(line.substr(begin, end - begin));
+        at = end;
+    }
+    return words;
+}
+
+bool startsWith(std::string_view text, std::string_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+bool isDigits(std::string_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// Takes transition and duration off the end of `words`; false when there is no transition.
+bool takeKind(Words& words, EdlEvent& event) {
+    const auto kindOf = [](std::string_view word) -> std::optional<EdlKind> {
+        if (word == "C")
+            return EdlKind::cut;
+        if (word == "D")
+            return EdlKind::dissolve;
+        if (word == "K")
+            return EdlKind::key;
+        if (word == "KB")
+            return EdlKind::keyBackground;
+        if (word == "KO")
+            return EdlKind::keyOut;
+        if (word.size() > 1 && word.size() <= 4 && word[0] == 'W' && isDigits(word.substr(1)))
+            return EdlKind::wipe;
+        return {};
+    };
+    if (words.size() > 1 && isDigits(words.back()) && words.back().size() <= 4) {
+        event.duration = leadingInt(words.back());
+        words.pop_back();
+    }
+    if (words.size() > 1 && words[words.size() - 2] == "K" &&
+        (words.back() == "B" || words.back() == "O")) {
+        event.kind = words.back() == "B" ? EdlKind::keyBackground : EdlKind::keyOut;
+        event.kindText = "K " + std::string(words.back());
+        words.resize(words.size() - 2);
+        return true;
+    }
+    const auto kind = words.empty() ? std::nullopt : kindOf(words.back());
+    if (!kind)
+        return false;
+    event.kind = *kind;
+    event.kindText = words.back();
+    words.pop_back();
+    return true;
+}
+
+// Tells whether the line ends in four timecodes behind an event number, and reads it.
+// Columns are by custom only, so the line is taken apart from its right end.
+bool readEvent(const std::string& line, EdlEvent& event) {
+    Words words = wordsOf(line);
+    if (words.size() < 7 || !isDigits(words.front()))
+        return false;
+    EdlLabel* const labels[] = {&event.recordOut, &event.recordIn, &event.sourceOut,
+                                &event.sourceIn};
+    for (EdlLabel* target : labels) {
+        const auto label = parseEdlLabel(words.back());
+        if (!label)
+            return false;
+        *target = *label;
+        event.timecodes.insert(0, std::string(words.back()) + (event.timecodes.empty() ? "" : " "));
+        words.pop_back();
+    }
+    if (!takeKind(words, event) || words.size() < 2)
+        return false;
+    event.channel = words.back();
+    words.pop_back();
+    event.number = words.front();
+    for (std::size_t i = 1; i < words.size(); ++i)
+        event.reel += (i > 1 ? " " : "") + std::string(words[i]);
+    if (event.reel == "AX")
+        event.reel.clear();
+    return true;
+}
+
+std::size_t characters(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+        return (static_cast<unsigned char>(c) >> 6) != 2;
+    }));
+}
+
+// Reads lines one after the other. A comment is held back until it is known whether the next line
+// is the rest of it: some writers fold comments at 80 characters, in mid-word.
+class LineReader {
+public:
+    EdlList read(const std::vector<std::string>& lines) {
+        for (const std::string& line : lines) {
+            ++number_;
+            take(line);
+        }
+        takeHeldComment();
+        takeMarkerEvents(list_);
+        countOtherLines();
+        return std::move(list_);
+    }
+
+private:
+    void take(const std::string& raw) {
+        const std::string_view line = trim(raw);
+        if (line.empty())
+            return;
+        if (line.front() == '*') {
+            comment(std::string_view(raw).substr(raw.find('*') + 1));
+            return;
+        }
+        takeHeldComment();
+        EdlEvent event;
+        if (readEvent(raw, event))
+            addEvent(std::move(event));
+        else if (!takeHeader(line) && !takeExtra(line))
+            takeUnknown(line);
+    }
+
+    void addEvent(EdlEvent event) {
+        event.line = number_;
+        event.sourceDrop = drop_;
+        for (const EdlLabel& label :
+             {event.sourceIn, event.sourceOut, event.recordIn, event.recordOut})
+            list_.anyDrop |= label.drop;
+        list_.events.push_back(std::move(event));
+    }
+
+    bool takeHeader(std::string_view line) {
+        if (startsWith(line, "TITLE:")) {
+            if (list_.title.empty())
+                list_.title = trim(line.substr(6));
+            return true;
+        }
+        if (!startsWith(line, "FCM:"))
+            return false;
+        // One writer glues a path to the mode, so only its beginning counts.
+        const auto mode = trim(line.substr(4));
+        drop_ = startsWith(mode, "DROP");
+        list_.anyDrop |= drop_;
+        if (list_.events.empty() && !list_.recordDrop)
+            list_.recordDrop = drop_;
+        return true;
+    }
+
+    // Lines about the event above that have no asterisk.
+    bool takeExtra(std::string_view line) {
+        EdlEvent* event = list_.events.empty() ? nullptr : &list_.events.back();
+        if (startsWith(line, "M2 ") || startsWith(line, "M2\t"))
+            return takeEdlSpeed(list_, line);
+        if (startsWith(line, "AUD ") || startsWith(line, "AUD\t") || line == "AUD") {
+            for (const auto word : wordsOf(line.substr(3)))
+                if (event && event->audio.size() < kMaxAudio && isDigits(word) && word.size() <= 2)
+                    event->audio.push_back(leadingInt(word));
+            return event != nullptr;
+        }
+        for (const auto known : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
+            if (startsWith(line, known)) {
+                if (event)
+                    event->comments.emplace_back(line);
+                return true;
+            }
+        if (!isKnownEdlComment(line))
+            return false;
+        takeEdlComment(list_, event, std::string(line), number_);
+        return true;
+    }
+
+    void takeUnknown(std::string_view line) {
+        EdlEvent* event = list_.events.empty() ? nullptr : &list_.events.back();
+        const Words words = wordsOf(line);
+        if (words.size() >= 7 && isDigits(words.front()) && line.find(':') != line.npos)
+            firstBad_ = badEvents_++ == 0 ? number_ : firstBad_;
+        else if (firstOther_ == 0)
+            firstOther_ = number_;
+        if (event) {
+            event->note += (event->note.empty() ? "" : "\n") + std::string(line);
+            ++event->noteLines;
+        } else {
+            ++headerLines_;
+        }
+    }
+
+    void comment(std::string_view body) {
+        if (startsWith(body, " "))
+            body.remove_prefix(1);
+        if (body.ends_with(' '))
+            body.remove_suffix(1);
+        const bool folded = heldLine_ && lastLength_ >= 78 && lastLength_ <= 81 &&
+                            !isKnownEdlComment(trim(body)) && !trim(body).empty();
+        if (!folded) {
+            takeHeldComment();
+            heldLine_ = number_;
+        }
+        held_ += body;
+        lastLength_ = characters(body);
+    }
+
+    void takeHeldComment() {
+        if (heldLine_)
+            takeEdlComment(list_, list_.events.empty() ? nullptr : &list_.events.back(), held_,
+                           heldLine_);
+        heldLine_ = 0;
+        held_.clear();
+    }
+
+    void countOtherLines() {
+        long long others = headerLines_;
+        for (const EdlEvent& event : list_.events)
+            others += event.noteLines;
+        if (badEvents_ > 0)
+            list_.warnings.push_back(format("lines that look like events but cannot be read: %ld "
+                                            "(first: line %ld)",
+                                            badEvents_, firstBad_));
+        if (others > badEvents_)
+            list_.warnings.push_back(format("lines of no known form left out: %lld (first: line "
+                                            "%ld)",
+                                            others - badEvents_, firstOther_));
+        if (list_.extraSpeeds > 0)
+            list_.warnings.push_back(
+                format("second speeds for one event ignored: %ld", list_.extraSpeeds));
+    }
+
+    EdlList list_;
+    long number_ = 0;
+    bool drop_ = false;
+    std::string held_;
+    long heldLine_ = 0;
+    std::size_t lastLength_ = 0; // of the line of the held comment that was read last
+    long headerLines_ = 0;
+    long firstOther_ = 0;
+    long badEvents_ = 0;
+    long firstBad_ = 0;
+};
+
+} // namespace
+
+EdlList parseEdlLines(const std::vector<std::string>& lines) { return LineReader().read(lines); }
+
+} // namespace cutroom

@@ -1,0 +1,117 @@
+#include "interchange/EdlReader.h"
+
+#include "interchange/EdlComments.h"
+#include "interchange/EdlList.h"
+#include "interchange/EdlTiming.h"
+#include "interchange/EdlTracks.h"
+#include "platform/base/Strings.h"
+#include "platform/files/Files.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace cutroom {
+
+namespace {
+
+constexpr std::uint64_t kMaxEdlBytes = std::uint64_t{32} << 20;
+
+// Puts a marker on the timeline, whose record time it is written in.
+void addMarker(const EdlMarker& read, const EdlClock& clock, const EdlPlaces& places,
+               Timeline& timeline) {
+    const std::int64_t frame = places.fromFirst(read.at, clock);
+    Marker marker;
+    marker.name = read.name;
+    marker.comment = read.text;
+    marker.colourText = read.colour;
+    marker.colour = markerColour(read.colour);
+    marker.owner = read.owner;
+    marker.rate.rate = clock.rate;
+    marker.meant = clock.rate.frameToFlicks(frame);
+    marker.written = clock.rate.frameToFlicks(clock.record(read.at));
+    marker.start = std::max<Flicks>(0, marker.meant);
+    marker.duration = clock.rate.frameToFlicks(frame + read.frames) - marker.meant;
+    if (frame < 0 || (places.last > places.first && frame > places.last - places.first)) {
+        marker.placement = MarkerPlacement::outside;
+        addWarning(timeline, "markers lie outside the record time of the list");
+    }
+    timeline.markers.push_back(std::move(marker));
+}
+
+// A list of markers alone begins at the first of them.
+void placeMarkersAlone(const EdlList& list, const EdlClock& clock, EdlPlaces& places) {
+    places.first = clock.record(list.markers.front().at);
+    for (const EdlMarker& marker : list.markers)
+        places.first = std::min(places.first, clock.record(marker.at));
+    places.last = places.first;
+}
+
+Timeline describe(const EdlList& list, const EdlClock& clock, const EdlPlaces& places,
+                  const std::string& file) {
+    Timeline timeline;
+    timeline.name = list.title;
+    if (timeline.name.empty()) {
+        timeline.name = nameOf(file);
+        if (const auto extension = extensionOf(file); !extension.empty())
+            timeline.name.resize(timeline.name.size() - extension.size() - 1);
+    }
+    timeline.source = "CMX 3600";
+    timeline.rate.rate = clock.rate;
+    timeline.startRate.rate = clock.rate;
+    timeline.dropFrame = clock.recordDrop;
+    timeline.rateAssumed = clock.assumed;
+    timeline.startFrame = places.first % clock.day();
+    timeline.startWritten = static_cast<double>(places.first);
+    timeline.duration = clock.rate.frameToFlicks(places.last - places.first);
+    return timeline;
+}
+
+Status refusal(const std::string& file, long line, std::string reason) {
+    return Status(StatusCode::damaged, file, std::move(reason), line);
+}
+
+} // namespace
+
+Result<std::vector<Timeline>> readEdl(std::string_view bytes, const std::string& file,
+                                      std::optional<Kv::FrameRate> rate) {
+    if (bytes.size() > kMaxEdlBytes)
+        return refusal(file, 0, "larger than any edit list");
+    if (bytes.substr(0, 2) == "\xFF\xFE" || bytes.substr(0, 2) == "\xFE\xFF")
+        return refusal(file, 1, "text in UTF-16; save it as UTF-8");
+    if (rate && !rate->valid())
+        return Status(StatusCode::wrongUsage, file, "no frame rate was given");
+    bool latin1 = false;
+    const EdlList list = parseEdlLines(edlLines(bytes, &latin1));
+    if (list.events.empty() && list.markers.empty())
+        return refusal(file, 0, "no line of it is an event of an edit list");
+    EdlClock clock;
+    std::vector<std::string> warnings = list.warnings;
+    if (latin1)
+        warnings.push_back("the text is not UTF-8; names were read byte by byte as Latin-1");
+    long line = 0;
+    if (const auto reason = chooseClock(list, rate, clock, warnings, line))
+        return refusal(file, line, *reason);
+    EdlPlaces places = placeEvents(list, clock, warnings);
+    if (list.events.empty())
+        placeMarkersAlone(list, clock, places);
+
+    Timeline timeline = describe(list, clock, places, file);
+    timeline.warnings = std::move(warnings);
+    if (!layEvents(list, clock, places, timeline))
+        return refusal(file, 0, "more than 512 tracks or a million items would be needed");
+    for (const EdlMarker& marker : list.markers)
+        addMarker(marker, clock, places, timeline);
+    std::vector<Timeline> timelines;
+    timelines.push_back(std::move(timeline));
+    return timelines;
+}
+
+Result<std::vector<Timeline>> readEdlFile(const std::string& path,
+                                          std::optional<Kv::FrameRate> rate) {
+    auto bytes = readFile(path, kMaxEdlBytes);
+    if (!bytes)
+        return bytes.status();
+    return readEdl(*bytes, path, rate);
+}
+
+} // namespace cutroom
