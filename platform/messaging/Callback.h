@@ -16,8 +16,8 @@ public:
     ~CallbackRoot() override;
 
     // Runs once for each registration of this callback, before its first call, and once when that
-    // registration ends (its guard was dropped, or its notifier is gone); on the thread where that
-    // happens. Both do nothing in the base.
+    // registration ends (its guard was dropped, or its notifier is gone). The notifier's lock is
+    // held: neither may call out. Both do nothing in the base.
     virtual void registrationBegun() noexcept;
     virtual void registrationEnded() noexcept;
 };

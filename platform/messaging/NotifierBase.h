@@ -9,9 +9,10 @@
 //   not told of that message (nested tellings that begin later do reach it); one whose guard is
 //   dropped during a telling is not told any more.
 // - Dropping a guard is safe at any moment. Outside of any telling it waits for a telling of that
-//   notifier on another thread, so the listener is never called after the drop has returned. A
-//   thread that is inside a telling does not wait (two threads could wait for each other): there,
-//   a call already under way on another thread may still finish after the drop.
+//   notifier on another thread, so the listener is never called after the drop has returned; who
+//   drops it there holds no lock that a listener takes. A thread that is inside a telling does not
+//   wait (two threads could wait for each other): there, a call already under way on another
+//   thread may still finish after the drop.
 // - A guard may outlive its notifier. A listener may destroy the notifier that is telling it: the
 //   telling ends there.
 // - What a listener throws is logged and the others are told all the same.
@@ -21,15 +22,18 @@
 // - Telling n listeners costs O(n) and allocates nothing; with no listeners no lock is taken.
 #pragma once
 
+#include "platform/base/Annotations.h"
 #include "platform/base/Guard.h"
 #include "platform/base/Locks.h"
 #include "platform/messaging/Callback.h"
 #include "platform/messaging/CallbackInvoker.h"
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <utility>
 #include <vector>
 
 namespace cutroom {
@@ -61,36 +65,44 @@ private:
     friend class ListenerGuard;
     class Walk;
 
-    // Ends the registration of the entry; takes it over when that must wait.
+    // Ends a registration and takes its entry over.
     void remove(EndedRegistration* entry) noexcept;
-    void endLocked(std::uint64_t number, Kv::Ptr<CallbackRoot>& callback) noexcept;
-    // Ends what waits in the stack. Needs the lock.
-    void takeEnded() noexcept;
-    // Drops ended listeners' callbacks, a handful at a time and outside the lock, and closes gaps.
-    void sweep() noexcept;
+    // Ends the registration of that number; null when it has ended already. The callback stays in
+    // its place, since it may be running.
+    CallbackInvokerBase* end(std::uint64_t number) noexcept CUTROOM_REQUIRES(lock_);
+    // Ends what waits in the stack of ended registrations.
+    void takeEnded() noexcept CUTROOM_REQUIRES(lock_);
+    // Moves callbacks of ended entries into `out`; closes gaps when none is left. False when none
+    // was there.
+    bool collect(std::array<Kv::Ptr<CallbackRoot>, 32>& out) noexcept CUTROOM_REQUIRES(lock_);
+    void closeGaps() noexcept CUTROOM_REQUIRES(lock_);
+    // Lets go, outside the lock, of what ended meanwhile. Waits for nobody: who holds the lock does
+    // this when leaving.
     void settle() noexcept;
-    void logThrown(const char* what) const noexcept;
-    void logRunaway() const noexcept;
+    static void logThrown(const char* what) noexcept;
+    void logRunaway() noexcept CUTROOM_REQUIRES(lock_);
 
     CriticalSection lock_{LockRank::notifier};
-    std::vector<CallbackInvokerBase> entries_; // guarded by lock_
-    std::uint64_t lastNumber_ = 0;             // guarded by lock_
-    std::size_t unswept_ = 0;      // guarded by lock_; ended entries that still hold their callback
-    std::size_t gaps_ = 0;         // guarded by lock_; ended entries
-    int depth_ = 0;                // guarded by lock_; tellings inside one another
-    std::ptrdiff_t callsLeft_ = 0; // guarded by lock_; until a runaway is cut off
-    bool cutOff_ = false;          // guarded by lock_
-    bool closed_ = false;          // guarded by lock_
-    Kv::Ptr<ListenerList> kept_;   // guarded by lock_; itself, when closed inside a telling
+    // In the order of registration. Ended entries stay as gaps until many have gathered, and at
+    // least until the outermost telling ends.
+    std::vector<CallbackInvokerBase> entries_ CUTROOM_GUARDED_BY(lock_);
+    std::uint64_t lastNumber_ CUTROOM_GUARDED_BY(lock_) = 0;
+    std::size_t gaps_ CUTROOM_GUARDED_BY(lock_) = 0;         // ended entries
+    std::size_t unswept_ CUTROOM_GUARDED_BY(lock_) = 0;      // of these, those that hold a callback
+    int depth_ CUTROOM_GUARDED_BY(lock_) = 0;                // tellings inside one another
+    std::ptrdiff_t callsLeft_ CUTROOM_GUARDED_BY(lock_) = 0; // until a runaway is cut off
+    bool cutOff_ CUTROOM_GUARDED_BY(lock_) = false;
+    bool closed_ CUTROOM_GUARDED_BY(lock_) = false;
+    Kv::Ptr<ListenerList> kept_ CUTROOM_GUARDED_BY(lock_); // itself, when closed inside a telling
     std::atomic<std::size_t> live_{0};
     std::atomic<EndedRegistration*> ended_{nullptr};
 };
 
 // Holds the lock of a list for one telling.
-class CUTROOM_API ListenerList::Walk {
+class CUTROOM_API CUTROOM_SCOPED_CAPABILITY ListenerList::Walk {
 public:
-    explicit Walk(ListenerList& list) noexcept;
-    ~Walk();
+    explicit Walk(ListenerList& list) noexcept CUTROOM_ACQUIRE(list.lock_);
+    ~Walk() CUTROOM_RELEASE();
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 

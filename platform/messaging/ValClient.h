@@ -16,7 +16,7 @@
 template <class T> class ValServer;
 
 // Holds the value last told and passes each change on to its `ValObserverClient`. Used on the
-// thread on which the value changes; ended on any thread. Neither copied nor moved.
+// thread on which the value changes, and ended there. Neither copied nor moved.
 template <class T> class CUTROOM_API ValClient : public ValObserverBase {
 public:
     explicit ValClient(ValObserverClient* client = nullptr) : ValObserverBase(client) {}
