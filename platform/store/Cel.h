@@ -6,16 +6,18 @@
 //
 // Always holds: events alternate in and out; the first is an in, the last an out; an out and the
 // in after it lie at the same time; no segment is shorter than one flick; an empty cel has no
-// events. All reads and changes hold the edit's lock when the cel belongs to an edit; a cel of its
-// own (a copy) belongs to one thread.
+// events. Changes to a cel of an edit take the edit's lock themselves; who reads one while other
+// threads may change it holds `Edit::Lock`. A cel of its own (a copy) belongs to one thread.
 #pragma once
 
+#include "platform/base/FrameRate.h"
 #include "platform/base/NumRange.h"
 #include "platform/base/Object.h"
 #include "platform/base/Ptr.h"
 #include "platform/base/Status.h"
 #include "platform/store/ChannelEvent.h"
 #include "platform/store/EventDetail.h"
+#include "platform/store/Shared.h"
 
 #include <cstdint>
 #include <memory>
@@ -156,20 +158,24 @@ public:
     // Lays [from, to) of `source` at `at`, over what is there; handles inside clips are trimmed.
     cutroom::Status overwriteFrom(const Cel& source, cutroom::Flicks from, cutroom::Flicks to,
                                   cutroom::Flicks at);
-    // Opens a black gap of `length` at `at`; what lies later moves later.
+    // Opens a black gap of `length` at `at`; what lies later moves later. Before the list's start
+    // the list moves; past its end nothing happens.
     cutroom::Status insertGap(cutroom::Flicks at, cutroom::Flicks length);
-    // Lifts a range: it becomes black (cut off at the ends of the list).
+    // Lifts a range: as far as it lies within the list, it becomes black.
     cutroom::Status lift(const TimeRange& range);
-    // Takes a range out; what lies later moves earlier.
+    // Takes a range out; what lies later moves earlier by the whole range.
     cutroom::Status remove(const TimeRange& range);
-    // Adds a cut inside the segment at `time`, leaving the picture as it is.
+    // Adds a cut inside the segment at `time`, leaving the picture as it is. Nothing to do where
+    // there is a cut; fails outside the list.
     cutroom::Status split(cutroom::Flicks time);
-    // Moves the cut whose out point is `index` (and the in point after it) by `by`, within its two
-    // segments; at the ends of the list the single point.
+    // Moves the cut to which the point `index` belongs (an out point and the in point after it) by
+    // `by`, within its two segments; at the ends of the list the single point.
     cutroom::Status trim(std::uint32_t index, cutroom::Flicks by);
     // Replaces one event's material, strip time, speed, effect graph or flags; not its time.
     cutroom::Status setEvent(std::uint32_t index, const ChannelEvent& event);
-    // Appends an event; it must keep the rules of the list (an in, then its out).
+    // Appends an event: an in not before the list's end (black fills what lies between), then its
+    // out. The in is seen only once its out is there. `detail` is the in's; the event's own number
+    // of a detail, which means nothing in another list, is not used.
     cutroom::Status addEvent(const ChannelEvent& event, const EventDetail& detail = {});
     cutroom::Status setDetail(std::uint32_t segment, const EventDetail& detail);
     void setStripCookie(std::uint32_t segment, const Cookie& material);
@@ -184,16 +190,28 @@ public:
 private:
     friend class ce_handle;
     friend class Edit;
-    friend struct cutroom::CelLife;
+    class Door;
 
-    // Gives this cel storage of its own and bumps the generation when `renumbers`.
-    cutroom::CelStorage& unshare(bool renumbers);
+    const cutroom::CelStorage& storage() const noexcept { return *storage_; }
+    // A time as the storage counts it.
+    cutroom::Flicks inside(cutroom::Flicks time) const noexcept;
+    // Storage of this cel alone, with room for further events, the offset worked into its times.
+    cutroom::CelStorage& unshare(std::size_t moreEvents = 0);
+    // Handles made so far turn invalid.
+    void renumber() noexcept;
     void recordChange(EditModificationType kind);
+    // The segment's number when it holds `index`; false past the end.
+    bool holdsSegment(std::uint32_t segment) const noexcept;
+    void moveCut(std::size_t segment, cutroom::Flicks by);
+    bool joinContinuous(cutroom::Flicks from, cutroom::Flicks to);
+    bool quantise(cutroom::Flicks from, cutroom::Flicks to, const Kv::FrameRate& rate);
+    cutroom::Status closeOpenIn(const ChannelEvent& out);
 
-    std::shared_ptr<cutroom::CelStorage> storage_;
-    std::shared_ptr<cutroom::CelLife> life_;
+    cutroom::Shared<cutroom::CelStorage> storage_;
+    mutable std::shared_ptr<cutroom::CelLife> life_; // made with the first handle
     cutroom::Flicks offset_ = 0;
     unsigned flags_ = 0;
     Edit* edit_ = nullptr; // cleared by the edit when the channel or the edit goes
     IdStamp channel_;
+    std::unique_ptr<CelSegment> openIn_; // an in that waits for its out
 };

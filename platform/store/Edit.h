@@ -38,7 +38,7 @@ struct EditState; // everything that undo restores; copies share their cels
 class EditFile;
 } // namespace cutroom
 
-class CUTROOM_API Edit : public Notifier {
+class CUTROOM_API Edit : public Notifier, public Kv::InternalRefCount {
 public:
     // Holds the edit's lock.
     class CUTROOM_API Lock {
