@@ -100,11 +100,19 @@ void Transport::drive(iPlayable& playable) {
 }
 
 void Transport::changeSpeed(double speed) {
-    if (speed == std::exchange(speed_, speed))
+    if (speed == speed_)
         return;
     const double now = clock_.now();
-    for (Reel& reel : reels_)
+    for (Reel& reel : reels_) {
+        // What has passed of the next frame counts on, or a wheel that is turned more often than
+        // frames go by would hold the picture still.
+        const double passed = reel.carried + std::fabs((now - reel.anchorClock) * speed_);
+        const double shown = std::fabs(reel.playable->playTime() - reel.anchorTime);
         anchor(reel, now);
+        if (status_ == kTransitSteady && speed * speed_ > 0.0)
+            reel.carried = std::max(passed - shown, 0.0);
+    }
+    speed_ = speed;
     forEach([this](iPlayable& playable) {
         drive(playable);
         playable.informPlayStateChange(kPlayStateSpeedChanged);
@@ -114,6 +122,7 @@ void Transport::changeSpeed(double speed) {
 void Transport::anchor(Reel& reel, double now) noexcept {
     reel.anchorTime = reel.lastTime = reel.playable->playTime();
     reel.anchorClock = now;
+    reel.carried = 0.0;
 }
 
 double Transport::tickLength() const {
@@ -124,7 +133,7 @@ double Transport::tickLength() const {
 // Elapsed frames, not elapsed seconds, so that an edit plays on its own grid and every frame is
 // reached however late a tick comes.
 double Transport::timeOf(const Reel& reel, double now) const {
-    const double moved = (now - reel.anchorClock) * speed_;
+    const double moved = (now - reel.anchorClock) * speed_ + std::copysign(reel.carried, speed_);
     const Kv::FrameRate rate = reel.playable->playRate();
     if (!rate.valid())
         return reel.anchorTime + moved;

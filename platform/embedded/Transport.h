@@ -67,6 +67,7 @@ private:
         iPlayable* playable = nullptr;
         double anchorTime = 0.0; // its time when the clock stood at anchorClock
         double anchorClock = 0.0;
+        double carried = 0.0;  // edit seconds that had passed by then and were not shown
         double lastTime = 0.0; // its time as the transport left it
     };
 

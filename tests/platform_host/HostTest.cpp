@@ -1,0 +1,170 @@
+#include "platform/host/Host.h"
+#include "platform/base/IdSource.h"
+#include "platform/base/Log.h"
+#include "platform/host/Clock.h"
+#include "platform/host/ConsoleFocus.h"
+#include "platform/host/DebugCommands.h"
+#include "platform/host/EventLoop.h"
+#include "platform/host/FileSystem.h"
+#include "platform/host/PlayServer.h"
+#include "platform/host/ProcessLife.h"
+#include "platform/host/Redraw.h"
+#include "platform/host/StringTable.h"
+#include "platform/host/TransitStatus.h"
+#include "platform/host/UserMessages.h"
+
+#include <gmock/gmock.h>
+
+#include <list>
+#include <string>
+#include <vector>
+
+using namespace cutroom;
+using testing::ElementsAre;
+
+namespace {
+
+// Keeps what is posted until it is drained.
+class HeldLoop final : public iEventLoop {
+public:
+    bool isUiThread() const noexcept override { return true; }
+    void post(std::function<void()> work) override { held.push_back(std::move(work)); }
+    void post(const Event&) override {}
+    bool postUnlessWaiting(const Event&) override { return true; }
+    void removeEventsFor(const EventHandler*) noexcept override {}
+    Kv::Ptr<Guard> addTimer(double, double, std::function<void()>) override { return {}; }
+    void drain() noexcept override {
+        for (; !held.empty(); held.pop_front())
+            held.front()();
+    }
+
+    std::list<std::function<void()>> held;
+};
+
+class LogLines final : public iLogSink {
+public:
+    void write(std::string_view message) override { lines.emplace_back(message); }
+
+    std::vector<std::string> lines;
+};
+
+class OneId final : public iIdSource {
+public:
+    std::uint64_t nextId() override { return 7; }
+    std::uint32_t secondsNow() override { return 8; }
+};
+
+class TwoTexts final : public iStringTable {
+public:
+    std::optional<LightweightString<wchar_t>> find(ResId id) const override {
+        if (id == kResCopy)
+            return L"Kopie\u00e9";
+        return id == kResSubclip ? std::optional<LightweightString<wchar_t>>(L"") : std::nullopt;
+    }
+};
+
+class Handler final : public ConsoleEventHandler {
+public:
+    void handleConsoleFocus() override { ++told; }
+    int told = 0;
+};
+
+// Leaves the rest of its going to the loop.
+struct Posting {
+    static inline std::vector<std::string> story;
+    ~Posting() {
+        postToUiThread([] { story.push_back(Host::installed() ? "posted, hosted" : "too late"); });
+    }
+};
+
+} // namespace
+
+TEST(HostTest, WithoutAHostEveryServiceAnswersHarmlessly) {
+    LogLines log;
+    iLogSink* const before = installLogSink(&log);
+    ASSERT_FALSE(Host::installed());
+
+    EXPECT_EQ(TransitStatus::manager().getStatus(), kTransitIdle);
+    EXPECT_EQ(TransitStatus::manager().getCurrentSpeed(), 0.0);
+    TransitStatus::manager().prepareToLocate();
+    EXPECT_NE(TransitStatus::playStartedMsgType(), TransitStatus::playStoppedMsgType());
+
+    Handler handler;
+    setConsoleFocus(&handler);
+    EXPECT_EQ(getConsoleFocus(), nullptr);
+    EXPECT_FALSE(handler.hasConsoleFocus());
+    EXPECT_EQ(handler.told, 0);
+
+    EXPECT_FALSE(addDebugCommand("x", [] {}));
+    EXPECT_FALSE(Host::debugCommands().run("x"));
+    EXPECT_FALSE(Host::playServer().isRegistered(nullptr));
+
+    int ran = 0;
+    Host::loop().post([&] { ++ran; });
+    EXPECT_EQ(ran, 1);
+    EXPECT_FALSE(Host::loop().addTimer(0, 1, [] {}));
+    const double first = Host::clock().now();
+    EXPECT_GE(Host::clock().now(), first);
+    { Glib::UpdateDeferrer nothing; }
+
+    showUserMessage(L"Gr\u00fc\u00dfe");
+    EXPECT_THAT(log.lines, ElementsAre("Gr\u00fc\u00dfe\n"));
+    installLogSink(before);
+}
+
+TEST(HostTest, TextsComeFromTheTableOrShowTheirNumber) {
+    EXPECT_EQ(resourceStrW(kResCopy), L"#10019");
+    EXPECT_EQ(paddedResourceStrW(kResCopy, L" (", L")"), L" (#10019)");
+    TwoTexts texts;
+    HostServices set;
+    set.strings = &texts;
+    const ScopedHost host(set);
+    EXPECT_EQ(resourceStr(kResCopy), "Kopie\u00e9");
+    EXPECT_EQ(paddedResourceStrW(kResCopy, L"(", L")"), L"(Kopie\u00e9)");
+    EXPECT_EQ(resourceStrW(kResSubclip), L"");
+    EXPECT_EQ(resourceStrW(4711), L"#4711");
+}
+
+TEST(HostTest, IdsLogAndLoopReachTheLowerLayersAndLeaveThemAgain) {
+    LogLines outer;
+    iLogSink* const before = installLogSink(&outer);
+    iIdSource* const system = &idSource();
+    {
+        LogLines log;
+        OneId ids;
+        HeldLoop loop;
+        HostServices set;
+        set.log = &log;
+        set.ids = &ids;
+        set.loop = &loop;
+        const ScopedHost host(set);
+        LogBoth("inner");
+        EXPECT_THAT(log.lines, ElementsAre("inner"));
+        EXPECT_EQ(idSource().secondsNow(), 8u);
+        EXPECT_EQ(uiThread(), &loop);
+        EXPECT_EQ(eventQueue(), &loop);
+    }
+    LogBoth("outer");
+    EXPECT_THAT(outer.lines, ElementsAre("outer"));
+    EXPECT_EQ(&idSource(), system);
+    EXPECT_EQ(uiThread(), nullptr);
+    {
+        const ScopedHost host{HostServices()}; // leaves the log alone
+        LogBoth("again");
+    }
+    EXPECT_THAT(outer.lines, ElementsAre("outer", "again"));
+    installLogSink(before);
+}
+
+TEST(HostTest, WhatIsPostedWhileALifeEndsStillRuns) {
+    HeldLoop loop;
+    HostServices set;
+    set.loop = &loop;
+    Posting::story.clear();
+    Host::install(set);
+    ProcessSingleton<Posting>::get();
+    loop.post([] { Posting::story.push_back("waiting"); });
+    Host::uninstall();
+    EXPECT_THAT(Posting::story, ElementsAre("waiting", "posted, hosted"));
+    EXPECT_TRUE(loop.held.empty());
+}
