@@ -192,7 +192,7 @@ private:
     friend class Edit;
     class Door;
 
-    const cutroom::CelStorage& storage() const noexcept { return *storage_; }
+    const cutroom::CelStorage& storage() const noexcept;
     // A time as the storage counts it.
     cutroom::Flicks inside(cutroom::Flicks time) const noexcept;
     // Storage of this cel alone, with room for further events, the offset worked into its times.

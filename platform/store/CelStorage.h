@@ -70,3 +70,5 @@ struct CelLife {
 };
 
 } // namespace cutroom
+
+inline const cutroom::CelStorage& Cel::storage() const noexcept { return *storage_; }
