@@ -65,8 +65,8 @@ public:
 
     // The invalid attribute.
     LogAttribute() = default;
-    // The built-in attribute `type`; the invalid one when `type` names none.
-    LogAttribute(eType type);
+    // The built-in attribute of that number; the invalid one when there is none.
+    LogAttribute(eType number);
     // An attribute of the project: number `firstCustom` + `index`, persisted name `id`.
     LogAttribute(unsigned index, std::string id, LightweightString<wchar_t> displayName,
                  DBFieldTypes::eType fieldType);

@@ -5,6 +5,7 @@
 #include "platform/base/Export.h"
 #include "platform/base/Locks.h"
 #include "platform/base/Status.h"
+#include "platform/files/JsonElement.h"
 #include "platform/host/ProcessLife.h"
 
 #include <map>
@@ -13,7 +14,8 @@
 
 // Two kinds of mark: an asset can be locked for one user, so that it is read-only for all others,
 // and it can be write-protected for everyone. Marks are kept in the project's permissions.json, so
-// they hold for whoever opens the project next. Any thread; no lock is held while calling out.
+// they hold for whoever opens the project next. A change is written before it counts. Any thread;
+// the lock is a leaf, held while the file is written.
 class CUTROOM_API PermissionsManager {
 public:
     static PermissionsManager& instance();
@@ -41,7 +43,8 @@ public:
     // Drops all marks of a deleted asset.
     cutroom::Status forget(const Cookie& cookie);
 
-    // Called by the open project: reads the marks from its folder, and drops them.
+    // Called by the open project: reads the marks from its folder, and drops them. After a failure
+    // there are no marks.
     cutroom::Status load(const std::string& projectFolder, bool readOnly);
     void unload();
 
@@ -50,16 +53,18 @@ private:
     struct Mark {
         std::string holder;
         bool isProtected = false;
+        friend bool operator==(const Mark&, const Mark&) = default;
     };
     PermissionsManager() = default;
-    bool isReadOnlyLocked(const Cookie& cookie) const CUTROOM_REQUIRES(lock_);
-    cutroom::Status change(const Cookie& cookie, Mark mark) CUTROOM_REQUIRES(lock_);
+    Mark markOf(const Cookie& cookie) const CUTROOM_REQUIRES(lock_);
+    cutroom::Status change(const Cookie& cookie, const Mark& mark) CUTROOM_REQUIRES(lock_);
     cutroom::Status save(const std::map<Cookie, Mark>& marks) const CUTROOM_REQUIRES(lock_);
     std::string currentUserLocked() const CUTROOM_REQUIRES(lock_);
 
     mutable CriticalSection lock_{LockRank::leaf};
     std::map<Cookie, Mark> marks_ CUTROOM_GUARDED_BY(lock_);
-    std::string folder_ CUTROOM_GUARDED_BY(lock_); // empty: no project
-    std::string user_ CUTROOM_GUARDED_BY(lock_);   // empty: the login name
+    Kv::Ptr<JSON::Element> former_ CUTROOM_GUARDED_BY(lock_); // the file as read
+    std::string folder_ CUTROOM_GUARDED_BY(lock_);            // empty: no project
+    std::string user_ CUTROOM_GUARDED_BY(lock_);              // empty: the login name
     bool readOnly_ CUTROOM_GUARDED_BY(lock_) = false;
 };

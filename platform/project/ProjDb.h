@@ -27,11 +27,14 @@ namespace projdb {
 
 // Tells whether the database holds a record of that cookie. Asks memory only.
 CUTROOM_API bool isPresent(const Cookie& cookie);
+// The same for many: the answers in the order of the cookies, under one lock.
+CUTROOM_API std::vector<bool> arePresent(const CookieVec& cookies);
 CUTROOM_API std::optional<Record> find(const Cookie& cookie);
 CUTROOM_API std::optional<Summary> findSummary(const Cookie& cookie);
 CUTROOM_API std::size_t count();
 
-// Adds a record. Fails (`wrongUsage`) for an invalid cookie or one that is present.
+// Adds a record. Fails (`wrongUsage`) for an invalid cookie, one that is present, or an extent that
+// is not finite.
 [[nodiscard]] CUTROOM_API cutroom::Status insert(const Record& record);
 // Replaces the record of that cookie; `notFound` when there is none. An equal record changes and
 // tells nothing.

@@ -1,0 +1,82 @@
+#include "platform/project/ProjDb.h"
+
+#include "platform/base/Log.h"
+#include "platform/messaging/NotifyMsgTypeDictionary.h"
+#include "platform/project/ProjectDatabase.h"
+
+using cutroom::ProjectDatabase;
+using cutroom::Status;
+
+namespace projdb {
+
+bool isPresent(const Cookie& cookie) { return ProjectDatabase::instance().isPresent(cookie); }
+
+std::vector<bool> arePresent(const CookieVec& cookies) {
+    return ProjectDatabase::instance().arePresent(cookies);
+}
+
+std::optional<Record> find(const Cookie& cookie) {
+    return ProjectDatabase::instance().find(cookie);
+}
+
+std::optional<Summary> findSummary(const Cookie& cookie) {
+    return ProjectDatabase::instance().findSummary(cookie);
+}
+
+std::size_t count() { return ProjectDatabase::instance().count(); }
+
+Status insert(const Record& record) {
+    return ProjectDatabase::instance().put(record, ProjectDatabase::Put::insert);
+}
+Status update(const Record& record) {
+    return ProjectDatabase::instance().put(record, ProjectDatabase::Put::update);
+}
+Status put(const Record& record) {
+    return ProjectDatabase::instance().put(record, ProjectDatabase::Put::either);
+}
+Status remove(const Cookie& cookie) { return ProjectDatabase::instance().remove(cookie); }
+
+void forEach(const std::function<bool(const Record&)>& visit) {
+    ProjectDatabase::instance().forEach(visit);
+}
+
+void forEach(const std::vector<std::string_view>& fields,
+             const std::function<bool(const std::vector<std::string>&)>& visit) {
+    std::vector<std::string> texts(fields.size());
+    forEach([&](const Record& record) {
+        for (std::size_t i = 0; i < fields.size(); ++i)
+            texts[i] = record.getField(fields[i]);
+        return visit(texts);
+    });
+}
+
+void forEachMatch(const SearchCriteria& criteria,
+                  const std::function<bool(const Summary&)>& visit) {
+    for (const Summary& summary : ProjectDatabase::instance().search(criteria))
+        if (!visit(summary))
+            return;
+}
+
+Changes::~Changes() = default;
+
+int changedMsgType() {
+    return NotifyMsgTypeDictionary::instance().intern("ProjectDatabaseChanged");
+}
+
+Kv::Ptr<Guard> addListener(CallbackPtr<NotifyMsg> callback) {
+    return ProjectDatabase::instance().notifier().addListener(std::move(callback),
+                                                              changedMsgType());
+}
+
+} // namespace projdb
+
+ProjDbModificationCoalescer::ProjDbModificationCoalescer() {
+    ProjectDatabase::instance().beginBatch();
+}
+
+ProjDbModificationCoalescer::~ProjDbModificationCoalescer() {
+    if (const Status status = ProjectDatabase::instance().endBatch(); !status)
+        LogBoth("%s\n", status.text().c_str());
+}
+
+Status ProjDbModificationCoalescer::commit() { return ProjectDatabase::instance().commitBatch(); }

@@ -1,0 +1,283 @@
+// Opening, closing and asking; changes are in ProjectDatabaseChanges.cpp.
+#include "platform/project/ProjectDatabase.h"
+
+#include "platform/base/Log.h"
+#include "platform/base/Strings.h"
+#include "platform/files/Files.h"
+
+#include <limits>
+
+namespace cutroom {
+
+namespace {
+
+// Rows read under one hold of the lock.
+constexpr std::size_t kPage = 256;
+constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
+
+projdb::Summary summaryOf(const projdb::Record& record) {
+    return {record.cookie,      record.kinds, record.videoTracks,
+            record.audioTracks, record.start, record.end};
+}
+
+// Moves a damaged database away together with its log; what the log was about goes with it.
+Status moveDatabaseAside(const std::string& path) {
+    for (const char* const suffix : {"", "-wal"})
+        if (fileExists(path + suffix))
+            if (const Result<std::string> moved = moveAside(path + suffix); !moved)
+                return moved.status();
+    return removeFile(path + "-shm");
+}
+
+void logFailure(const Status& status) { LogBoth("%s\n", status.text().c_str()); }
+
+} // namespace
+
+ProjectDatabase& ProjectDatabase::instance() { return ProcessSingleton<ProjectDatabase>::get(); }
+
+ProjectDatabase::~ProjectDatabase() {
+    if (const Status status = close(); !status)
+        logFailure(status);
+}
+
+Result<ProjectDatabase::Opened> ProjectDatabase::open(const std::string& path, bool readOnly,
+                                                      Status* damage) {
+    CriticalSection::Lock lock(lock_);
+    Result<Opened> opened = openTable(path, readOnly, damage);
+    if (!opened)
+        return opened;
+    readOnly_ = readOnly;
+    Status loaded = loadEntries();
+    if (loaded)
+        return opened;
+    forgetEntries();
+    table_.reset();
+    if (loaded.code() != StatusCode::damaged)
+        return loaded;
+    *damage = loaded;
+    if (!readOnly)
+        if (Status status = moveDatabaseAside(path); !status)
+            return status;
+    Result<RecordTable> table = readOnly ? RecordTable::open(path, SqliteConnection::Mode::memory)
+                                         : RecordTable::open(path, SqliteConnection::Mode::create);
+    if (!table)
+        return table.status();
+    table_.emplace(std::move(*table));
+    return Opened::fresh;
+}
+
+Result<ProjectDatabase::Opened> ProjectDatabase::openTable(const std::string& path, bool readOnly,
+                                                           Status* damage) {
+    using Mode = SqliteConnection::Mode;
+    const bool isThere = fileExists(path);
+    // Beside a log there is, or was, a writer whose last changes are in it.
+    const Mode readMode = fileExists(path + "-wal") ? Mode::read : Mode::immutable;
+    if (isThere || !readOnly) {
+        Result<RecordTable> table = RecordTable::open(path, readOnly ? readMode : Mode::create);
+        if (table) {
+            table_.emplace(std::move(*table));
+            return isThere ? Opened::whole : Opened::fresh;
+        }
+        if (!readOnly && table.status().code() != StatusCode::damaged)
+            return table.status();
+        *damage = table.status();
+    }
+    if (!readOnly)
+        if (Status status = moveDatabaseAside(path); !status)
+            return status;
+    Result<RecordTable> table = RecordTable::open(path, readOnly ? Mode::memory : Mode::create);
+    if (!table)
+        return table.status();
+    table_.emplace(std::move(*table));
+    return Opened::fresh;
+}
+
+Status ProjectDatabase::close() {
+    CriticalSection::Lock lock(lock_);
+    if (!table_)
+        return {};
+    Status status = commitLocked();
+    if (Status closed = table_->close(); status.ok())
+        status = closed;
+    table_.reset();
+    forgetEntries();
+    changed_.clear();
+    changes_.clear();
+    return status;
+}
+
+bool ProjectDatabase::isOpen() const {
+    CriticalSection::Lock lock(lock_);
+    return table_.has_value();
+}
+
+// --- memory ----------------------------------------------------------------------------------
+
+void ProjectDatabase::forgetEntries() {
+    entries_.clear();
+    slots_.clear();
+    texts_.clear();
+    hasTexts_ = false;
+}
+
+void ProjectDatabase::setEntry(Slot slot, Number number, const projdb::Record& record) {
+    if (slot == entries_.size()) {
+        entries_.emplace_back();
+        slots_.insert(record.cookie, slot);
+    }
+    entries_[slot] = {summaryOf(record), number};
+    if (hasTexts_)
+        texts_.put(slot, record);
+}
+
+Status ProjectDatabase::loadEntries() {
+    forgetEntries();
+    return table_->readFrom(0, kLastNumber, std::numeric_limits<std::int32_t>::max(),
+                            [this](Number number, projdb::Record&& record) CUTROOM_REQUIRES(lock_) {
+                                setEntry(static_cast<Slot>(entries_.size()), number, record);
+                            });
+}
+
+Status ProjectDatabase::loadTexts() {
+    if (hasTexts_)
+        return {};
+    Status status =
+        table_->readFrom(0, kLastNumber, std::numeric_limits<std::int32_t>::max(),
+                         [this](Number, projdb::Record&& record) CUTROOM_REQUIRES(lock_) {
+                             if (const std::optional<Slot> slot = slots_.find(record.cookie))
+                                 texts_.put(*slot, record);
+                         });
+    if (status)
+        hasTexts_ = true;
+    else
+        texts_.clear();
+    return status;
+}
+
+// Closes the gaps of removed records. Texts are read again when they are next asked for.
+void ProjectDatabase::compactEntries() {
+    std::vector<Entry> kept;
+    kept.reserve(slots_.size());
+    for (const Entry& entry : entries_)
+        if (entry.number != 0)
+            kept.push_back(entry);
+    forgetEntries();
+    entries_ = std::move(kept);
+    slots_.reserve(entries_.size());
+    for (std::size_t i = 0; i < entries_.size(); ++i)
+        slots_.insert(entries_[i].summary.cookie, static_cast<Slot>(i));
+}
+
+// --- asking ----------------------------------------------------------------------------------
+
+bool ProjectDatabase::isPresent(const Cookie& cookie) const {
+    CriticalSection::Lock lock(lock_);
+    return slots_.find(cookie).has_value();
+}
+
+std::vector<bool> ProjectDatabase::arePresent(const CookieVec& cookies) const {
+    CriticalSection::Lock lock(lock_);
+    std::vector<bool> answers;
+    answers.reserve(cookies.size());
+    for (const Cookie& cookie : cookies)
+        answers.push_back(slots_.find(cookie).has_value());
+    return answers;
+}
+
+std::size_t ProjectDatabase::count() const {
+    CriticalSection::Lock lock(lock_);
+    return slots_.size();
+}
+
+std::optional<projdb::Record> ProjectDatabase::find(const Cookie& cookie) {
+    CriticalSection::Lock lock(lock_);
+    const std::optional<Slot> slot = slots_.find(cookie);
+    if (!slot)
+        return std::nullopt;
+    Result<std::optional<projdb::Record>> record = table_->read(entries_[*slot].number);
+    if (!record) {
+        logFailure(record.status());
+        return std::nullopt;
+    }
+    return std::move(*record);
+}
+
+std::optional<projdb::Summary> ProjectDatabase::findSummary(const Cookie& cookie) const {
+    CriticalSection::Lock lock(lock_);
+    const std::optional<Slot> slot = slots_.find(cookie);
+    return slot ? std::optional<projdb::Summary>(entries_[*slot].summary) : std::nullopt;
+}
+
+void ProjectDatabase::forEach(const std::function<bool(const projdb::Record&)>& visit) {
+    Number after = 0;
+    Number last = 0;
+    {
+        CriticalSection::Lock lock(lock_);
+        last = entries_.empty() ? 0 : entries_.back().number;
+        for (std::size_t i = entries_.size(); last == 0 && i > 0; --i)
+            last = entries_[i - 1].number;
+    }
+    while (after < last) {
+        std::vector<projdb::Record> page;
+        {
+            CriticalSection::Lock lock(lock_);
+            if (!table_)
+                return;
+            const Status status =
+                table_->readFrom(after, last, kPage, [&](Number number, projdb::Record&& record) {
+                    after = number;
+                    page.push_back(std::move(record));
+                });
+            if (!status)
+                logFailure(status);
+        }
+        if (page.empty())
+            return;
+        for (const projdb::Record& record : page)
+            if (isPresent(record.cookie) && !visit(record))
+                return;
+    }
+}
+
+std::vector<projdb::Summary> ProjectDatabase::search(const projdb::SearchCriteria& criteria) {
+    CriticalSection::Lock lock(lock_);
+    std::vector<projdb::Summary> found;
+    if (!table_)
+        return found;
+    if (criteria.isQuickSearch()) {
+        searchTexts(criteria, found);
+    } else if (criteria.needsTextTest()) {
+        searchRecords(criteria, found);
+    } else {
+        for (const Entry& entry : entries_)
+            if (entry.number != 0 && criteria.matchesKinds(entry.summary.kinds))
+                found.push_back(entry.summary);
+    }
+    return found;
+}
+
+void ProjectDatabase::searchTexts(const projdb::SearchCriteria& criteria,
+                                  std::vector<projdb::Summary>& found) {
+    if (const Status status = loadTexts(); !status) {
+        logFailure(status);
+        return;
+    }
+    const bool wholeWords = criteria.has(projdb::SearchCriteria::kWholeWords);
+    for (const Slot slot : texts_.search(toLowerUtf8(criteria.quickSearch), wholeWords))
+        if (criteria.matchesKinds(entries_[slot].summary.kinds))
+            found.push_back(entries_[slot].summary);
+}
+
+void ProjectDatabase::searchRecords(const projdb::SearchCriteria& criteria,
+                                    std::vector<projdb::Summary>& found) {
+    const Status status = table_->readFrom(0, kLastNumber, std::numeric_limits<std::int32_t>::max(),
+                                           [&](Number, projdb::Record&& record) {
+                                               if (criteria.matchesKinds(record.kinds) &&
+                                                   projdb::matchRecord(record, criteria))
+                                                   found.push_back(summaryOf(record));
+                                           });
+    if (!status)
+        logFailure(status);
+}
+
+} // namespace cutroom

@@ -1,0 +1,113 @@
+// `cutroom::ProjectDatabase`: the one database behind `projdb`. Table, memory and notices together.
+#pragma once
+
+#include "platform/base/Locks.h"
+#include "platform/host/ProcessLife.h"
+#include "platform/messaging/Notifier.h"
+#include "platform/project/CookieTable.h"
+#include "platform/project/ProjDb.h"
+#include "platform/project/RecordTable.h"
+#include "platform/project/TextArena.h"
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace cutroom {
+
+// Any thread; the lock is held while the database is read or written, not while listeners are told
+// or visitors run.
+class CUTROOM_API ProjectDatabase {
+public:
+    // What `open` had to do.
+    enum class Opened {
+        whole, // the records are those of the file
+        fresh, // there was no file, or a damaged one: there are no records
+    };
+
+    static ProjectDatabase& instance();
+
+    // Opens the file. For writing, a missing one is made and a damaged one moved aside; for reading
+    // only, such a one is replaced by a database in memory. `*damage` is set to what was wrong.
+    Result<Opened> open(const std::string& path, bool readOnly, Status* damage);
+    // Commits what is open, closes the file and forgets all records.
+    Status close();
+    bool isOpen() const;
+
+    bool isPresent(const Cookie& cookie) const;
+    std::vector<bool> arePresent(const CookieVec& cookies) const;
+    std::size_t count() const;
+    std::optional<projdb::Record> find(const Cookie& cookie);
+    std::optional<projdb::Summary> findSummary(const Cookie& cookie) const;
+
+    enum class Put { insert, update, either };
+    Status put(const projdb::Record& record, Put how);
+    Status remove(const Cookie& cookie);
+    // Removes every record; inside a batch only.
+    Status removeAll();
+
+    void forEach(const std::function<bool(const projdb::Record&)>& visit);
+    std::vector<projdb::Summary> search(const projdb::SearchCriteria& criteria);
+
+    // One transaction and one notice from the first begin to the last end.
+    void beginBatch();
+    Status endBatch();
+    Status commitBatch();
+    // Undoes what the batch did so far and forgets its notice.
+    void revertBatch();
+
+    Notifier& notifier() noexcept { return notifier_; }
+
+private:
+    friend class ProcessSingleton<ProjectDatabase>;
+    using Slot = CookieTable::Slot;
+    using Number = RecordTable::Number;
+    // What a record becomes in the notice of a batch.
+    enum class Change { added, modified, removed };
+    struct Entry {
+        projdb::Summary summary;
+        Number number = 0; // 0: the record is gone
+    };
+
+    ProjectDatabase() = default;
+    ~ProjectDatabase();
+    Result<Opened> openTable(const std::string& path, bool readOnly, Status* damage)
+        CUTROOM_REQUIRES(lock_);
+    Status loadEntries() CUTROOM_REQUIRES(lock_);
+    Status loadTexts() CUTROOM_REQUIRES(lock_);
+    void compactEntries() CUTROOM_REQUIRES(lock_);
+    void forgetEntries() CUTROOM_REQUIRES(lock_);
+    void setEntry(Slot slot, Number number, const projdb::Record& record) CUTROOM_REQUIRES(lock_);
+    Status checkWritable(const Cookie& cookie) const CUTROOM_REQUIRES(lock_);
+    Status putLocked(const projdb::Record& record, Put how) CUTROOM_REQUIRES(lock_);
+    Status removeLocked(const Cookie& cookie) CUTROOM_REQUIRES(lock_);
+    Status insertRow(const projdb::Record& record) CUTROOM_REQUIRES(lock_);
+    Status updateRow(Slot slot, const projdb::Record& record) CUTROOM_REQUIRES(lock_);
+    Status beginWrite() CUTROOM_REQUIRES(lock_);
+    Status endWrite(Status status) CUTROOM_REQUIRES(lock_);
+    Status commitLocked() CUTROOM_REQUIRES(lock_);
+    void revertLocked() CUTROOM_REQUIRES(lock_);
+    void note(const Cookie& cookie, Change change) CUTROOM_REQUIRES(lock_);
+    Kv::Ptr<projdb::Changes> takeChanges() CUTROOM_REQUIRES(lock_);
+    void tell(const Kv::Ptr<projdb::Changes>& changes);
+    void searchTexts(const projdb::SearchCriteria& criteria, std::vector<projdb::Summary>& found)
+        CUTROOM_REQUIRES(lock_);
+    void searchRecords(const projdb::SearchCriteria& criteria, std::vector<projdb::Summary>& found)
+        CUTROOM_REQUIRES(lock_);
+
+    mutable CriticalSection lock_{LockRank::database};
+    std::optional<RecordTable> table_ CUTROOM_GUARDED_BY(lock_); // none: no project
+    std::vector<Entry> entries_ CUTROOM_GUARDED_BY(lock_);       // by slot, numbers ascending
+    CookieTable slots_ CUTROOM_GUARDED_BY(lock_);
+    TextArena texts_ CUTROOM_GUARDED_BY(lock_);
+    bool hasTexts_ CUTROOM_GUARDED_BY(lock_) = false; // from the first search on
+    bool readOnly_ CUTROOM_GUARDED_BY(lock_) = false;
+    int batchDepth_ CUTROOM_GUARDED_BY(lock_) = 0;
+    Status batchFailure_ CUTROOM_GUARDED_BY(lock_); // the first failure that cost the transaction
+    std::vector<Cookie> changed_ CUTROOM_GUARDED_BY(lock_); // in the order of the first change
+    std::unordered_map<Cookie, Change> changes_ CUTROOM_GUARDED_BY(lock_);
+    Notifier notifier_;
+};
+
+} // namespace cutroom

@@ -1,0 +1,209 @@
+#include "platform/project/Sqlite.h"
+
+#include <sqlite3.h>
+
+#include <cstdio>
+#include <utility>
+
+namespace cutroom {
+
+namespace {
+
+// How long a reader waits for a writer's checkpoint, in milliseconds.
+constexpr int kBusyMilliseconds = 5000;
+
+StatusCode codeOf(int result) noexcept {
+    switch (result & 0xFF) {
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_SCHEMA:
+        return StatusCode::damaged;
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return StatusCode::locked;
+    case SQLITE_IOERR:
+    case SQLITE_FULL:
+    case SQLITE_CANTOPEN:
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+        return StatusCode::inputOutput;
+    default:
+        return StatusCode::failed;
+    }
+}
+
+// The path as a file URI (RFC 8089), so that options can follow.
+std::string uriOf(const std::string& path, const char* options) {
+    std::string uri = "file:";
+    for (const char c : path) {
+        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                           (c >= '0' && c <= '9') || c == '/' || c == '.' || c == '-' || c == '_';
+        char escape[4] = {c, 0, 0, 0};
+        if (!plain)
+            std::snprintf(escape, sizeof escape, "%%%02X", static_cast<unsigned char>(c));
+        uri += escape;
+    }
+    return uri + options;
+}
+
+int openHandle(const std::string& path, SqliteConnection::Mode mode, sqlite3** handle) {
+    using Mode = SqliteConnection::Mode;
+    constexpr int kCommon = SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_URI;
+    switch (mode) {
+    case Mode::create:
+        return sqlite3_open_v2(uriOf(path, "").c_str(), handle,
+                               kCommon | SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    case Mode::read:
+        return sqlite3_open_v2(uriOf(path, "").c_str(), handle, kCommon | SQLITE_OPEN_READONLY,
+                               nullptr);
+    case Mode::immutable:
+        return sqlite3_open_v2(uriOf(path, "?immutable=1").c_str(), handle,
+                               kCommon | SQLITE_OPEN_READONLY, nullptr);
+    case Mode::memory:
+        return sqlite3_open_v2(":memory:", handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
+                               nullptr);
+    }
+    return SQLITE_MISUSE;
+}
+
+std::string_view viewOf(const void* data, int size) {
+    return data ? std::string_view(static_cast<const char*>(data), static_cast<std::size_t>(size))
+                : std::string_view();
+}
+
+} // namespace
+
+SqliteConnection::SqliteConnection(sqlite3* handle, std::string path) noexcept
+    : handle_(handle), path_(std::move(path)) {}
+
+SqliteConnection::SqliteConnection(SqliteConnection&& other) noexcept
+    : handle_(std::exchange(other.handle_, nullptr)), path_(std::move(other.path_)) {}
+
+SqliteConnection& SqliteConnection::operator=(SqliteConnection&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    std::swap(path_, other.path_);
+    return *this;
+}
+
+SqliteConnection::~SqliteConnection() { sqlite3_close_v2(handle_); }
+
+Result<SqliteConnection> SqliteConnection::open(const std::string& path, Mode mode) {
+    sqlite3* handle = nullptr;
+    const int result = openHandle(path, mode, &handle);
+    SqliteConnection connection(handle, path);
+    if (result != SQLITE_OK)
+        return handle ? connection.failure()
+                      : Status(StatusCode::inputOutput, path, sqlite3_errstr(result));
+    sqlite3_extended_result_codes(handle, 1);
+    sqlite3_busy_timeout(handle, kBusyMilliseconds);
+    return connection;
+}
+
+Status SqliteConnection::failure() const {
+    return Status(codeOf(sqlite3_errcode(handle_)), path_, sqlite3_errmsg(handle_));
+}
+
+bool SqliteConnection::inTransaction() const noexcept {
+    return sqlite3_get_autocommit(handle_) == 0;
+}
+
+std::int64_t SqliteConnection::lastInsertedNumber() const noexcept {
+    return sqlite3_last_insert_rowid(handle_);
+}
+
+Status SqliteConnection::run(const char* sql) {
+    return sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr) == SQLITE_OK ? Status()
+                                                                              : failure();
+}
+
+Result<SqliteStatement> SqliteConnection::prepare(const char* sql) {
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v3(handle_, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) !=
+        SQLITE_OK)
+        return failure();
+    return SqliteStatement(statement);
+}
+
+Result<std::int64_t> SqliteConnection::queryNumber(const char* sql) {
+    Result<SqliteStatement> statement = prepare(sql);
+    if (!statement)
+        return statement.status();
+    const SqliteStatement::Step step = statement->step();
+    if (step == SqliteStatement::Step::failed)
+        return failure();
+    return step == SqliteStatement::Step::row ? statement->number(0) : std::int64_t{0};
+}
+
+Result<std::string> SqliteConnection::queryText(const char* sql) {
+    Result<SqliteStatement> statement = prepare(sql);
+    if (!statement)
+        return statement.status();
+    const SqliteStatement::Step step = statement->step();
+    if (step == SqliteStatement::Step::failed)
+        return failure();
+    return step == SqliteStatement::Step::row ? std::string(statement->text(0)) : std::string();
+}
+
+Status SqliteConnection::close() {
+    if (!handle_)
+        return {};
+    const int result = sqlite3_close(handle_);
+    if (result != SQLITE_OK)
+        return failure();
+    handle_ = nullptr;
+    return {};
+}
+
+SqliteStatement::SqliteStatement(SqliteStatement&& other) noexcept
+    : handle_(std::exchange(other.handle_, nullptr)) {}
+
+SqliteStatement& SqliteStatement::operator=(SqliteStatement&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+}
+
+SqliteStatement::~SqliteStatement() { sqlite3_finalize(handle_); }
+
+void SqliteStatement::bind(int index, std::int64_t value) {
+    sqlite3_bind_int64(handle_, index, value);
+}
+void SqliteStatement::bindReal(int index, double value) {
+    sqlite3_bind_double(handle_, index, value);
+}
+void SqliteStatement::bindText(int index, std::string_view value) {
+    sqlite3_bind_text64(handle_, index, value.data(), value.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+void SqliteStatement::bindBytes(int index, std::string_view value) {
+    sqlite3_bind_blob64(handle_, index, value.data(), value.size(), SQLITE_TRANSIENT);
+}
+
+SqliteStatement::Step SqliteStatement::step() {
+    switch (sqlite3_step(handle_)) {
+    case SQLITE_ROW:
+        return Step::row;
+    case SQLITE_DONE:
+        return Step::done;
+    default:
+        return Step::failed;
+    }
+}
+
+void SqliteStatement::reset() {
+    sqlite3_reset(handle_);
+    sqlite3_clear_bindings(handle_);
+}
+
+std::int64_t SqliteStatement::number(int column) const {
+    return sqlite3_column_int64(handle_, column);
+}
+double SqliteStatement::real(int column) const { return sqlite3_column_double(handle_, column); }
+std::string_view SqliteStatement::text(int column) const {
+    const unsigned char* const data = sqlite3_column_text(handle_, column);
+    return viewOf(data, sqlite3_column_bytes(handle_, column));
+}
+std::string_view SqliteStatement::bytes(int column) const {
+    const void* const data = sqlite3_column_blob(handle_, column);
+    return viewOf(data, sqlite3_column_bytes(handle_, column));
+}
+
+} // namespace cutroom
