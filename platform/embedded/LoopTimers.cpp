@@ -6,6 +6,14 @@
 
 namespace cutroom {
 
+namespace {
+
+// A timer is due this many seconds early: less than any clock shows, more than the rounding of
+// sums of seconds, which would else put a call off by a whole turn.
+constexpr double kSlack = 1e-9;
+
+} // namespace
+
 LoopTimers::Id LoopTimers::add(double now, double delay, double interval, Task task) {
     const double due = now + std::max(delay, 0.0);
     const Id id = ++last_;
@@ -30,6 +38,7 @@ double LoopTimers::nextDue() const noexcept {
 }
 
 LoopTimers::Task LoopTimers::takeDue(double now, Id newest) {
+    now += kSlack;
     for (auto timer = timers_.begin(); timer != timers_.end() && timer->first.first <= now;
          ++timer) {
         const Key key = timer->first;

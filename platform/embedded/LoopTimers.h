@@ -23,9 +23,9 @@ public:
     Task remove(Id id) noexcept;
     // When the next one is due; infinity without any.
     double nextDue() const noexcept;
-    // The task of the timer longest due at `now`, of those not newer than `newest`; null when there
-    // is none. It is put on to its next due time after `now` (missed ones are left out), or taken
-    // out when it has none.
+    // The task of the timer longest due at `now` (to the nanosecond), of those not newer than
+    // `newest`; null when there is none. It is put on to its next due time after `now` (missed ones
+    // are left out), or taken out when it has none.
     Task takeDue(double now, Id newest);
     // The number of the newest timer.
     Id newest() const noexcept { return last_; }
