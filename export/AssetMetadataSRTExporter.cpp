@@ -62,6 +62,11 @@ void appendSubtitle(std::string& file, std::size_t number, const std::string& ti
         file += line + '\n';
 }
 
+// What is exported is the user's to keep: no copy of an older file stays beside it.
+bool saveTo(const LightweightString<wchar_t>& path, const std::string& file) {
+    return TextFile::save(cutroom::toUtf8(path), file, cutroom::Backup::none).ok();
+}
+
 struct Tags {
     std::string opening;
     std::string closing;
@@ -135,7 +140,7 @@ bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const std::vect
         appendSubtitle(file, i + 1, getTimecodeRangeString(edit, cue.getRange()),
                        getMarkerText(cue));
     }
-    return TextFile::save(path, file).ok();
+    return saveTo(path, file);
 }
 
 bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& channel,
@@ -157,5 +162,5 @@ bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& 
         const TimeRange range(cutroom::toSeconds(segment.start), cutroom::toSeconds(segment.end));
         appendSubtitle(file, ++number, getTimecodeRangeString(edit, range), lines);
     }
-    return !file.empty() && TextFile::save(path, file).ok();
+    return !file.empty() && saveTo(path, file);
 }

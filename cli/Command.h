@@ -1,0 +1,64 @@
+// What every command of the program is made of: its words, declared to the parser, and an action
+// that runs once the words are known to be right.
+#pragma once
+
+#include "cli/Workspace.h"
+#include "platform/base/Status.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace CLI {
+class App;
+}
+
+namespace cutroom::cli {
+
+// The exit codes of the program.
+enum ExitCode : int {
+    kExitDone = 0,
+    kExitFailed = 1,
+    kExitUsage = 2,
+    kExitNotFound = 3,
+    kExitDamaged = 4,
+    kExitInputOutput = 5,
+};
+
+// Where a command declares itself and leaves its action.
+struct Commands {
+    CLI::App& app;
+    Options& options;
+    std::function<int()>& action;
+};
+
+void addImportCommand(Commands commands);
+void addListCommand(Commands commands);
+void addShowCommand(Commands commands);
+void addExportCommand(Commands commands);
+void addMarksCommand(Commands commands);
+void addMarkersCommand(Commands commands);
+void addRenameCommand(Commands commands);
+void addDeleteCommand(Commands commands);
+void addHistoryCommands(Commands commands);
+void addCheckCommand(Commands commands);
+void addShellCommand(Commands commands);
+
+int exitCodeOf(StatusCode code);
+// Says a failure on standard error in one line ("cutroom: <thing>: <reason>"); gives its exit code.
+int fail(const Status& status);
+// Says something that is no failure on standard error.
+void note(std::string_view text);
+// Data for standard output. A full or closed output is a failure of the command (exit code 5).
+void print(std::string_view text);
+
+// Terminals: whether standard output is one that takes colour, and its width in columns (80 when it
+// is none).
+bool colourWanted();
+int terminalWidth();
+
+// Opens the project, runs `body` in it, closes it; the first failure is said and decides the code.
+int withProject(const Options& options, Workspace::Use use,
+                const std::function<Status(Workspace&)>& body);
+
+} // namespace cutroom::cli

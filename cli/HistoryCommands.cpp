@@ -1,0 +1,89 @@
+// cutroom undo, redo, history EDIT
+#include "cli/Command.h"
+#include "cli/Names.h"
+#include "platform/base/Strings.h"
+#include "platform/files/JsonBuilder.h"
+#include "platform/store/EditManager.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+
+namespace cutroom::cli {
+
+namespace {
+
+Status step(const std::string& name, int times, bool back) {
+    const auto edit = openEdit(name);
+    if (!edit)
+        return edit.status();
+    EditManager& manager = EditManager::instance();
+    for (int i = 0; i < times; ++i)
+        if (!(back ? manager.undo(*edit) : manager.redo(*edit)))
+            return {StatusCode::failed, name,
+                    i ? format("only %d step%s to %s", i, i == 1 ? "" : "s", back ? "undo" : "redo")
+                      : std::string("nothing to ") + (back ? "undo" : "redo")};
+    return {};
+}
+
+std::string historyJson(const std::vector<EditManager::HistoryStep>& steps) {
+    JSON::Builder json;
+    json.beginArray();
+    for (const auto& one : steps) {
+        json.beginObject();
+        json.add("description", one.description);
+        json.add("when", one.when);
+        json.add("undone", one.undone);
+        json.endObject();
+    }
+    json.endArray();
+    return json.take();
+}
+
+std::string historyText(const std::vector<EditManager::HistoryStep>& steps) {
+    std::string text;
+    for (std::size_t i = 0; i < steps.size(); ++i)
+        text += format("%3zu  %s%s\n", i + 1, steps[i].undone ? "(undone) " : "",
+                       steps[i].description.c_str());
+    return text;
+}
+
+void addStepCommand(Commands commands, const char* word, const char* about, bool back) {
+    auto edit = std::make_shared<std::string>();
+    auto times = std::make_shared<int>(1);
+    CLI::App* command = commands.app.add_subcommand(word, about);
+    command->add_option("edit", *edit, "Name or cookie")->required()->type_name("EDIT");
+    command->add_option("--times", *times, "How many steps")->check(CLI::Range(1, 100));
+    command->callback([commands, edit, times, back] {
+        commands.action = [&options = commands.options, edit, times, back] {
+            return withProject(options, Workspace::Use::write,
+                               [&](Workspace&) { return step(*edit, *times, back); });
+        };
+    });
+}
+
+} // namespace
+
+void addHistoryCommands(Commands commands) {
+    addStepCommand(commands, "undo", "Take the last change of an edit back", true);
+    addStepCommand(commands, "redo", "Make the change again that was taken back last", false);
+    auto edit = std::make_shared<std::string>();
+    CLI::App* command =
+        commands.app.add_subcommand("history", "Show an edit's steps, oldest first");
+    command->add_option("edit", *edit, "Name or cookie")->required()->type_name("EDIT");
+    command->callback([commands, edit] {
+        commands.action = [&options = commands.options, edit] {
+            return withProject(options, Workspace::Use::read, [&](Workspace&) -> Status {
+                const auto opened = openEdit(*edit);
+                if (!opened)
+                    return opened.status();
+                const auto steps = EditManager::instance().getHistory(*opened);
+                print(options.json ? historyJson(steps) : historyText(steps));
+                return {};
+            });
+        };
+    });
+}
+
+} // namespace cutroom::cli

@@ -1,0 +1,124 @@
+// cutroom import FILE…
+#include "cli/Command.h"
+#include "interchange/Importer.h"
+#include "platform/base/Strings.h"
+#include "platform/files/JsonBuilder.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+
+namespace cutroom::cli {
+
+namespace {
+
+struct ImportWords {
+    std::vector<std::string> files;
+    std::string rate;
+};
+
+// What all files together gave.
+struct Outcome {
+    struct Edit {
+        ImportReport::Made made;
+        std::string file;
+    };
+    std::vector<Edit> edits;
+    std::size_t logs = 0;
+    std::vector<std::string> warnings;
+    std::vector<Status> failures;
+};
+
+void take(Outcome& outcome, const std::string& file, const ImportReport& report) {
+    for (const auto& made : report.edits)
+        outcome.edits.push_back({made, file});
+    outcome.logs += report.logs;
+    for (const auto& warning : report.warnings)
+        outcome.warnings.push_back(file + ": " + warning);
+}
+
+Outcome importAll(const ImportWords& words, const ImportOptions& options) {
+    Outcome outcome;
+    for (const std::string& file : words.files) {
+        const auto report = importFile(file, options);
+        if (report)
+            take(outcome, file, *report);
+        else
+            outcome.failures.push_back(report.status());
+    }
+    return outcome;
+}
+
+std::string outcomeJson(const Outcome& outcome) {
+    JSON::Builder json;
+    json.beginObject();
+    json.beginArray("edits");
+    for (const auto& edit : outcome.edits) {
+        json.beginObject();
+        json.add("id", edit.made.edit.asString());
+        json.add("name", edit.made.name);
+        json.add("file", edit.file);
+        json.endObject();
+    }
+    json.endArray();
+    json.add("logs", outcome.logs);
+    json.beginArray("warnings");
+    for (const auto& warning : outcome.warnings)
+        json.add(warning);
+    json.endArray();
+    json.beginArray("errors");
+    for (const auto& failure : outcome.failures)
+        json.add(failure.text());
+    json.endArray();
+    json.endObject();
+    return json.take();
+}
+
+std::string outcomeText(const Outcome& outcome) {
+    std::string text;
+    for (const auto& edit : outcome.edits)
+        text += edit.made.edit.asString() + '\t' + toUtf8(edit.made.name) + '\n';
+    return text;
+}
+
+int run(const Options& options, const ImportWords& words) {
+    ImportOptions how;
+    if (!words.rate.empty()) {
+        how.rate = Kv::FrameRate::fromString(words.rate);
+        if (!how.rate)
+            return fail({StatusCode::wrongUsage, words.rate,
+                         "not a frame rate: give 25, 29.97 or 30000/1001"});
+    }
+    int worst = kExitDone;
+    const int closed = withProject(options, Workspace::Use::writeOrCreate, [&](Workspace&) {
+        const Outcome outcome = importAll(words, how);
+        print(options.json ? outcomeJson(outcome) : outcomeText(outcome));
+        if (!options.json)
+            for (const auto& warning : outcome.warnings)
+                note("warning: " + warning);
+        for (const Status& failure : outcome.failures)
+            worst = std::max(worst, fail(failure));
+        return Status();
+    });
+    return std::max(worst, closed);
+}
+
+} // namespace
+
+void addImportCommand(Commands commands) {
+    auto words = std::make_shared<ImportWords>();
+    CLI::App* command =
+        commands.app.add_subcommand("import", "Take timelines (OTIO, EDL) into the project");
+    command->add_option("files", words->files, "Timeline files")->required()->type_name("FILE");
+    command->add_option("--rate", words->rate,
+                        "Frame rate of edit lists, which do not state it (25, 29.97, 30000/1001)");
+    command->footer("Prints the cookie and name of each edit made. A file that cannot be read is "
+                    "reported and\nleaves nothing behind; the others go on.\n\n"
+                    "  cutroom import cut_v3.otio\n  cutroom import --rate 23.976 reel1.edl");
+    command->callback([commands, words] {
+        commands.action = [&options = commands.options, words] { return run(options, *words); };
+    });
+}
+
+} // namespace cutroom::cli

@@ -1,0 +1,211 @@
+// cutroom markers EDIT [add|change|remove]
+#include "cli/Command.h"
+#include "cli/EditView.h"
+#include "cli/Names.h"
+#include "platform/base/Strings.h"
+#include "platform/files/JsonBuilder.h"
+#include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+namespace cutroom::cli {
+
+namespace {
+
+// The words of one call; what was not said is empty.
+struct MarkerWords {
+    std::string edit;
+    std::string action = "list";
+    std::vector<std::size_t> numbers;
+    std::optional<std::string> at;
+    std::optional<std::string> end;
+    std::optional<std::string> name;
+    std::optional<std::string> description;
+    std::optional<std::string> colour;
+    bool point = false;
+};
+
+Result<double> placeFrom(const std::string& text, const EditPtr& edit) {
+    auto place = parsePlace(text, edit);
+    const double length = edit->getEndTime();
+    if (place && (*place < 0 || *place > length + kTimeTolerance))
+        return Status(StatusCode::wrongUsage, text,
+                      "outside the edit, which runs from " + edit->getTimecode(0) + " to " +
+                          edit->getTimecode(length));
+    return place;
+}
+
+Status applyTimes(Cue& cue, const MarkerWords& words, const EditPtr& edit) {
+    if (words.at) {
+        const auto place = placeFrom(*words.at, edit);
+        if (!place)
+            return place.status();
+        cue.slide(*place - cue.getTime());
+    }
+    if (words.point)
+        cue.setEndTime(kNoTime);
+    if (words.end) {
+        const auto place = placeFrom(*words.end, edit);
+        if (!place)
+            return place.status();
+        cue.setEndTime(*place);
+    }
+    if (cue.hasEnd() && cue.getEndTime() < cue.getTime())
+        return {StatusCode::wrongUsage, words.end.value_or("--at"),
+                "the marker would end before it begins"};
+    return {};
+}
+
+Status applyTexts(Cue& cue, const MarkerWords& words) {
+    for (const auto& [text, set] :
+         {std::pair{&words.name, &Cue::setName}, {&words.description, &Cue::setDescription}}) {
+        if (!*text)
+            continue;
+        const auto wide = toWideStrict(**text);
+        if (!wide)
+            return {StatusCode::wrongUsage, **text, "not UTF-8 text"};
+        (cue.*set)(*wide);
+    }
+    if (words.colour) {
+        const auto colour = parseColour(*words.colour);
+        if (!colour)
+            return colour.status();
+        cue.setColour(*colour);
+    }
+    return {};
+}
+
+Status applyWords(Cue& cue, const MarkerWords& words, const EditPtr& edit) {
+    const Status times = applyTimes(cue, words, edit);
+    return times.ok() ? applyTexts(cue, words) : times;
+}
+
+// Numbers on the command line count from 1, as `markers` and `show` print them.
+Result<std::vector<Cue>> chosen(const MarkerWords& words, const EditPtr& edit) {
+    const CueList cues = edit->getCues();
+    std::vector<Cue> found;
+    for (const std::size_t number : words.numbers) {
+        if (number == 0 || number > cues.getNumCuePoints())
+            return Status(StatusCode::notFound, std::to_string(number),
+                          format("no such marker; the edit has %zu", cues.getNumCuePoints()));
+        found.push_back(cues.getCuePoint(number - 1));
+    }
+    if (found.empty())
+        return Status(StatusCode::wrongUsage, words.action, "say which markers, by number");
+    return found;
+}
+
+Status add(const MarkerWords& words, const EditPtr& edit) {
+    if (!words.at)
+        return {StatusCode::wrongUsage, "add", "say where with --at"};
+    Cue cue;
+    if (const Status applied = applyWords(cue, words, edit); !applied)
+        return applied;
+    EditManager::instance().makeBackup(edit, "Add marker");
+    EditModifier(edit, "Add marker")->addCue(cue);
+    return {};
+}
+
+Status change(const MarkerWords& words, const EditPtr& edit) {
+    auto cues = chosen(words, edit);
+    if (!cues)
+        return cues.status();
+    for (Cue& cue : *cues)
+        if (const Status applied = applyWords(cue, words, edit); !applied)
+            return applied;
+    EditManager::instance().makeBackup(edit, "Change markers");
+    EditModifier modifier(edit, "Change markers");
+    for (const Cue& cue : *cues)
+        modifier->changeCue(cue);
+    return {};
+}
+
+Status removeChosen(const MarkerWords& words, const EditPtr& edit) {
+    const auto cues = chosen(words, edit);
+    if (!cues)
+        return cues.status();
+    EditManager::instance().makeBackup(edit, "Remove markers");
+    EditModifier modifier(edit, "Remove markers");
+    for (const Cue& cue : *cues)
+        modifier->removeCue(cue.getExtID());
+    return {};
+}
+
+std::string listText(const EditView& view) {
+    std::string text;
+    for (std::size_t i = 0; i < view.markers.size(); ++i) {
+        const MarkerView& marker = view.markers[i];
+        std::string line = format("%zu\t%s\t%s\t%s\t", i + 1, marker.startTimecode.c_str(),
+                                  marker.endTimecode.c_str(), marker.colour.c_str()) +
+                           marker.name + '\t' + marker.description;
+        std::replace(line.begin(), line.end(), '\n', ' ');
+        text += line + '\n';
+    }
+    return text;
+}
+
+std::string listJson(const EditView& view) {
+    JSON::Builder json;
+    json.beginArray();
+    for (const MarkerView& marker : view.markers)
+        addJson(json, marker);
+    json.endArray();
+    return json.take();
+}
+
+Status perform(const MarkerWords& words, const EditPtr& edit) {
+    if (words.action == "add")
+        return add(words, edit);
+    return words.action == "change" ? change(words, edit) : removeChosen(words, edit);
+}
+
+int run(const Options& options, const MarkerWords& words) {
+    const bool lists = words.action == "list";
+    return withProject(options, lists ? Workspace::Use::read : Workspace::Use::write,
+                       [&](Workspace&) -> Status {
+                           const auto edit = openEdit(words.edit);
+                           if (!edit)
+                               return edit.status();
+                           if (lists) {
+                               const EditView view = describe(*edit);
+                               print(options.json ? listJson(view) : listText(view));
+                               return {};
+                           }
+                           if ((*edit)->isReadOnly())
+                               return {StatusCode::failed, words.edit, "the edit is read-only"};
+                           return perform(words, *edit);
+                       });
+}
+
+} // namespace
+
+void addMarkersCommand(Commands commands) {
+    auto words = std::make_shared<MarkerWords>();
+    CLI::App* command =
+        commands.app.add_subcommand("markers", "List, add, change or remove an edit's markers");
+    command->add_option("edit", words->edit, "Name or cookie")->required()->type_name("EDIT");
+    command->add_option("action", words->action, "list (the default), add, change, remove")
+        ->check(CLI::IsMember({"list", "add", "change", "remove"}));
+    command->add_option("numbers", words->numbers, "Which markers, by their number in the list");
+    command->add_option("--at", words->at, "Place: 01:00:10:12, 12.5 (seconds) or 300f (frames)");
+    command->add_option("--end", words->end, "End of a range, likewise");
+    command->add_flag("--point", words->point, "Make it a point, without an end");
+    command->add_option("--name", words->name, "Name");
+    command->add_option("--description", words->description, "Description");
+    command->add_option("--colour,--color", words->colour, "red, green ... or #rrggbb");
+    command->footer(
+        "  cutroom markers \"Reel 1\"\n"
+        "  cutroom markers \"Reel 1\" add --at 01:00:10:00 --end 01:00:12:00 --name Sky\n"
+        "  cutroom markers \"Reel 1\" change 2 --colour green\n"
+        "  cutroom markers \"Reel 1\" remove 1 3");
+    command->callback([commands, words] {
+        commands.action = [&options = commands.options, words] { return run(options, *words); };
+    });
+}
+
+} // namespace cutroom::cli

@@ -1,0 +1,30 @@
+// How a person names things on the command line: edits by cookie or name, places by timecode,
+// seconds or frames, colours by name.
+#pragma once
+
+#include "platform/base/Status.h"
+#include "platform/store/EditPtr.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace cutroom::cli {
+
+// The edit or log of that cookie, or of that name when it is the only one; otherwise `notFound`
+// with the candidates.
+Result<Cookie> findEditCookie(std::string_view text);
+// The same, opened; fails with what is wrong with its file.
+Result<EditPtr> openEdit(std::string_view text);
+
+// A place in seconds from the edit's start: "01:00:10:12" by the edit's timecode, "12.5" or "12.5s"
+// seconds, "300f" frames of the edit.
+Result<double> parsePlace(std::string_view text, const EditPtr& edit);
+
+// 24 bits of colour, red high, from a marker colour's name or "#rrggbb".
+Result<std::uint32_t> parseColour(std::string_view text);
+// The colour's name, else "#rrggbb".
+std::string colourText(std::uint32_t colour);
+
+} // namespace cutroom::cli

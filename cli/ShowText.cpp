@@ -1,0 +1,172 @@
+// The drawn timeline:
+//
+//   Title   25 fps   01:00:00:00 + 00:00:10:00 (250 frames)
+//
+//        01:00:00:00             01:00:05:00
+//   V1   [clip A      >clip B     ]··········
+//   A1   [sound                              ]
+//        ^1          ^2
+//
+//   1  01:00:00:00  red  Name: description
+#include "cli/EditView.h"
+
+#include "platform/base/Strings.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace cutroom::cli {
+
+namespace {
+
+// As much of `text` as fits into `width` columns, padded with `fill`.
+std::wstring fitted(std::wstring_view text, int width, wchar_t fill) {
+    std::wstring out;
+    int used = 0;
+    for (const wchar_t c : text) {
+        const int columns = displayWidth(c);
+        if (used + columns > width)
+            break;
+        out += c < L' ' ? L' ' : c;
+        used += columns;
+    }
+    out.append(static_cast<std::size_t>(std::max(width - used, 0)), fill);
+    return out;
+}
+
+class Drawing {
+public:
+    Drawing(const EditView& view, int width, bool colour) : view_(view), colour_(colour) {
+        for (const TrackView& track : view.tracks)
+            labelWidth_ = std::max(labelWidth_, static_cast<int>(toWide(track.name).size()));
+        labelWidth_ = std::clamp(labelWidth_ + 2, 6, std::max(width / 4, 6));
+        span_ = std::max(width - labelWidth_ - 1, 20);
+    }
+
+    std::string text() {
+        heading();
+        if (view_.durationFrames > 0) {
+            ruler();
+            // The topmost picture is drawn first, as in a viewer; sound below it.
+            for (auto track = view_.tracks.rbegin(); track != view_.tracks.rend(); ++track)
+                if (track->kind == "video")
+                    row(*track);
+            for (const TrackView& track : view_.tracks)
+                if (track.kind != "video")
+                    row(track);
+            if (!view_.markers.empty())
+                pins();
+        }
+        markerList();
+        return std::move(out_);
+    }
+
+private:
+    void line(const std::wstring& content) {
+        std::wstring trimmed = content;
+        while (!trimmed.empty() && trimmed.back() == L' ')
+            trimmed.pop_back();
+        out_ += toUtf8(trimmed) + '\n';
+    }
+    std::string painted(const char* code, const std::string& content) const {
+        return colour_ ? std::string("\x1b[") + code + 'm' + content + "\x1b[0m" : content;
+    }
+    int column(double frames) const {
+        const double share = frames / static_cast<double>(view_.durationFrames);
+        return std::clamp(static_cast<int>(std::lround(share * span_)), 0, span_);
+    }
+    std::wstring label(std::string_view name) const {
+        return fitted(toWide(name), labelWidth_ - 1, L' ') + L' ';
+    }
+
+    void heading() {
+        out_ += painted("1", view_.name) + "   " + view_.format.rate.asString() + " fps" +
+                (view_.format.dropFrame ? " drop frame" : "") + "   from " + view_.startTimecode +
+                ", " + timecodeText(view_.durationFrames, view_.format) + " long (" +
+                std::to_string(view_.durationFrames) + " frames)\n";
+    }
+    void ruler() {
+        constexpr int kMarkWidth = 14;
+        std::wstring marks(static_cast<std::size_t>(labelWidth_), L' ');
+        const auto first = parseTimecode(view_.startTimecode, view_.format).value_or(0);
+        for (int at = 0; at + kMarkWidth <= span_ + 3; at += kMarkWidth) {
+            const auto frame = view_.durationFrames * at / span_;
+            marks +=
+                fitted(L"|" + toWide(timecodeText(first + frame, view_.format)), kMarkWidth, L' ');
+        }
+        line(L"");
+        line(marks);
+    }
+    void row(const TrackView& track) {
+        std::wstring cells(static_cast<std::size_t>(span_), L' ');
+        for (const ItemView& item : track.items)
+            if (item.type != ItemView::Type::transition)
+                box(cells, item);
+        for (const ItemView& item : track.items)
+            if (item.type == ItemView::Type::transition)
+                cross(cells, item);
+        line(label(track.name) + cells);
+    }
+    void box(std::wstring& cells, const ItemView& item) const {
+        const int from = column(static_cast<double>(item.start));
+        const int to = column(static_cast<double>(item.start + item.duration));
+        if (to <= from)
+            return;
+        const bool clip = item.type == ItemView::Type::clip;
+        std::wstring content = clip ? L"[" + toWide(item.name) : L"";
+        content = fitted(content, to - from, clip ? (item.enabled ? L'─' : L'╌') : L'·');
+        if (clip && to - from > 1)
+            content.back() = L']';
+        cells.replace(static_cast<std::size_t>(from), static_cast<std::size_t>(to - from), content);
+    }
+    void cross(std::wstring& cells, const ItemView& item) const {
+        const int from = std::min(column(static_cast<double>(item.start)), span_ - 1);
+        const int to = std::max(column(static_cast<double>(item.start + item.duration)), from + 1);
+        for (int at = from; at < std::min(to, span_); ++at)
+            if (static_cast<std::size_t>(at) < cells.size())
+                cells[static_cast<std::size_t>(at)] = L'×';
+    }
+    void pins() {
+        std::wstring cells(static_cast<std::size_t>(span_ + 8), L' ');
+        int number = 0;
+        for (const MarkerView& marker : view_.markers) {
+            const auto at = static_cast<std::size_t>(column(
+                marker.start / view_.durationSeconds * static_cast<double>(view_.durationFrames)));
+            const std::wstring pin = L"^" + std::to_wstring(++number);
+            if (cells.compare(at, pin.size() + 1, std::wstring(pin.size() + 1, L' ')) == 0)
+                cells.replace(at, pin.size(), pin);
+            else if (cells[at] == L' ')
+                cells[at] = L'^';
+        }
+        line(label("") + cells);
+    }
+    void markerList() {
+        if (view_.markers.empty())
+            return;
+        out_ += '\n';
+        int number = 0;
+        for (const MarkerView& marker : view_.markers) {
+            std::string text = marker.name;
+            if (!marker.description.empty())
+                text += (text.empty() ? "" : ": ") + marker.description;
+            std::replace(text.begin(), text.end(), '\n', ' ');
+            out_ += format("%3d  %s%s%s  ", ++number, marker.startTimecode.c_str(),
+                           marker.end ? " - " : "", marker.endTimecode.c_str()) +
+                    painted("2", marker.colour) + "  " + text + '\n';
+        }
+    }
+
+    const EditView& view_;
+    const bool colour_;
+    int labelWidth_ = 0;
+    int span_ = 0;
+    std::string out_;
+};
+
+} // namespace
+
+std::string draw(const EditView& view, int width, bool colour) {
+    return Drawing(view, width, colour).text();
+}
+
+} // namespace cutroom::cli

@@ -1,0 +1,45 @@
+#include "cli/Workspace.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace cutroom::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kDefaultFolder = "cutroom.project";
+
+EmbeddedHost::Options hostOptions(const Options& options) {
+    return options.repeatable ? EmbeddedHost::repeatable() : EmbeddedHost::Options();
+}
+
+} // namespace
+
+std::string projectFolder(const Options& options) {
+    if (!options.project.empty())
+        return options.project;
+    std::error_code failure;
+    for (fs::path here = fs::current_path(failure); !failure && !here.empty();
+         here = here.parent_path()) {
+        if (fs::exists(here / "project.json", failure))
+            return here.string();
+        if (here == here.root_path())
+            break;
+    }
+    return kDefaultFolder;
+}
+
+Workspace::Workspace(const Options& options)
+    : folder_(projectFolder(options)), host_(hostOptions(options)), project_(host_) {}
+
+Status Workspace::open(Use use) {
+    const auto access =
+        use == Use::read ? CurrentProject::Access::readOnly : CurrentProject::Access::readWrite;
+    const auto ifMissing = use == Use::writeOrCreate ? CurrentProject::IfMissing::create
+                                                     : CurrentProject::IfMissing::fail;
+    return project_.open(folder_, access, ifMissing);
+}
+
+} // namespace cutroom::cli

@@ -1,0 +1,84 @@
+// The `cutroom` command.
+#include "cli/Command.h"
+#include "platform/base/Version.h"
+
+#include <CLI/CLI.hpp>
+
+#include <csignal>
+#include <cstdio>
+#include <new>
+
+namespace {
+
+using cutroom::cli::Commands;
+
+constexpr const char* kAbout =
+    "Works on real timelines without an editor: takes OTIO and EDL files into a project,\n"
+    "shows and changes them live, and gets results out.";
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  cutroom import reel1.otio reel2.edl     take timelines into ./cutroom.project\n"
+    "  cutroom list                            what the project holds\n"
+    "  cutroom show \"Reel 1\"                   the timeline, drawn\n"
+    "  cutroom show \"Reel 1\" --json            the same for programs\n"
+    "  cutroom markers \"Reel 1\" add --at 01:00:10:00 --name \"Fix sky\" --colour red\n"
+    "  cutroom undo \"Reel 1\"                   take the last change back\n"
+    "  cutroom export \"Reel 1\" --format srt -o reel1.srt\n"
+    "  cutroom shell                           a live session; `help` tells its words\n"
+    "\n"
+    "An edit is named by its name or its cookie. `cutroom COMMAND --help` tells more.\n"
+    "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 not found, 4 damaged input, 5 input/output.";
+
+void addAll(Commands commands) {
+    addImportCommand(commands);
+    addListCommand(commands);
+    addShowCommand(commands);
+    addExportCommand(commands);
+    addMarksCommand(commands);
+    addMarkersCommand(commands);
+    addRenameCommand(commands);
+    addDeleteCommand(commands);
+    addHistoryCommands(commands);
+    addShellCommand(commands);
+    addCheckCommand(commands);
+}
+
+int parseAndRun(int argc, char** argv) {
+    cutroom::cli::Options options;
+    std::function<int()> action;
+    CLI::App app(kAbout, "cutroom");
+    app.footer(kExamples);
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.set_version_flag("--version", std::string("cutroom ") + cutroom::version());
+    app.add_option("-p,--project", options.project,
+                   "The project folder (default: the one that holds the current folder, else "
+                   "./cutroom.project)")
+        ->type_name("FOLDER");
+    app.add_flag("--json", options.json, "Answer in JSON");
+    addAll({app, options, action});
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& asked) {
+        return app.exit(asked);
+    } catch (const CLI::ParseError& wrong) {
+        std::fprintf(stderr, "cutroom: %s; `cutroom --help` shows how\n", wrong.what());
+        return cutroom::cli::kExitUsage;
+    }
+    return action();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return parseAndRun(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "cutroom: out of memory\n");
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "cutroom: %s\n", failure.what());
+    }
+    return cutroom::cli::kExitFailed;
+}

@@ -1,0 +1,41 @@
+// Takes timeline files into the open project: edits, the logs of their sources, markers, labels.
+#pragma once
+
+#include "platform/base/Cookie.h"
+#include "platform/base/FrameRate.h"
+#include "platform/base/Status.h"
+#include "platform/base/Strings.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace cutroom {
+
+struct ImportOptions {
+    // Rate of an edit list, which does not state it; nothing: worked out from its lengths.
+    std::optional<Kv::FrameRate> rate;
+    // Told how far the import of one file has come, 0 to 1; may be empty.
+    std::function<void(double)> progress;
+};
+
+// What the import of one file made.
+struct ImportReport {
+    struct Made {
+        Cookie edit;
+        LightweightString<wchar_t> name;
+    };
+    std::vector<Made> edits;           // in the order of the file
+    std::size_t logs = 0;              // new ones; sources that the project has are used again
+    std::vector<std::string> warnings; // what could not be represented, or was assumed
+};
+
+// Imports the file at `path`, whose kind its contents tell (OTIO JSON or an edit list). One edit
+// for each timeline or playable root, one log (type 1) for each distinct source, filed in the open
+// project and written as one group: on failure, and after a crash, nothing of the file is there.
+// User-interface thread.
+CUTROOM_API Result<ImportReport> importFile(const std::string& path,
+                                            const ImportOptions& options = {});
+
+} // namespace cutroom
