@@ -48,7 +48,8 @@ CUTROOM_API Result<std::string> moveAside(const std::string& path);
 // Makes the folder and those above it, and flushes the entries made.
 CUTROOM_API Status makeFolders(const std::string& path);
 // Names of the files (not folders) in `folder` that end in `suffix`, sorted by bytes; temporary
-// files are left out. A folder that is not there has none.
+// files and names that are not UTF-8 (none of ours) are left out. A folder that is not there has
+// none.
 CUTROOM_API Result<std::vector<std::string>> listFiles(const std::string& folder,
                                                        std::string_view suffix = {});
 // Tells whether something is there. What cannot be asked counts as not there.

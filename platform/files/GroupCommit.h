@@ -24,8 +24,9 @@ class CUTROOM_API GroupCommit {
 public:
     // What `recover` found.
     struct Recovery {
-        int completed = 0; // files of a decided group that were put in place
-        int removed = 0;   // staged files of undecided groups and single writes that were removed
+        int completed = 0;   // files of a decided group that were put in place
+        int removed = 0;     // staged files of undecided groups and single writes that were removed
+        std::string damaged; // where a manifest that could not be read was moved, or empty
     };
 
     // A group below the folder `root`, which must exist when the first file is staged.
@@ -49,8 +50,8 @@ public:
     // completes it first. Afterwards the group is empty and can be filled again.
     Status commit();
 
-    // Completes a decided group and removes litter in `root` and the folders below it (depth 8).
-    // Only for the process that may write there.
+    // Completes a decided group (leaving out what was written anew since) and removes litter in
+    // `root` and the folders below it (depth 8). Only for the process that may write there.
     static Result<Recovery> recover(const std::string& root);
     // Tells whether a decided group waits to be completed, for readers that touch nothing.
     static bool pending(const std::string& root) noexcept;

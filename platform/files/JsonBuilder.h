@@ -85,13 +85,13 @@ private:
     void begin(char bracket);
     void end(char bracket);
     void lineBreak(std::size_t levels);
-    void finishTop();
     void quoted(std::string_view value);
     void writeDouble(double value);
     void writeBool(bool value);
     void writeInt(long long value);
     void writeUnsigned(unsigned long long value);
     void writeElement(const Element& value);
+    bool writeLeaf(const Cursor& value);
 
     std::string text_;
     std::vector<Level> stack_;

@@ -101,7 +101,9 @@ class CUTROOM_API Cursor {
 public:
     // At no place.
     Cursor() noexcept = default;
-    // At the first child of `parent`.
+    // At the element itself.
+    static Cursor at(const Element& element) noexcept;
+    // At the first child of `parent`; at no place when it has none.
     static Cursor childrenOf(const Element& parent) noexcept;
     static Cursor childrenOf(const Cursor& parent) noexcept;
 

@@ -10,6 +10,8 @@
 
 class CUTROOM_API KVContainerFile {
 public:
+    class Writer;
+
     // One entry of a field description, which ends with an entry whose name is null or empty.
     struct ItemField {
         const char* name;
@@ -71,8 +73,8 @@ public:
         void setPermanent(bool permanent);
         // A later text for the same name replaces the earlier one.
         void addAttribute(std::string_view name, std::string_view text);
-        // Takes over the attributes that `older` has and this writer was not given by the time of
-        // `save`: those of a later version survive being saved by this one.
+        // Takes over the attributes that `older` has and this writer was not given so far: called
+        // last, so that those of a later version survive being saved by this one.
         void keepUnknown(const Reader& older);
 
         // Begins an item whose field 0 is `text`.

@@ -1,7 +1,7 @@
 // Small strict ini files: sections of keys with text values.
 //
-// A saved file begins with a comment that carries version and checksum; a file without that line
-// is taken as written by hand. Backslash escapes keep any text without nulls.
+// A saved file begins and ends with comments that carry version and checksum; a file without both
+// is taken as written by hand. Backslash escapes keep any text.
 #pragma once
 
 #include "platform/base/Status.h"
@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -44,7 +45,7 @@ public:
     double getDouble(std::string_view section, std::string_view key, double otherwise = 0) const;
     bool getBool(std::string_view section, std::string_view key, bool otherwise = false) const;
 
-    // `value` and names: UTF-8 without nulls (asserted).
+    // Text that is not well-formed UTF-8 is kept with U+FFFD for each bad part.
     void set(std::string_view section, std::string_view key, std::string_view value);
     void setInt(std::string_view section, std::string_view key, long long value);
     void setDouble(std::string_view section, std::string_view key, double value);
@@ -57,9 +58,11 @@ private:
     struct Section {
         std::string name;
         std::vector<std::pair<std::string, std::string>> values;
+        std::unordered_map<std::string, std::size_t> places; // of a key in values
     };
     const Section* find(std::string_view section) const noexcept;
     Section& make(std::string_view section);
+    cutroom::Status takeLine(std::string_view line, std::string& section);
 
     std::string path_;
     cutroom::Status status_;

@@ -40,9 +40,14 @@ public:
     // The bytes `save` writes.
     std::string bytes(std::string_view kind) const;
 
-    std::vector<Attribute>& attributes() noexcept { return attributes_; }
+    // Texts that belong to the file itself, by lower-case ASCII word (a container's "name"). Those
+    // that nobody here knows are kept. Null when there is none.
+    const std::string* property(std::string_view word) const noexcept;
+    void setProperty(std::string_view word, std::string_view text);
+    const std::vector<Attribute>& properties() const noexcept { return properties_; }
+
     const std::vector<Attribute>& attributes() const noexcept { return attributes_; }
-    // Null when there is none of that name.
+    // Null when there is none of that name. Names and texts are any UTF-8.
     const std::string* attribute(std::string_view name) const noexcept;
     // Replaces the text of an attribute that is there.
     void setAttribute(std::string_view name, std::string_view text);
@@ -69,16 +74,21 @@ public:
     double number(std::size_t record, int field, double otherwise = 0) const noexcept;
 
 private:
-    Status parseHead(std::string_view payload, std::size_t offset, const std::string& file,
-                     std::size_t& records, std::size_t& headSize);
-    Status indexRecords(std::size_t records, std::size_t from, const std::string& file);
+    struct Layout;
+    Status parseHead(std::string_view payload, Layout& layout);
+    Status parseLine(std::string_view line, Layout& layout);
+    Status indexRecords(const Layout& layout);
+    bool beginField(int field, char type);
     const char* locate(std::size_t record, int field) const noexcept;
 
+    std::vector<Attribute> properties_;
     std::vector<Attribute> attributes_;
     std::vector<Field> fields_;
-    std::string body_;                  // packed records; in a read table the whole file
+    std::string body_;                  // packed records; in a table that was read the whole file
     std::size_t bodyStart_ = 0;         // of the first record in body_
-    std::vector<std::uint64_t> starts_; // of each record in body_
+    std::vector<std::uint32_t> starts_; // of each record in body_
+    int lastField_ = -1;                // set last in the record begun last
+    bool tooLarge_ = false;             // records were refused
 };
 
 } // namespace cutroom

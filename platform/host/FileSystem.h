@@ -23,6 +23,7 @@ struct FileInfo {
     bool folder = false;
     std::uint64_t size = 0;         // bytes; 0 for a folder
     std::int64_t modifiedNanos = 0; // since 1970-01-01T00:00:00Z
+    std::uint64_t identity = 0;     // equal for two names of one file
 };
 
 // Paths are UTF-8. Every failure names the path: `notFound` for what is not there, `locked` for a

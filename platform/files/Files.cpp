@@ -1,0 +1,196 @@
+#include "platform/files/Files.h"
+
+#include "platform/files/Staging.h"
+
+#include <algorithm>
+
+namespace cutroom {
+
+using namespace staging;
+
+namespace {
+
+// Puts the present content of `path` under its backup's name while `path` keeps it too.
+Status keepBackup(iFileSystem& files, const std::string& path) {
+    const Result<std::string> old = linkOld(files, path);
+    if (!old)
+        return old.status();
+    if (old->empty())
+        return {};
+    Status kept = files.rename(*old, backupOf(path));
+    // Two names of one file are left alone by rename, so the temporary one may still be there.
+    if (!kept || files.stat(*old))
+        discard(files, *old);
+    return named(kept, path);
+}
+
+Status tooLarge(const std::string& path, std::uint64_t maxBytes) {
+    return {StatusCode::damaged, path,
+            format("is larger than %llu bytes", static_cast<unsigned long long>(maxBytes))};
+}
+
+// Reads to the end, which is known to be at `size` unless that is 0 (a device, a pipe).
+Status readInto(iFileSystem& files, iFileSystem::Handle file, std::string& content,
+                std::uint64_t size, std::uint64_t maxBytes) {
+    constexpr std::size_t kMore = 65536;
+    content.resize(size ? static_cast<std::size_t>(size) : kMore);
+    std::size_t filled = 0;
+    for (;;) {
+        Result<std::size_t> got =
+            files.read(file, content.data() + filled, content.size() - filled);
+        if (!got)
+            return got.status();
+        filled += std::min(*got, content.size() - filled);
+        if (*got == 0 || (size && filled == size))
+            break;
+        if (filled > maxBytes)
+            return tooLarge({}, maxBytes);
+        if (filled == content.size())
+            content.resize(filled + kMore);
+    }
+    content.resize(filled);
+    return {};
+}
+
+} // namespace
+
+Result<std::string> readFile(const std::string& path, std::uint64_t maxBytes) {
+    if (Status usable = checkPath(path); !usable)
+        return usable;
+    iFileSystem& files = fileSystem();
+    const Result<FileInfo> info = files.stat(path);
+    if (!info)
+        return info.status();
+    if (info->folder)
+        return Status(StatusCode::inputOutput, path, "is a folder");
+    if (info->size > maxBytes)
+        return tooLarge(path, maxBytes);
+    Result<iFileSystem::Handle> file = files.open(path, OpenMode::read);
+    if (!file)
+        return file.status();
+    std::string content;
+    const Status read = readInto(files, *file, content, info->size, maxBytes);
+    const Status closed = files.close(*file);
+    if (!read)
+        return named(read, path);
+    if (!closed)
+        return named(closed, path);
+    return content;
+}
+
+Status writeFile(const std::string& path, std::string_view content, Backup backup) {
+    if (Status usable = checkPath(path); !usable)
+        return usable;
+    iFileSystem& files = fileSystem();
+    const Result<std::string> temporary = writeTemporary(files, path, content, Flush::now);
+    if (!temporary)
+        return temporary.status();
+    Status status = backup == Backup::keep ? keepBackup(files, path) : Status();
+    if (status.ok())
+        status = named(files.rename(*temporary, path), path);
+    if (!status) {
+        discard(files, *temporary);
+        return status;
+    }
+    return flushFolder(files, folderOf(path));
+}
+
+Status removeFile(const std::string& path) {
+    if (Status usable = checkPath(path); !usable)
+        return usable;
+    iFileSystem& files = fileSystem();
+    const Status removed = files.remove(path);
+    if (removed.code() == StatusCode::notFound)
+        return {};
+    return removed.ok() ? flushFolder(files, folderOf(path)) : named(removed, path);
+}
+
+Status moveFile(const std::string& from, const std::string& to) {
+    for (const std::string* path : {&from, &to})
+        if (Status usable = checkPath(*path); !usable)
+            return usable;
+    iFileSystem& files = fileSystem();
+    if (Status renamed = files.rename(from, to); !renamed)
+        return named(renamed, from);
+    Status flushed = flushFolder(files, folderOf(to));
+    if (flushed.ok() && folderOf(from) != folderOf(to))
+        flushed = flushFolder(files, folderOf(from));
+    return flushed;
+}
+
+Status copyFile(const std::string& from, const std::string& to) {
+    const Result<std::string> content = readFile(from);
+    return content ? writeFile(to, *content, Backup::none) : content.status();
+}
+
+Result<std::string> moveAside(const std::string& path) {
+    std::string aside = path + ".damaged";
+    for (int number = 2; fileExists(aside); ++number)
+        aside = format("%s.damaged.%d", path.c_str(), number);
+    if (Status moved = moveFile(path, aside); !moved)
+        return moved;
+    return aside;
+}
+
+Status makeFolders(const std::string& path) {
+    if (Status usable = checkPath(path); !usable)
+        return usable;
+    iFileSystem& files = fileSystem();
+    const Result<FileInfo> there = files.stat(path);
+    if (there && there->folder)
+        return {};
+    if (there)
+        return {StatusCode::inputOutput, path, "is a file where a folder is needed"};
+    if (there.status().code() != StatusCode::notFound)
+        return there.status();
+    const std::string above = folderOf(path);
+    if (above != path && above != ".")
+        if (Status made = makeFolders(above); !made)
+            return made;
+    if (Status made = files.makeFolder(path); !made)
+        return named(made, path);
+    return flushFolder(files, above);
+}
+
+Result<std::vector<std::string>> listFiles(const std::string& folder, std::string_view suffix) {
+    iFileSystem& files = fileSystem();
+    Result<std::vector<std::string>> names = files.list(folder);
+    if (names.status().code() == StatusCode::notFound)
+        return std::vector<std::string>();
+    if (!names)
+        return names.status();
+    std::erase_if(*names, [&](const std::string& name) {
+        if (!name.ends_with(suffix) || isTemporaryName(name) || !isUtf8(name))
+            return true;
+        const Result<FileInfo> info = files.stat(joinPath(folder, name));
+        return !info || info->folder;
+    });
+    return names;
+}
+
+bool fileExists(const std::string& path) noexcept {
+    try {
+        return fileSystem().stat(path).ok();
+    } catch (...) {
+        return false; // out of memory
+    }
+}
+
+Result<int> removeTemporaries(const std::string& folder) {
+    iFileSystem& files = fileSystem();
+    const Result<std::vector<std::string>> names = files.list(folder);
+    if (!names)
+        return names.status();
+    int removed = 0;
+    for (const std::string& name : *names) {
+        if (!isTemporaryName(name))
+            continue;
+        const std::string path = joinPath(folder, name);
+        if (Status gone = files.remove(path); !gone && gone.code() != StatusCode::notFound)
+            return named(gone, path);
+        ++removed;
+    }
+    return removed;
+}
+
+} // namespace cutroom

@@ -1,0 +1,231 @@
+#include "platform/files/GroupCommit.h"
+
+#include "platform/base/Log.h"
+#include "platform/files/CheckedFile.h"
+#include "platform/files/CommitManifest.h"
+#include "platform/files/Staging.h"
+
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace cutroom {
+
+using namespace staging;
+
+namespace {
+
+// So many contents are flushed one by one; flushing a whole file system waits for what other
+// programs wrote too, and pays only for more.
+constexpr std::size_t kFlushedEach = 8;
+constexpr int kRecoverDepth = 8;
+
+std::string manifestPath(const std::string& root) { return joinPath(root, kManifestName); }
+
+Status removeManifest(iFileSystem& files, const std::string& root) {
+    const Status removed = files.remove(manifestPath(root));
+    return removed.code() == StatusCode::notFound ? Status() : named(removed, manifestPath(root));
+}
+
+// Ends the group whose manifest stands in the root, if there is one. The manifest's own removal
+// need not be flushed: without staged files it stands for nothing.
+Status completeDecided(iFileSystem& files, const std::string& root, GroupCommit::Recovery& found) {
+    const std::string path = manifestPath(root);
+    const Result<FileInfo> there = files.stat(path);
+    if (!there)
+        return there.status().code() == StatusCode::notFound ? Status() : there.status();
+    Result<std::vector<Change>> changes = readManifest(path);
+    if (changes.status().code() == StatusCode::damaged) {
+        Result<std::string> aside = moveAside(path);
+        if (aside)
+            found.damaged = *aside;
+        return aside.status();
+    }
+    if (!changes)
+        return changes.status();
+    if (stands(files, root, *changes)) {
+        const Result<int> done = apply(files, root, *changes);
+        if (!done)
+            return done.status();
+        found.completed = *done;
+    } else {
+        discardAll(files, root, *changes);
+    }
+    const Status flushed = flushFolders(files, root, *changes);
+    return flushed.ok() ? removeManifest(files, root) : flushed;
+}
+
+Status removeLitter(iFileSystem& files, const std::string& folder, int depth, int& removed) {
+    const Result<int> here = removeTemporaries(folder);
+    if (!here)
+        return here.status();
+    removed += *here;
+    const Result<std::vector<std::string>> names = files.list(folder);
+    if (!names || depth == 0)
+        return names.status();
+    for (const std::string& name : *names) {
+        const std::string path = joinPath(folder, name);
+        const Result<FileInfo> info = files.stat(path);
+        if (!info || !info->folder)
+            continue;
+        if (Status below = removeLitter(files, path, depth - 1, removed); !below)
+            return below;
+    }
+    return {};
+}
+
+} // namespace
+
+struct GroupCommit::State {
+    std::string root;
+    std::optional<iFileSystem::Handle> folder; // open since before the first write
+    std::vector<Change> changes;
+    std::unordered_map<std::string, std::size_t> places; // of a path in changes
+    std::size_t written = 0;                             // contents staged; the first are flushed
+
+    Status openRoot(iFileSystem& files) {
+        if (folder)
+            return {};
+        Result<iFileSystem::Handle> open = files.openFolder(root);
+        if (open)
+            folder = *open;
+        return open.status();
+    }
+
+    void put(Change change) {
+        const auto [at, added] = places.try_emplace(change.path, changes.size());
+        if (added) {
+            changes.push_back(std::move(change));
+            return;
+        }
+        Change& earlier = changes[at->second];
+        if (!earlier.temporary.empty())
+            discard(fileSystem(), joinPath(root, earlier.temporary));
+        earlier = std::move(change);
+    }
+
+    void clear() {
+        if (folder)
+            (void)fileSystem().close(*folder); // nothing was written through it
+        folder.reset();
+        changes.clear();
+        places.clear();
+        written = 0;
+    }
+
+    // A name without the root before it.
+    std::string relative(const std::string& path) const {
+        return path.substr(root.size() + (root.ends_with('/') ? 0 : 1));
+    }
+
+    Status linkOlds(iFileSystem& files) {
+        for (Change& change : changes) {
+            const Result<std::string> old = linkOld(files, joinPath(root, change.path));
+            if (!old)
+                return old.status();
+            change.old = old->empty() ? "" : relative(*old);
+        }
+        // Nothing to be removed: nothing to do.
+        std::erase_if(changes, [](const Change& change) {
+            return change.temporary.empty() && change.old.empty();
+        });
+        return {};
+    }
+
+    // All up to the decision.
+    Status decide(iFileSystem& files) {
+        if (written > kFlushedEach)
+            if (Status flushed = files.flushAll(*folder); !flushed)
+                return named(flushed, root);
+        if (Status linked = linkOlds(files); !linked)
+            return linked;
+        if (changes.empty())
+            return {};
+        if (Status flushed = flushFolders(files, root, changes); !flushed)
+            return flushed;
+        return writeFile(manifestPath(root), manifestBytes(changes), Backup::none);
+    }
+
+    Status finish(iFileSystem& files) {
+        const Result<int> done = apply(files, root, changes);
+        if (!done)
+            return done.status();
+        const Status flushed = flushFolders(files, root, changes);
+        return flushed.ok() ? removeManifest(files, root) : flushed;
+    }
+};
+
+GroupCommit::GroupCommit(std::string root) : state_(std::make_unique<State>()) {
+    state_->root = std::move(root);
+}
+
+GroupCommit::~GroupCommit() {
+    discardAll(fileSystem(), state_->root, state_->changes);
+    state_->clear();
+}
+
+Status GroupCommit::write(const std::string& path, std::string_view content) {
+    if (!isInside(path))
+        return {StatusCode::wrongUsage, path, "is no file below the folder that is saved"};
+    iFileSystem& files = fileSystem();
+    if (Status open = state_->openRoot(files); !open)
+        return open;
+    const Flush flush = state_->written < kFlushedEach ? Flush::now : Flush::later;
+    const Result<std::string> temporary =
+        writeTemporary(files, joinPath(state_->root, path), content, flush);
+    if (!temporary)
+        return temporary.status();
+    ++state_->written;
+    state_->put({path, state_->relative(*temporary), {}, content.size(), checksum(content)});
+    return {};
+}
+
+Status GroupCommit::remove(const std::string& path) {
+    if (!isInside(path))
+        return {StatusCode::wrongUsage, path, "is no file below the folder that is saved"};
+    state_->put({path, {}, {}, 0, 0});
+    return {};
+}
+
+std::size_t GroupCommit::size() const noexcept { return state_->changes.size(); }
+
+Status GroupCommit::commit() {
+    if (state_->changes.empty())
+        return {};
+    iFileSystem& files = fileSystem();
+    Recovery earlier;
+    Status status = completeDecided(files, state_->root, earlier);
+    if (!earlier.damaged.empty())
+        LogBoth("%s: damaged, moved aside\n", earlier.damaged.c_str());
+    if (status.ok())
+        status = state_->decide(files);
+    if (!status) {
+        // A manifest that may have come to stand stands for nothing without what it names.
+        discardAll(files, state_->root, state_->changes);
+        (void)removeManifest(files, state_->root);
+        state_->clear();
+        return status;
+    }
+    status = state_->finish(files);
+    state_->clear();
+    if (status.ok())
+        return {};
+    return {status.code(), status.file(),
+            "saved, but not yet in place (the next save completes it): " + status.message()};
+}
+
+Result<GroupCommit::Recovery> GroupCommit::recover(const std::string& root) {
+    iFileSystem& files = fileSystem();
+    Recovery found;
+    if (Status completed = completeDecided(files, root, found); !completed)
+        return completed;
+    if (Status cleaned = removeLitter(files, root, kRecoverDepth, found.removed); !cleaned)
+        return cleaned;
+    return found;
+}
+
+bool GroupCommit::pending(const std::string& root) noexcept {
+    return fileExists(manifestPath(root));
+}
+
+} // namespace cutroom

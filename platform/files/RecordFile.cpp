@@ -1,0 +1,375 @@
+#include "platform/files/RecordFile.h"
+
+#include "platform/base/Strings.h"
+#include "platform/files/ByteStream.h"
+#include "platform/files/CheckedFile.h"
+
+#include <algorithm>
+#include <bit>
+#include <cassert>
+#include <cstring>
+
+namespace cutroom {
+
+namespace {
+
+constexpr unsigned kVersion = 1;
+constexpr std::size_t kMaxFields = 64;
+// Offsets of records are 32 bits wide, and what is written must be readable.
+constexpr std::size_t kMaxBody = (std::size_t{1} << 31) - (std::size_t{1} << 24);
+
+std::size_t maskSize(std::size_t fields) { return (fields + 7) / 8; }
+
+std::uint64_t maskOf(const char* record, std::size_t bytes) {
+    std::uint64_t mask = 0;
+    for (std::size_t i = 0; i < bytes; ++i)
+        mask |= std::uint64_t{static_cast<unsigned char>(record[i])} << (8 * i);
+    return mask;
+}
+
+// One line of the head: words and texts never hold a line feed, names no blank.
+void appendHeadText(std::string& out, std::string_view text, bool isName) {
+    for (const char c : text) {
+        if (c == '\\')
+            out += "\\\\";
+        else if (c == '\n')
+            out += "\\n";
+        else if (c == ' ' && isName)
+            out += "\\s";
+        else
+            out += c;
+    }
+}
+
+std::optional<std::string> readHeadText(std::string_view text) {
+    std::string plain;
+    plain.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\') {
+            plain += text[i];
+            continue;
+        }
+        const char escaped = ++i < text.size() ? text[i] : '\0';
+        if (escaped == '\\')
+            plain += '\\';
+        else if (escaped == 'n')
+            plain += '\n';
+        else if (escaped == 's')
+            plain += ' ';
+        else
+            return std::nullopt;
+    }
+    return plain;
+}
+
+// Takes the first word off `line`.
+std::string_view takeWord(std::string_view& line) {
+    const std::size_t space = std::min(line.find(' '), line.size());
+    const std::string_view word = line.substr(0, space);
+    line.remove_prefix(std::min(space + 1, line.size()));
+    return word;
+}
+
+template <class List> auto named(List& list, std::string_view name) {
+    return std::find_if(list.begin(), list.end(),
+                        [&](const auto& one) { return one.name == name; });
+}
+
+const std::string* textNamed(const std::vector<RecordFile::Attribute>& list,
+                             std::string_view name) {
+    const auto at = named(list, name);
+    return at == list.end() ? nullptr : &at->text;
+}
+
+void setNamed(std::vector<RecordFile::Attribute>& list, std::string_view name,
+              std::string_view text) {
+    const auto at = named(list, name);
+    if (at == list.end())
+        list.push_back({std::string(name), std::string(text)});
+    else
+        at->text = text;
+}
+
+// The rest of a varint after its first byte, which has 7 more bits to come. The caller has checked
+// the bytes before.
+std::uint64_t longVarint(const char*& at) noexcept {
+    std::uint64_t value = 0;
+    for (unsigned shift = 0;; shift += 7) {
+        const auto byte = static_cast<unsigned char>(*at++);
+        value |= std::uint64_t{byte & 0x7Fu} << shift;
+        if (byte < 0x80)
+            return value;
+    }
+}
+
+std::uint64_t soundVarint(const char*& at) noexcept {
+    const auto byte = static_cast<unsigned char>(*at);
+    if (byte < 0x80) {
+        ++at;
+        return byte;
+    }
+    return longVarint(at);
+}
+
+} // namespace
+
+// What the head says about the body, and where both are.
+struct RecordFile::Layout {
+    const std::string& file;
+    std::size_t offset = 0;   // of the payload in the file
+    std::size_t headSize = 0; // with the empty line
+    std::uint64_t records = 0;
+    bool counted = false;
+};
+
+const std::string* RecordFile::property(std::string_view word) const noexcept {
+    return textNamed(properties_, word);
+}
+void RecordFile::setProperty(std::string_view word, std::string_view text) {
+    setNamed(properties_, word, text);
+}
+const std::string* RecordFile::attribute(std::string_view name) const noexcept {
+    return textNamed(attributes_, name);
+}
+void RecordFile::setAttribute(std::string_view name, std::string_view text) {
+    setNamed(attributes_, name, text);
+}
+
+int RecordFile::findField(std::string_view name) const noexcept {
+    const auto at = named(fields_, name);
+    return at == fields_.end() ? -1 : static_cast<int>(at - fields_.begin());
+}
+
+int RecordFile::addField(std::string_view name, char type) {
+    assert(starts_.empty() && fields_.size() < kMaxFields);
+    fields_.push_back({std::string(name), type});
+    return static_cast<int>(fields_.size()) - 1;
+}
+
+void RecordFile::reserve(std::size_t records, std::size_t bytes) {
+    starts_.reserve(starts_.size() + records);
+    body_.reserve(body_.size() + bytes);
+}
+
+void RecordFile::clearRecords() noexcept {
+    starts_.clear();
+    body_.clear();
+    bodyStart_ = 0;
+    lastField_ = -1;
+    tooLarge_ = false;
+}
+
+void RecordFile::addRecord() {
+    assert(!fields_.empty());
+    tooLarge_ = tooLarge_ || body_.size() > kMaxBody;
+    if (tooLarge_)
+        return;
+    starts_.push_back(static_cast<std::uint32_t>(body_.size()));
+    body_.append(maskSize(fields_.size()), '\0');
+    lastField_ = -1;
+}
+
+// Marks the field as present in the record begun last.
+bool RecordFile::beginField(int field, char type) {
+    const bool rising = field > lastField_ && static_cast<std::size_t>(field) < fields_.size();
+    assert(rising && !starts_.empty());
+    if (!rising || tooLarge_ ||
+        (fields_[static_cast<std::size_t>(field)].type == kDoubleField) != (type == kDoubleField))
+        return false;
+    char& mask = body_[starts_.back() + static_cast<std::size_t>(field) / 8];
+    mask = static_cast<char>(static_cast<unsigned char>(mask) | (1u << (field % 8)));
+    lastField_ = field;
+    return true;
+}
+
+void RecordFile::setText(int field, std::string_view text) {
+    if (text.size() > kMaxBody) {
+        tooLarge_ = true;
+        return;
+    }
+    if (!beginField(field, kTextField))
+        return;
+    std::uint64_t size = text.size();
+    for (; size >= 0x80; size >>= 7)
+        body_.push_back(static_cast<char>(static_cast<unsigned char>(size | 0x80)));
+    body_.push_back(static_cast<char>(size));
+    body_.append(text);
+}
+
+void RecordFile::setDouble(int field, double value) {
+    if (!beginField(field, kDoubleField))
+        return;
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    char bytes[8];
+    for (std::size_t i = 0; i < 8; ++i)
+        bytes[i] = static_cast<char>(bits >> (8 * i));
+    body_.append(bytes, 8);
+}
+
+std::string RecordFile::bytes(std::string_view kind) const {
+    std::string payload;
+    payload.reserve(body_.size() - bodyStart_ + 1024);
+    for (const Attribute& one : properties_) {
+        payload.append(one.name).push_back(' ');
+        appendHeadText(payload, one.text, false);
+        payload += '\n';
+    }
+    for (const Attribute& one : attributes_) {
+        payload += "attribute ";
+        appendHeadText(payload, one.name, true);
+        payload += ' ';
+        appendHeadText(payload, one.text, false);
+        payload += '\n';
+    }
+    for (const Field& field : fields_) {
+        payload.append("field ").append(1, field.type).append(" ");
+        appendHeadText(payload, field.name, false);
+        payload += '\n';
+    }
+    payload += "records " + toText(static_cast<unsigned long long>(starts_.size())) + "\n\n";
+    payload.append(body_, bodyStart_);
+    return CheckedFile::wrap(kind, kVersion, payload);
+}
+
+Status RecordFile::save(const std::string& path, std::string_view kind, Backup backup) const {
+    if (tooLarge_ || body_.size() > kMaxBody)
+        return {StatusCode::failed, path, "is too large to be saved"};
+    return writeFile(path, bytes(kind), backup);
+}
+
+Status RecordFile::load(const std::string& path, std::string_view kind) {
+    Result<std::string> content = readFile(path);
+    return content ? parse(*std::move(content), kind, path) : content.status();
+}
+
+Status RecordFile::parse(std::string bytes, std::string_view kind, const std::string& file) {
+    const Result<CheckedFile::View> view = CheckedFile::open(bytes, kind, kVersion, file);
+    if (!view)
+        return view.status();
+    RecordFile read;
+    Layout layout{file, view->offset};
+    Status status = read.parseHead(view->payload, layout);
+    if (status.ok()) {
+        read.body_ = std::move(bytes);
+        read.bodyStart_ = layout.offset + layout.headSize;
+        status = read.indexRecords(layout);
+    }
+    if (status.ok())
+        *this = std::move(read);
+    return status;
+}
+
+Status RecordFile::parseHead(std::string_view payload, Layout& layout) {
+    for (std::size_t from = 0; from < payload.size();) {
+        const std::size_t end = payload.find('\n', from);
+        if (end == std::string_view::npos)
+            break;
+        const std::string_view line = payload.substr(from, end - from);
+        if (line.empty()) {
+            layout.headSize = end + 1;
+            if (layout.counted)
+                return {};
+            break;
+        }
+        if (Status read = parseLine(line, layout); !read)
+            return {read.code(), layout.file, read.message(),
+                    static_cast<long>(layout.offset + from)};
+        from = end + 1;
+    }
+    return {StatusCode::damaged, layout.file, "the head has no end",
+            static_cast<long>(layout.offset + payload.size())};
+}
+
+Status RecordFile::parseLine(std::string_view line, Layout& layout) {
+    const Status bad(StatusCode::damaged, {}, "a line of the head is damaged");
+    const std::string_view word = takeWord(line);
+    if (word == "records") {
+        const std::optional<unsigned long long> count = parseUnsigned(line);
+        layout.records = count.value_or(0);
+        layout.counted = true;
+        return count && (fields_.size() > 0 || *count == 0) ? Status() : bad;
+    }
+    if (word == "field") {
+        const std::string_view type = takeWord(line);
+        std::optional<std::string> name = readHeadText(line);
+        if (type.size() != 1 || !name || fields_.size() == kMaxFields || layout.counted)
+            return bad;
+        fields_.push_back({*std::move(name), type.front()});
+        return {};
+    }
+    std::optional<std::string> name(std::string{word});
+    if (word == "attribute")
+        name = readHeadText(takeWord(line));
+    std::optional<std::string> text = readHeadText(line);
+    if (!name || !text)
+        return bad;
+    (word == "attribute" ? attributes_ : properties_)
+        .push_back({*std::move(name), *std::move(text)});
+    return {};
+}
+
+// Finds each record and checks all of it, so that looking up a field needs no check.
+Status RecordFile::indexRecords(const Layout& layout) {
+    ByteReader in(std::string_view(body_).substr(bodyStart_));
+    const std::size_t maskBytes = maskSize(fields_.size());
+    const std::uint64_t known =
+        fields_.size() == kMaxFields ? ~std::uint64_t{0} : (std::uint64_t{1} << fields_.size()) - 1;
+    if (maskBytes && layout.records > in.remaining() / maskBytes)
+        in.fail();
+    else
+        starts_.reserve(static_cast<std::size_t>(layout.records));
+    for (std::uint64_t i = 0; i < layout.records && in.ok(); ++i) {
+        starts_.push_back(static_cast<std::uint32_t>(bodyStart_ + in.position()));
+        const std::string_view bytes = in.raw(maskBytes);
+        std::uint64_t mask = maskOf(bytes.data(), bytes.size());
+        if (mask & ~known)
+            in.fail();
+        for (; mask; mask &= mask - 1) {
+            const auto field = static_cast<std::size_t>(std::countr_zero(mask));
+            (void)in.raw(fields_[field].type == kDoubleField ? 8 : in.varint());
+        }
+    }
+    if (!in.ok() || !in.atEnd())
+        return in.damage(layout.file, bodyStart_,
+                         format("record %zu is damaged", std::max<std::size_t>(starts_.size(), 1)));
+    return {};
+}
+
+const char* RecordFile::locate(std::size_t record, int field) const noexcept {
+    const auto wanted = static_cast<std::size_t>(field);
+    if (record >= starts_.size() || field < 0 || wanted >= fields_.size())
+        return nullptr;
+    const std::size_t maskBytes = maskSize(fields_.size());
+    const char* at = body_.data() + starts_[record];
+    std::uint64_t mask = maskOf(at, maskBytes);
+    if (!(mask >> wanted & 1))
+        return nullptr;
+    at += maskBytes;
+    for (mask &= (std::uint64_t{1} << wanted) - 1; mask; mask &= mask - 1) {
+        const auto before = static_cast<std::size_t>(std::countr_zero(mask));
+        const std::uint64_t size = fields_[before].type == kDoubleField ? 8 : soundVarint(at);
+        at += size;
+    }
+    return at;
+}
+
+std::string_view RecordFile::text(std::size_t record, int field,
+                                  std::string_view otherwise) const noexcept {
+    const char* at = locate(record, field);
+    if (!at || fields_[static_cast<std::size_t>(field)].type == kDoubleField)
+        return otherwise;
+    const std::uint64_t size = soundVarint(at);
+    return {at, static_cast<std::size_t>(size)};
+}
+
+double RecordFile::number(std::size_t record, int field, double otherwise) const noexcept {
+    const char* at = locate(record, field);
+    if (!at || fields_[static_cast<std::size_t>(field)].type != kDoubleField)
+        return otherwise;
+    std::uint64_t bits = 0;
+    for (unsigned i = 0; i < 8; ++i)
+        bits |= std::uint64_t{static_cast<unsigned char>(at[i])} << (8 * i);
+    return std::bit_cast<double>(bits);
+}
+
+} // namespace cutroom

@@ -1,0 +1,108 @@
+#include "platform/files/Staging.h"
+
+#include <unistd.h>
+
+#include <atomic>
+
+namespace cutroom::staging {
+
+namespace {
+
+constexpr std::string_view kTemporarySuffix = ".tmp~";
+constexpr std::string_view kOldSuffix = ".old~";
+
+// "<target>.<process>-<count><suffix>": no two writers of one machine meet, save after a process
+// id came round, where making the file anew fails and the next count is tried.
+std::string freshName(const std::string& target, std::string_view suffix) {
+    static std::atomic<unsigned> count{0};
+    const unsigned number = count.fetch_add(1, std::memory_order_relaxed);
+    return format("%s.%lx-%x%.*s", target.c_str(), static_cast<unsigned long>(::getpid()), number,
+                  static_cast<int>(suffix.size()), suffix.data());
+}
+
+constexpr int kNameTries = 100;
+
+Status writeAll(iFileSystem& files, iFileSystem::Handle file, std::string_view content) {
+    while (!content.empty()) {
+        Result<std::size_t> done = files.write(file, content.data(), content.size());
+        if (!done)
+            return done.status();
+        if (*done == 0 || *done > content.size())
+            return {StatusCode::inputOutput, {}, "cannot write"};
+        content.remove_prefix(*done);
+    }
+    return {};
+}
+
+} // namespace
+
+Status named(Status status, const std::string& path) {
+    if (status.ok() || !status.file().empty())
+        return status;
+    return {status.code(), path, status.message(), status.line()};
+}
+
+Result<std::string> writeTemporary(iFileSystem& files, const std::string& target,
+                                   std::string_view content, Flush flush) {
+    std::string path = freshName(target, kTemporarySuffix);
+    Result<iFileSystem::Handle> file = files.open(path, OpenMode::createNew);
+    for (int tries = 1; !file && tries < kNameTries && files.stat(path); ++tries) {
+        path = freshName(target, kTemporarySuffix);
+        file = files.open(path, OpenMode::createNew);
+    }
+    if (!file)
+        return file.status();
+    Status status = writeAll(files, *file, content);
+    if (status.ok() && flush == Flush::now)
+        status = files.flush(*file);
+    if (Status closed = files.close(*file); status.ok())
+        status = closed;
+    if (!status) {
+        discard(files, path);
+        return named(status, target);
+    }
+    return path;
+}
+
+Result<std::string> linkOld(iFileSystem& files, const std::string& target) {
+    std::string path = freshName(target, kOldSuffix);
+    Status linked = files.link(target, path);
+    for (int tries = 1;
+         linked.code() == StatusCode::inputOutput && tries < kNameTries && files.stat(path);
+         ++tries) {
+        path = freshName(target, kOldSuffix);
+        linked = files.link(target, path);
+    }
+    if (linked.code() == StatusCode::notFound)
+        return std::string();
+    if (!linked)
+        return named(linked, target);
+    return path;
+}
+
+std::string backupOf(const std::string& target) { return target + ".bak"; }
+
+Status flushFolder(iFileSystem& files, const std::string& folder) {
+    Result<iFileSystem::Handle> open = files.openFolder(folder);
+    if (!open)
+        return open.status();
+    Status status = files.flush(*open);
+    if (Status closed = files.close(*open); status.ok())
+        status = closed;
+    return named(status, folder);
+}
+
+void discard(iFileSystem& files, const std::string& path) {
+    if (!path.empty())
+        (void)files.remove(path);
+}
+
+} // namespace cutroom::staging
+
+namespace cutroom {
+
+bool isTemporaryName(std::string_view name) noexcept {
+    return name.ends_with(staging::kTemporarySuffix) || name.ends_with(staging::kOldSuffix);
+}
+
+} // namespace cutroom

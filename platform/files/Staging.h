@@ -1,0 +1,31 @@
+// The steps that single writes and group commits are made of. Internal to this folder.
+#pragma once
+
+#include "platform/files/Files.h"
+
+#include <string>
+#include <string_view>
+
+namespace cutroom::staging {
+
+enum class Flush { now, later };
+
+// Adds the file to a failure that does not name one.
+Status named(Status status, const std::string& path);
+
+// Writes `content` to a new temporary file beside `target` and gives its path. On failure nothing
+// stays.
+Result<std::string> writeTemporary(iFileSystem& files, const std::string& target,
+                                   std::string_view content, Flush flush);
+// Gives the present content of `target` a second, temporary name; the empty text when there is no
+// such file.
+Result<std::string> linkOld(iFileSystem& files, const std::string& target);
+// "<name>.bak" of a file.
+std::string backupOf(const std::string& target);
+// Flushes a folder's entries.
+Status flushFolder(iFileSystem& files, const std::string& folder);
+// Removes a temporary file after a failure that is being reported. That it stays, should this fail
+// too, loses nothing: the next recovery removes it.
+void discard(iFileSystem& files, const std::string& path);
+
+} // namespace cutroom::staging
