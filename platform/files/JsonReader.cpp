@@ -94,8 +94,8 @@ public:
         ++*this;
         return before;
     }
-    friend bool operator==(const Feed& a, const Feed& b) { return a.at_ == b.at_; }
-    friend bool operator!=(const Feed& a, const Feed& b) { return a.at_ != b.at_; }
+    bool operator==(const Feed& other) const { return at_ == other.at_; }
+    bool operator!=(const Feed& other) const { return at_ != other.at_; }
 
 private:
     const char* at_;
