@@ -63,7 +63,8 @@ struct Item {
     bool enabled = true;
     Flicks start = 0;
     Flicks duration = 0;
-    // Media time of the first frame (of a nested thing: 0, it is trimmed already).
+    // Media time where its source range begins: the frame shown first, or last of a backward clip.
+    // Of a nested thing the time inside it, 0 unless it is trimmed once more.
     Flicks sourceStart = 0;
     RateRead sourceRate;
     // Source seconds per timeline second: 0 a freeze, negative backwards.
@@ -79,8 +80,8 @@ struct Item {
 
     // The channel of an edit list's event as written: "V", "AA", "A34".
     std::string channel;
-    // JSON texts: the free metadata (an object), the effects (an array), and the members that the
-    // reader has no use for (an object), the last two empty for none.
+    // JSON texts, empty for none: the free metadata (an object), the effects (an array), and the
+    // members that the reader has no use for (an object).
     std::string metadata;
     std::string effects;
     std::string extra;
