@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <exception>
 #include <mutex>
 #include <new>
 #include <string>
@@ -29,10 +30,13 @@ LogState& logState() noexcept {
 void hand(std::string_view message) {
     LogState& state = logState();
     const std::lock_guard lock(state.mutex);
-    if (state.sink)
-        state.sink->write(message);
-    else
-        std::fwrite(message.data(), 1, message.size(), stderr);
+    try {
+        if (state.sink)
+            return state.sink->write(message);
+    } catch (const std::exception&) {
+        // The log is the last place to complain; a sink that fails leaves standard error.
+    }
+    std::fwrite(message.data(), 1, message.size(), stderr);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 
 #include "platform/messaging/Callback.h"
 
-#include <cstdint>
 #include <utility>
 
 // The message type wanted, the callback, and the number of the registration. A value that lies in
@@ -14,15 +13,12 @@ public:
     // The type of a listener that is no more; matches no message.
     static constexpr int kEndedType = -1;
 
-    CallbackInvokerBase(int msgType, std::uint64_t number,
-                        Kv::Ptr<cutroom::CallbackRoot> callback) noexcept
-        : number_(number), callback_(std::move(callback)), msgType_(msgType) {}
+    CallbackInvokerBase(int msgType, Kv::Ptr<cutroom::CallbackRoot> callback) noexcept
+        : callback_(std::move(callback)), msgType_(msgType) {}
 
     // Tells whether a message of this type is meant for the listener.
     bool typeMatch(int msgType) const noexcept { return msgType_ == msgType; }
     bool ended() const noexcept { return msgType_ == kEndedType; }
-    // Rising along the list; never given twice by one notifier.
-    std::uint64_t number() const noexcept { return number_; }
     cutroom::CallbackRoot* callback() const noexcept { return callback_.get(); }
 
     // From now on no message matches. The callback stays, since it may be running.
@@ -31,7 +27,6 @@ public:
     Kv::Ptr<cutroom::CallbackRoot> takeCallback() noexcept { return std::move(callback_); }
 
 private:
-    std::uint64_t number_;
     Kv::Ptr<cutroom::CallbackRoot> callback_;
     int msgType_;
 };

@@ -14,7 +14,7 @@ constexpr std::size_t kMostCallsPerListener = 8;
 constexpr int kMostDepth = 1'000;
 
 // How many tellings this thread is inside of, through whatever notifiers.
-thread_local constinit int tellingsOfThread = 0;
+[[gnu::tls_model("initial-exec")]] thread_local constinit int tellingsOfThread = 0;
 
 } // namespace
 
@@ -49,7 +49,15 @@ Kv::Ptr<Guard> ListenerList::add(Kv::Ptr<CallbackRoot> callback, int msgType) {
         CallbackRoot& added = *callback;
         const std::uint64_t number = ++lastNumber_;
         guard = Kv::Ptr<Guard>(new ListenerGuard(Kv::Ptr<ListenerList>(this), number));
-        entries_.emplace_back(msgType, number, std::move(callback));
+        numbers_.push_back(number);
+        try {
+            entries_.emplace_back(msgType, std::move(callback));
+        } catch (...) {
+            numbers_.pop_back();
+            throw;
+        }
+        if (depth_ > 0)
+            disturbed_.store(true, std::memory_order_relaxed);
         live_.fetch_add(1, std::memory_order_acq_rel);
         added.registrationBegun();
     }
@@ -66,6 +74,7 @@ void ListenerList::remove(EndedRegistration* entry) noexcept {
             do
                 entry->next = top;
             while (!ended_.compare_exchange_weak(top, entry));
+            disturbed_.store(true);
             settle();
             return;
         }
@@ -85,17 +94,18 @@ void ListenerList::remove(EndedRegistration* entry) noexcept {
 }
 
 CallbackInvokerBase* ListenerList::end(std::uint64_t number) noexcept {
-    const auto at = std::lower_bound(
-        entries_.begin(), entries_.end(), number,
-        [](const CallbackInvokerBase& entry, std::uint64_t n) { return entry.number() < n; });
-    if (at == entries_.end() || at->number() != number || at->ended())
+    const auto found = std::lower_bound(numbers_.begin(), numbers_.end(), number);
+    if (found == numbers_.end() || *found != number)
+        return nullptr;
+    CallbackInvokerBase* const at = &entries_[static_cast<std::size_t>(found - numbers_.begin())];
+    if (at->ended())
         return nullptr;
     live_.fetch_sub(1, std::memory_order_acq_rel);
     at->end();
     ++gaps_;
     at->callback()->registrationEnded();
     ++unswept_;
-    return &*at;
+    return at;
 }
 
 void ListenerList::takeEnded() noexcept {
@@ -124,7 +134,18 @@ bool ListenerList::collect(std::array<Kv::Ptr<CallbackRoot>, 32>& out) noexcept 
 void ListenerList::closeGaps() noexcept {
     if (depth_ > 0 || unswept_ > 0 || gaps_ * 2 <= entries_.size())
         return;
-    std::erase_if(entries_, [](const CallbackInvokerBase& entry) { return entry.ended(); });
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (entries_[i].ended())
+            continue;
+        if (kept != i) {
+            entries_[kept] = std::move(entries_[i]);
+            numbers_[kept] = numbers_[i];
+        }
+        ++kept;
+    }
+    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(kept), entries_.end());
+    numbers_.resize(kept);
     gaps_ = 0;
 }
 
@@ -158,6 +179,7 @@ void ListenerList::close() noexcept {
             kept_ = Kv::Ptr<ListenerList>(this);
         } else {
             gone.swap(entries_);
+            numbers_.clear();
             gaps_ = unswept_ = 0;
         }
     }
@@ -167,38 +189,77 @@ void ListenerList::logThrown(const char* what) noexcept {
     LogBoth("Notifier: a listener failed: %s\n", what);
 }
 
-void ListenerList::logRunaway() noexcept {
+void ListenerList::cutOff() noexcept {
     if (!cutOff_)
         LogBoth("Notifier: cut off a runaway telling of %zu listeners\n",
                 live_.load(std::memory_order_relaxed));
     cutOff_ = true;
 }
 
-ListenerList::Walk::Walk(ListenerList& list) noexcept : list_(list) {
+ListenerList::Walk::Walk(ListenerList& list, int msgType) noexcept
+    : list_(list), msgType_(msgType) {
     list.lock_.lock();
     ++tellingsOfThread;
+    outer_ = std::exchange(list.innermost_, this);
     if (list.depth_++ == 0) {
         list.cutOff_ = false;
-        list.callsLeft_ = static_cast<std::ptrdiff_t>(
-            std::max(kMostCalls, kMostCallsPerListener * list.live_.load()));
+        callsLeft_ = std::max(kMostCalls, kMostCallsPerListener * list.live_.load());
+    } else {
+        outer_->countCalls();
+        callsLeft_ = outer_->callsLeft_;
     }
-    if (list.depth_ > kMostDepth)
-        list.logRunaway();
+    if (list.depth_ > kMostDepth) {
+        list.cutOff();
+        return;
+    }
+    size_ = list.entries_.size();
+    if (size_ > callsLeft_ || list.disturbed_.load(std::memory_order_relaxed))
+        stretch();
     else
-        size_ = list.entries_.size();
+        stretchEnd_ = size_;
 }
 
 ListenerList::Walk::~Walk() {
     Kv::Ptr<ListenerList> last;
-    bool resting = false;
+    bool unswept = false;
+    list_.innermost_ = outer_;
+    if (outer_) {
+        countCalls();
+        outer_->callsLeft_ = callsLeft_;
+        list_.disturbed_.store(true, std::memory_order_relaxed);
+    }
     if (--list_.depth_ == 0) {
-        last.swap(list_.kept_);
-        resting = list_.unswept_ > 0;
+        if (list_.closed_)
+            last.swap(list_.kept_);
+        unswept = list_.unswept_ > 0;
     }
     --tellingsOfThread;
     list_.lock_.unlock();
-    if (resting || list_.ended_.load())
+    if (unswept || list_.ended_.load())
         list_.settle();
+}
+
+CUTROOM_NO_THREAD_SAFETY bool ListenerList::Walk::stretch() noexcept {
+    if (list_.disturbed_.load(std::memory_order_relaxed)) {
+        list_.disturbed_.exchange(false);
+        list_.takeEnded();
+    }
+    countCalls();
+    if (callsLeft_ == 0) {
+        list_.cutOff();
+        size_ = 0;
+        return false;
+    }
+    stretchEnd_ = std::min(size_, at_ + callsLeft_);
+    return true;
+}
+
+CUTROOM_NO_THREAD_SAFETY void ListenerList::Walk::countCalls() noexcept {
+    for (; counted_ < at_; ++counted_) {
+        const CallbackInvokerBase& entry = list_.entries_[counted_];
+        if (callsLeft_ > 0 && (entry.typeMatch(msgType_) || entry.ended()))
+            --callsLeft_;
+    }
 }
 
 } // namespace cutroom

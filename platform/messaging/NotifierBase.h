@@ -65,6 +65,9 @@ private:
     friend class ListenerGuard;
     class Walk;
 
+    // Calls one listener of messages of this class; the callback stays alive until the outermost
+    // telling ends, whoever removes it.
+    template <class Msg> static void callListener(CallbackRoot& callback, const Msg& message);
     // Ends a registration and takes its entry over.
     void remove(EndedRegistration* entry) noexcept;
     // Ends the registration of that number; null when it has ended already. The callback stays in
@@ -80,38 +83,58 @@ private:
     // this when leaving.
     void settle() noexcept;
     static void logThrown(const char* what) noexcept;
-    void logRunaway() noexcept CUTROOM_REQUIRES(lock_);
+    void cutOff() noexcept CUTROOM_REQUIRES(lock_);
 
     CriticalSection lock_{LockRank::notifier};
     // In the order of registration. Ended entries stay as gaps until many have gathered, and at
     // least until the outermost telling ends.
     std::vector<CallbackInvokerBase> entries_ CUTROOM_GUARDED_BY(lock_);
+    // The number of each registration, rising; apart, so that a telling reads less memory.
+    std::vector<std::uint64_t> numbers_ CUTROOM_GUARDED_BY(lock_);
     std::uint64_t lastNumber_ CUTROOM_GUARDED_BY(lock_) = 0;
-    std::size_t gaps_ CUTROOM_GUARDED_BY(lock_) = 0;         // ended entries
-    std::size_t unswept_ CUTROOM_GUARDED_BY(lock_) = 0;      // of these, those that hold a callback
-    int depth_ CUTROOM_GUARDED_BY(lock_) = 0;                // tellings inside one another
-    std::ptrdiff_t callsLeft_ CUTROOM_GUARDED_BY(lock_) = 0; // until a runaway is cut off
+    std::size_t gaps_ CUTROOM_GUARDED_BY(lock_) = 0;      // ended entries
+    std::size_t unswept_ CUTROOM_GUARDED_BY(lock_) = 0;   // of these, those that hold a callback
+    int depth_ CUTROOM_GUARDED_BY(lock_) = 0;             // tellings inside one another
+    Walk* innermost_ CUTROOM_GUARDED_BY(lock_) = nullptr; // the telling that is going on
     bool cutOff_ CUTROOM_GUARDED_BY(lock_) = false;
     bool closed_ CUTROOM_GUARDED_BY(lock_) = false;
     Kv::Ptr<ListenerList> kept_ CUTROOM_GUARDED_BY(lock_); // itself, when closed inside a telling
     std::atomic<std::size_t> live_{0};
     std::atomic<EndedRegistration*> ended_{nullptr};
+    // Something happened that the telling that is going on must look at before its next call: a
+    // registration was added or waits in `ended_`, or a telling inside it took place.
+    std::atomic<bool> disturbed_{false};
 };
 
-// Holds the lock of a list for one telling.
+// One telling: holds the lock of its list, and knows how far it is. It goes through the list in
+// stretches; one ends early when something happened in a call that the telling must look at.
 class CUTROOM_API CUTROOM_SCOPED_CAPABILITY ListenerList::Walk {
 public:
-    explicit Walk(ListenerList& list) noexcept CUTROOM_ACQUIRE(list.lock_);
+    Walk(ListenerList& list, int msgType) noexcept CUTROOM_ACQUIRE(list.lock_);
     ~Walk() CUTROOM_RELEASE();
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 
-    // The number of entries when the telling began; 0 when it may not begin.
-    std::size_t size() const noexcept { return size_; }
+    // Makes the next stretch, up to `stretchEnd`, ready; the first one is, but for a telling that
+    // may not begin. False when the telling is over.
+    bool nextStretch() noexcept { return at_ < size_ && stretch(); }
+    std::size_t stretchEnd() const noexcept { return stretchEnd_; }
+    // The entry to look at next.
+    std::size_t at() const noexcept { return at_; }
+    void moveTo(std::size_t at) noexcept { at_ = at; }
 
 private:
+    bool stretch() noexcept;
+    void countCalls() noexcept;
+
     ListenerList& list_;
-    std::size_t size_ = 0;
+    Walk* outer_ = nullptr; // the telling inside of which this one is
+    const int msgType_;
+    std::size_t size_ = 0; // entries when the telling began; 0 when it may not begin
+    std::size_t at_ = 0;
+    std::size_t counted_ = 0;    // entries whose calls are taken off `callsLeft_`
+    std::size_t callsLeft_ = 0;  // for this telling and those inside it
+    std::size_t stretchEnd_ = 0; // never further than `callsLeft_` calls
 };
 
 } // namespace cutroom
@@ -147,25 +170,29 @@ private:
 // ------------------------------------------------------------------------------------------------
 
 template <class Msg> void cutroom::ListenerList::tell(const Msg& message, int msgType) {
-    const Walk walk(*this);
-    for (std::size_t i = 0; i < walk.size(); ++i) {
-        if (ended_.load(std::memory_order_acquire))
-            takeEnded();
-        const CallbackInvokerBase& entry = entries_[i];
-        if (!entry.typeMatch(msgType))
-            continue;
-        if (--callsLeft_ < 0) {
-            logRunaway();
-            return;
+    Walk walk(*this, msgType);
+    do {
+        const CallbackInvokerBase* const entries = entries_.data();
+        const std::size_t end = walk.stretchEnd();
+        std::size_t i = walk.at();
+        for (bool undisturbed = true; i < end && undisturbed; ++i) {
+            if (!entries[i].typeMatch(msgType))
+                continue;
+            walk.moveTo(i + 1);
+            callListener(*entries[i].callback(), message);
+            undisturbed = !disturbed_.load(std::memory_order_acquire);
         }
-        // The callback stays until the outermost telling ends, whoever removes it.
-        auto* callback = static_cast<iCallbackBase<int, Msg>*>(entry.callback());
-        try {
-            callback->call(message);
-        } catch (const std::exception& thrown) {
-            logThrown(thrown.what());
-        } catch (...) {
-            logThrown("an object that is no exception");
-        }
+        walk.moveTo(i);
+    } while (walk.nextStretch());
+}
+
+template <class Msg>
+inline void cutroom::ListenerList::callListener(CallbackRoot& callback, const Msg& message) {
+    try {
+        static_cast<iCallbackBase<int, Msg>&>(callback).call(message);
+    } catch (const std::exception& thrown) {
+        logThrown(thrown.what());
+    } catch (...) {
+        logThrown("an object that is no exception");
     }
 }

@@ -27,7 +27,8 @@ public:
 // Keeps when a value was last published, so that an observer of several can tell which came last.
 class CUTROOM_API LastValServer {
 public:
-    // Place of the last change in the order of all changes of the process; 0: never. Any thread.
+    // Place of the last change in the order of all changes of the process; 0: never. Changes made
+    // at the same moment on two threads may share a place. Any thread.
     std::uint64_t lastChange() const noexcept { return last_.load(std::memory_order_relaxed); }
 
 protected:
