@@ -9,6 +9,7 @@ EmbeddedHost::EmbeddedHost(const Options& options)
 }
 
 EmbeddedHost::~EmbeddedHost() {
+    loop_.becomeUiThread();
     transport_.stop();
     Host::uninstall();
 }

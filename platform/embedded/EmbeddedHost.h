@@ -14,8 +14,8 @@
 
 namespace cutroom {
 
-// Installs itself for its own lifetime: a process lives as long as its host. Made, used and
-// destroyed on the user-interface thread; one at a time.
+// Installs itself for its own lifetime: a process lives as long as its host. Used on
+// the user-interface thread; the one that destroys it becomes that thread. One at a time.
 class CUTROOM_API EmbeddedHost {
 public:
     enum class Time {

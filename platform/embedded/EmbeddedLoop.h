@@ -36,6 +36,9 @@ public:
     Kv::Ptr<Guard> addTimer(double delay, double interval, std::function<void()> task) override;
     void drain() noexcept override;
 
+    // Makes the calling thread the user-interface thread. Only while no other thread runs the loop.
+    void becomeUiThread() noexcept;
+
     // The running operations make their thread the user-interface thread. All may be called again
     // from inside what they run.
 
@@ -59,7 +62,6 @@ public:
 private:
     struct State;
 
-    void becomeUiThread() noexcept;
     std::size_t turn() noexcept;
     std::size_t fireTimers() noexcept;
     std::size_t handOver() noexcept;

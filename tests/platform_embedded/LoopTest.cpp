@@ -1,7 +1,7 @@
 #include "platform/embedded/EmbeddedHost.h"
 
-#include "platform/base/Log.h"
 #include "platform/messaging/Event.h"
+#include "tests/support/LogLines.h"
 
 #include <gmock/gmock.h>
 
@@ -16,20 +16,10 @@ using testing::IsEmpty;
 
 namespace {
 
-class LogLines final : public iLogSink {
-public:
-    void write(std::string_view message) override { lines.emplace_back(message); }
-    std::vector<std::string> lines;
-};
-
 class LoopTest : public testing::Test {
 protected:
     LogLines log;
-    EmbeddedHost host{[this] {
-        EmbeddedHost::Options options = EmbeddedHost::repeatable();
-        options.log = &log;
-        return options;
-    }()};
+    EmbeddedHost host{EmbeddedHost::repeatable()};
     EmbeddedLoop& loop = host.loop();
     std::vector<std::string> story;
 

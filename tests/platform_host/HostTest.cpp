@@ -12,6 +12,7 @@
 #include "platform/host/StringTable.h"
 #include "platform/host/TransitStatus.h"
 #include "platform/host/UserMessages.h"
+#include "tests/support/LogLines.h"
 
 #include <gmock/gmock.h>
 
@@ -41,11 +42,11 @@ public:
     std::list<std::function<void()>> held;
 };
 
-class LogLines final : public iLogSink {
+class OneLine final : public iLogSink {
 public:
-    void write(std::string_view message) override { lines.emplace_back(message); }
+    void write(std::string_view message) override { line = message; }
 
-    std::vector<std::string> lines;
+    std::string line;
 };
 
 class OneId final : public iIdSource {
@@ -80,8 +81,7 @@ struct Posting {
 } // namespace
 
 TEST(HostTest, WithoutAHostEveryServiceAnswersHarmlessly) {
-    LogLines log;
-    iLogSink* const before = installLogSink(&log);
+    const LogLines log;
     ASSERT_FALSE(Host::installed());
 
     EXPECT_EQ(TransitStatus::manager().getStatus(), kTransitIdle);
@@ -109,7 +109,6 @@ TEST(HostTest, WithoutAHostEveryServiceAnswersHarmlessly) {
 
     showUserMessage(L"Gr\u00fc\u00dfe");
     EXPECT_THAT(log.lines, ElementsAre("Gr\u00fc\u00dfe\n"));
-    installLogSink(before);
 }
 
 TEST(HostTest, TextsComeFromTheTableOrShowTheirNumber) {
@@ -126,11 +125,10 @@ TEST(HostTest, TextsComeFromTheTableOrShowTheirNumber) {
 }
 
 TEST(HostTest, IdsLogAndLoopReachTheLowerLayersAndLeaveThemAgain) {
-    LogLines outer;
-    iLogSink* const before = installLogSink(&outer);
+    const LogLines outer;
     iIdSource* const system = &idSource();
     {
-        LogLines log;
+        OneLine log;
         OneId ids;
         HeldLoop loop;
         HostServices set;
@@ -139,7 +137,7 @@ TEST(HostTest, IdsLogAndLoopReachTheLowerLayersAndLeaveThemAgain) {
         set.loop = &loop;
         const ScopedHost host(set);
         LogBoth("inner");
-        EXPECT_THAT(log.lines, ElementsAre("inner"));
+        EXPECT_EQ(log.line, "inner");
         EXPECT_EQ(idSource().secondsNow(), 8u);
         EXPECT_EQ(uiThread(), &loop);
         EXPECT_EQ(eventQueue(), &loop);
@@ -153,7 +151,6 @@ TEST(HostTest, IdsLogAndLoopReachTheLowerLayersAndLeaveThemAgain) {
         LogBoth("again");
     }
     EXPECT_THAT(outer.lines, ElementsAre("outer", "again"));
-    installLogSink(before);
 }
 
 TEST(HostTest, WhatIsPostedWhileALifeEndsStillRuns) {

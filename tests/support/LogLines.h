@@ -1,0 +1,30 @@
+// Catches the log, for tests that ask what was logged.
+#pragma once
+
+#include "platform/base/Log.h"
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+// Takes the log's place for its own lifetime. Any thread may log meanwhile; `lines` is read when
+// none does. Made before a host, it also catches what the host's going logs.
+class LogLines final : public cutroom::iLogSink {
+public:
+    LogLines() : before_(cutroom::installLogSink(this)) {}
+    ~LogLines() override { cutroom::installLogSink(before_); }
+    LogLines(const LogLines&) = delete;
+    LogLines& operator=(const LogLines&) = delete;
+
+    void write(std::string_view message) override {
+        const std::scoped_lock lock(mutex_);
+        lines.emplace_back(message);
+    }
+
+    // The messages, each as it was given to the log.
+    std::vector<std::string> lines;
+
+private:
+    std::mutex mutex_; // guards lines
+    cutroom::iLogSink* const before_;
+};
