@@ -11,6 +11,7 @@
 #include <vector>
 
 using namespace cutroom;
+using cutroom::test::LogLines;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -21,6 +21,7 @@
 #include <vector>
 
 using namespace cutroom;
+using cutroom::test::LogLines;
 using testing::ElementsAre;
 
 namespace {

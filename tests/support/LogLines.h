@@ -7,12 +7,14 @@
 #include <string>
 #include <vector>
 
+namespace cutroom::test {
+
 // Takes the log's place for its own lifetime. Any thread may log meanwhile; `lines` is read when
 // none does. Made before a host, it also catches what the host's going logs.
-class LogLines final : public cutroom::iLogSink {
+class LogLines final : public iLogSink {
 public:
-    LogLines() : before_(cutroom::installLogSink(this)) {}
-    ~LogLines() override { cutroom::installLogSink(before_); }
+    LogLines() : before_(installLogSink(this)) {}
+    ~LogLines() override { installLogSink(before_); }
     LogLines(const LogLines&) = delete;
     LogLines& operator=(const LogLines&) = delete;
 
@@ -26,5 +28,7 @@ public:
 
 private:
     std::mutex mutex_; // guards lines
-    cutroom::iLogSink* const before_;
+    iLogSink* const before_;
 };
+
+} // namespace cutroom::test
