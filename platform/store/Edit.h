@@ -36,6 +36,7 @@
 namespace cutroom {
 struct EditState; // everything that undo restores; copies share their cels
 class EditFile;
+struct EditAccess;
 } // namespace cutroom
 
 class CUTROOM_API Edit : public Notifier, public Kv::InternalRefCount {
@@ -66,6 +67,7 @@ public:
     void setDropFrame(bool on);
     // Length of one frame in seconds.
     double getCelResolution() const;
+    // A note for those who offer changes; the store itself refuses none.
     bool isReadOnly() const;
     void setReadOnly(bool on);
     bool isDirty() const;
@@ -85,6 +87,7 @@ public:
     // Makes this edit stand for itself: `isCopy` keeps the link to its material, `keepLabels` its
     // labels' origin; (false, false) makes it no source material.
     void make_original(bool isCopy, bool keepLabels);
+    // Drops the configuration keys that begin with "CACHE_" (what is rendered of the edit).
     void clear_cache_flags();
     bool isImported() const;
     void setImported(bool on);
@@ -123,10 +126,12 @@ public:
     IdStamp getChanForStrip(const Cookie& strip) const;
     EditChanType getChanType(const IdStamp& channel) const;
     EditChanSubType getChanSubtype(const IdStamp& channel) const;
-    // Adds a channel at the end of its type, with a fresh id unless one is given.
+    // Adds a channel at the end of its type, with a fresh id unless one is given. The empty id
+    // when the edit has that channel.
     IdStamp addChan(EditChanType type, EditChanSubType subType = kSubNormal,
                     const IdStamp& id = {});
-    // `notify` tells the removal. False when the edit has no such channel.
+    // `notify` tells the removal. False when the edit has no such channel. The levels channel of an
+    // audio channel goes with it.
     bool removeChan(const IdStamp& channel, bool notify);
     void removeChans(unsigned types, unsigned subTypes);
     // "V1", "A2" … by type and index, or the user's own name.
@@ -157,7 +162,8 @@ public:
 
     // --- groups of channels --------------------------------------------------------------------
     void groupChannels(const std::vector<IdStamp>& channels, bool on);
-    // Objects bound to an edit by class; the channel group list is the one there is.
+    // Objects bound to an edit by class; the channel group list is the one there is. Opening one
+    // that is not bound gives an empty list. To change groups, bind a changed copy.
     Kv::Ptr<ChannelGroupList> openObjectInternal() const;
     void bindObjectToEdit(const Kv::Ptr<ChannelGroupList>& groups);
 
@@ -165,7 +171,9 @@ public:
     CueList getCues() const;
     // Replaces all; tells the changes as kModCues when `notify`.
     void setCues(const CueList& cues, bool notify = true);
-    // Each gives false when there is nothing to change; `origin` names who changed it.
+    // Each gives false when there is nothing to change, the time is no time, or (adding) the edit
+    // has a cue of that external id; `origin` names who changed it. Told at once unless a modifier
+    // is open.
     bool addCue(const Cue& cue, const LightweightString<char>& origin = {});
     bool changeCue(const Cue& cue, const LightweightString<char>& origin = {}); // by external id
     bool removeCue(const IdStamp& extId, const LightweightString<char>& origin = {});
@@ -183,7 +191,9 @@ public:
     void addLabel(const EditLabel& label);
     void remove_all_labels();
     void adjust_all_labels_by_time(double seconds);
+    // Adds the labels that the configuration holds and the edit lacks.
     void rebuildCachedLabels();
+    // Writes every label into the configuration, as "label.<type>.<medium>.<roll>".
     void write_labels_to_config();
     // The timecode at `seconds`, by the video timecode label, else counted from 0.
     LightweightString<char> getTimecode(double seconds) const;
@@ -240,9 +250,14 @@ private:
     friend class EditModifier;
     friend class Cel;
     friend class cutroom::EditFile;
+    friend struct cutroom::EditAccess;
     friend class Lock;
 
     explicit Edit(const Cookie& cookie);
+
+    // Tells changes on the user-interface thread; no lock is held.
+    void tell(EditModifications changes);
+    template <class T> bool setConfigValue(const LightweightString<char>& key, const T& value);
 
     struct Impl;
     std::unique_ptr<Impl> impl_;

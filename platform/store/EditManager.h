@@ -18,6 +18,21 @@ namespace cutroom {
 template <class T> class ProcessSingleton;
 }
 
+// Told with notices 20 and 21; the text of the message lists the cookies.
+class CUTROOM_API EditDeletionNotice final : public iObject {
+public:
+    EditDeletionNotice(CookieVec edits, LightweightString<char> reason)
+        : edits_(std::move(edits)), reason_(std::move(reason)) {}
+    ~EditDeletionNotice() override;
+
+    const CookieVec& edits() const noexcept { return edits_; }
+    const LightweightString<char>& reason() const noexcept { return reason_; }
+
+private:
+    CookieVec edits_;
+    LightweightString<char> reason_;
+};
+
 // Any thread may call; notices are delivered on the user-interface thread. The table has a lock of
 // its own, never held while telling or while an edit's file is read.
 class CUTROOM_API EditManager {
@@ -91,7 +106,15 @@ public:
 
 private:
     friend class Edit;
+    friend class EditPtr;
     friend class EditModifier;
+    friend class ProjectListener;
+
+    // Tells a change of an edit, when there is a manager. User-interface thread or any other.
+    static void tellModifications(const NotifyMsg& message);
+    // A handle of the edit is about to be dropped, the last one perhaps.
+    static void forget(Kv::Ptr<Edit> edit) noexcept;
+
     EditManager();
     ~EditManager();
     friend class cutroom::ProcessSingleton<EditManager>;

@@ -1,0 +1,73 @@
+// The markers of an edit.
+#include "platform/store/EditImpl.h"
+
+namespace {
+
+EditModification cueChange(eCueChange what, const Cue& cue, const std::string& origin) {
+    EditModification change(kModCues, what);
+    change.cue = cue.getExtID();
+    change.track = cue.getChannel();
+    change.origin = origin;
+    return change;
+}
+
+} // namespace
+
+CueList Edit::getCues() const {
+    const Lock lock(*this);
+    return *impl_->state.cues;
+}
+
+void Edit::setCues(const CueList& cues, bool notify) {
+    const Lock lock(*this);
+    if (impl_->set(impl_->state.cues, cutroom::Shared<CueList>(cues), kModCues))
+        impl_->tellDue = impl_->tellDue || notify;
+}
+
+bool Edit::addCue(const Cue& cue, const LightweightString<char>& origin) {
+    const Lock lock(*this);
+    CueList& cues = impl_->state.cues.write();
+    if (cues.find(cue.getExtID()) != SIZE_MAX || cues.addCuePoint(cue) == SIZE_MAX)
+        return false;
+    impl_->record(cueChange(kCueAdded, cue, origin));
+    impl_->tellDue = impl_->tellDue || impl_->modifiers == 0;
+    return true;
+}
+
+bool Edit::changeCue(const Cue& cue, const LightweightString<char>& origin) {
+    const Lock lock(*this);
+    const std::size_t index = impl_->state.cues->find(cue.getExtID());
+    if (index == SIZE_MAX || impl_->state.cues->getCuePoint(index) == cue ||
+        !impl_->state.cues.write().setCuePoint(index, cue))
+        return false;
+    impl_->record(cueChange(kCueChanged, cue, origin));
+    impl_->tellDue = impl_->tellDue || impl_->modifiers == 0;
+    return true;
+}
+
+bool Edit::removeCue(const IdStamp& extId, const LightweightString<char>& origin) {
+    const Lock lock(*this);
+    const std::size_t index = impl_->state.cues->find(extId);
+    if (index == SIZE_MAX)
+        return false;
+    const Cue cue = impl_->state.cues->getCuePoint(index);
+    impl_->state.cues.write().deleteCue(index);
+    impl_->record(cueChange(kCueRemoved, cue, origin));
+    impl_->tellDue = impl_->tellDue || impl_->modifiers == 0;
+    return true;
+}
+
+void Edit::celCuesOn() {
+    const Lock lock(*this);
+    impl_->set(impl_->state.celCues, true, kModCues);
+}
+
+void Edit::celCuesOff() {
+    const Lock lock(*this);
+    impl_->set(impl_->state.celCues, false, kModCues);
+}
+
+bool Edit::getCelCuesOn() const {
+    const Lock lock(*this);
+    return impl_->state.celCues;
+}

@@ -1,0 +1,43 @@
+// `EditHistory`: the steps to which an edit can go back and forth. Internal to the store.
+#pragma once
+
+#include "platform/store/EditState.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace cutroom {
+
+// Steps before `position` can be undone, those from it on redone. Each holds the state that is not
+// the edit's present one: undo and redo exchange the two.
+//
+//   steps:     [0] [1] | [2]          position 2: undo goes to [1], redo to [2]
+struct EditHistory {
+    struct Step {
+        std::string description;
+        std::uint32_t when = 0; // seconds since 1970
+        EditState state;
+    };
+
+    std::vector<Step> steps;
+    std::size_t position = 0;
+    std::uint64_t fileId = 0;       // ties the edit's file to its history's; 0: no history file
+    bool loaded = true;             // false: what lies on disk has not been read yet
+    bool changed = false;           // differs from what lies on disk
+    std::uint64_t lastBackupAt = 0; // the edit's change count at the last step put in
+
+    // Puts in a step; what could be redone goes, and the oldest beyond the limit.
+    void push(Step step, std::size_t limit) {
+        steps.erase(steps.begin() + static_cast<std::ptrdiff_t>(position), steps.end());
+        steps.push_back(std::move(step));
+        if (steps.size() > limit)
+            steps.erase(steps.begin());
+        position = steps.size();
+        changed = true;
+    }
+    bool canUndo() const noexcept { return position > 0; }
+    bool canRedo() const noexcept { return position < steps.size(); }
+};
+
+} // namespace cutroom

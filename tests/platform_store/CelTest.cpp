@@ -1,0 +1,277 @@
+#include "platform/store/Cel.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+using namespace cutroom;
+using testing::ElementsAre;
+
+namespace {
+
+const Cookie kClip('E', 1);
+const Kv::FrameRate kRate(25, 1);
+
+// A segment of `kClip` from `from` to `to` frames; its strip begins at 100 frames.
+CelSegment clip(std::int64_t from, std::int64_t to) {
+    CelSegment segment;
+    segment.start = kRate.frameToFlicks(from);
+    segment.end = kRate.frameToFlicks(to);
+    segment.stripStart = kRate.frameToFlicks(100);
+    segment.material = kClip;
+    return segment;
+}
+
+Kv::Ptr<Cel> listOf(const std::vector<CelSegment>& segments) {
+    auto cel = Kv::makePtr<Cel>();
+    EXPECT_TRUE(cel->setSegments(segments).ok());
+    return cel;
+}
+
+// The cuts of a list in frames.
+std::vector<double> cuts(const Cel& cel) {
+    std::vector<double> frames;
+    for (std::uint32_t i = 0; i < cel.get_num_events(); i += 2)
+        frames.push_back(cel.get_event(i).getTime() * 25);
+    if (cel.get_num_events() > 0)
+        frames.push_back(cel.getEndTime() * 25);
+    return frames;
+}
+
+TEST(CelTest, anEmptyListAnswersNothing) {
+    const Cel cel;
+    EXPECT_EQ(cel.get_num_events(), 0u);
+    EXPECT_EQ(cel.getStartTime(), kNoTime);
+    EXPECT_EQ(cel.get_significant_end_time(), kNoTime);
+    EXPECT_FALSE(cel.get_strip_cookie(0).valid());
+    EXPECT_EQ(cel.get_strip_time(0), kNoTime);
+    EXPECT_EQ(cel.nextAfter(0), 0u);
+    EXPECT_EQ(cel.lastBefore(0), -1);
+    EXPECT_FALSE(cel.find_ceh(0, 0).valid());
+    EXPECT_FALSE(cel.getHandle(0).valid());
+}
+
+TEST(CelTest, gapsBetweenSegmentsBecomeBlack) {
+    const auto cel = listOf({clip(0, 10), clip(20, 30)});
+    EXPECT_THAT(cuts(*cel), ElementsAre(0, 10, 20, 30));
+    EXPECT_TRUE(cel->get_event(2).isBlack());
+    EXPECT_EQ(cel->checkConsistency(), "");
+}
+
+TEST(CelTest, significantTimesLeaveBlackEndsOut) {
+    const auto cel = listOf({clip(10, 20)});
+    ASSERT_TRUE(cel->insertGap(kRate.frameToFlicks(10), kRate.frameToFlicks(5)).ok());
+    ASSERT_TRUE(cel->insertGap(kRate.frameToFlicks(25), kRate.frameToFlicks(5)).ok());
+    EXPECT_THAT(cuts(*cel), ElementsAre(10, 15, 25, 30));
+    EXPECT_DOUBLE_EQ(cel->get_significant_start_time(), 0.6);
+    EXPECT_DOUBLE_EQ(cel->get_significant_end_time(), 1.0);
+}
+
+TEST(CelTest, findsPointsByTime) {
+    const auto cel = listOf({clip(10, 20), clip(20, 30), clip(30, 40)});
+    struct Row {
+        double frame;
+        int in;   // index of the in point at or after, -1: none
+        int out;  // of the out point
+        int next; // first later event
+        int last; // last earlier event
+    };
+    const Row rows[] = {{0, 0, 1, 0, -1},  {10, 0, 1, 1, -1}, {10.5, 2, 1, 1, 0},
+                        {20, 2, 1, 3, 0},  {25, 4, 3, 3, 2},  {30, 4, 3, 5, 2},
+                        {39, -1, 5, 5, 4}, {40, -1, 5, 6, 4}, {41, -1, -1, 6, 5}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.frame);
+        const double seconds = row.frame / 25;
+        const auto indexOf = [](const ce_handle& handle) {
+            return handle.valid() ? static_cast<int>(handle.getIndex()) : -1;
+        };
+        EXPECT_EQ(indexOf(cel->find_ceh(seconds, 0)), row.in);
+        EXPECT_EQ(indexOf(cel->find_ceh(seconds, kEventOut | kEventFreeze)), row.out);
+        EXPECT_EQ(static_cast<int>(cel->nextAfter(toFlicks(seconds))), row.next);
+        EXPECT_EQ(cel->lastBefore(toFlicks(seconds)), row.last);
+    }
+    EXPECT_FALSE(cel->find_ceh(kNoTime, 0).valid());
+    EXPECT_EQ(cel->nextAfter(std::numeric_limits<Flicks>::max()), 6u);
+    EXPECT_EQ(cel->lastBefore(std::numeric_limits<Flicks>::min()), -1);
+}
+
+TEST(CelTest, refusesWhatCannotLieOnAnEdit) {
+    const auto bad = [](auto change) {
+        CelSegment segment = clip(0, 10);
+        change(segment);
+        return segment;
+    };
+    const CelSegment rows[] = {
+        bad([](CelSegment& s) { s.end = s.start; }),
+        bad([](CelSegment& s) { s.end = s.start - 1; }),
+        bad([](CelSegment& s) { s.end = kMaxFlicks + 1; }),
+        bad([](CelSegment& s) { s.start = -kMaxFlicks - 1; }),
+        bad([](CelSegment& s) { s.stripStart = std::numeric_limits<Flicks>::max(); }),
+        bad([](CelSegment& s) { s.speed = std::nan(""); }),
+        bad([](CelSegment& s) { s.speed = 1e308; }),
+    };
+    const auto cel = listOf({clip(0, 10)});
+    const auto before = cel->copy();
+    for (const CelSegment& row : rows) {
+        EXPECT_FALSE(cel->overwrite(row).ok());
+        EXPECT_FALSE(cel->setSegments({row}).ok());
+        EXPECT_TRUE(cel->sameContents(*before));
+    }
+    EXPECT_FALSE(cel->setSegments({clip(0, 10), clip(9, 20)}).ok());
+    EXPECT_FALSE(cel->insertGap(0, 0).ok());
+    EXPECT_FALSE(cel->insertGap(0, kMaxFlicks).ok());
+    EXPECT_FALSE(cel->slide(kNoTime).ok());
+    EXPECT_FALSE(cel->slide(toSeconds(-kMaxFlicks) - 1).ok());
+    EXPECT_FALSE(cel->lift({0, kNoTime}).ok());
+    EXPECT_FALSE(cel->trim(9, 1).ok());
+    EXPECT_FALSE(cel->split(kRate.frameToFlicks(10)).ok());
+    EXPECT_FALSE(cel->overwriteFrom(*cel, 5, 5, 0).ok());
+    EXPECT_FALSE(cel->setDetail(1, {}).ok());
+    EXPECT_FALSE(cel->simplify({0, 1}, CelSimplify::quantise, Kv::FrameRate()).ok());
+    EXPECT_TRUE(cel->sameContents(*before));
+}
+
+TEST(CelTest, effectsOnPointsLeaveWithTheirEnds) {
+    CelSegment segment = clip(0, 30);
+    segment.inGraph = IdStamp(1, 0, 0);
+    segment.outGraph = IdStamp(2, 0, 0);
+    const auto cel = listOf({segment});
+    ASSERT_TRUE(cel->lift({0.4, 0.8}).ok());
+    EXPECT_EQ(cel->getSegment(0).inGraph, segment.inGraph);
+    EXPECT_FALSE(cel->getSegment(0).outGraph.valid());
+    EXPECT_FALSE(cel->getSegment(2).inGraph.valid());
+    EXPECT_EQ(cel->getSegment(2).outGraph, segment.outGraph);
+    EXPECT_EQ(cel->getSegment(2).stripStart, kRate.frameToFlicks(120));
+}
+
+TEST(CelTest, eventsAreAppendedInPairs) {
+    Cel cel;
+    ChannelEvent in;
+    in.material = kClip;
+    ChannelEvent out = in;
+    out.flags = kEventOut;
+    out.time = out.stripTime = 100;
+    EXPECT_FALSE(cel.addEvent(out).ok());
+    ASSERT_TRUE(cel.addEvent(in).ok());
+    EXPECT_EQ(cel.get_num_events(), 0u);
+    EXPECT_FALSE(cel.addEvent(in).ok());
+    ASSERT_TRUE(cel.addEvent(out).ok());
+    EXPECT_EQ(cel.get_num_events(), 2u);
+    in.time = 50;
+    EXPECT_FALSE(cel.addEvent(in).ok()) << "before the end";
+    in.time = 150;
+    out.time = 200;
+    ASSERT_TRUE(cel.addEvent(in, {L"late", {}, {}, {}}).ok());
+    ASSERT_TRUE(cel.addEvent(out).ok());
+    EXPECT_EQ(cel.numSegments(), 3u) << "black lies between";
+    EXPECT_EQ(cel.getSegment(2).detail.name, L"late");
+    EXPECT_EQ(cel.checkConsistency(), "");
+}
+
+TEST(CelTest, quantisingMovesPointsToFramesAndDropsWhatVanishes) {
+    const Flicks frame = kRate.frameToFlicks(1);
+    CelSegment sliver = clip(0, 0);
+    sliver.start = 10 * frame + 5;
+    sliver.end = 10 * frame + frame / 3;
+    CelSegment tail = clip(0, 20);
+    tail.start = sliver.end;
+    CelSegment head = clip(0, 0);
+    head.end = sliver.start;
+    const auto cel = listOf({head, sliver, tail});
+    EXPECT_EQ(cel->checkQuantisation(kRate), 1u);
+    ASSERT_TRUE(cel->simplify({0, 10}, CelSimplify::quantise, kRate).ok());
+    EXPECT_THAT(cuts(*cel), ElementsAre(0, 10, 20));
+    EXPECT_EQ(cel->checkQuantisation(kRate), 0u);
+    EXPECT_EQ(cel->getSegment(1).stripStart, tail.stripStart - frame / 3);
+    EXPECT_EQ(cel->checkConsistency(), "");
+}
+
+TEST(CelTest, handlesEndWithTheNumberingTheyWereMadeFor) {
+    struct Row {
+        const char* name;
+        void (*change)(Cel&);
+        bool survives;
+    };
+    const Row rows[] = {
+        {"trim", [](Cel& c) { EXPECT_TRUE(c.trim(1, 5).ok()); }, true},
+        {"slide", [](Cel& c) { EXPECT_TRUE(c.slide(1).ok()); }, true},
+        {"strip", [](Cel& c) { c.setStripCookie(0, Cookie('E', 9)); }, true},
+        {"overwrite", [](Cel& c) { EXPECT_TRUE(c.overwrite(clip(3, 4)).ok()); }, false},
+        {"lift",
+         [](Cel& c) {
+             EXPECT_TRUE(c.lift({0, 0.1}).ok());
+         },
+         false},
+        {"remove",
+         [](Cel& c) {
+             EXPECT_TRUE(c.remove({0, 0.1}).ok());
+         },
+         false},
+        {"split", [](Cel& c) { EXPECT_TRUE(c.split(kRate.frameToFlicks(5)).ok()); }, false},
+        {"assign", [](Cel& c) { c.assign(*listOf({clip(0, 10)})); }, false},
+        {"clear", [](Cel& c) { c.clear(); }, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto cel = listOf({clip(0, 10), clip(10, 20)});
+        const ce_handle handle(*cel, 1);
+        ASSERT_TRUE(handle.valid());
+        row.change(*cel);
+        EXPECT_EQ(handle.valid(), row.survives);
+        EXPECT_EQ(handle.getIndex(), 1u);
+        EXPECT_EQ(handle.get_edit_time() == kNoTime, !row.survives);
+    }
+}
+
+TEST(CelTest, handlesKnowTheirNeighboursAndOrder) {
+    auto cel = listOf({clip(0, 10), clip(10, 20)});
+    const ce_handle out(*cel, 1);
+    const ce_handle in = out.next();
+    EXPECT_TRUE(out.is_out_point());
+    EXPECT_FALSE(in.is_out_point());
+    EXPECT_EQ(out.get_edit_time(), in.get_edit_time());
+    EXPECT_TRUE(in > out);
+    EXPECT_FALSE(out > in);
+    EXPECT_EQ(in.previous(), out);
+    EXPECT_FALSE(ce_handle(*cel, 0).previous().valid());
+    EXPECT_FALSE(ce_handle(*cel, 3).next().valid());
+    cel.reset();
+    EXPECT_FALSE(out.valid()) << "the list is gone";
+    EXPECT_TRUE(in > out) << "by index";
+}
+
+TEST(CelTest, copiesShareTheirEventsUntilOneChanges) {
+    std::vector<CelSegment> segments;
+    for (int i = 0; i < 1000; ++i)
+        segments.push_back(clip(i, i + 1));
+    segments[500].detail.name = L"named";
+    const auto cel = listOf(segments);
+    EXPECT_LE(cel->storageBytes(), 1000u * 150u);
+    const auto copy = cel->copy();
+    ASSERT_TRUE(copy->slide(1).ok());
+    EXPECT_EQ(copy->get_event(0).time, kFlicksPerSecond);
+    EXPECT_EQ(cel->get_event(0).time, 0);
+    ASSERT_TRUE(copy->lift({2, 3}).ok());
+    EXPECT_EQ(cel->get_num_events(), 2000u);
+    EXPECT_EQ(cel->getSegment(500).detail.name, L"named");
+    EXPECT_EQ(&copy->getDetail(copy->get_event(2 * (500 - 24)).detail),
+              &cel->getDetail(cel->get_event(1000).detail))
+        << "texts stay shared";
+}
+
+TEST(CelTest, piecesFromAnotherListBringTheirTexts) {
+    CelSegment named = clip(0, 10);
+    named.detail = {L"a", L"/media/a", "{}", {L"line"}};
+    CelSegment other = clip(0, 10);
+    other.detail.name = L"b";
+    const auto source = listOf({named});
+    const auto target = listOf({other});
+    ASSERT_TRUE(target->overwriteFrom(*source, 0, named.end, other.end).ok());
+    EXPECT_EQ(target->getSegment(0).detail, other.detail);
+    EXPECT_EQ(target->getSegment(1).detail, named.detail);
+}
+
+} // namespace
