@@ -3,9 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <list>
 #include <mutex>
 #include <utility>
-#include <vector>
 
 namespace cutroom::bench {
 
@@ -32,7 +32,7 @@ public:
 private:
     std::recursive_mutex mutex_;
     std::uint32_t kinds_ = 0;
-    std::vector<std::uint64_t> tracks_;
+    std::list<std::uint64_t> tracks_;
 };
 
 } // namespace cutroom::bench
