@@ -119,7 +119,7 @@ Result<CheckedFile::Content> CheckedFile::load(const std::string& path, std::str
         return view.status();
     const unsigned version = view->version;
     const std::size_t offset = view->offset;
-    return Content{path, *std::move(bytes), version, offset};
+    return Content{path, std::move(*bytes), version, offset};
 }
 
 } // namespace cutroom

@@ -22,61 +22,75 @@ bool sound(const Change& change) {
     return true;
 }
 
-bool holds(const std::string& path, const Change& change) {
+// Not there is an answer; not to be found out is a failure.
+Result<bool> isThere(iFileSystem& files, const std::string& path) {
+    const Result<FileInfo> info = files.stat(path);
+    if (info || info.status().code() == StatusCode::notFound)
+        return info.ok();
+    return info.status();
+}
+
+Result<bool> holds(const std::string& path, const Change& change) {
     const Result<std::string> content = readFile(path);
+    if (!content && content.status().code() != StatusCode::notFound)
+        return content.status();
     return content && content->size() == change.size && checksum(*content) == change.crc;
 }
 
-// Whether the target still has the content it had at the decision. Second names are copies where
-// the file system has no links, so contents count when the files differ.
-bool untouched(iFileSystem& files, const std::string& target, const std::string& old) {
-    const Result<FileInfo> now = files.stat(target);
-    if (old.empty())
-        return !now && now.status().code() == StatusCode::notFound;
-    const Result<FileInfo> before = files.stat(old);
-    if (!now || !before)
+// Second names are copies where the file system has no links, so contents count when the files
+// differ.
+Result<bool> isSame(iFileSystem& files, const std::string& one, const std::string& other) {
+    const Result<FileInfo> first = files.stat(one);
+    const Result<FileInfo> second = files.stat(other);
+    for (const Result<FileInfo>* info : {&first, &second})
+        if (!*info)
+            return info->status();
+    if (first->identity == second->identity || first->size != second->size)
+        return first->identity == second->identity;
+    const Result<std::string> content = readFile(one);
+    const Result<std::string> otherContent = readFile(other);
+    for (const Result<std::string>* read : {&content, &otherContent})
+        if (!*read)
+            return read->status();
+    return *content == *otherContent;
+}
+
+// Whether the target still is what it was at the decision.
+Result<bool> untouched(iFileSystem& files, const std::string& target, const std::string& old) {
+    Result<bool> there = isThere(files, target);
+    if (!there || old.empty())
+        return there ? Result<bool>(!*there) : there;
+    if (!*there)
         return false;
-    if (now->identity == before->identity)
-        return true;
-    const Result<std::string> contentNow = readFile(target);
-    const Result<std::string> contentBefore = readFile(old);
-    return contentNow && contentBefore && *contentNow == *contentBefore;
+    const Result<bool> before = isThere(files, old);
+    return before && *before ? isSame(files, target, old) : before;
 }
 
-Status ignoreMissing(Status status) {
-    return status.code() == StatusCode::notFound ? Status() : status;
-}
-
-// Renames the content before to the backup's name.
-Status keepOld(iFileSystem& files, const std::string& target, const std::string& old) {
-    if (old.empty())
-        return {};
-    if (Status kept = ignoreMissing(files.rename(old, backupOf(target))); !kept)
-        return named(kept, target);
-    // Rename leaves two names of one file alone.
-    return files.stat(old) ? named(files.remove(old), old) : Status();
-}
-
-// Gives whether something was done.
+// Gives whether something was done. The staged file, or of a removal the second name, tells that
+// the change is due.
 Result<bool> applyOne(iFileSystem& files, const std::string& root, const Change& change) {
     const std::string target = joinPath(root, change.path);
     const std::string old = change.old.empty() ? "" : joinPath(root, change.old);
     const bool removal = change.temporary.empty();
     const std::string marker = removal ? old : joinPath(root, change.temporary);
-    const bool due = files.stat(marker).ok();
-    if (due) {
-        const bool fresh = untouched(files, target, old);
+    const Result<bool> due = isThere(files, marker);
+    if (!due)
+        return named(due.status(), target);
+    if (*due) {
+        const Result<bool> fresh = untouched(files, target, old);
+        if (!fresh)
+            return named(fresh.status(), target);
         Status done;
         if (removal)
-            done = fresh ? ignoreMissing(files.remove(target)) : Status();
+            done = *fresh ? files.remove(target) : Status();
         else
-            done = fresh ? files.rename(marker, target) : files.remove(marker);
+            done = *fresh ? files.rename(marker, target) : files.remove(marker);
         if (!done)
             return named(done, target);
     }
-    if (Status kept = keepOld(files, target, old); !kept)
+    if (Status kept = old.empty() ? Status() : keepAsBackup(files, target, old); !kept)
         return kept;
-    return due;
+    return *due;
 }
 
 } // namespace
@@ -143,22 +157,29 @@ Result<int> apply(iFileSystem& files, const std::string& root, const std::vector
     return done;
 }
 
-bool stands(iFileSystem& files, const std::string& root, const std::vector<Change>& changes) {
+Result<bool> stands(iFileSystem& files, const std::string& root,
+                    const std::vector<Change>& changes) {
     bool waiting = false;
-    for (const Change& change : changes)
-        for (const std::string* name : {&change.temporary, &change.old})
-            waiting = waiting || (!name->empty() && files.stat(joinPath(root, *name)));
-    if (!waiting)
-        return false;
+    bool complete = true;
     for (const Change& change : changes) {
+        bool staged = false;
+        for (const std::string* name : {&change.temporary, &change.old}) {
+            const Result<bool> there =
+                name->empty() ? Result<bool>(false) : isThere(files, joinPath(root, *name));
+            if (!there)
+                return there.status();
+            waiting = waiting || *there;
+            staged = staged || (name == &change.temporary && *there);
+        }
         if (change.temporary.empty())
             continue;
-        const std::string staged = joinPath(root, change.temporary);
-        const std::string& where = files.stat(staged) ? staged : joinPath(root, change.path);
-        if (!holds(where, change))
-            return false;
+        const Result<bool> sound =
+            holds(joinPath(root, staged ? change.temporary : change.path), change);
+        if (!sound)
+            return sound.status();
+        complete = complete && *sound;
     }
-    return true;
+    return waiting && complete;
 }
 
 Status flushFolders(iFileSystem& files, const std::string& root,

@@ -34,7 +34,8 @@ bool isInside(std::string_view path) noexcept;
 Result<int> apply(iFileSystem& files, const std::string& root, const std::vector<Change>& changes);
 // Tells whether a manifest found on disk still stands for a decided group: false when it outlived
 // its group's end, or its group was given up.
-bool stands(iFileSystem& files, const std::string& root, const std::vector<Change>& changes);
+Result<bool> stands(iFileSystem& files, const std::string& root,
+                    const std::vector<Change>& changes);
 // Flushes each folder that the changes touch once.
 Status flushFolders(iFileSystem& files, const std::string& root,
                     const std::vector<Change>& changes);

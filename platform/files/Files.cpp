@@ -17,11 +17,10 @@ Status keepBackup(iFileSystem& files, const std::string& path) {
         return old.status();
     if (old->empty())
         return {};
-    Status kept = files.rename(*old, backupOf(path));
-    // Two names of one file are left alone by rename, so the temporary one may still be there.
-    if (!kept || files.stat(*old))
+    Status kept = keepAsBackup(files, path, *old);
+    if (!kept)
         discard(files, *old);
-    return named(kept, path);
+    return kept;
 }
 
 Status tooLarge(const std::string& path, std::uint64_t maxBytes) {

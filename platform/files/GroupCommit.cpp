@@ -43,7 +43,10 @@ Status completeDecided(iFileSystem& files, const std::string& root, GroupCommit:
     }
     if (!changes)
         return changes.status();
-    if (stands(files, root, *changes)) {
+    const Result<bool> decided = stands(files, root, *changes);
+    if (!decided)
+        return decided.status();
+    if (*decided) {
         const Result<int> done = apply(files, root, *changes);
         if (!done)
             return done.status();

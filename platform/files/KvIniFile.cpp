@@ -133,7 +133,7 @@ Status checkSeal(std::string_view text, const std::string& file) {
 KvIniFile::KvIniFile(const LightweightString<wchar_t>& path) {
     Result<std::string> narrow = cutroom::narrowPath(path);
     if (narrow)
-        path_ = *std::move(narrow);
+        path_ = std::move(*narrow);
     else
         status_ = narrow.status();
 }

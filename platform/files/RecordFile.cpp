@@ -239,7 +239,7 @@ Status RecordFile::save(const std::string& path, std::string_view kind, Backup b
 
 Status RecordFile::load(const std::string& path, std::string_view kind) {
     Result<std::string> content = readFile(path);
-    return content ? parse(*std::move(content), kind, path) : content.status();
+    return content ? parse(std::move(*content), kind, path) : content.status();
 }
 
 Status RecordFile::parse(std::string bytes, std::string_view kind, const std::string& file) {

@@ -80,7 +80,16 @@ Result<std::string> linkOld(iFileSystem& files, const std::string& target) {
     return path;
 }
 
-std::string backupOf(const std::string& target) { return target + ".bak"; }
+Status keepAsBackup(iFileSystem& files, const std::string& target, const std::string& old) {
+    const Status kept = files.rename(old, target + ".bak");
+    if (!kept)
+        return kept.code() == StatusCode::notFound ? Status() : named(kept, target);
+    // Rename leaves two names of one file alone, so the second one may still be there.
+    const Result<FileInfo> left = files.stat(old);
+    if (left)
+        return named(files.remove(old), target);
+    return left.status().code() == StatusCode::notFound ? Status() : named(left.status(), target);
+}
 
 Status flushFolder(iFileSystem& files, const std::string& folder) {
     Result<iFileSystem::Handle> open = files.openFolder(folder);

@@ -20,8 +20,8 @@ Result<std::string> writeTemporary(iFileSystem& files, const std::string& target
 // Gives the present content of `target` a second, temporary name; the empty text when there is no
 // such file.
 Result<std::string> linkOld(iFileSystem& files, const std::string& target);
-// "<name>.bak" of a file.
-std::string backupOf(const std::string& target);
+// Renames the second name of `target`'s content before to "<name>.bak"; done already is fine.
+Status keepAsBackup(iFileSystem& files, const std::string& target, const std::string& old);
 // Flushes a folder's entries.
 Status flushFolder(iFileSystem& files, const std::string& folder);
 // Removes a temporary file after a failure that is being reported. That it stays, should this fail

@@ -221,8 +221,8 @@ Result<std::vector<std::string>> SystemFiles::list(const std::string& path) {
 } // namespace
 
 iFileSystem& systemFiles() noexcept {
-    static SystemFiles system;
-    return system;
+    static SystemFiles* const system = new SystemFiles; // outlives whatever ends with the program
+    return *system;
 }
 
 iFileSystem& fileSystem() noexcept {

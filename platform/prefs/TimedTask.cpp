@@ -1,14 +1,13 @@
 #include "platform/prefs/TimedTask.h"
 
+#include "platform/host/Clock.h"
+#include "platform/host/Host.h"
 #include "platform/prefs/Configuration.h"
 
 #include <algorithm>
-#include <chrono>
 #include <map>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMaxLabels = 1000;
 constexpr std::string_view kOthers = "(others)";
@@ -26,7 +25,7 @@ using Sums = std::map<std::string, Sum, std::less<>>;
 struct TimedTask::State {
     struct Open {
         Sums::iterator sum; // entries of a map stay where they are
-        Clock::time_point since;
+        double since;       // on the host's clock
     };
 
     mutable CriticalSection lock{LockRank::leaf};
@@ -45,17 +44,17 @@ void TimedTask::begin(std::string_view label) {
     auto at = sums.find(label);
     if (at == sums.end())
         at = sums.try_emplace(std::string(sums.size() < kMaxLabels ? label : kOthers)).first;
-    state_->open.push_back({at, Clock::now()});
+    state_->open.push_back({at, cutroom::Host::clock().now()});
 }
 
 void TimedTask::finish() noexcept {
-    const Clock::time_point now = Clock::now();
+    const double now = cutroom::Host::clock().now();
     CriticalSection::Lock lock(state_->lock);
     if (state_->open.empty())
         return;
     const State::Open run = state_->open.back();
     state_->open.pop_back();
-    const double seconds = std::chrono::duration<double>(now - run.since).count();
+    const double seconds = now - run.since;
     Sum& sum = run.sum->second;
     ++sum.runs;
     sum.total += seconds;

@@ -1,0 +1,168 @@
+#include "platform/files/Files.h"
+#include "platform/files/TextFile.h"
+#include "tests/support/TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+using namespace cutroom;
+using cutroom::test::TempFolder;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+void put(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+std::vector<std::string> namesIn(const TempFolder& folder) {
+    return systemFiles().list(folder.path()).value();
+}
+
+} // namespace
+
+TEST(Paths, AreTakenApartAtTheLastSlashAndPoint) {
+    const struct {
+        std::string path, folder, name, extension;
+    } rows[] = {
+        {"a/b/c.txt", "a/b", "c.txt", "txt"},
+        {"c.txt", ".", "c.txt", "txt"},
+        {"/c", "/", "c", ""},
+        {"a/.hidden", "a", ".hidden", ""},
+        {"a.b/c", "a.b", "c", ""},
+        {"a/c.tar.gz", "a", "c.tar.gz", "gz"},
+        {"a/", "a", "", ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(folderOf(row.path), row.folder) << row.path;
+        EXPECT_EQ(nameOf(row.path), row.name) << row.path;
+        EXPECT_EQ(extensionOf(row.path), row.extension) << row.path;
+    }
+    EXPECT_EQ(joinPath("a", "b"), "a/b");
+    EXPECT_EQ(joinPath("a/", "b"), "a/b");
+    EXPECT_EQ(joinPath("a", "/b"), "/b");
+    EXPECT_EQ(joinPath("", "b"), "b");
+}
+
+TEST(Paths, ThatCannotNameAFileAreRefusedBeforeAnythingIsDone) {
+    const std::string bad[] = {"", std::string("a\0b", 3), "caf\xE9.txt", "\xED\xA0\x80"};
+    for (const std::string& path : bad) {
+        EXPECT_EQ(readFile(path).status().code(), StatusCode::wrongUsage) << path;
+        EXPECT_EQ(writeFile(path, "x").code(), StatusCode::wrongUsage) << path;
+        EXPECT_EQ(makeFolders(path).code(), StatusCode::wrongUsage) << path;
+        EXPECT_TRUE(isUtf8(writeFile(path, "x").text())) << path;
+    }
+    EXPECT_EQ(narrowPath(L"\xD800").status().code(), StatusCode::wrongUsage);
+    EXPECT_EQ(narrowPath(L"Wörter/\x1F3AC").value(), "Wörter/🎬");
+}
+
+TEST(WriteFile, ReplacesTheContentAndKeepsOneGenerationBefore) {
+    const TempFolder folder;
+    const std::string path = folder / "a.txt";
+    for (const char* content : {"one", "two", "three"})
+        ASSERT_TRUE(writeFile(path, content).ok());
+    EXPECT_EQ(readFile(path).value(), "three");
+    EXPECT_EQ(readFile(path + ".bak").value(), "two");
+    ASSERT_TRUE(writeFile(path, "four", Backup::none).ok());
+    EXPECT_EQ(readFile(path + ".bak").value(), "two");
+    EXPECT_THAT(namesIn(folder), ElementsAre("a.txt", "a.txt.bak"));
+}
+
+TEST(WriteFile, StandsAWriteThatEndedBetweenBackupAndContent) {
+    const TempFolder folder;
+    const std::string path = folder / "a";
+    ASSERT_TRUE(writeFile(path, "one").ok());
+    std::filesystem::create_hard_link(path, path + ".bak"); // as that leaves it
+    ASSERT_TRUE(writeFile(path, "two").ok());
+    EXPECT_EQ(readFile(path + ".bak").value(), "one");
+    EXPECT_THAT(namesIn(folder), ElementsAre("a", "a.bak"));
+}
+
+TEST(ReadFile, TellsWhyItCannot) {
+    const TempFolder folder;
+    put(folder / "large", std::string(1000, 'x'));
+    const struct {
+        const char* name;
+        StatusCode code;
+        const char* reason;
+    } rows[] = {
+        {"none", StatusCode::notFound, "No such file"},
+        {"large/below", StatusCode::notFound, "Not a directory"},
+        {".", StatusCode::inputOutput, "is a folder"},
+        {"large", StatusCode::damaged, "larger than 999 bytes"},
+    };
+    for (const auto& row : rows) {
+        const Result<std::string> read = readFile(folder / row.name, 999);
+        EXPECT_EQ(read.status().code(), row.code) << row.name;
+        EXPECT_EQ(read.status().file(), folder / row.name);
+        EXPECT_THAT(read.status().message(), HasSubstr(row.reason));
+    }
+    EXPECT_EQ(readFile(folder / "large", 1000)->size(), 1000u);
+    EXPECT_THAT(readFile("/proc/self/status").value(), HasSubstr("Pid:")); // of unknown size
+}
+
+TEST(Folders, AreMadeWithThoseAboveAndListedWithoutLitter) {
+    const TempFolder folder;
+    const std::string deep = folder / "x/y/z";
+    ASSERT_TRUE(makeFolders(deep).ok());
+    ASSERT_TRUE(makeFolders(deep).ok());
+    for (const char* name : {"b.edit", "a.edit", "c.txt", "d.edit.1-0.tmp~", "e.edit.1-0.old~"})
+        put(deep + "/" + name, "x");
+    put(deep + "/\xFF.edit", "x");
+    ASSERT_TRUE(makeFolders(deep + "/f.edit").ok());
+    EXPECT_THAT(listFiles(deep, ".edit").value(), ElementsAre("a.edit", "b.edit"));
+    EXPECT_THAT(listFiles(deep + "/none").value(), ElementsAre());
+    EXPECT_EQ(removeTemporaries(deep).value(), 2);
+    EXPECT_EQ(removeTemporaries(deep).value(), 0);
+    EXPECT_THAT(makeFolders(deep + "/c.txt/g").message(), HasSubstr("a file where a folder"));
+}
+
+TEST(Files, AreMovedCopiedAndRemoved) {
+    const TempFolder folder;
+    put(folder / "a", "1");
+    ASSERT_TRUE(copyFile(folder / "a", folder / "b").ok());
+    ASSERT_TRUE(moveFile(folder / "b", folder / "c").ok());
+    EXPECT_EQ(moveFile(folder / "b", folder / "c").code(), StatusCode::notFound);
+    for (const char* aside : {"c.damaged", "c.damaged.2", "c.damaged.3"}) {
+        put(folder / "c", aside);
+        EXPECT_EQ(moveAside(folder / "c").value(), folder / aside);
+        EXPECT_EQ(readFile(folder / aside).value(), aside);
+    }
+    EXPECT_TRUE(removeFile(folder / "a").ok());
+    EXPECT_TRUE(removeFile(folder / "a").ok());
+    EXPECT_FALSE(fileExists(folder / "a"));
+}
+
+TEST(TextFile, ReadsStrictUtf8AndNamesTheLine) {
+    const TempFolder folder;
+    const struct {
+        std::string content;
+        bool sound;
+        long line;
+        std::string text;
+    } rows[] = {
+        {"", true, 0, ""},
+        {"\xEF\xBB\xBFgr\xC3\xBC\xC3\x9F\r\n", true, 0, "gr\xC3\xBC\xC3\x9F\r\n"},
+        {"one\ntwo\xFF\nthree", false, 2, ""},
+        {"one\ntwo\n\xC3", false, 3, ""},
+        {std::string("one\n\0two", 8), false, 2, ""},
+        {"\xC3\n", false, 1, ""},
+    };
+    for (const auto& row : rows) {
+        put(folder / "t", row.content);
+        const Result<std::string> read = TextFile::load(folder / "t");
+        ASSERT_EQ(read.ok(), row.sound) << row.content;
+        EXPECT_EQ(read.status().line(), row.line) << row.content;
+        if (read) {
+            EXPECT_EQ(*read, row.text);
+        }
+    }
+    EXPECT_EQ(TextFile::save(folder / "u", "\xFF").code(), StatusCode::wrongUsage);
+    EXPECT_FALSE(fileExists(folder / "u"));
+    ASSERT_TRUE(TextFile::save(toWide(folder / "ü.txt"), "text").ok());
+    EXPECT_EQ(TextFile::load(toWide(folder / "ü.txt")).value(), "text");
+}
