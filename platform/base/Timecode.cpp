@@ -68,6 +68,7 @@ struct Label {
     std::int64_t seconds = 0;
     std::int64_t frames = 0;
     char separator = ':';
+    bool wideFrames = false; // three digits
 
     bool isDrop() const noexcept { return separator != ':'; }
 };
@@ -81,7 +82,8 @@ std::optional<Label> takeApart(std::string_view text) noexcept {
     const char second = takeChar(text);
     label.seconds = takeNumber(text, 2);
     label.separator = takeChar(text);
-    label.frames = takeNumber(text, text.size() == 3 ? 3 : 2);
+    label.wideFrames = text.size() == 3;
+    label.frames = takeNumber(text, label.wideFrames ? 3 : 2);
     constexpr std::string_view kSeparators = ":;.,";
     if (label.hours < 0 || first != ':' || label.minutes < 0 || second != ':' ||
         label.seconds < 0 || kSeparators.find(label.separator) == std::string_view::npos ||
@@ -122,6 +124,8 @@ std::optional<std::int64_t> parseTimecode(std::string_view text, const TimecodeF
     if (!label || !format.rate.valid())
         return std::nullopt;
     const Counting count(TimecodeFormat{format.rate, format.dropFrame || label->isDrop()});
+    if (label->wideFrames && count.labels <= 100)
+        return std::nullopt;
     if (label->minutes > 59 || label->seconds > 59 || label->frames >= count.labels)
         return std::nullopt;
     const std::int64_t minutes = label->hours * 60 + label->minutes;
