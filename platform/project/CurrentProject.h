@@ -37,10 +37,13 @@ public:
 
     // Opens the project in `folder` (UTF-8). Fails, with nothing open, when a project is open
     // (`wrongUsage`), when there is none (`notFound`), when another process writes it (`locked`),
-    // when project.json is damaged, or when the system refuses. Creating makes the folder and its
-    // parts, names the project after the folder, and fails when `folder` exists, holds files and
-    // no project.json. A missing or damaged database is rebuilt; a damaged one is moved aside first
-    // (opened for reading only, it is rebuilt in memory and nothing is touched). Tells "entered".
+    // when project.json or the database comes from a later version, or when the system refuses.
+    // Creating makes the folder and those above it, names the project after the folder, and fails
+    // (`wrongUsage`) when the folder holds other files and no project.json.
+    //
+    // What is damaged does not keep a project from opening: for writing it is moved aside and made
+    // anew, for reading only it is replaced in memory and nothing is touched; `getWarnings` tells.
+    // A missing or damaged database is rebuilt. Tells "entered" at last.
     [[nodiscard]] static cutroom::Status open(const std::string& folder,
                                               Access access = Access::readWrite,
                                               IfMissing ifMissing = IfMissing::fail);
@@ -48,6 +51,9 @@ public:
     // All well when none is open. A failure to write what was due is given, and the project is
     // closed nevertheless.
     static cutroom::Status close();
+
+    // What was found damaged, or left undone by a crash, when the project was opened.
+    static std::vector<cutroom::Status> getWarnings();
 
     static bool isOpen() noexcept;
     static bool isReadOnly() noexcept;

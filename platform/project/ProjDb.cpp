@@ -42,10 +42,16 @@ void forEach(const std::function<bool(const Record&)>& visit) {
 
 void forEach(const std::vector<std::string_view>& fields,
              const std::function<bool(const std::vector<std::string>&)>& visit) {
+    std::vector<LogAttribute> attributes;
+    for (const std::string_view field : fields)
+        attributes.push_back(LogAttribute::fromID(field).value_or(LogAttribute()));
     std::vector<std::string> texts(fields.size());
     forEach([&](const Record& record) {
-        for (std::size_t i = 0; i < fields.size(); ++i)
-            texts[i] = record.getField(fields[i]);
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            const auto entry = record.attributes.find(fields[i]);
+            texts[i] =
+                entry != record.attributes.end() ? entry->second : record.getText(attributes[i]);
+        }
         return visit(texts);
     });
 }

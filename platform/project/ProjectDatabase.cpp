@@ -46,7 +46,6 @@ Result<ProjectDatabase::Opened> ProjectDatabase::open(const std::string& path, b
     Result<Opened> opened = openTable(path, readOnly, damage);
     if (!opened)
         return opened;
-    readOnly_ = readOnly;
     Status loaded = loadEntries();
     if (loaded)
         return opened;

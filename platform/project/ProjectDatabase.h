@@ -102,7 +102,6 @@ private:
     CookieTable slots_ CUTROOM_GUARDED_BY(lock_);
     TextArena texts_ CUTROOM_GUARDED_BY(lock_);
     bool hasTexts_ CUTROOM_GUARDED_BY(lock_) = false; // from the first search on
-    bool readOnly_ CUTROOM_GUARDED_BY(lock_) = false;
     int batchDepth_ CUTROOM_GUARDED_BY(lock_) = 0;
     Status batchFailure_ CUTROOM_GUARDED_BY(lock_); // the first failure that cost the transaction
     std::vector<Cookie> changed_ CUTROOM_GUARDED_BY(lock_); // in the order of the first change

@@ -17,6 +17,8 @@ constexpr std::size_t kLeastGaps = 1024;
 Status ProjectDatabase::checkWritable(const Cookie& cookie) const {
     if (!table_)
         return Status(StatusCode::failed, cookie.asString(), "no project is open");
+    if (!table_->isWritable())
+        return Status(StatusCode::failed, cookie.asString(), "the project is open for reading");
     if (!cookie.valid())
         return Status(StatusCode::wrongUsage, cookie.asString(), "this is no asset");
     return batchFailure_;
@@ -230,7 +232,7 @@ Status ProjectDatabase::removeLocked(const Cookie& cookie) {
 
 Status ProjectDatabase::removeAll() {
     CriticalSection::Lock lock(lock_);
-    if (!table_ || batchDepth_ == 0)
+    if (!table_ || !table_->isWritable() || batchDepth_ == 0)
         return Status(StatusCode::wrongUsage, "", "records are removed as a whole in a batch only");
     if (Status status = beginWrite(); !status)
         return endWrite(status);

@@ -23,6 +23,8 @@ public:
     // what the file says of itself, fails; `failed` for a later version.
     static Result<RecordTable> open(const std::string& path, SqliteConnection::Mode mode);
 
+    // False for a file opened for reading; then nothing below that changes it may be called.
+    bool isWritable() const noexcept { return insert_.has_value(); }
     Status begin();
     Status commit();
     void rollback();

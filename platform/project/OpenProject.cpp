@@ -1,0 +1,300 @@
+#include "platform/project/OpenProject.h"
+
+#include "platform/base/Log.h"
+#include "platform/base/Strings.h"
+#include "platform/files/Files.h"
+#include "platform/files/GroupCommit.h"
+#include "platform/project/MediaStatus.h"
+#include "platform/project/PermissionsManager.h"
+#include "platform/project/ProjectDatabase.h"
+#include "platform/project/ProjectLayout.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+namespace cutroom {
+
+namespace {
+
+constexpr std::string_view kLockFile = "lock";
+constexpr std::string_view kFolderSuffix = ".project";
+
+Result<std::string> absoluteFolder(const std::string& folder) {
+    if (Status status = checkPath(folder); !status)
+        return status;
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(folder, error);
+    if (error)
+        return Status(StatusCode::inputOutput, folder, error.message());
+    std::string text = whole.lexically_normal().string();
+    while (text.size() > 1 && text.back() == '/')
+        text.pop_back();
+    return text;
+}
+
+// The folder's name, without the suffix that marks a project.
+std::wstring nameFor(const std::string& folder) {
+    std::string name = nameOf(folder);
+    if (name.size() > kFolderSuffix.size() && name.ends_with(kFolderSuffix))
+        name.resize(name.size() - kFolderSuffix.size());
+    return toWide(name);
+}
+
+ProjectFile freshFile(const std::string& folder) {
+    ProjectFile file;
+    file.id = Cookie::make('P');
+    file.name = nameFor(folder);
+    return file;
+}
+
+std::string projectFileIn(const std::string& folder) { return joinPath(folder, kProjectFile); }
+
+} // namespace
+
+OpenProject& OpenProject::instance() { return ProcessSingleton<OpenProject>::get(); }
+
+// The life ends with the project open: nobody is told any more, but the records are kept.
+OpenProject::~OpenProject() {
+    if (ProjectDatabase* const database = ProcessSingleton<ProjectDatabase>::find())
+        if (const Status status = database->close(); !status)
+            LogBoth("%s\n", status.text().c_str());
+}
+
+// --- opening ---------------------------------------------------------------------------------
+
+Status OpenProject::open(const std::string& folder, CurrentProject::Access access,
+                         CurrentProject::IfMissing ifMissing) {
+    if (isOpen())
+        return Status(StatusCode::wrongUsage, this->folder(), "a project is open already");
+    const Result<std::string> whole = absoluteFolder(folder);
+    if (!whole)
+        return whole.status();
+    forget();
+    if (Status status = checkFolder(*whole, ifMissing); !status)
+        return status;
+    readOnly_.store(access == CurrentProject::Access::readOnly, std::memory_order_release);
+    Status status = isReadOnly() ? Status() : prepareForWriting(*whole);
+    if (status)
+        status = loadFile(*whole);
+    if (status)
+        status = openParts(*whole);
+    if (!status) {
+        forget();
+        return status;
+    }
+    tell(CurrentProject::enteredMsgType(), cookie());
+    return {};
+}
+
+Status OpenProject::checkFolder(const std::string& folder,
+                                CurrentProject::IfMissing ifMissing) const {
+    const std::string file = projectFileIn(folder);
+    if (fileExists(file) || fileExists(file + ".bak"))
+        return {};
+    if (ifMissing == CurrentProject::IfMissing::fail)
+        return Status(StatusCode::notFound, folder, "there is no project");
+    if (!fileExists(folder))
+        return {};
+    const Result<std::vector<std::string>> entries = fileSystem().list(folder);
+    if (!entries)
+        return entries.status();
+    const bool empty = std::all_of(entries->begin(), entries->end(), [](const std::string& name) {
+        return name == kLockFile || isTemporaryName(name);
+    });
+    return empty ? Status()
+                 : Status(StatusCode::wrongUsage, folder,
+                          "the folder holds other files and no project");
+}
+
+Status OpenProject::prepareForWriting(const std::string& folder) {
+    if (Status status = makeFolders(folder); !status)
+        return status;
+    Result<FolderLock> taken = FolderLock::take(folder);
+    if (!taken)
+        return taken.status();
+    folderLock_.emplace(std::move(*taken));
+    const Result<GroupCommit::Recovery> recovery = GroupCommit::recover(folder);
+    return recovery.status();
+}
+
+Status OpenProject::loadFile(const std::string& folder) {
+    const std::string path = projectFileIn(folder);
+    Result<ProjectFile> file = ProjectFile::load(path);
+    if (file) {
+        CriticalSection::Lock lock(lock_);
+        file_ = std::move(*file);
+        return {};
+    }
+    const StatusCode code = file.status().code();
+    if (code != StatusCode::damaged && code != StatusCode::notFound)
+        return file.status();
+    return replaceDamagedFile(folder, file.status());
+}
+
+// A new project, or one whose project.json is damaged or gone: the one before serves, else a fresh
+// one.
+Status OpenProject::replaceDamagedFile(const std::string& folder, const Status& damage) {
+    const std::string path = projectFileIn(folder);
+    const Result<ProjectFile> former = ProjectFile::load(path + ".bak");
+    const bool isNew =
+        damage.code() == StatusCode::notFound && former.status().code() == StatusCode::notFound;
+    if (!isNew)
+        warn(damage);
+    const ProjectFile replacement = former ? *former : freshFile(folder);
+    if (!isReadOnly()) {
+        if (damage.code() == StatusCode::damaged)
+            if (const Result<std::string> moved = moveAside(path); !moved)
+                return moved.status();
+        if (Status status = replacement.save(path); !status)
+            return status;
+    }
+    CriticalSection::Lock lock(lock_);
+    file_ = replacement;
+    return {};
+}
+
+Status OpenProject::openParts(const std::string& folder) {
+    if (!isReadOnly()) {
+        for (const char* const part :
+             {kEditsFolder, kFiltersFolder, kDocumentsFolder, kAssociationsFolder})
+            if (const std::string path = joinPath(folder, part); !fileExists(path))
+                if (Status status = makeFolders(path); !status)
+                    return status;
+    } else if (GroupCommit::pending(folder)) {
+        warn(Status(StatusCode::damaged, folder,
+                    "a group of changes waits to be completed by a writing command"));
+    }
+    loadPermissions(folder);
+    return openDatabase(folder);
+}
+
+void OpenProject::loadPermissions(const std::string& folder) {
+    PermissionsManager& permissions = PermissionsManager::instance();
+    const Status status = permissions.load(folder, isReadOnly());
+    if (status)
+        return;
+    warn(status);
+    if (isReadOnly() || status.code() != StatusCode::damaged)
+        return;
+    if (const Result<std::string> moved = moveAside(joinPath(folder, kPermissionsFile)); !moved)
+        warn(moved.status());
+}
+
+Status OpenProject::openDatabase(const std::string& folder) {
+    Status damage;
+    const Result<ProjectDatabase::Opened> opened =
+        ProjectDatabase::instance().open(joinPath(folder, kDatabaseFile), isReadOnly(), &damage);
+    if (!opened)
+        return opened.status();
+    if (!damage)
+        warn(damage);
+    publish(folder);
+    if (*opened == ProjectDatabase::Opened::whole)
+        return {};
+    const Result<std::vector<std::string>> edits = listFiles(joinPath(folder, kEditsFolder));
+    if (edits && edits->empty())
+        return {};
+    if (const Status status = rebuildDatabase(); !status)
+        warn(status);
+    return {};
+}
+
+// From here on the project answers as open.
+void OpenProject::publish(const std::string& folder) {
+    {
+        CriticalSection::Lock lock(lock_);
+        folder_ = folder;
+    }
+    MediaStatus::instance().forgetAll();
+    open_.store(true, std::memory_order_release);
+}
+
+void OpenProject::warn(const Status& status) {
+    LogBoth("%s\n", status.text().c_str());
+    CriticalSection::Lock lock(lock_);
+    warnings_.push_back(status);
+}
+
+Status OpenProject::rebuildDatabase() {
+    if (!rebuild_)
+        return Status(StatusCode::notFound, joinPath(folder(), kDatabaseFile),
+                      "nobody can rebuild the database");
+    ProjectDatabase& database = ProjectDatabase::instance();
+    database.beginBatch();
+    Status status = database.removeAll();
+    if (status)
+        status = (*rebuild_)();
+    if (!status)
+        database.revertBatch();
+    Status ended = database.endBatch();
+    return status ? ended : status;
+}
+
+// --- closing ---------------------------------------------------------------------------------
+
+Status OpenProject::close() {
+    if (!isOpen() || isExiting())
+        return {};
+    const Cookie project = cookie();
+    exiting_.store(true, std::memory_order_release);
+    tell(CurrentProject::aboutToExitMsgType(), project);
+    Status status = ProjectDatabase::instance().close();
+    forget();
+    tell(CurrentProject::exitedMsgType(), project);
+    exiting_.store(false, std::memory_order_release);
+    return status;
+}
+
+void OpenProject::forget() noexcept {
+    open_.store(false, std::memory_order_release);
+    readOnly_.store(false, std::memory_order_release);
+    PermissionsManager::instance().unload();
+    MediaStatus::instance().forgetAll();
+    {
+        CriticalSection::Lock lock(lock_);
+        file_ = ProjectFile();
+        folder_.clear();
+        warnings_.clear();
+    }
+    folderLock_.reset();
+}
+
+void OpenProject::tell(int msgType, const Cookie& project) {
+    notifier_.issueNotification(NotifyMsg(project.asString()), msgType);
+}
+
+// --- asking ----------------------------------------------------------------------------------
+
+ProjectFile OpenProject::file() const {
+    CriticalSection::Lock lock(lock_);
+    return file_;
+}
+
+Cookie OpenProject::cookie() const {
+    CriticalSection::Lock lock(lock_);
+    return file_.id;
+}
+
+std::string OpenProject::folder() const {
+    CriticalSection::Lock lock(lock_);
+    return folder_;
+}
+
+std::vector<Status> OpenProject::warnings() const {
+    CriticalSection::Lock lock(lock_);
+    return warnings_;
+}
+
+Status OpenProject::replaceFile(ProjectFile changed) {
+    if (!isOpen() || isReadOnly())
+        return Status(StatusCode::failed, folder(),
+                      isOpen() ? "the project is open for reading" : "no project is open");
+    if (Status status = changed.save(projectFileIn(folder())); !status)
+        return status;
+    CriticalSection::Lock lock(lock_);
+    file_ = std::move(changed);
+    return {};
+}
+
+} // namespace cutroom

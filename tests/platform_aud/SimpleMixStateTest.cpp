@@ -1,0 +1,237 @@
+// The mix of an edit: defaults, refusals, stored text, configuration files.
+#include "platform/aud/SimpleMixState.h"
+#include "platform/files/KvIniFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+using Aud::SimpleMixState;
+
+namespace {
+
+constexpr bool kProgramme = false;
+constexpr bool kMonitoring = true;
+
+TEST(SimpleMixState, answersDefaultsUntilSet) {
+    for (const SimpleMixState& mix : {SimpleMixState(), SimpleMixState(2)}) {
+        EXPECT_EQ(mix.getInputLevel(200), 1.0f);
+        EXPECT_EQ(mix.getInputPan(0), 0.5f);
+        EXPECT_FALSE(mix.getInputMuteState(1) || mix.getInputSoloState(1));
+        EXPECT_TRUE(mix.getInputRoutedToMix(3, -1));
+        EXPECT_FALSE(mix.getInputRoutedToMix(3, 0));
+        EXPECT_EQ(mix.getMixLevel(7), 1.0f);
+        EXPECT_TRUE(mix.getMixRoutedToOutput(-1, 100, kProgramme));
+        EXPECT_FALSE(mix.getMixRoutedToOutput(0, 0, kMonitoring));
+        EXPECT_FALSE(mix.anyInputSolo() || mix.anyMixSolo());
+    }
+}
+
+TEST(SimpleMixState, keepsRoutingsOfProgrammeAndMonitoringApart) {
+    SimpleMixState mix(1);
+    EXPECT_TRUE(mix.setMixRoutedToOutput(-1, 3, false, kMonitoring));
+    EXPECT_TRUE(mix.getMixRoutedToOutput(-1, 3, kProgramme));
+    EXPECT_FALSE(mix.getMixRoutedToOutput(-1, 3, kMonitoring));
+    EXPECT_TRUE(mix.getMixRoutedToOutput(-1, 4, kMonitoring));
+}
+
+TEST(SimpleMixState, isAsFreshWhenEverythingIsSetBack) {
+    SimpleMixState mix(2);
+    EXPECT_TRUE(mix.setMixLevel(5, 0.25f));
+    EXPECT_TRUE(mix.setMixSoloState(5, true));
+    EXPECT_TRUE(mix.setInputRoutedToMix(1, 5, true));
+    EXPECT_TRUE(mix.anyMixSolo());
+    EXPECT_FALSE(mix == SimpleMixState(2));
+    EXPECT_TRUE(mix.setMixLevel(5, 1.0f) && mix.setMixSoloState(5, false));
+    EXPECT_TRUE(mix.setInputRoutedToMix(1, 5, false));
+    EXPECT_TRUE(mix == SimpleMixState(2));
+}
+
+struct RefusedCase {
+    const char* name;
+    std::function<bool(SimpleMixState&)> set;
+};
+
+class RefusedSettings : public testing::TestWithParam<RefusedCase> {};
+
+TEST_P(RefusedSettings, leaveTheMixAsItWas) {
+    SimpleMixState mix(2);
+    EXPECT_FALSE(GetParam().set(mix));
+    EXPECT_TRUE(mix == SimpleMixState(2));
+}
+
+const float kNaN = std::numeric_limits<float>::quiet_NaN();
+const float kInfinity = std::numeric_limits<float>::infinity();
+
+INSTANTIATE_TEST_SUITE_P(
+    SimpleMixState, RefusedSettings,
+    testing::Values(
+        RefusedCase{"levelNaN", [](SimpleMixState& m) { return m.setInputLevel(0, kNaN); }},
+        RefusedCase{"levelInfinite",
+                    [](SimpleMixState& m) { return m.setInputLevel(9, kInfinity); }},
+        RefusedCase{"panBelow", [](SimpleMixState& m) { return m.setInputPan(0, -0.1f); }},
+        RefusedCase{"panAbove", [](SimpleMixState& m) { return m.setInputPan(0, 1.1f); }},
+        RefusedCase{"panNaN", [](SimpleMixState& m) { return m.setInputPan(0, kNaN); }},
+        RefusedCase{"toMixBelow",
+                    [](SimpleMixState& m) { return m.setInputRoutedToMix(0, -2, true); }},
+        RefusedCase{"toMixAbove",
+                    [](SimpleMixState& m) { return m.setInputRoutedToMix(0, 125, true); }},
+        RefusedCase{"mixLevelNaN", [](SimpleMixState& m) { return m.setMixLevel(-1, kNaN); }},
+        RefusedCase{"mixBelow", [](SimpleMixState& m) { return m.setMixMuteState(-2, true); }},
+        RefusedCase{"mixAbove", [](SimpleMixState& m) { return m.setMixSoloState(125, true); }},
+        RefusedCase{
+            "outputBelow",
+            [](SimpleMixState& m) { return m.setMixRoutedToOutput(-1, -1, false, kProgramme); }}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(SimpleMixState, takesNothingWhileNotValid) {
+    SimpleMixState mix;
+    EXPECT_FALSE(mix.setInputMuteState(0, true) || mix.setMixLevel(-1, 0.5f));
+    EXPECT_TRUE(mix == SimpleMixState());
+    mix.initialise(1);
+    EXPECT_TRUE(mix.setInputMuteState(0, true));
+    mix.initialise(3);
+    EXPECT_TRUE(mix.getInputMuteState(0)) << "what is set stays";
+    EXPECT_EQ(mix.numInputs(), 3u);
+}
+
+TEST(SimpleMixState, followsChannelsThatComeAndGo) {
+    SimpleMixState mix(3);
+    ASSERT_TRUE(mix.setInputPan(1, 0.0f) && mix.setInputPan(2, 1.0f));
+    mix.insertInput(1);
+    EXPECT_EQ(mix.getInputPan(1), 0.5f);
+    EXPECT_EQ(mix.getInputPan(2), 0.0f);
+    mix.removeInput(2);
+    mix.removeInput(200);
+    EXPECT_EQ(mix.getInputPan(2), 1.0f);
+    EXPECT_EQ(mix.numInputs(), 3u);
+}
+
+SimpleMixState randomMix(std::mt19937& random) {
+    const auto below = [&](int limit) {
+        return static_cast<int>(random() % static_cast<unsigned>(limit));
+    };
+    SimpleMixState mix(static_cast<std::size_t>(below(6)));
+    for (int i = 0; i < 12; ++i) {
+        const auto input = static_cast<unsigned char>(below(8));
+        const auto number = static_cast<signed char>(below(126) - 1);
+        const auto output = static_cast<signed char>(below(128));
+        mix.setInputLevel(input, static_cast<float>(below(1000)) / 7.0f);
+        mix.setInputPan(input, static_cast<float>(below(101)) / 100.0f);
+        mix.setInputSoloState(input, below(2) == 1);
+        mix.setInputRoutedToMix(input, number, below(2) == 1);
+        mix.setMixLevel(number, static_cast<float>(below(9)) / 3.0f);
+        mix.setMixMuteState(number, below(2) == 1);
+        mix.setMixRoutedToOutput(number, output, below(2) == 1, below(2) == 1);
+    }
+    return mix;
+}
+
+TEST(SimpleMixState, readsBackWhatItStores) {
+    std::mt19937 random(20261121);
+    for (int i = 0; i < 300; ++i) {
+        const SimpleMixState mix = randomMix(random);
+        const std::optional<SimpleMixState> text = SimpleMixState::fromString(mix.asString());
+        ASSERT_TRUE(text && *text == mix) << mix.asString();
+
+        KvIniFile file;
+        mix.writeConfigurationInformation(file);
+        SimpleMixState taken(mix.numInputs());
+        ASSERT_TRUE(taken.retrieveCompatibleConfigurationInformation(file));
+        ASSERT_TRUE(taken == mix) << file.text();
+    }
+}
+
+TEST(SimpleMixState, storesAsLinesUnderItsTag) {
+    SimpleMixState mix(2);
+    mix.setInputLevel(1, 0.5f);
+    mix.setInputMuteState(1, true);
+    mix.setInputRoutedToMix(1, 2, true);
+    mix.setMixRoutedToOutput(-1, 0, false, kProgramme);
+    EXPECT_EQ(mix.asString(), "Aud__SimpleMixState_R1\n"
+                              "inputs 2\n"
+                              "input 1 level 0.5 pan 0.5 mute 1 solo 0 routing 2\n"
+                              "mix -1 level 1 mute 0 solo 0 outputs 0 monitors none\n");
+}
+
+TEST(SimpleMixState, keepsLinesOfLaterVersions) {
+    const std::string text = "Aud__SimpleMixState_R1\ninputs 1\nbus 3 reverb 0.2\n";
+    const std::optional<SimpleMixState> mix = SimpleMixState::fromString(text);
+    ASSERT_TRUE(mix);
+    EXPECT_EQ(mix->asString(), text);
+}
+
+TEST(SimpleMixState, refusesDamagedText) {
+    const std::string head = "Aud__SimpleMixState_R1\ninputs 2\n";
+    const std::string input = "input 0 level 1 pan 0.5 mute 1 solo 0 routing ";
+    for (const std::string& text :
+         {std::string(),
+          std::string("Aud__SimpleMixState_R2\ninputs 2\n"),
+          std::string("Aud__SimpleMixState_R1\n"),
+          std::string("Aud__SimpleMixState_R1\ninputs -1\n"),
+          std::string("Aud__SimpleMixState_R1\ninputs 257\n"),
+          std::string("Aud__SimpleMixState_R1\ninputs 2"),
+          head + input + "none",
+          head + input + "1,1\n",
+          head + input + "2,1\n",
+          head + input + "125x\n",
+          head + input + "-2\n",
+          head + input + "\n",
+          head + "\n",
+          head + "input 2 level 1 pan 0.5 mute 1 solo 0 routing none\n",
+          head + "input 0 level inf pan 0.5 mute 1 solo 0 routing none\n",
+          head + "input 0 level 1 pan 1.5 mute 1 solo 0 routing none\n",
+          head + "input 0 level 1 pan 0.5 mute 2 solo 0 routing none\n",
+          head + "input 0 pan 0.5 level 1 mute 1 solo 0 routing none\n",
+          head + "mix 125 level 1 mute 0 solo 0 outputs none monitors none\n",
+          head + "mix 0 level 1 mute 0 solo 0 outputs -1 monitors none\n"})
+        EXPECT_FALSE(SimpleMixState::fromString(text)) << text;
+}
+
+TEST(SimpleMixState, takesFromAFileWhatItHasRoomFor) {
+    KvIniFile file;
+    ASSERT_TRUE(file.parse("[Mix]\nVersion=1\nInputs=4\n"
+                           "[Input 0]\nLevel=0.25\nPan=7\nMute=perhaps\nSolo=1\n"
+                           "[Input 3]\nLevel=0.5\n[Input 03]\nLevel=9\n"
+                           "[Mix 2]\nMute=1\n[Mix 125]\nMute=1\n",
+                           "mix.ini")
+                    .ok());
+    SimpleMixState mix(2);
+    mix.setInputPan(0, 0.75f);
+    ASSERT_TRUE(mix.retrieveCompatibleConfigurationInformation(file));
+    SimpleMixState expected(2);
+    expected.setInputPan(0, 0.75f);
+    expected.setInputLevel(0, 0.25f);
+    expected.setInputSoloState(0, true);
+    expected.setMixMuteState(2, true);
+    EXPECT_TRUE(mix == expected) << mix.asString();
+}
+
+TEST(SimpleMixState, leavesFilesItDoesNotUnderstand) {
+    for (const char* const text :
+         {"[Desk]\nModel=8\n", "[Mix]\nVersion=2\n[Input 0]\nLevel=0\n", "[Input 0]\nLevel=0\n"}) {
+        KvIniFile file;
+        ASSERT_TRUE(file.parse(text, "mix.ini").ok());
+        SimpleMixState mix(1);
+        EXPECT_FALSE(mix.retrieveCompatibleConfigurationInformation(file)) << text;
+        EXPECT_TRUE(mix == SimpleMixState(1));
+    }
+}
+
+TEST(SimpleMixState, replacesTheMixOfAFileAndLeavesTheRest) {
+    KvIniFile file;
+    ASSERT_TRUE(
+        file.parse("[Desk]\nModel=8\n[Mix]\nVersion=1\nInputs=2\n[Input 1]\nLevel=0.5\n", "mix.ini")
+            .ok());
+    SimpleMixState(1).writeConfigurationInformation(file);
+    EXPECT_THAT(file.sections(), testing::UnorderedElementsAre("Desk", "Mix", "Input 0"));
+    EXPECT_EQ(file.getText("Desk", "Model"), "8");
+}
+
+} // namespace
