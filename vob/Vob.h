@@ -38,7 +38,7 @@
 #include <vector>
 
 class CelEventPair;
-class TrimObj;
+class TimedTask;
 
 namespace cutroom {
 class Telling;
@@ -84,6 +84,8 @@ public:
     enum eTransfer : unsigned { kTransferModule = 4, kTransferKeepRoles = 8 };
 
     static constexpr unsigned kNotFound = 0xFFFFFFFF;
+
+    class InformerProxy; // one kind of telling
 
     // View the edit of `module`, the edit of a cookie, or an edit; a new empty edit when there is
     // none. An empty group id takes a fresh one.
@@ -368,44 +370,58 @@ protected:
 
 private:
     friend class VobManager;
-    friend class TrimObj;
-    friend class cutroom::Telling;
-
-    class InformerProxy;
-    enum class Told { yes, no };
 
     // Used by the manager. A null client only sorts; one that is not there is ignored.
     void addClient(VobClient* client);
     void removeClient(VobClient* client);
-    // Calls `notify` on every client but `except`; the list may change meanwhile.
-    void walkClients(VobClient* except, void (VobClient::*notify)(VobClient*));
+    // Tells every client but `subject` about it; the list may change meanwhile.
+    void walkClients(VobClient* subject, void (VobClient::*notify)(VobClient*))
+        CUTROOM_REQUIRES(clientLock_);
+    static void transferRoles(Vob& from, Vob& to);
     // The one place where clients are told.
     void informClientsSafe(InformerProxy& proxy);
-    void tellAll(InformerProxy& proxy, cutroom::Telling& telling);
-    void listWillChange();
+    void tellAll(InformerProxy& proxy, cutroom::Telling& telling, TimedTask* timed)
+        CUTROOM_REQUIRES(clientLock_);
+    static void tellOne(InformerProxy& proxy, VobClient& client, TimedTask* timed);
+    void listWillChange() CUTROOM_REQUIRES(clientLock_);
 
+    // A share for as long as clients, who may close the Vob, are told; empty while it is being
+    // made.
+    Kv::Ptr<Vob> keepAlive() noexcept { return refCount() > 0 ? this : nullptr; }
     void init();
     void takeEdit(const EditPtr& edit);
     void releaseEdit();
     void handleProjectExit(const NotifyMsg& message);
     void storeTime(double seconds);
     bool setSelectedInternal(const IdStamp& channel, bool on);
-    void tellSelection(bool changed);
+    bool selectWithLevels(const IdStamp& channel, bool on);
+    void tellSelection(bool changed, const IdStamp& channel = {});
+    bool selectSegmentSilently(const CelEventPair& segment, bool on);
+    void changeCut(const IdStamp& channel, bool changed);
     void updateAudioMix();
     void markAllAt(double seconds, Kv::MarkTypes::MarkType type);
     bool deselectAllLevelNodes();
     bool dropSelectedSegments();
     bool verifyUnjoinedCuts();
+    bool clearUnjoinedCuts();
+    void describe(const VobModification& change);
     void verifyTrackSelections();
     TimeRange editRange() const;
     TimeRange fitRegion(const TimeRange& region) const;
     bool validateViewRegion(const EditModifications& editChanges);
     void restoreViewRegion();
     void resynchroniseWithEdit();
-    void tellPending(VobModification change);
+    void followStructure(const EditModifications& editChanges);
+    void followExtents();
+    void followPoints();
+    void followClipboard();
+    void tellPending(const VobModification& change);
+    void handlePostedChange(const Event& event);
     VobModification takeDescription(const EditModifications& editChanges,
                                     const VobModification& change);
     bool holdsBackupRole() const;
+    void storeChannelBackup(const IdStamp& channel);
+    void restoreChannelBackup(const IdStamp& channel);
 
     bool celCuesLoaded_ = false;
     EditModule module_;
@@ -439,6 +455,7 @@ private:
     ValServer<unsigned> tabStops_{kStopDefault};
     VobModification description_ CUTROOM_GUARDED_BY(pendingLock_){0};
     std::atomic<bool> described_{false}; // description_ says something
+    unsigned carried_ = 0;               // changes that go with the next telling of the edit's own
     std::atomic<unsigned> timeChangeFlags_{0};
     CueFilter cueFilter_{4, 0};
 

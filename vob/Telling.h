@@ -1,0 +1,54 @@
+// `Telling`: the record of one telling of a Vob's clients: who was told already.
+//
+// Internal to this folder. While the client list stays as it is, the place in the list says it all.
+// The first change of the list makes every telling under way note the ids of those it has told;
+// from then on it goes by them. Tellings inside one another each keep a record of their own, and
+// nothing is allocated unless the list changes.
+#pragma once
+
+#include "platform/base/IdStamp.h"
+
+#include <cstddef>
+#include <unordered_set>
+#include <vector>
+
+class VobClient;
+
+namespace cutroom {
+
+// Lives on the stack while clients are told, under the Vob's client lock.
+class Telling {
+public:
+    // Becomes the innermost of the tellings in `chain`; the destructor takes it out again.
+    Telling(Telling*& chain, std::size_t clientsAtStart) noexcept;
+    ~Telling() { chain_ = outer_; }
+    Telling(const Telling&) = delete;
+    Telling& operator=(const Telling&) = delete;
+
+    // Notes that the client at `index` is being told; false when it was told already.
+    bool begin(const VobClient& client, std::size_t index) {
+        if (listChanged_)
+            return beginInChangedList(client);
+        told_ = index + 1;
+        return true;
+    }
+    // The list changed during this telling, so that others may stand where it has been.
+    bool listChanged() const noexcept { return listChanged_; }
+    // Counts one telling; true when there were so many that it must be a runaway.
+    bool isRunaway() noexcept { return --allowance_ == 0; }
+
+    // To be called before `clients` changes, for the innermost telling (may be null).
+    static void listWillChange(Telling* innermost, const std::vector<VobClient*>& clients);
+
+private:
+    bool beginInChangedList(const VobClient& client);
+
+    Telling*& chain_;
+    Telling* const outer_;
+    std::size_t told_ = 0; // the first so many of the list, until it changes
+    std::size_t allowance_;
+    bool listChanged_ = false;
+    std::unordered_set<IdStamp> toldIds_; // once it has changed
+};
+
+} // namespace cutroom

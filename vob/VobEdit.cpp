@@ -1,0 +1,209 @@
+// How a Vob takes, replaces and releases the edit that it views, and its module.
+#include "audio/MixSelections.h"
+#include "editops/basics/EmptyEdit.h"
+#include "platform/base/Log.h"
+#include "platform/store/Edit.h"
+#include "vob/Vob.h"
+#include "vob/VobManager.h"
+#include "vob/VobModificationBatch.h"
+
+namespace {
+
+constexpr unsigned char kEmptyVideoChans = 1;
+constexpr unsigned char kEmptyAudioChans = 4;
+constexpr char kShowCelCues[] = "SHOW_CEL_CUES";
+
+} // namespace
+
+void Vob::setEdit(const EditPtr& edit, bool keepModule) {
+    const Kv::Ptr<Vob> self = keepAlive();
+    const EditModule saved = module_;
+    takeEdit(edit);
+    if (edit_) {
+        if (keepModule)
+            setEditModule(saved, false);
+        else
+            setupFromEdit();
+    }
+    beginModifications();
+    VobManager* const manager = status_ == 0 ? nullptr : &VobManager::instance();
+    constexpr unsigned kTellBoth = VobManager::kTellOld | VobManager::kTellNew;
+    if (hasStatus(kStatusRecord))
+        manager->setRecordMachine(this, kTellBoth);
+    else if (hasStatus(kStatusSource))
+        manager->setSourceMachine(this, kTellBoth);
+    if (hasStatus(kStatusPlay))
+        manager->setPlayMachine(this, true);
+    addModification(kVobEditReplaced);
+    endModifications();
+}
+
+// Without `edit` a new empty one is made, under the Vob's cookie when it has one by now.
+void Vob::takeEdit(const EditPtr& edit) {
+    EditPtr wanted = edit;
+    std::map<IdStamp, TrackSelections> kept;
+    if (edit_) {
+        dropSelectedSegments();
+        if (wanted == edit_)
+            kept.swap(selections_);
+        releaseEdit();
+        cookie_ = Cookie();
+    }
+    if (!wanted) {
+        if (!cookie_.valid())
+            cookie_ = Cookie::make('E');
+        wanted = createEmptyEdit(cookie_, {}, kEmptyVideoChans, kEmptyAudioChans, kNoTime, {});
+    }
+    edit_ = wanted;
+    cookie_ = edit_.getCookie();
+    selections_.swap(kept);
+    module_ = EditModule(edit_);
+    timeMirror_ = edit_ ? module_.getCurrentTime() : kNoTime;
+    extents_ = editRange();
+    viewRegion_ = extents_;
+    verifyTrackSelections();
+}
+
+void Vob::releaseEdit() {
+    selections_.clear();
+    levelNodes_.clear();
+    module_ = EditModule();
+    timeMirror_ = kNoTime;
+    celCuesLoaded_ = false;
+    edit_.reset();
+}
+
+void Vob::setupFromEdit() {
+    if (!edit_)
+        return;
+    storeTime(edit_->getStoredCurrentTime());
+    for (const auto type : {Kv::MarkTypes::In, Kv::MarkTypes::Out})
+        if (const double mark = edit_->getStoredMark(type); mark != kNoTime)
+            markAllAt(mark, type);
+    restoreViewRegion();
+    if (const auto show = edit_->getConfig(kShowCelCues); show && cutroom::leadingInt(*show) != 0)
+        cel_cues_on();
+    selectTracksFromAudioMix(module_);
+}
+
+void Vob::setEditModule(const EditModule& module, bool notify) {
+    if (!edit_)
+        return;
+    const Kv::Ptr<Vob> self = keepAlive();
+    const double before = module_.getCurrentTime();
+    if (module.getEdit() == edit_) {
+        module_ = module;
+    } else {
+        module_.setCurrentTime(module.getCurrentTime());
+        for (const auto type : {Kv::MarkTypes::In, Kv::MarkTypes::Out})
+            markAllAt(module.getMark(type), type);
+    }
+    storeTime(module_.getCurrentTime());
+    if (levelsBound_)
+        module_.initLevelsFromAudio();
+    if (notify) {
+        const bool moved = module_.getCurrentTime() != before;
+        addModification(kVobMarks | kVobSelection | (moved ? unsigned{kVobTime} : 0u));
+    }
+    updateAudioMix();
+}
+
+void Vob::updateAudioMix() {
+    if (edit_)
+        updateAudioMixFromSelections(module_);
+}
+
+void Vob::cel_cues_on() {
+    if (!edit_)
+        return;
+    edit_->celCuesOn();
+    edit_->setConfig(kShowCelCues, 1);
+    celCuesLoaded_ = true;
+}
+
+void Vob::cel_cues_off() {
+    if (!edit_)
+        return;
+    edit_->celCuesOff();
+    edit_->setConfig(kShowCelCues, 0);
+    celCuesLoaded_ = false;
+}
+
+bool Vob::addCue(const Cue& cue, const LightweightString<char>& origin) {
+    if (!edit_ || !edit_->addCue(cue, origin))
+        return false;
+    addModification(kVobMarks);
+    return true;
+}
+
+// --- following the edit --------------------------------------------------------------------------
+
+void Vob::verifyTrackSelections() {
+    std::erase_if(selections_,
+                  [&](const auto& entry) { return !edit_ || !edit_->isValidChan(entry.first); });
+    std::erase_if(levelNodes_,
+                  [&](const auto& entry) { return !edit_ || !edit_->isValidChan(entry.first); });
+}
+
+void Vob::resynchroniseWithEdit() {
+    verifyTrackSelections();
+    if (edit_ && previewTrack_.valid() && !edit_->isValidChan(previewTrack_))
+        previewTrack_ = IdStamp();
+}
+
+void Vob::preNotifyClients(const EditModifications& editChanges, const VobModification&) {
+    if (!edit_)
+        return;
+    if (editChanges.structureChanged()) {
+        resynchroniseWithEdit();
+        followStructure(editChanges);
+    }
+    if (editChanges.includes(kModLength) || editChanges.includes(kModStartTime) ||
+        (editChanges.includes(kModGeneral) && edit_->getLogType() == kLogTypeSpecial))
+        followExtents();
+    constexpr auto kPointsMoved =
+        EditModifications::bit(kModEventsAdded) | EditModifications::bit(kModEventsRemoved) |
+        EditModifications::bit(kModEventsTrimmed) | EditModifications::bit(kModRestored) |
+        EditModifications::bit(kModFlattened);
+    if (editChanges.includesAnyOf(kPointsMoved))
+        followPoints();
+    if (editChanges.contentReplaced() && edit_->isClipboard())
+        followClipboard();
+}
+
+void Vob::followStructure(const EditModifications& editChanges) {
+    if (deselectAllLevelNodes())
+        carried_ |= kVobLevelNodes;
+    if (dropSelectedSegments())
+        carried_ |= kVobSegments;
+    if (!editChanges.includes(kModChannelsAdded))
+        return;
+    for (const auto type : {Kv::MarkTypes::In, Kv::MarkTypes::Out})
+        if (const double mark = module_.getMark(type); mark != kNoTime)
+            markAllAt(mark, type);
+}
+
+void Vob::followExtents() {
+    const bool showedAll = viewRegion_ == extents_;
+    extents_ = editRange();
+    LogBoth("Edit extents: %.1f to %.1f\n", extents_.getStart(), extents_.getEnd());
+    if (showedAll)
+        setViewRegion(extents_, true);
+}
+
+void Vob::followPoints() {
+    if (verifyUnjoinedCuts())
+        carried_ |= kVobCuts;
+    if (deselectAllLevelNodes())
+        carried_ |= kVobLevelNodes;
+    for (auto& [channel, selections] : selections_)
+        if (selections.verifySegments())
+            carried_ |= kVobSegments;
+}
+
+void Vob::followClipboard() {
+    storeTime(0);
+    const double end = edit_->getEndTime();
+    for (const IdStamp& channel : module_.getSelectedChans())
+        storeMarkTime(channel, end, Kv::MarkTypes::In);
+}

@@ -1,0 +1,32 @@
+#include "vob/VobModification.h"
+
+#include "platform/store/Edit.h"
+
+#include <algorithm>
+
+VobModification::VobModification(const LightweightString<char>&) noexcept
+    : type_(0), time_(0), markTime_(0) {}
+
+bool VobModification::affectsTrack(const IdStamp& track) const noexcept {
+    return std::find(tracks_.begin(), tracks_.end(), track) != tracks_.end();
+}
+
+unsigned VobModification::getModifiedTrackTypes(const EditPtr& edit) const {
+    unsigned types = 0;
+    if (!edit)
+        return types;
+    for (const IdStamp& track : tracks_)
+        if (edit->isValidChan(track))
+            types |= edit->getChanType(track);
+    return types;
+}
+
+void VobModification::merge(const VobModification& other) {
+    if (!other.valid())
+        return;
+    type_ |= other.type_;
+    for (const IdStamp& track : other.tracks_)
+        tracks_.push_back(track);
+    if (markTime_ == kNoTime)
+        markTime_ = other.markTime_;
+}
