@@ -1,0 +1,278 @@
+#include "cli/Session.h"
+
+#include "cli/Command.h"
+#include "cli/Names.h"
+#include "platform/base/Strings.h"
+#include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace cutroom::cli {
+
+VerbTable::VerbTable() {
+    addViewerVerbs(*this);
+    addClientVerbs(*this);
+    addTimeVerbs(*this);
+    addMarkVerbs(*this);
+    addSelectionVerbs(*this);
+    addRoleVerbs(*this);
+    addBatchVerbs(*this);
+    addCutVerbs(*this);
+    addChannelVerbs(*this);
+    addDetailVerbs(*this);
+    addProjectVerbs(*this);
+}
+
+void VerbTable::heading(const char* text) { groups_.push_back({text, {}}); }
+
+void VerbTable::add(Verb verb) {
+    verbs_.push_back(std::move(verb));
+    groups_.back().verbs.push_back(&verbs_.back());
+}
+
+const Verb* VerbTable::find(std::string_view name) const {
+    const auto found = std::find_if(verbs_.begin(), verbs_.end(),
+                                    [&](const Verb& verb) { return name == verb.name; });
+    return found == verbs_.end() ? nullptr : &*found;
+}
+
+std::string VerbTable::help(std::string_view name) const {
+    if (const Verb* verb = find(name))
+        return std::string(verb->name) + ' ' + verb->words + "\n    " + verb->about + '\n';
+    std::string text;
+    for (const Group& group : groups_) {
+        text += std::string(group.heading) + '\n';
+        for (const Verb* verb : group.verbs) {
+            const std::string usage = std::string(verb->name) + ' ' + verb->words;
+            text += format("  %-34s %s\n", usage.c_str(), verb->about);
+        }
+    }
+    return text;
+}
+
+Session::Session(Workspace& workspace) : workspace_(workspace) {
+    host().messages().setPrinter([this](const EmbeddedMessages::Shown& shown) {
+        say("message to the user: " + toUtf8(shown.text));
+    });
+}
+
+// Clients go before the Vobs they are attached to, managing ones before those they manage.
+Session::~Session() {
+    host().messages().setPrinter(nullptr);
+    while (!clients_.empty())
+        removeClient(clients_.back()->name());
+    viewers_.clear();
+}
+
+Status Session::run(std::string_view line) {
+    const Status done = runNested(line);
+    host().loop().pump();
+    dropClosedViewers();
+    return done;
+}
+
+Status Session::runNested(std::string_view line) {
+    const std::string outer = std::exchange(line_, std::string(trim(line)));
+    Status outcome;
+    try {
+        SessionWords words = SessionWords::parse(line_);
+        if (!words.done())
+            perform(words);
+    } catch (const Refused& refused) {
+        outcome = refused.status;
+    }
+    line_ = outer;
+    return outcome;
+}
+
+void Session::perform(SessionWords& words) {
+    const std::string name = words.take("a verb");
+    const Verb* verb = verbs_.find(name);
+    if (!verb)
+        refuse(StatusCode::wrongUsage, name, "no such verb; `help` tells them all");
+    verb->run(*this, words);
+    words.expectEnd();
+}
+
+void Session::say(const std::string& text) const { print(text + '\n'); }
+
+Printer Session::printer() const {
+    return [this](const std::string& text) { say("  " + text); };
+}
+
+void Session::addViewer(const std::string& name, const Kv::Ptr<Vob>& vob) {
+    viewers_[name] = vob;
+    current_ = name;
+}
+
+void Session::removeViewer(const std::string& name) {
+    viewers_.erase(name);
+    if (current_ == name)
+        current_ = viewers_.empty() ? std::string() : viewers_.begin()->first;
+}
+
+void Session::dropClosedViewers() {
+    const auto& open = VobManager::instance().getAllVobs();
+    std::vector<std::string> closed;
+    for (const auto& [name, vob] : viewers_)
+        if (std::find(open.begin(), open.end(), vob) == open.end())
+            closed.push_back(name);
+    for (const auto& name : closed)
+        removeViewer(name);
+}
+
+void Session::useViewer(const std::string& name) {
+    viewerNamed(name);
+    current_ = name;
+}
+
+Kv::Ptr<Vob> Session::viewer() const {
+    if (current_.empty())
+        refuse(StatusCode::failed, "viewer", "none is open; `open EDIT` opens one");
+    return viewers_.at(current_);
+}
+
+Kv::Ptr<Vob> Session::viewerNamed(const std::string& name) const {
+    const auto found = viewers_.find(name);
+    if (found == viewers_.end())
+        refuse(StatusCode::notFound, name, "no viewer of this name is open");
+    return found->second;
+}
+
+std::string Session::nameOf(const Vob* vob) const {
+    for (const auto& [name, other] : viewers_)
+        if (other == vob)
+            return name;
+    return vob ? "an unnamed viewer" : "nobody";
+}
+
+std::string Session::freeName(const std::string& wanted) const {
+    std::string name = wanted;
+    for (int number = 2; viewers_.contains(name); ++number)
+        name = wanted + std::to_string(number);
+    return name;
+}
+
+void Session::addClient(std::unique_ptr<PrintingClient> client) {
+    clients_.push_back(std::move(client));
+}
+
+// The client leaves the list before it is destroyed: what its going tells may ask for clients.
+void Session::removeClient(const std::string& name) {
+    const PrintingClient* wanted = &clientNamed(name);
+    const auto found = std::find_if(clients_.begin(), clients_.end(),
+                                    [&](const auto& client) { return client.get() == wanted; });
+    const std::unique_ptr<PrintingClient> going = std::move(*found);
+    clients_.erase(found);
+    for (const auto& client : clients_)
+        client->forget(going.get());
+}
+
+// The manager deletes what it destroys, so the session lets go first.
+void Session::dropManagedClients() {
+    const Kv::Ptr<Vob> vob = viewer();
+    for (auto& client : clients_)
+        if (client->getVob() == vob.get() && client->getManagementDetails() != kClientUnmanaged) {
+            for (const auto& other : clients_)
+                if (other)
+                    other->forget(client.get());
+            static_cast<void>(client.release());
+        }
+    std::erase(clients_, nullptr);
+    if (!VobManager::instance().destroyManagedClients(vob))
+        say("unmanaged clients stay");
+}
+
+bool Session::hasClient(const std::string& name) const {
+    return std::any_of(clients_.begin(), clients_.end(),
+                       [&](const auto& client) { return client->name() == name; });
+}
+
+PrintingClient& Session::clientNamed(const std::string& name) const {
+    for (const auto& client : clients_)
+        if (client->name() == name)
+            return *client;
+    refuse(StatusCode::notFound, name, "no client of this name");
+}
+
+EditPtr Session::edit() const {
+    EditPtr edit = viewer()->getEdit();
+    if (!edit)
+        refuse(StatusCode::failed, current_, "this viewer is without edit");
+    return edit;
+}
+
+EditModifier Session::editForChange() {
+    const EditPtr changed = edit();
+    if (changed->isReadOnly())
+        refuse(StatusCode::failed, toUtf8(changed->getName()), "the edit is read-only");
+    EditManager::instance().makeBackup(changed, line_);
+    return EditModifier(changed, line_);
+}
+
+IdStamp Session::takeChannel(SessionWords& words, bool allowAll) const {
+    const std::string& word = words.take("a channel");
+    if (allowAll && word == "all")
+        return {};
+    const EditPtr from = edit();
+    const std::wstring wanted = toWide(word);
+    for (const IdStamp& channel : from->getChans())
+        if (from->getChanDisplayName(channel) == wanted || channel.asString() == word)
+            return channel;
+    std::string known;
+    for (const IdStamp& channel : from->getChans())
+        known += (known.empty() ? "" : ", ") + channelName(channel);
+    refuse(StatusCode::notFound, word, "no such channel; there are " + known);
+}
+
+int Session::takeChannelNumber(SessionWords& words) const {
+    if (words.takeIf("all"))
+        return kChanAllSelected;
+    return edit()->getIdx(takeChannel(words));
+}
+
+double Session::placeOf(const std::string& word) const {
+    const EditPtr from = edit();
+    if (word == "now")
+        return viewer()->getCurrentTime(EditModule::kAccuracyExact);
+    if (word == "start")
+        return from->getStartTime();
+    if (word == "end")
+        return from->getEndTime();
+    return require(parsePlace(word, from));
+}
+
+double Session::takePlace(SessionWords& words, const char* what) const {
+    return placeOf(words.take(what));
+}
+
+Flicks Session::takeLength(SessionWords& words, const char* what) const {
+    const std::string& word = words.take(what);
+    const double seconds = require(parsePlace(word, edit()));
+    if (word.find(':') != word.npos)
+        refuse(StatusCode::wrongUsage, word, "a length is in seconds (2.5) or frames (60f)");
+    return toFlicks(seconds);
+}
+
+std::string Session::channelName(const IdStamp& channel) const {
+    return toUtf8(edit()->getChanDisplayName(channel));
+}
+
+void Session::watchRoles() {
+    VobManager& manager = VobManager::instance();
+    const auto watch = [&](int type, const char* role, Kv::Ptr<Vob> (VobManager::*holder)() const) {
+        roleWatch_.push_back(manager.registerNotification(
+            makeCallback<NotifyMsg>([this, role, holder](const NotifyMsg&) {
+                say(std::string("  roles: ") + role + " is " +
+                    nameOf((VobManager::instance().*holder)().get()));
+            }),
+            type));
+    };
+    watch(manager.sourceChangedMsgType(), "source", &VobManager::getSourceMachine);
+    watch(manager.recordChangedMsgType(), "record", &VobManager::getRecordMachine);
+    watch(manager.focusChangedMsgType(), "play", &VobManager::getPlayMachine);
+}
+
+} // namespace cutroom::cli

@@ -1,0 +1,81 @@
+// Verbs for batches, threads and the history.
+#include "cli/Session.h"
+#include "platform/base/Strings.h"
+#include "platform/store/EditManager.h"
+
+#include <thread>
+
+namespace cutroom::cli {
+
+namespace {
+
+VobModification takeKinds(Session& session, SessionWords& words) {
+    VobModification change(static_cast<unsigned>(words.takeInt("kinds", 0, 0xFFFFFFFF)));
+    if (words.takeIf("mark"))
+        change.setMarkTime(session.takePlace(words));
+    while (!words.done())
+        change.addModifiedTrack(session.takeChannel(words));
+    return change;
+}
+
+// Tells from another thread; what it posts is delivered when the line ends.
+void elsewhere(Session& session, SessionWords& words) {
+    const Kv::Ptr<Vob> vob = session.viewer();
+    const VobModification change = takeKinds(session, words);
+    std::thread([&] { vob->addModification(change); }).join();
+}
+
+void describe(Session& session, SessionWords& words) {
+    const auto kind = static_cast<EditModificationType>(words.takeInt("an edit kind", 0, 63));
+    const VobModification change = takeKinds(session, words);
+    session.viewer()->setChangeDescription(EditModifications(kind), change);
+}
+
+void history(Session& session, SessionWords&) {
+    for (const auto& step : EditManager::instance().getHistory(session.edit()))
+        session.say("  " + step.description + (step.undone ? " (undone)" : ""));
+}
+
+void step(Session& session, bool back) {
+    EditManager& manager = EditManager::instance();
+    const EditPtr edit = session.edit();
+    if (!(back ? manager.canUndo(edit) : manager.canRedo(edit)))
+        refuse(StatusCode::failed, back ? "undo" : "redo", "there is no step to take");
+    if (back)
+        session.viewer()->undoRequest();
+    else
+        session.viewer()->redoRequest();
+}
+
+} // namespace
+
+void addBatchVerbs(VerbTable& verbs) {
+    verbs.heading("Batches and history");
+    verbs.add({"begin", "", "opens a batch: changes are told when it ends",
+               [](Session& session, SessionWords&) { session.viewer()->beginModifications(); }});
+    verbs.add({"end", "", "ends a batch",
+               [](Session& session, SessionWords&) { session.viewer()->endModifications(); }});
+    verbs.add({"forget", "", "drops what is pending in the batch",
+               [](Session& session, SessionWords&) { session.viewer()->clearModifications(); }});
+    verbs.add({"tell", "KINDS [mark T] [CHANNEL ...]", "records a change of these kinds (bits)",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->addModification(takeKinds(session, words));
+               }});
+    verbs.add({"tell-elsewhere", "KINDS [mark T] [CHANNEL ...]", "the same from another thread",
+               elsewhere});
+    verbs.add({"describe", "EDIT-KIND KINDS [mark T] [CHANNEL ...]",
+               "what the viewer reports when the edit's change arrives", describe});
+    verbs.add({"backup", "", "puts a step into the edit's history",
+               [](Session& session, SessionWords&) { session.viewer()->makeBackup(); }});
+    verbs.add({"undo", "", "goes a step back",
+               [](Session& session, SessionWords&) { step(session, true); }});
+    verbs.add({"redo", "", "goes a step forward again",
+               [](Session& session, SessionWords&) { step(session, false); }});
+    verbs.add({"history", "", "lists the edit's steps", history});
+    verbs.add({"store-view", "", "keeps time, marks, selection and region with the edit",
+               [](Session& session, SessionWords&) { session.viewer()->storeBackupDetails(); }});
+    verbs.add({"restore-view", "", "takes them back from the edit",
+               [](Session& session, SessionWords&) { session.viewer()->restoreBackupDetails(); }});
+}
+
+} // namespace cutroom::cli

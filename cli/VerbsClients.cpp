@@ -1,0 +1,133 @@
+// Verbs that attach, order, move and drop clients.
+#include "cli/Session.h"
+#include "platform/base/Strings.h"
+
+namespace cutroom::cli {
+
+namespace {
+
+eClientPriority takePriority(SessionWords& words) {
+    return static_cast<eClientPriority>(words.takeInt("a priority", -1'000'000, 1'000'000));
+}
+
+VobManager::eSignificantViewType takeRole(SessionWords& words) {
+    const std::string& role = words.takeOneOf("a role", {"source", "record", "play"});
+    return role == "source"   ? VobManager::kViewSource
+           : role == "record" ? VobManager::kViewRecord
+                              : VobManager::kViewPlay;
+}
+
+void attach(Session& session, SessionWords& words) {
+    const std::string name = words.take("a name");
+    if (session.hasClient(name))
+        refuse(StatusCode::wrongUsage, name, "a client of this name is attached");
+    eClientPriority priority = kClientPriorityLowest;
+    eClientManagementDetails details = kClientUnmanaged;
+    PrintingClient* manager = nullptr;
+    bool image = false;
+    while (!words.done()) {
+        const auto& word = words.takeOneOf("a word", {"priority", "managed", "by", "image"});
+        if (word == "priority")
+            priority = takePriority(words);
+        else if (word == "managed")
+            details = kClientManaged;
+        else if (word == "by")
+            manager = &session.clientNamed(words.take("a client"));
+        else
+            image = true;
+    }
+    Vob* vob = session.viewer().get();
+    if (image)
+        session.addClient(
+            std::make_unique<PrintingImageClient>(name, vob, priority, details, session.printer()));
+    else
+        session.addClient(
+            std::make_unique<PrintingClient>(name, vob, priority, details, session.printer()));
+    if (manager)
+        manager->manage(&session.clientNamed(name));
+}
+
+void listClients(Session& session, SessionWords&) {
+    const Kv::Ptr<Vob> vob = session.viewer();
+    for (std::size_t i = 0; i < vob->getNumClients(); ++i) {
+        const VobClient* client = vob->getClientPtr(i);
+        session.say(format("  %s priority %d%s", client->idstring(), client->getPriority(),
+                           client->getManagementDetails() == kClientUnmanaged ? "" : " managed"));
+    }
+    const VobClient* master = vob->findMasterClient();
+    if (master)
+        session.say(std::string("  master: ") + master->idstring());
+}
+
+void whenTold(Session& session, SessionWords& words) {
+    PrintingClient& client = session.clientNamed(words.take("a client"));
+    std::string line;
+    while (!words.done())
+        line += (line.empty() ? "" : " ") + ('"' + words.take("a line") + '"');
+    client.reactOnce([&session, line] {
+        if (const Status done = session.runNested(line); !done)
+            session.say("  " + done.text());
+    });
+}
+
+void transfer(Session& session, SessionWords& words) {
+    const Kv::Ptr<Vob> from = session.viewerNamed(words.take("a viewer"));
+    const Kv::Ptr<Vob> to = session.viewerNamed(words.take("a viewer"));
+    unsigned flags = 0;
+    while (!words.done())
+        flags |= words.takeOneOf("a word", {"module", "keep-roles"}) == "module"
+                     ? Vob::kTransferModule
+                     : Vob::kTransferKeepRoles;
+    Vob::transferClients(from.get(), to.get(), flags);
+}
+
+} // namespace
+
+void addClientVerbs(VerbTable& verbs) {
+    verbs.heading("Clients");
+    verbs.add({"client", "NAME [priority N] [managed] [by CLIENT] [image]",
+               "attaches a client that prints what it is told", attach});
+    verbs.add(
+        {"clients", "", "lists the viewer's clients in the order of their telling", listClients});
+    verbs.add({"priority", "CLIENT N", "gives a client another priority",
+               [](Session& session, SessionWords& words) {
+                   PrintingClient& client = session.clientNamed(words.take("a client"));
+                   client.setPriority(takePriority(words));
+               }});
+    verbs.add({"drop", "CLIENT", "detaches and destroys a client",
+               [](Session& session, SessionWords& words) {
+                   session.removeClient(words.take("a client"));
+               }});
+    verbs.add({"message", "CLIENT TEXT", "sends a text to a client of the viewer",
+               [](Session& session, SessionWords& words) {
+                   const std::string name = words.take("a client");
+                   session.viewer()->sendMessageToClient(name, words.take("a text"));
+               }});
+    verbs.add(
+        {"when-told", "CLIENT VERB ...", "what a client does the next time it is told", whenTold});
+    verbs.add({"move", "CLIENT VIEWER|new", "moves a client to another viewer",
+               [](Session& session, SessionWords& words) {
+                   PrintingClient& client = session.clientNamed(words.take("a client"));
+                   if (words.takeIf("new"))
+                       session.addViewer(session.freeName("viewer"),
+                                         VobManager::instance().moveToNewVob(&client, true, true));
+                   else
+                       VobManager::instance().moveToVob(
+                           &client, session.viewerNamed(words.take("a viewer")));
+               }});
+    verbs.add({"transfer", "FROM TO [module] [keep-roles]",
+               "moves all clients, with the module, and the roles unless kept", transfer});
+    verbs.add({"sticky", "CLIENT source|record|play", "makes a client follow a role",
+               [](Session& session, SessionWords& words) {
+                   PrintingClient& client = session.clientNamed(words.take("a client"));
+                   VobManager::instance().addStickyClient(&client, takeRole(words));
+               }});
+    verbs.add({"unstick", "CLIENT", "ends that", [](Session& session, SessionWords& words) {
+                   VobManager::instance().removeStickyClient(
+                       &session.clientNamed(words.take("a client")));
+               }});
+    verbs.add({"destroy-managed", "", "destroys the managed clients of the viewer",
+               [](Session& session, SessionWords&) { session.dropManagedClients(); }});
+}
+
+} // namespace cutroom::cli

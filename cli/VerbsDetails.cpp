@@ -1,0 +1,212 @@
+// Verbs for what an edit carries beside its cuts: labels, configuration, effects, burnt-in
+// timecode, mix, metadata.
+#include "audio/AudioMixReader.h"
+#include "audio/AudioMixWriter.h"
+#include "cli/Names.h"
+#include "cli/Session.h"
+#include "platform/base/Strings.h"
+#include "platform/base/Timecode.h"
+#include "platform/store/BurntIn.h"
+#include "platform/store/CelEventPair.h"
+#include "platform/store/Edit.h"
+#include "platform/store/Effects.h"
+
+namespace cutroom::cli {
+
+namespace {
+
+void label(Session& session, SessionWords& words) {
+    const auto type =
+        static_cast<eLabelType>(words.takeInt("a label type", kLabelFrames, kLabelInk));
+    const std::string& start = words.take("a start");
+    TimecodeFormat format{session.edit()->getFrameRate(), false};
+    MediumRoll roll{2, 1};
+    while (!words.done()) {
+        const auto& word = words.takeOneOf("a word", {"rate", "drop", "roll"});
+        if (word == "drop")
+            format.dropFrame = true;
+        else if (word == "roll") {
+            roll.first = static_cast<std::int32_t>(words.takeInt("a medium", 0, 1000));
+            roll.second = static_cast<std::int32_t>(words.takeInt("a roll", 0, 1000));
+        } else {
+            const std::string& rate = words.take("a rate");
+            const auto parsed = Kv::FrameRate::fromString(rate);
+            if (!parsed)
+                refuse(StatusCode::wrongUsage, rate, "not a frame rate");
+            format.rate = *parsed;
+        }
+    }
+    const auto frame =
+        start.find(':') != start.npos ? parseTimecode(start, format) : parseInt(start);
+    if (!frame)
+        refuse(StatusCode::wrongUsage, start, "no place that such a label can show");
+    session.editForChange()->addLabel(EditLabel(type, roll, format, *frame));
+}
+
+void listLabels(Session& session, SessionWords& words) {
+    const double at = words.done() ? 0 : session.takePlace(words);
+    for (const EditLabel& one : session.edit()->getLabels())
+        session.say(format("  type %d roll %d,%d ", one.type(), one.get_MediumRoll().first,
+                           one.get_MediumRoll().second) +
+                    one.pointAt(at).removePadding());
+}
+
+void config(Session& session, SessionWords& words) {
+    const EditPtr edit = session.edit();
+    if (words.done()) {
+        const Edit::Lock hold(*edit);
+        for (const auto& [key, value] : edit->config().entries())
+            session.say("  " + key + " = " + value);
+        return;
+    }
+    const std::string key = words.take("a key");
+    const EditModifier modifier = session.editForChange();
+    if (words.takeIf("none"))
+        modifier->removeConfig(key);
+    else
+        modifier->setConfig(key, words.take("a value"));
+}
+
+void transition(Session& session, SessionWords& words) {
+    const IdStamp channel = session.takeChannel(words);
+    const double at = session.takePlace(words);
+    const std::string name = words.take("an effect template");
+    const auto effect = EffectTemplateManager::instance().getTemplate(toWide(name));
+    if (!effect)
+        refuse(StatusCode::notFound, name, "no such effect template; `effects` lists them");
+    EffectGraph graph;
+    graph.kind = effect->kind;
+    graph.name = effect->name;
+    graph.effectTemplate = effect->id;
+    graph.inOffset = session.takeLength(words, "a length before the cut");
+    graph.outOffset = session.takeLength(words, "a length after the cut");
+    const ce_handle point = session.edit()->get_edit_cel_p(channel)->find_ceh(at, 0);
+    if (!point.valid())
+        refuse(StatusCode::notFound, session.channelName(channel), "no cut lies there or later");
+    const EditModifier modifier = session.editForChange();
+    ChannelEvent event = point.getEvent();
+    event.effectGraph = modifier->setEffectGraph(graph);
+    require(modifier->get_edit_cel_p(channel)->setEvent(point.getIndex(), event));
+}
+
+void listEffects(Session& session, SessionWords&) {
+    for (const EffectGraph& graph : session.edit()->getEffectGraphs())
+        session.say("  " + graph.kind + " \"" + toUtf8(graph.name) + "\" " +
+                    timeText(toSeconds(graph.inOffset)) + " + " +
+                    timeText(toSeconds(graph.outOffset)));
+    std::string templates;
+    for (const auto& effect : EffectTemplateManager::instance().getTemplates())
+        templates += (templates.empty() ? " " : ", ") + toUtf8(effect.name);
+    session.say("  templates:" + templates);
+}
+
+void burnIn(Session& session, SessionWords& words) {
+    const auto& action =
+        words.takeOneOf("a word", {"add", "clear", "save", "load", "default", "list"});
+    BITCEffect set = session.edit()->getBITC();
+    if (action == "list") {
+        for (const auto& line : split(BITCLayoutsManager::asString(set), '\n'))
+            session.say("  " + line);
+    } else if (action == "save") {
+        if (!BITCLayoutsManager::setLayout(toWide(words.take("a name")), set))
+            refuse(StatusCode::wrongUsage, "name", "a layout needs a name on one line");
+    } else if (action == "default") {
+        BITCLayoutsManager::setProjectDefault(toWide(words.takeOr("")));
+    } else {
+        if (action == "load")
+            set = BITCLayoutsManager::getLayout(toWide(words.take("a name")));
+        else if (action == "clear")
+            set = {};
+        else {
+            BITCLabel one;
+            one.prefix = toWide(words.takeOr(""));
+            set.addLabel(one);
+            set.setEnabled(true);
+        }
+        session.editForChange()->setBITC(set);
+    }
+}
+
+void mix(Session& session, SessionWords& words) {
+    const EditPtr edit = session.edit();
+    if (!words.done()) {
+        AudioMixWriter writer(edit, "mix");
+        const auto channel =
+            static_cast<unsigned char>(words.takeInt("an audio channel", 1, 256) - 1);
+        const auto& what = words.takeOneOf("a word", {"level", "pan", "mute", "solo"});
+        if (what == "level")
+            writer.setChannelLevel(channel, static_cast<float>(words.takeNumber("a gain")));
+        else if (what == "pan")
+            writer.setChannelPan(channel, static_cast<float>(words.takeNumber("a pan")));
+        else if (what == "mute")
+            writer.setChannelMuteState(channel, words.takeOnOff("on or off"));
+        else
+            writer.setChannelSoloState(channel, words.takeOnOff("on or off"));
+        return;
+    }
+    const AudioMixReader reader(edit);
+    for (int i = 0; i < edit->getNumChans(kChanAudio); ++i) {
+        const auto channel = static_cast<unsigned char>(i);
+        session.say(format("  A%d level %g pan %g%s%s", i + 1,
+                           static_cast<double>(reader.getChannelLevel(channel)),
+                           static_cast<double>(reader.getChannelPan(channel)),
+                           reader.getChannelMuteState(channel) ? " mute" : "",
+                           reader.getChannelSoloState(channel) ? " solo" : ""));
+    }
+}
+
+void setFlag(Session& session, SessionWords& words) {
+    const std::string what = words.takeOneOf(
+        "what", {"read-only", "imported", "log-type", "original", "rate", "drop", "reel", "media"});
+    if (what == "read-only") {
+        session.edit()->setReadOnly(words.takeOnOff("on or off"));
+        return;
+    }
+    const EditModifier modifier = session.editForChange();
+    if (what == "imported")
+        modifier->setImported(words.takeOnOff("on or off"));
+    else if (what == "drop")
+        modifier->setDropFrame(words.takeOnOff("on or off"));
+    else if (what == "reel")
+        modifier->setVideoReelId(words.take("a reel"));
+    else if (what == "media") {
+        LightweightVector<LightweightString<wchar_t>> locations;
+        while (!words.done())
+            locations.push_back(toWide(words.take("a location")));
+        modifier->setMediaLocations(locations);
+    } else if (what == "log-type")
+        modifier->setLogType(static_cast<eLogType>(words.takeInt("a log type", 1, 1024)));
+    else if (what == "original")
+        modifier->set_original_material(static_cast<int>(words.takeInt("a number", 0, 1000)));
+    else {
+        const std::string& rate = words.take("a rate");
+        const auto parsed = Kv::FrameRate::fromString(rate);
+        if (!parsed)
+            refuse(StatusCode::wrongUsage, rate, "not a frame rate");
+        modifier->setFrameRate(*parsed);
+    }
+}
+
+} // namespace
+
+void addDetailVerbs(VerbTable& verbs) {
+    verbs.heading("Labels, effects, mix and the rest of an edit");
+    verbs.add(
+        {"label", "TYPE START [rate R] [drop] [roll M R]", "numbers the edit from a start", label});
+    verbs.add({"labels", "[T]", "lists the labels, as they show at a time", listLabels});
+    verbs.add({"remove-labels", "", "removes all labels", [](Session& session, SessionWords&) {
+                   session.editForChange()->remove_all_labels();
+               }});
+    verbs.add({"config", "[KEY [VALUE|none]]", "the edit's configuration", config});
+    verbs.add(
+        {"transition", "CHANNEL T TEMPLATE BEFORE AFTER", "puts an effect on a cut", transition});
+    verbs.add({"effects", "", "lists the edit's effects and the templates", listEffects});
+    verbs.add({"burn-in", "add [PREFIX]|clear|list|save NAME|load NAME|default [NAME]",
+               "burnt-in timecode and its layouts", burnIn});
+    verbs.add({"mix", "[N level|pan|mute|solo VALUE]", "the audio mix, or one setting of it", mix});
+    verbs.add({"set",
+               "read-only|imported|drop on|off, log-type|original N, rate R, reel X, media X ...",
+               "properties of the edit", setFlag});
+}
+
+} // namespace cutroom::cli

@@ -1,0 +1,122 @@
+// Verbs for the project and the session itself.
+#include "cli/EditView.h"
+#include "cli/Names.h"
+#include "cli/Session.h"
+#include "export/AssetMetadataSRTExporter.h"
+#include "interchange/Importer.h"
+#include "platform/base/Strings.h"
+#include "platform/host/DebugCommands.h"
+#include "platform/host/Host.h"
+#include "platform/prefs/Configuration.h"
+#include "platform/prefs/EditorPreferences.h"
+#include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
+
+namespace cutroom::cli {
+
+namespace {
+
+void importOne(Session& session, SessionWords& words) {
+    const ImportReport report = require(importFile(words.take("a file")));
+    for (const auto& made : report.edits)
+        session.say("imported " + toUtf8(made.name));
+    for (const auto& warning : report.warnings)
+        session.say("warning: " + warning);
+}
+
+void show(Session& session, SessionWords& words) {
+    const EditView view = describe(session.edit());
+    std::string text = words.takeIf("json") ? toJson(view) : draw(view, 80, false);
+    while (text.ends_with('\n'))
+        text.pop_back();
+    session.say(text);
+}
+
+void rename(Session& session, SessionWords& words) {
+    const std::wstring name = toWide(words.take("a name"));
+    const EditModifier modifier = session.editForChange();
+    edit_modify_name(modifier, name);
+}
+
+void removeEdits(Session&, SessionWords& words) {
+    CookieVec edits;
+    do
+        edits.push_back(require(findEditCookie(words.take("an edit"))));
+    while (!words.done());
+    require(EditManager::instance().deleteEdits(edits, "deleted in a session"));
+}
+
+void exportSrt(Session& session, SessionWords& words) {
+    const EditPtr edit = session.edit();
+    const std::wstring path = toWide(words.take("a file"));
+    const bool done =
+        words.done()
+            ? AssetMetadataSRTExporter().exportToFile(edit, edit->getCues().cues(), path)
+            : AssetMetadataSRTExporter::exportToFile(edit, session.takeChannel(words), path);
+    if (!done)
+        refuse(StatusCode::failed, toUtf8(path), "nothing to write, or it cannot be written");
+}
+
+void preference(Session& session, SessionWords& words) {
+    const std::string key = words.take("a key");
+    if (words.done())
+        session.say("  " + key + " = " + EditorPreferences::getPreference(key, ""));
+    else
+        EditorPreferences::setPreference(key, words.take("a value"));
+}
+
+void debugCommand(Session& session, SessionWords& words) {
+    if (words.done()) {
+        for (const auto& name : Host::debugCommands().names())
+            session.say("  " + name);
+        return;
+    }
+    const std::string name = words.take("a name");
+    if (!Host::debugCommands().run(name))
+        refuse(StatusCode::notFound, name, "no such debug command");
+}
+
+void check(Session& session, SessionWords&) {
+    const EditPtr edit = session.edit();
+    const std::string wrong = edit->checkConsistency();
+    session.say(wrong.empty() ? "consistent" : "inconsistent: " + wrong);
+}
+
+} // namespace
+
+void addProjectVerbs(VerbTable& verbs) {
+    verbs.heading("The project and the session");
+    verbs.add({"import", "FILE", "takes a timeline file into the project", importOne});
+    verbs.add({"show", "[json]", "draws the edit of the viewer", show});
+    verbs.add({"srt", "FILE [CHANNEL]", "writes the markers, or a subtitle channel, as SubRip",
+               exportSrt});
+    verbs.add({"rename", "NAME", "renames the edit; a name in parentheses is a suffix", rename});
+    verbs.add({"delete", "EDIT ...", "deletes edits or logs", removeEdits});
+    verbs.add({"save", "", "writes what has changed", [](Session&, SessionWords&) {
+                   require(EditManager::instance().flushChanges(false));
+               }});
+    verbs.add({"consistent?", "", "checks everything that always holds of the edit", check});
+    verbs.add({"configure", "KEY VALUE", "sets a configuration value for the session",
+               [](Session&, SessionWords& words) {
+                   const std::string key = words.take("a key");
+                   Configuration::instance().set(key, words.take("a value"));
+               }});
+    verbs.add({"preference", "KEY [VALUE]", "tells or sets a user preference", preference});
+    verbs.add({"debug", "", "writes every viewer and its clients to the log",
+               [](Session&, SessionWords&) { VobManager::instance().debugVobs(); }});
+    verbs.add({"debug-command", "[NAME]", "runs a debug command, or lists them", debugCommand});
+    verbs.add({"say", "TEXT ...", "prints a text", [](Session& session, SessionWords& words) {
+                   std::string text = words.takeOr("");
+                   while (!words.done())
+                       text += ' ' + words.take("a word");
+                   session.say(text);
+               }});
+    verbs.add({"help", "[VERB]", "tells the verbs, or one of them",
+               [](Session& session, SessionWords& words) {
+                   session.say(session.verbs().help(words.takeOr("")));
+               }});
+    verbs.add(
+        {"quit", "", "ends the session", [](Session& session, SessionWords&) { session.end(); }});
+}
+
+} // namespace cutroom::cli

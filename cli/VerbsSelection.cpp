@@ -1,0 +1,137 @@
+// Verbs for what is selected: channels, segments, cuts, level nodes.
+#include "cli/Session.h"
+#include "platform/base/Strings.h"
+#include "platform/store/CelEventPair.h"
+#include "platform/store/Edit.h"
+#include "vob/VobModificationBatch.h"
+
+namespace cutroom::cli {
+
+namespace {
+
+void setChannels(Session& session, SessionWords& words, bool on) {
+    if (words.takeIf("all")) {
+        session.viewer()->setSelected(kChanAllSelected, on);
+        return;
+    }
+    for (const auto& [word, type] : {std::pair{"video", kChanVideo}, {"audio", kChanAudio}})
+        if (words.takeIf(word)) {
+            session.viewer()->setSelected(type, kSubNormal, on);
+            return;
+        }
+    const VobModificationBatch batch(session.viewer());
+    do {
+        const IdStamp channel = session.takeChannel(words);
+        if (session.viewer()->constrainTrackSelection(channel, on) != on)
+            session.say("  " + session.channelName(channel) + " cannot be selected");
+        session.viewer()->setSelected(session.edit()->getIdx(channel), on);
+    } while (!words.done());
+}
+
+CelEventPair takeSegment(Session& session, SessionWords& words) {
+    const IdStamp channel = session.takeChannel(words);
+    CelEventPair segment(session.edit(), channel, session.takePlace(words));
+    if (!segment.valid())
+        refuse(StatusCode::notFound, session.channelName(channel), "nothing lies there");
+    return segment;
+}
+
+void segment(Session& session, SessionWords& words) {
+    const Kv::Ptr<Vob> vob = session.viewer();
+    const auto& action = words.takeOneOf("a word", {"add", "remove", "toggle", "clear"});
+    if (action == "clear") {
+        vob->clearSelectedSegments();
+        return;
+    }
+    LightweightVector<CelEventPair> segments;
+    do
+        segments.push_back(takeSegment(session, words));
+    while (!words.done());
+    if (action == "toggle")
+        for (const auto& one : segments)
+            vob->toggleSegmentSelection(one);
+    else if (segments.size() == 1)
+        vob->selectSegment(segments.front(), action == "add");
+    else
+        vob->selectSegments(segments, action == "add");
+}
+
+// The cut at a time: the in point there, or the out point with the word "out".
+ce_handle takeCut(Session& session, SessionWords& words, const IdStamp& channel) {
+    const double seconds = session.takePlace(words);
+    const std::uint8_t flags = words.takeIf("out") ? kEventOut : 0;
+    const ce_handle point = session.edit()->get_edit_cel_p(channel)->find_ceh(seconds, flags);
+    if (!point.valid())
+        refuse(StatusCode::notFound, session.channelName(channel), "no cut lies there or later");
+    return point;
+}
+
+void tellSelection(Session& session, SessionWords&) {
+    const Kv::Ptr<Vob> vob = session.viewer();
+    std::string channels;
+    for (const IdStamp& channel : vob->getSelectedChans())
+        channels += ' ' + session.channelName(channel);
+    session.say("  channels:" + channels);
+    for (const IdStamp& channel : session.edit()->getChans()) {
+        const TrackSelections* selected = vob->findTrackSelections(channel);
+        if (!selected)
+            continue;
+        if (selected->anySegments())
+            session.say("  " + session.channelName(channel) + " segments " +
+                        selected->segmentsAsString());
+        if (selected->getUnjoinedCuts().size() > 0)
+            session.say("  " + session.channelName(channel) + " cuts " +
+                        selected->getUnjoinedCuts().asString());
+    }
+    if (vob->anySelectedLevelNodes())
+        session.say("  level nodes are selected");
+}
+
+} // namespace
+
+void addSelectionVerbs(VerbTable& verbs) {
+    verbs.heading("Selection");
+    verbs.add({"select", "CHANNEL ...|all|video|audio", "selects channels",
+               [](Session& session, SessionWords& words) { setChannels(session, words, true); }});
+    verbs.add({"deselect", "CHANNEL ...|all|video|audio", "deselects channels",
+               [](Session& session, SessionWords& words) { setChannels(session, words, false); }});
+    verbs.add({"solo", "CHANNEL", "selects this channel and no other of its type",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->soloSelect(session.takeChannel(words));
+               }});
+    verbs.add({"select-from", "CHANNEL", "selects this channel and all after it",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->setSelectedFrom(session.takeChannelNumber(words));
+               }});
+    verbs.add({"segment", "add|remove|toggle|clear [CHANNEL T ...]", "selects segments", segment});
+    verbs.add({"unjoin", "CHANNEL T [out] [flags N]", "unjoins a cut for trimming",
+               [](Session& session, SessionWords& words) {
+                   const IdStamp channel = session.takeChannel(words);
+                   const ce_handle point = takeCut(session, words, channel);
+                   const unsigned flags =
+                       words.takeIf("flags")
+                           ? static_cast<unsigned>(words.takeInt("bits", 0, 0xFFFF))
+                           : 0;
+                   session.viewer()->unjoinCut(channel, point, flags);
+               }});
+    verbs.add({"toggle-cut", "CHANNEL T [out]", "unjoins a cut, or joins it again",
+               [](Session& session, SessionWords& words) {
+                   const IdStamp channel = session.takeChannel(words);
+                   session.viewer()->toggleCut(channel, takeCut(session, words, channel));
+               }});
+    verbs.add({"rejoin", "", "joins all cuts again",
+               [](Session& session, SessionWords&) { session.viewer()->rejoinCuts(); }});
+    verbs.add({"node", "CHANNEL T [off]", "selects a level node of a levels channel",
+               [](Session& session, SessionWords& words) {
+                   const IdStamp channel = session.takeChannel(words);
+                   const double seconds = session.takePlace(words);
+                   session.viewer()->selectLevelNode(channel, seconds, !words.takeIf("off"));
+               }});
+    verbs.add({"selection?", "", "tells what is selected", tellSelection});
+    verbs.add({"bind-levels", "on|off", "whether levels channels follow their audio channels",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->setLevelsBoundToAudio(words.takeOnOff("on or off"));
+               }});
+}
+
+} // namespace cutroom::cli

@@ -1,0 +1,104 @@
+// Verbs that move and play time.
+#include "cli/Session.h"
+#include "platform/base/Strings.h"
+#include "platform/embedded/EmbeddedHost.h"
+#include "platform/host/TransitStatus.h"
+
+namespace cutroom::cli {
+
+namespace {
+
+void moveTime(Session& session, SessionWords& words) {
+    const bool quiet = words.takeIf("quiet");
+    const double seconds = session.takePlace(words);
+    if (quiet)
+        session.viewer()->storeCurrentTime(seconds);
+    else
+        session.viewer()->setCurrentTime(seconds);
+}
+
+void tellTime(Session& session, SessionWords&) {
+    const Kv::Ptr<Vob> vob = session.viewer();
+    session.say("time " + timeText(vob->getCurrentTime()) + ", monitor " +
+                timeText(vob->getMonitorTime()) + ", original " + timeText(vob->getOriginalTime()) +
+                ", length " + timeText(vob->getTotalDuration()));
+}
+
+void play(Session& session, SessionWords& words) {
+    const double speed = words.done() ? 1.0 : words.takeNumber("a speed");
+    VobManager& manager = VobManager::instance();
+    if (!manager.getPlayMachine())
+        manager.setPlayMachine(session.viewer().get(), false);
+    if (!session.host().transport().play(speed))
+        refuse(StatusCode::failed, "play", "nothing can be played at this speed");
+}
+
+// "2s", "2.5" or "500ms".
+double takeDuration(SessionWords& words) {
+    const std::string& word = words.take("a time");
+    const bool milliseconds = word.ends_with("ms");
+    std::string_view digits = word;
+    digits.remove_suffix(milliseconds ? 2 : (word.ends_with('s') ? 1 : 0));
+    const auto seconds = parseDouble(digits);
+    if (!seconds || !(*seconds >= 0) || *seconds > 86'400)
+        refuse(StatusCode::wrongUsage, word, "not a time to wait: 2s, 500ms");
+    return milliseconds ? *seconds / 1000 : *seconds;
+}
+
+void transit(Session& session, SessionWords&) {
+    const auto& manager = TransitStatus::manager();
+    session.say(format("transit status %d, speed ", manager.getStatus()) +
+                timeText(manager.getCurrentSpeed()));
+}
+
+void preview(Session& session, SessionWords& words) {
+    const bool on = words.takeOnOff("on or off");
+    session.viewer()->setPreviewing(on, words.takeIf("remember"));
+}
+
+void monitor(Session& session, SessionWords& words) {
+    const auto& point = words.takeOneOf("a point", {"current", "in", "out"});
+    session.viewer()->setMonitorPoint(point == "in"    ? Vob::kMonitorMarkIn
+                                      : point == "out" ? Vob::kMonitorMarkOut
+                                                       : Vob::kMonitorCurrent);
+}
+
+} // namespace
+
+void addTimeVerbs(VerbTable& verbs) {
+    verbs.heading("Time and playing");
+    verbs.add({"time", "[quiet] T", "moves the time; T is 12.5, 300f, 01:00:10:00, now, start, end",
+               moveTime});
+    verbs.add({"time?", "", "tells current, monitor and original time and the length", tellTime});
+    verbs.add({"play", "[SPEED]", "plays the play machine (the viewer, when there is none)", play});
+    verbs.add({"stop", "", "stops playing",
+               [](Session& session, SessionWords&) { session.host().transport().stop(); }});
+    verbs.add(
+        {"wait", "2s", "lets the loop run for a time", [](Session& session, SessionWords& words) {
+             session.host().loop().runFor(takeDuration(words));
+         }});
+    verbs.add({"transit?", "", "tells what the transport does", transit});
+    verbs.add({"preview", "on|off [remember]", "previewing; remember: with the time it began at",
+               preview});
+    verbs.add({"transient", "on|off", "whether time changes are passing ones",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->setTransientTimeChange(words.takeOnOff("on or off"));
+               }});
+    verbs.add({"monitor", "current|in|out", "which time the monitor shows", monitor});
+    verbs.add({"preview-track", "CHANNEL", "the channel that is previewed",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->setPreviewTrackID(session.takeChannel(words));
+               }});
+    verbs.add({"previews", "N", "the number of video previews",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->setNumVideoPreviews(
+                       static_cast<unsigned char>(words.takeInt("a number", 0, 255)));
+               }});
+    verbs.add({"tab-stops", "N", "where stepping from event to event stops, as bits",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->setConsoleTabStops(
+                       static_cast<unsigned>(words.takeInt("bits", 0, 255)));
+               }});
+}
+
+} // namespace cutroom::cli
