@@ -118,6 +118,7 @@ public:
         }
         takeHeldComment();
         takeMarkerEvents(list_);
+        nameKeys();
         countOtherLines();
         return std::move(list_);
     }
@@ -224,6 +225,19 @@ private:
                            heldLine_);
         heldLine_ = 0;
         held_.clear();
+    }
+
+    // Comments below the two lines of a key name the background first, then what is keyed.
+    void nameKeys() {
+        for (std::size_t i = 1; i < list_.events.size(); ++i) {
+            EdlEvent& key = list_.events[i];
+            EdlEvent& background = list_.events[i - 1];
+            if (key.kind != EdlKind::key || background.kind != EdlKind::keyBackground ||
+                key.number != background.number || !background.fromName.empty())
+                continue;
+            background.fromName = std::move(key.fromName);
+            key.fromName = key.keyName;
+        }
     }
 
     void countOtherLines() {

@@ -82,4 +82,19 @@ Item edlItem(const EdlEvent& event, const EdlPlace& place, std::int64_t first,
     return item;
 }
 
+std::string outgoingMetadata(const EdlEvent& outgoing, const EdlEvent& transition) {
+    JSON::Builder json(JSON::Layout::compact);
+    json.beginObject();
+    json.beginObject("edl");
+    json.beginObject("outgoing");
+    json.add("event", outgoing.number);
+    json.add("reel", outgoing.reel.empty() ? "AX" : outgoing.reel);
+    json.add("clip_name", transition.fromName);
+    json.add("timecodes", outgoing.timecodes);
+    json.endObject();
+    json.endObject();
+    json.endObject();
+    return json.take();
+}
+
 } // namespace cutroom

@@ -63,7 +63,8 @@ Guess guessNominal(const EdlList& list, int highest, bool drop) {
             if (event.framesPerSecond || length <= 0)
                 continue;
             ++guess.compared;
-            guess.agreeing += sourceLength(event, nominal) == length;
+            guess.agreeing += sourceLength(event, nominal) == length &&
+                              std::max(event.sourceIn.frames, event.sourceOut.frames) < nominal;
         }
         if (best.nominal == 0 || guess.agreeing > best.agreeing)
             best = guess;

@@ -132,11 +132,11 @@ private:
     void add(Lane& lane, const EdlEvent& event, const EdlPlace& place, const EdlEvent* from) {
         const bool touches = lane.last && lane.end == place.in;
         if (event.isTransition()) {
-            if (touches && from && from->reel != lane.last->reel)
-                ++otherOutgoing_;
             if (touches)
                 nameOutgoing(lane, event);
-            addTransition(lane, event, place);
+            const bool other = touches && from && isOther(*from, event, lane);
+            otherOutgoing_ += other;
+            addTransition(lane, event, place, other ? from : nullptr);
         }
         Item item = edlItem(event, place, places_.first, clock_);
         lane.track.items.push_back(std::move(item));
@@ -144,6 +144,13 @@ private:
         lane.last = &event;
         lane.onlyTransition =
             event.isTransition() && place.length() == event.duration ? place.length() : 0;
+    }
+
+    // Tells whether the line of the outgoing side names another clip than the one before.
+    static bool isOther(const EdlEvent& from, const EdlEvent& event, const Lane& lane) {
+        const std::string& before = lane.track.items.back().name;
+        return from.reel != lane.last->reel ||
+               (!event.fromName.empty() && !before.empty() && event.fromName != before);
     }
 
     // The clip that goes out may have no name but the one that the transition gives it.
@@ -156,11 +163,14 @@ private:
         before.name = event.fromName;
         if (before.media.reel.empty())
             before.media.name = event.fromName;
-        if (event.fromGenerated)
+        if (event.fromGenerated) {
             before.media.kind = ReferenceKind::generator;
+            before.media.location = event.fromName;
+        }
     }
 
-    void addTransition(Lane& lane, const EdlEvent& event, const EdlPlace& place) {
+    void addTransition(Lane& lane, const EdlEvent& event, const EdlPlace& place,
+                       const EdlEvent* outgoing) {
         const std::int64_t length = std::min<std::int64_t>(event.duration, place.length());
         if (length < event.duration)
             ++shortened_;
@@ -176,6 +186,8 @@ private:
         item.outOffset = item.duration;
         item.sourceRate.rate = clock_.rate;
         item.channel = event.channel;
+        if (outgoing)
+            item.metadata = outgoingMetadata(*outgoing, event);
         lane.track.items.push_back(std::move(item));
     }
 
@@ -192,7 +204,7 @@ private:
             withoutLength_ += outgoing.event != nullptr;
         warn("events without length left out", withoutLength_);
         warn("transitions longer than the clip they lead to, shortened", shortened_);
-        warn("transitions whose outgoing reel is not that of the clip before", otherOutgoing_);
+        warn("transitions whose outgoing clip is not the one before", otherOutgoing_);
     }
 
     void warn(const char* what, long count) {

@@ -40,4 +40,7 @@ bool layEvents(const EdlList& list, const EdlClock& clock, const EdlPlaces& plac
 Item edlItem(const EdlEvent& event, const EdlPlace& place, std::int64_t first,
              const EdlClock& clock);
 
+// What a transition keeps of an outgoing side that is not the clip before it.
+std::string outgoingMetadata(const EdlEvent& outgoing, const EdlEvent& transition);
+
 } // namespace cutroom

@@ -74,8 +74,11 @@ TEST_P(OtioCorpus, TimelineAgrees) {
 }
 
 TEST_P(OtioCorpus, TracksAgree) {
-    if (!expected_)
-        GTEST_SKIP() << "the root is a clip";
+    if (!expected_) {
+        ASSERT_EQ(timeline_.tracks.size(), 1u);
+        EXPECT_EQ(orderOf(timeline_.tracks[0]), "C");
+        return;
+    }
     const auto tracks = expected_->find("tracks");
     ASSERT_EQ(timeline_.tracks.size(), tracks->size());
     for (std::size_t i = 0; i < tracks->size(); ++i) {
@@ -89,8 +92,9 @@ TEST_P(OtioCorpus, TracksAgree) {
         std::replace_if(
             order.begin(), order.end(), [](char c) { return c == 'S' || c == 'K'; }, 'N');
         const std::string found = orderOf(track);
-        if (!order.empty())
+        if (!order.empty()) {
             EXPECT_EQ(found, order) << i;
+        }
         EXPECT_EQ(std::count(found.begin(), found.end(), 'C'), fact->getInt("clips"));
         EXPECT_EQ(std::count(found.begin(), found.end(), 'G'), fact->getInt("gaps"));
         EXPECT_EQ(std::count(found.begin(), found.end(), 'T'), fact->getInt("transitions"));
