@@ -20,7 +20,7 @@ if [[ -e $name.setup ]]; then
     bash -e "$name.setup" >"$folder/setup" 2>&1 || { cat "$folder/setup"; echo "setup failed"; exit 1; }
 fi
 cd "$folder" || exit 1
-"$CUTROOM" -p "$PROJECT" shell "$name.cut" >"$folder/out" 2>"$folder/err"
+"$CUTROOM" -p "$PROJECT" shell --repeatable "$name.cut" >"$folder/out" 2>"$folder/err"
 status=$?
 if ! diff -u "$name.out" "$folder/out"; then
     cat "$folder/err"
