@@ -88,7 +88,7 @@ function(cutroom_targets_up_to folder out)
 endfunction()
 
 # libcutroom.so and the list of its headers, which is also the list of those that must compile
-# alone (target cutroom_verify_interface_header_sets, alias verify_headers).
+# alone (target all_verify_interface_header_sets).
 function(cutroom_add_library)
     cutroom_targets_up_to(interchange folders)
     add_library(cutroom SHARED)
