@@ -1,4 +1,4 @@
-// The channel selection of a viewed edit and its audio mix, kept in step: a channel that is not
+// The tie between the channel selection of a viewed edit and its mix: an audio channel that is not
 // selected is a muted input.
 #pragma once
 
@@ -6,9 +6,12 @@
 
 class EditModule;
 
-// Mutes each audio channel that `module` does not select and unmutes those it does, in the mix of
-// its edit. Writes nothing when the mix says so already; makes no undo step. Nothing without edit.
+// Mutes the inputs of the edit's mix whose channels the module does not select, and only those.
+// Writes what differs, tells it as modifications of kind 27 and code 4 at once, makes no undo step.
+// A mix is made only when something must be muted. Nothing is written to an edit that is read-only
+// or that the permissions manager lets nobody write. User-interface thread.
 CUTROOM_API void updateAudioMixFromSelections(const EditModule& module);
-// The other way: selects in `module` each audio channel whose input is not muted and deselects the
-// others. Nothing without edit or while the edit has no valid mix.
-CUTROOM_API void selectTracksFromAudioMix(EditModule& module);
+
+// Selects the audio channels whose inputs the mix does not mute, and deselects the others. Without
+// a valid mix the selection stays as it is. True when that changed anything.
+CUTROOM_API bool selectTracksFromAudioMix(EditModule& module);
