@@ -1,0 +1,137 @@
+// Markers and subtitles as SubRip, to the letter.
+#include "export/AssetMetadataSRTExporter.h"
+#include "platform/files/TextFile.h"
+#include "platform/prefs/Configuration.h"
+#include "tests/support/Edits.h"
+#include "tests/support/TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+using cutroom::test::TempFolder;
+
+class SrtExport : public testing::Test {
+protected:
+    EditPtr edit(const Kv::FrameRate& rate = Kv::FrameRate(25)) {
+        return cutroom::test::makeEdit(1, 0, rate);
+    }
+    std::string path() const { return folder_.path() + "/out.srt"; }
+    std::string written(const EditPtr& from, const std::vector<Cue>& cues) {
+        if (!AssetMetadataSRTExporter().exportToFile(from, cues, cutroom::toWide(path())))
+            return "(refused)";
+        return TextFile::load(path()).value();
+    }
+    static Cue range(double from, double to, std::wstring name, std::wstring text = {}) {
+        Cue cue(TimeRange(from, to), std::move(name));
+        cue.setDescription(std::move(text));
+        return cue;
+    }
+
+    cutroom::EmbeddedHost host_{cutroom::EmbeddedHost::repeatable()};
+    TempFolder folder_;
+};
+
+TEST_F(SrtExport, NumbersKeepTheirPlaceAndPointsAndEmptyOnesAreLeftOut) {
+    const EditPtr from = edit();
+    EXPECT_EQ(written(from, {range(1, 2, L"one"), Cue(3.0, L"point"), range(4, 5, L""),
+                             range(6.48, 7, L"name", L"text")}),
+              "1\n00:00:01,000 --> 00:00:02,000\none\n\n"
+              "4\n00:00:06,480 --> 00:00:07,000\ntext\n");
+    EXPECT_EQ(written(from, {Cue(3.0, L"point")}), "");
+    std::filesystem::remove(path());
+    EXPECT_EQ(written(from, {}), "(refused)");
+    EXPECT_FALSE(std::filesystem::exists(path()));
+}
+
+TEST_F(SrtExport, TimesFollowTheEditsTimecodeAndOtherFormsStayAsTheyAre) {
+    struct Row {
+        Kv::FrameRate rate;
+        const char* start;
+        bool drop;
+        const char* first;
+    };
+    for (const Row& row : {Row{Kv::FrameRate(25), "01:00:00:12", false, "01:00:01,480"},
+                           {Kv::FrameRate(24), "00:00:00:03", false, "00:00:01,125"},
+                           {Kv::FrameRate(30000, 1001), "01:00:00;12", true, "01:00:01,367"},
+                           {Kv::FrameRate(120), "00:00:00:000", false, "00:00:01:000"}}) {
+        const EditPtr from = edit(row.rate);
+        cutroom::test::setStartTimecode(from, row.start, row.drop);
+        const std::string text = written(from, {range(1, 2, L"x")});
+        EXPECT_THAT(text, testing::HasSubstr(row.first)) << row.start;
+    }
+    const EditPtr from = edit();
+    cutroom::test::setStartTimecode(from, "10:00:00:00");
+    cutroom::Configuration::instance().set("convert_marker_timecodes", "0");
+    EXPECT_THAT(written(from, {range(1, 2, L"x")}), testing::HasSubstr("\n00:00:01,000 --> "));
+}
+
+TEST_F(SrtExport, LongTextsBecomeTwoLinesAtTheFirstBlankPastTheMiddle) {
+    struct Row {
+        const wchar_t* text;
+        const char* lines;
+    };
+    const EditPtr from = edit();
+    for (const Row& row : {
+             Row{L"exactly thirty-five characters long", "exactly thirty-five characters long\n"},
+             {L"1234567890 1234567890 1234567890 12345678901234567",
+              "1234567890 1234567890 1234567890\n12345678901234567\n"},
+             {L"onewordthatisfarlongerthanthelimitofthirtyfive",
+              "onewordthatisfarlongerthanthelimitofthirtyfive\n"},
+             {L"two words aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",
+              "two words aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\n"},
+             {L"a line\n\nbreak", "a line break\n"},
+         })
+        EXPECT_EQ(written(from, {range(0, 1, row.text)}),
+                  "1\n00:00:00,000 --> 00:00:01,000\n" + std::string(row.lines));
+}
+
+TEST_F(SrtExport, ASubtitleTrackIsWrittenLineByLineInItsFont) {
+    const EditPtr from = edit();
+    const IdStamp track = from->addChan(kChanSubtitle);
+    EXPECT_FALSE(AssetMetadataSRTExporter::exportToFile(from, track, cutroom::toWide(path())));
+    std::vector<CelSegment> segments(3);
+    const auto at = [](int seconds) { return cutroom::toFlicks(seconds); };
+    segments[0].start = at(1);
+    segments[0].end = segments[1].start = at(2);
+    segments[1].end = segments[2].start = at(3);
+    segments[2].end = at(4);
+    segments[0].material = segments[2].material = Cookie('T', 1);
+    segments[0].detail.lines = {L"Hello", L"", L"you"};
+    segments[2].detail.lines = {L"Bye"};
+    ASSERT_TRUE(from->get_edit_cel_p(track)->setSegments(segments).ok());
+    SubtitleFont font;
+    font.flags = kFontBold | kFontItalic;
+    from->setSubtitleFont(track, font);
+    ASSERT_TRUE(AssetMetadataSRTExporter::exportToFile(from, track, cutroom::toWide(path())));
+    EXPECT_EQ(TextFile::load(path()).value(),
+              "1\n00:00:01,000 --> 00:00:02,000\n<i><b>Hello</i></b>\n<i><b>you</i></b>\n\n"
+              "2\n00:00:03,000 --> 00:00:04,000\n<i><b>Bye</i></b>\n");
+    EXPECT_FALSE(AssetMetadataSRTExporter::exportToFile(from, from->getId(0), L"/nowhere"));
+}
+
+TEST_F(SrtExport, ColoursHaveNamesOnlyToTheBit) {
+    Cue cue;
+    for (const auto& [value, name] : {std::pair{0xFF0000U, "red"},
+                                      {0x00FF00U, "green"},
+                                      {0x0000FFU, "blue"},
+                                      {0x00FFFFU, "cyan"},
+                                      {0xFF00FFU, "magenta"},
+                                      {0xFFFF00U, "yellow"},
+                                      {0xFFFFFFU, "white"},
+                                      {0x000000U, "black"},
+                                      {0xFE0000U, ""}}) {
+        cue.setColour(value);
+        EXPECT_EQ(AssetMetadataExporterBase::getMarkerColour(cue), name);
+    }
+}
+
+TEST_F(SrtExport, AFileThatCannotBeWrittenIsRefused) {
+    EXPECT_FALSE(AssetMetadataSRTExporter().exportToFile(edit(), {range(0, 1, L"x")},
+                                                         L"/nonexistent/folder/out.srt"));
+}
+
+} // namespace
