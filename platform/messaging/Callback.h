@@ -62,8 +62,8 @@ template <class Msg, class Function> CallbackPtr<Msg> makeCallback(Function func
 }
 // A callback that calls a member function. `object` is not kept alive: it drops the guard of the
 // registration before it goes.
-template <class Object, class Result, class Msg>
-CallbackPtr<Msg> makeCallback(Object* object, Result (Object::*member)(const Msg&)) {
+template <class Object, class Class, class Result, class Msg>
+CallbackPtr<Msg> makeCallback(Object* object, Result (Class::*member)(const Msg&)) {
     return makeCallback<Msg>(
         [object, member](const Msg& message) { return (object->*member)(message); });
 }

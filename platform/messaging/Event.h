@@ -16,9 +16,9 @@ struct Event {
     EventHandler* handler = nullptr; // whom it is for; not kept alive
     int type = 0;
     int keyCode = 0;
-    LightweightString<char> text;
+    LightweightString<char> text = {};
     unsigned value = 0;
-    Kv::Ptr<iObject> data;
+    Kv::Ptr<iObject> data = {};
 
     // Tells whether handler, type, key code, text and value agree; the object does not count.
     bool sameAs(const Event& other) const noexcept {

@@ -62,8 +62,8 @@ template <class Msg, class Function>
 Kv::Ptr<UIThreadCallback<Msg>> makeUIThreadCallback(Function function) {
     return Kv::makePtr<UIThreadCallback<Msg>>(makeCallback<Msg>(std::move(function)));
 }
-template <class Object, class Result, class Msg>
+template <class Object, class Class, class Result, class Msg>
 Kv::Ptr<UIThreadCallback<Msg>> makeUIThreadCallback(Object* object,
-                                                    Result (Object::*member)(const Msg&)) {
+                                                    Result (Class::*member)(const Msg&)) {
     return Kv::makePtr<UIThreadCallback<Msg>>(makeCallback(object, member));
 }

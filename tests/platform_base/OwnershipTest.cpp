@@ -3,6 +3,7 @@
 #include "platform/base/NumRange.h"
 #include "platform/base/Ptr.h"
 #include "platform/base/Status.h"
+#include "tests/support/LogLines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -67,14 +68,6 @@ TEST(PtrTest, AnHeirDecidesWhatItsLastReleaseDoes) {
     EXPECT_EQ(kept.releases, 1);
 }
 
-struct Recorder final : cutroom::iLogSink {
-    Recorder() : before(cutroom::installLogSink(this)) {}
-    ~Recorder() override { cutroom::installLogSink(before); }
-    void write(std::string_view message) override { lines.emplace_back(message); }
-    cutroom::iLogSink* const before;
-    std::vector<std::string> lines;
-};
-
 TEST(GuardTest, ItsActionRunsOnceWhenTheLastShareGoes) {
     int runs = 0;
     Kv::Ptr<Guard> guard = Kv::makePtr<Kv::ActionGuard>([&] { ++runs; });
@@ -86,13 +79,13 @@ TEST(GuardTest, ItsActionRunsOnceWhenTheLastShareGoes) {
 }
 
 TEST(GuardTest, AnActionThatThrowsIsLogged) {
-    Recorder log;
+    const cutroom::test::LogLines log;
     Kv::makePtr<Kv::ActionGuard>([] { throw std::runtime_error("no"); }).reset();
     EXPECT_THAT(log.lines, testing::ElementsAre("Guard: its action failed: no\n"));
 }
 
 TEST(LogTest, MessagesArriveAsFormattedWhateverTheirLength) {
-    Recorder log;
+    const cutroom::test::LogLines log;
     LogBoth("Edit extents: %.1f to %.1f\n", 0.0, 12.25);
     const std::string justTooLong(1024, 'a');
     const std::string longText(9000, 'b');

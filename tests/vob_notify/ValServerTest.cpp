@@ -1,0 +1,265 @@
+#include "vob/notify/ValServer.h"
+
+#include "tests/support/LogLines.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+// A type of a higher layer.
+struct Words {
+    std::vector<std::string> words;
+    friend bool operator==(const Words&, const Words&) = default;
+};
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Event = NotifierEvent<double>;
+
+// What a listener of one message type of a server heard.
+struct Heard {
+    Heard(ValServer<double>& server, int msgType)
+        : guard(server.registerNotification(makeCallback<Event>([this](const Event& event) {
+                                                EXPECT_EQ(event.getMsgType(), type);
+                                                values.push_back(event.getValue());
+                                                sender = event.getSender();
+                                            }),
+                                            msgType)),
+          type(msgType) {}
+
+    Kv::Ptr<Guard> guard;
+    int type;
+    std::vector<double> values;
+    const NotifierBase* sender = nullptr;
+};
+
+TEST(ValServerTest, EveryAssignmentIsToldAlsoOfAnEqualValue) {
+    ValServer<double> server(1.0);
+    const Heard heard(server, ValServerBase::valChangedMsgType);
+    server = 2.0;
+    server = 2.0;
+    EXPECT_TRUE(server.updateAndNotify(3.0));
+    ValServer<double> other(4.0);
+    server = other;
+    EXPECT_THAT(heard.values, ElementsAre(2.0, 2.0, 3.0, 4.0));
+    EXPECT_EQ(heard.sender, &server);
+    EXPECT_TRUE(server == other);
+    EXPECT_EQ(static_cast<double>(server), 4.0);
+}
+
+TEST(ValServerTest, TheValueInPlaceChangesInSilence) {
+    ValServer<double> server;
+    const Heard heard(server, ValServerBase::valChangedMsgType);
+    server.getDataRef() = 5.0;
+    EXPECT_EQ(server.getValue(), 5.0);
+    EXPECT_TRUE(heard.values.empty());
+    server.notifyValChanged();
+    EXPECT_THAT(heard.values, ElementsAre(5.0));
+}
+
+TEST(ValServerTest, TypesAreKeptApart) {
+    ValServer<double> server(1.0);
+    const Heard after(server, ValServerBase::valChangedMsgType);
+    const Heard before(server, ValServerBase::preValChangedMsgType);
+    const Heard own(server, 99);
+    server.preNotifyValChanged();
+    server = 2.0;
+    server.issueNotification(Event(0, 7.0, nullptr), 99);
+    EXPECT_THAT(before.values, ElementsAre(1.0));
+    EXPECT_THAT(after.values, ElementsAre(2.0));
+    EXPECT_THAT(own.values, ElementsAre(7.0));
+    EXPECT_EQ(server.numClients(), 3u);
+}
+
+TEST(ValServerTest, ATellingInsideATellingLeavesEachListenerTheValueOfItsEvent) {
+    ValServer<double> server;
+    const Kv::Ptr<Guard> first = server.addListener(makeCallback<Event>([&](const Event& event) {
+                                                        if (event.getValue() == 1.0)
+                                                            server = 2.0;
+                                                    }),
+                                                    ValServerBase::valChangedMsgType);
+    const Heard second(server, ValServerBase::valChangedMsgType);
+    server = 1.0;
+    EXPECT_THAT(second.values, ElementsAre(2.0, 1.0));
+    EXPECT_EQ(server.getValue(), 2.0);
+}
+
+// Refuses what is negative and cuts off at 10.
+struct Bounds final : ValManagerBase<double> {
+    bool validate(ValServer<double>& server, double& value) override {
+        asked.emplace_back(server.getValue(), value);
+        value = std::min(value, 10.0);
+        return value >= 0;
+    }
+    std::vector<std::pair<double, double>> asked;
+};
+
+TEST(ValServerTest, TheManagerAdjustsOrRefuses) {
+    Bounds bounds;
+    ValServer<double> server(1.0, &bounds);
+    const Heard heard(server, ValServerBase::valChangedMsgType);
+    EXPECT_FALSE(server.updateAndNotify(-5.0));
+    EXPECT_EQ(server.getValue(), 1.0);
+    EXPECT_TRUE(heard.values.empty());
+    EXPECT_TRUE(server.updateAndNotify(50.0));
+    EXPECT_THAT(heard.values, ElementsAre(10.0));
+    EXPECT_THAT(bounds.asked, ElementsAre(std::pair(1.0, -5.0), std::pair(1.0, 50.0)));
+    server.setManager(nullptr);
+    server = -1.0;
+    EXPECT_EQ(server.getValue(), -1.0);
+}
+
+TEST(ValServerTest, ACopyTakesTheValueAlone) {
+    Bounds bounds;
+    ValServer<double> server(3.0, &bounds);
+    const Heard heard(server, ValServerBase::valChangedMsgType);
+    ValServer<double> copy(server);
+    EXPECT_EQ(copy.getManager(), nullptr);
+    EXPECT_EQ(copy.numClients(), 0u);
+    copy = 4.0;
+    EXPECT_TRUE(heard.values.empty());
+    EXPECT_EQ(server.getValue(), 3.0);
+}
+
+// While another thread holds the lock in a telling of the second server, the first, which nobody
+// follows, changes freely: it has nothing to wait for even though its own lock is held.
+TEST(ValServerTest, WithoutListenersNothingIsLocked) {
+    ValServer<double> server;
+    std::promise<void> inside;
+    std::promise<void> changed;
+    Kv::Ptr<Guard> guard;
+    guard = server.addListener(makeCallback<Event>([&](const Event&) {
+                                   guard.reset(); // nobody listens now, but the lock is held
+                                   inside.set_value();
+                                   changed.get_future().wait();
+                               }),
+                               ValServerBase::preValChangedMsgType);
+    const auto telling = std::async(std::launch::async, [&] { server.preNotifyValChanged(); });
+    inside.get_future().wait();
+    server = 1.0;
+    changed.set_value();
+    telling.wait();
+    EXPECT_EQ(server.getValue(), 1.0);
+}
+
+TEST(ValServerTest, DebugModeLogsEachTelling) {
+    const cutroom::test::LogLines log;
+    ValServer<double> server;
+    server.setDebugMode(true);
+    server = 1.0; // nobody listens: nothing is told
+    const Heard heard(server, ValServerBase::valChangedMsgType);
+    server = 2.0;
+    server.setDebugMode(false);
+    server = 3.0;
+    EXPECT_THAT(log.lines, ElementsAre(HasSubstr("changed, 1 clients\n")));
+}
+
+TEST(ValServerTest, AServerMayGoWhileItTells) {
+    auto server = std::make_unique<ValServer<Cookie>>();
+    int calls = 0;
+    const auto end = [&](const NotifierEvent<Cookie>& event) {
+        ++calls;
+        server.reset();
+        EXPECT_EQ(event.getValue(), Cookie('E', 5));
+    };
+    const auto guard = server->registerNotification(makeCallback<NotifierEvent<Cookie>>(end),
+                                                    ValServerBase::valChangedMsgType);
+    const auto second = server->registerNotification(makeCallback<NotifierEvent<Cookie>>(end),
+                                                     ValServerBase::valChangedMsgType);
+    server->updateAndNotify(Cookie('E', 5));
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(ValServerTest, TheLastOfSeveralServersIsKnown) {
+    ValServer<double> first;
+    ValServer<bool> second;
+    EXPECT_EQ(first.lastChange(), 0u);
+    first = 1.0;
+    second = true;
+    EXPECT_LT(first.lastChange(), second.lastChange());
+    first = 1.0;
+    EXPECT_GT(first.lastChange(), second.lastChange());
+}
+
+// Writes which of its clients changed, and to what.
+class Follower final : public ValObserverClient {
+public:
+    ValClient<double> time{this};
+    ValClient<Words> words{this};
+    std::vector<std::string> log;
+
+protected:
+    void notifyValChanged(const ValObserverBase& observer) override {
+        if (&observer == &time)
+            log.push_back("time " + std::to_string(static_cast<int>(time.getValue())));
+        else if (&observer == &words)
+            log.push_back("words " + words.getValue().words.back());
+        if (log.size() == 3)
+            time.deregister();
+    }
+    void preNotifyValChanged(const ValObserverBase& observer) override {
+        log.push_back(&observer == &time ? "before time" : "before words");
+    }
+};
+
+TEST(ValClientTest, PassesChangesOnAndHoldsTheValue) {
+    ValServer<double> time(1.0);
+    ValServer<Words> words;
+    Follower follower;
+    follower.time.registerWith(&time);
+    follower.words.registerWith(&words, true);
+    EXPECT_EQ(follower.time.getValue(), 1.0);
+    EXPECT_EQ(time.numClients(), 1u);
+    EXPECT_TRUE(follower.log.empty());
+    time.preNotifyValChanged(); // not asked for
+    time = 2.0;
+    words.preNotifyValChanged();
+    words = Words{{"a", "b"}}; // the third: the time is let go
+    time = 3.0;
+    EXPECT_THAT(follower.log, ElementsAre("time 2", "before words", "words b"));
+    EXPECT_FALSE(follower.time.isRegistered());
+    EXPECT_EQ(follower.time.getValue(), 2.0);
+    follower.words.dropValue();
+    EXPECT_EQ(follower.words.getValue(), Words());
+}
+
+TEST(ValClientTest, KnowsWhenItsServerIsGone) {
+    auto server = std::make_unique<ValServer<double>>(1.0);
+    ValServer<double> other(5.0);
+    ValClient<double> client;
+    client.registerWith(server.get());
+    EXPECT_EQ(client.getServer(), server.get());
+    server.reset();
+    EXPECT_EQ(client.getServer(), nullptr);
+    EXPECT_EQ(client.getValue(), 1.0);
+    client.registerWith(&other);
+    client.registerWith(&other); // once more, in place of the first
+    EXPECT_EQ(other.numClients(), 1u);
+    other = 6.0;
+    EXPECT_EQ(client.getValue(), 6.0);
+    client.registerWith(nullptr);
+    EXPECT_EQ(other.numClients(), 0u);
+}
+
+TEST(ValClientTest, MayGoWhileItIsTold) {
+    struct Owner final : ValObserverClient {
+        std::unique_ptr<ValClient<double>> value = std::make_unique<ValClient<double>>(this);
+
+    protected:
+        void notifyValChanged(const ValObserverBase&) override { value.reset(); }
+    } owner;
+    ValServer<double> server;
+    owner.value->registerWith(&server);
+    server = 1.0;
+    EXPECT_EQ(owner.value, nullptr);
+    EXPECT_EQ(server.numClients(), 0u);
+}
+
+} // namespace
