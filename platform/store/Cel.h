@@ -29,6 +29,7 @@ class Edit;
 namespace cutroom {
 struct CelStorage;
 struct CelLife;
+struct CelAccess;
 } // namespace cutroom
 
 // A handle to one edit point. Holds no share of the storage: it turns invalid when the channel's
@@ -190,6 +191,7 @@ public:
 private:
     friend class ce_handle;
     friend class Edit;
+    friend struct cutroom::CelAccess;
     class Door;
 
     const cutroom::CelStorage& storage() const noexcept;

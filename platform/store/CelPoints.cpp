@@ -33,6 +33,15 @@ Kv::Ptr<Cel> Cel::copy() const {
     return copy;
 }
 
+Kv::Ptr<Cel> cutroom::CelAccess::make(const Shared<CelStorage>& storage, Flicks offset,
+                                      unsigned flags) {
+    auto cel = Kv::makePtr<Cel>();
+    cel->storage_ = storage;
+    cel->offset_ = offset;
+    cel->flags_ = flags;
+    return cel;
+}
+
 void Cel::assign(const Cel& other) {
     if (&other == this)
         return;

@@ -69,6 +69,14 @@ struct CelLife {
     std::uint32_t generation = 0;
 };
 
+// What a list is made of, for those who store lists.
+struct CelAccess {
+    static const Shared<CelStorage>& storage(const Cel& cel) noexcept { return cel.storage_; }
+    static Flicks offset(const Cel& cel) noexcept { return cel.offset_; }
+    // A list of its own that shows `storage` moved by `offset`.
+    static Kv::Ptr<Cel> make(const Shared<CelStorage>& storage, Flicks offset, unsigned flags);
+};
+
 } // namespace cutroom
 
 inline const cutroom::CelStorage& Cel::storage() const noexcept { return *storage_; }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
 // --- the lock and the telling -------------------------------------------------------------------
 
@@ -24,8 +25,13 @@ Edit::Lock::~Lock() CUTROOM_NO_THREAD_SAFETY {
     if (tell)
         due = impl.takePending();
     impl.lock.unlock();
-    if (tell && !due.empty())
-        const_cast<Edit&>(edit_).tell(std::move(due));
+    if (!tell || due.empty())
+        return;
+    try {
+        const_cast<Edit&>(edit_).tell(due);
+    } catch (const std::bad_alloc&) {
+        impl.keepKinds(due); // told with what comes next
+    }
 }
 
 void Edit::tell(EditModifications changes) {
@@ -38,6 +44,13 @@ void Edit::tell(EditModifications changes) {
         cutroom::postToUiThread(
             [keep, message] { keep->issueNotification(message, kNoticeModifications); });
     EditManager::tellModifications(message);
+}
+
+void Edit::Impl::keepKinds(const EditModifications& changes) noexcept {
+    const CriticalSection::Lock held(lock);
+    for (int kind = 0; kind < 64; ++kind)
+        if (changes.includes(static_cast<EditModificationType>(kind)))
+            pending.add(static_cast<EditModificationType>(kind));
 }
 
 void Edit::Impl::touch() {
@@ -90,6 +103,17 @@ void Edit::addModification(const EditModifications& changes, bool notify) {
             impl_->pending.add(changes);
     }
     impl_->tellDue = impl_->tellDue || notify;
+}
+
+void Edit::beginWriting() {
+    const Lock lock(*this);
+    ++impl_->modifiers;
+}
+
+void Edit::endWriting() {
+    const Lock lock(*this);
+    if (--impl_->modifiers == 0)
+        impl_->tellDue = true;
 }
 
 // --- life ---------------------------------------------------------------------------------------

@@ -255,8 +255,11 @@ private:
 
     explicit Edit(const Cookie& cookie);
 
+    // One more modifier, or one less; the last one tells what was collected.
+    void beginWriting();
+    void endWriting();
     // Tells changes on the user-interface thread; no lock is held.
-    void tell(EditModifications changes);
+    void tell(const EditModifications& changes);
     template <class T> bool setConfigValue(const LightweightString<char>& key, const T& value);
 
     struct Impl;

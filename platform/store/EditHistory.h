@@ -22,10 +22,12 @@ struct EditHistory {
 
     std::vector<Step> steps;
     std::size_t position = 0;
-    std::uint64_t fileId = 0;       // ties the edit's file to its history's; 0: no history file
-    bool loaded = true;             // false: what lies on disk has not been read yet
-    bool changed = false;           // differs from what lies on disk
-    std::uint64_t lastBackupAt = 0; // the edit's change count at the last step put in
+    std::uint64_t fileId = 0; // ties the edit's file to its history's; 0: no history file
+    bool loaded = true;       // false: what lies on disk has not been read yet
+    bool damaged = false;     // what lies on disk cannot be read, and is not written over
+    std::uint64_t edits = 0;  // counts changes of the history
+    std::uint64_t saved = 0;  // `edits` as of the history's file
+    std::uint64_t lastBackupAt = ~std::uint64_t{0}; // the edit's change count at the last step
 
     // Puts in a step; what could be redone goes, and the oldest beyond the limit.
     void push(Step step, std::size_t limit) {
@@ -34,7 +36,7 @@ struct EditHistory {
         if (steps.size() > limit)
             steps.erase(steps.begin());
         position = steps.size();
-        changed = true;
+        ++edits;
     }
     bool canUndo() const noexcept { return position > 0; }
     bool canRedo() const noexcept { return position < steps.size(); }

@@ -14,11 +14,11 @@ struct Edit::Impl {
     const Cookie cookie;
     mutable CriticalSection lock{LockRank::edit};
     std::atomic<std::uint64_t> changes{0};
+    std::atomic<bool> dirty{false};
 
     // All below: guarded by lock.
     cutroom::EditState state;
     cutroom::EditHistory history;
-    bool dirty = false;
     EditModifications pending;
     int modifiers = 0;    // that live
     int lockDepth = 0;    // scoped locks inside one another
@@ -33,6 +33,8 @@ struct Edit::Impl {
     void touch();
     // Takes what is to be told, with the changes of the extents added.
     EditModifications takePending();
+    // Puts the kinds (no details) back among what is to be told. Needs no memory.
+    void keepKinds(const EditModifications& changes) noexcept;
     // Gives a field a value: recorded when that changes it.
     template <class T> bool set(T& field, const T& value, EditModificationType kind) {
         if (field == value)

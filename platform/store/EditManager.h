@@ -65,8 +65,10 @@ public:
     bool exists(const Cookie& cookie) const;
     // Every edit and log of the project, in no order.
     CookieVec getAllEdits() const;
-    // Writes every dirty edit as one group: all or none. With `all`, clean ones too. A failed edit
-    // stays dirty.
+    // Writes every dirty edit and its history as one group: all or none. With `all`, clean ones
+    // too. On failure they stay dirty. Without a project edits live in memory only, until they are
+    // deleted or the process ends: nothing is written, nothing fails. Not to be called under an
+    // edit's lock.
     cutroom::Status flushChanges(bool all);
     cutroom::Status save(const EditPtr& edit);
     bool anyDirty() const;
@@ -76,11 +78,15 @@ public:
     // Deletes edits: first tells notice 20, then takes them out of the table, the database and the
     // disk, then tells notice 21. Those that do not exist are skipped.
     cutroom::Status deleteEdits(const CookieVec& edits, const LightweightString<char>& reason);
+    // For writing commands: moves the file of an edit that cannot be read out of the way
+    // ("<name>.damaged") and gives the new path. `wrongUsage` when the file is sound.
+    cutroom::Result<std::string> setDamagedAside(const Cookie& edit);
     // The edit that stands for the clipboard, made on first use.
     EditPtr getClipboard();
 
     // --- undo ----------------------------------------------------------------------------------
-    // Puts a step into the edit's history: the state to which undo goes back. O(channels).
+    // Puts a step into the edit's history: the state to which undo goes back. O(channels). When
+    // nothing has changed since the last step, only its description is replaced.
     void makeBackup(const EditPtr& edit, const LightweightString<char>& description = {});
     // True when there was a step. Restores content, cues, configuration (but view state), mix and
     // name exactly, and tells kModRestored.
@@ -114,6 +120,8 @@ private:
     static void tellModifications(const NotifyMsg& message);
     // A handle of the edit is about to be dropped, the last one perhaps.
     static void forget(Kv::Ptr<Edit> edit) noexcept;
+    cutroom::Status removeFiles(const CookieVec& edits);
+    bool restore(const EditPtr& edit, bool back);
 
     EditManager();
     ~EditManager();

@@ -56,6 +56,7 @@ public:
     const LightweightString<char>& getDescription() const noexcept { return description_; }
     // Ends the writing (tells what was collected when outermost) and becomes empty.
     void release();
+    void reset() { release(); }
 
 private:
     LightweightString<char> description_;

@@ -86,7 +86,7 @@ struct EditState {
     bool extents(double& start, double& end) const;
 
 private:
-    EditState(const EditState&) = default;
+    EditState(const EditState&) = default; // shares its lists, see snapshot
 };
 
 // The state as canonical text: equal for equal contents, whatever is shared.

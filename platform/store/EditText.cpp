@@ -131,7 +131,7 @@ std::string canonicalText(const EditState& state) {
                             << graph.inOffset << graph.outOffset << graph.parameters << graph.magic;
     addBurntIn(lines, state.burntIn);
     addGroups(lines, state);
-    if (state.mix)
+    if (state.mix && state.mix->valid())
         lines.line("mix") << state.mix->asString();
     return lines.take();
 }

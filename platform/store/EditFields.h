@@ -1,0 +1,71 @@
+// Values of the model in the stored form of an edit. Internal to the store.
+#pragma once
+
+#include "platform/base/Cookie.h"
+#include "platform/base/FrameRate.h"
+#include "platform/base/IdStamp.h"
+#include "platform/base/Strings.h"
+#include "platform/files/ByteStream.h"
+
+#include <cmath>
+
+namespace cutroom::fields {
+
+inline void put(ByteWriter& out, const IdStamp& id) {
+    out.u32(id.getOrigin());
+    out.u32(id.getTime());
+    out.u32(id.getTickCount());
+}
+inline IdStamp stamp(ByteReader& in) {
+    const std::uint32_t origin = in.u32();
+    const std::uint32_t time = in.u32();
+    return {origin, time, in.u32()};
+}
+
+inline void put(ByteWriter& out, const std::wstring& text) { out.text(toUtf8(text)); }
+// Well-formed UTF-8 only, else the reader fails.
+inline std::wstring wide(ByteReader& in) {
+    auto text = toWideStrict(in.text());
+    if (!text)
+        in.fail();
+    return text.value_or(std::wstring());
+}
+inline std::string narrow(ByteReader& in) {
+    const std::string_view text = in.text();
+    if (!isUtf8(text))
+        in.fail();
+    return std::string(text);
+}
+
+inline void put(ByteWriter& out, const Kv::FrameRate& rate) {
+    out.u32(static_cast<std::uint32_t>(rate.num()));
+    out.u32(static_cast<std::uint32_t>(rate.den()));
+}
+// A valid rate, else the reader fails.
+inline Kv::FrameRate rate(ByteReader& in) {
+    const std::uint32_t num = in.u32();
+    const std::uint32_t den = in.u32();
+    const bool fits = num <= 0x7FFFFFFFu && den <= 0x7FFFFFFFu;
+    const Kv::FrameRate value =
+        fits ? Kv::FrameRate(static_cast<int>(num), static_cast<int>(den)) : Kv::FrameRate();
+    if (!value.valid())
+        in.fail();
+    return value;
+}
+
+inline void put(ByteWriter& out, float value) { out.f64(static_cast<double>(value)); }
+inline float finite(ByteReader& in) {
+    const auto value = static_cast<float>(in.f64());
+    if (!std::isfinite(value))
+        in.fail();
+    return value;
+}
+// A place on an edit in flicks.
+inline Flicks time(ByteReader& in) {
+    const Flicks value = in.i64();
+    if (value < -kMaxFlicks || value > kMaxFlicks)
+        in.fail();
+    return value;
+}
+
+} // namespace cutroom::fields

@@ -1,0 +1,194 @@
+#include "platform/store/EditFile.h"
+
+#include "platform/files/CheckedFile.h"
+#include "platform/project/CurrentProject.h"
+#include "platform/project/ProjectPaths.h"
+#include "platform/store/EditCodec.h"
+
+#include <algorithm>
+
+namespace cutroom {
+
+namespace {
+
+constexpr char kEditKind[] = "edit";
+constexpr char kHistoryKind[] = "edit-undo";
+constexpr unsigned kVersion = 1;
+constexpr std::size_t kMaxStoredSteps = 10'000;
+
+std::string identity(const Cookie& cookie, std::uint64_t historyId, std::size_t position) {
+    ByteWriter out;
+    out.text(cookie.asString());
+    out.u64(historyId);
+    out.varint(position);
+    return out.take();
+}
+
+// What stands before the states: whose file it is, and the lists' storages.
+struct Preface {
+    bool known = false;
+    std::uint64_t historyId = 0;
+    std::uint64_t position = 0;
+    CelChunks chunks;
+
+    // True also for a section that belongs to something else; `mine` tells.
+    bool take(const Section& section, DecodeTrouble& trouble, bool& mine) {
+        ByteReader in(section.bytes);
+        mine = true;
+        if (section.tag == "ID  ") {
+            if (!Cookie::fromString(in.text()))
+                in.fail();
+            historyId = in.u64();
+            position = in.varint();
+            known = true;
+            return trouble.finished(in, section.bytes, "the file's identity");
+        }
+        if (section.tag == "CELS") {
+            auto storage = decodeStorage(in);
+            if (storage)
+                chunks.emplace_back(std::move(*storage));
+            return trouble.finished(in, section.bytes, "a cut event list");
+        }
+        mine = false;
+        return true;
+    }
+};
+
+std::string assemble(std::string_view kind, std::string_view identityBytes,
+                     const CelChunkWriter& chunks, std::string_view rest) {
+    SectionWriter out;
+    out.add("ID  ", identityBytes);
+    for (const std::string& chunk : chunks.chunks())
+        out.add("CELS", chunk);
+    return CheckedFile::wrap(kind, kVersion, out.take().append(rest));
+}
+
+// Walks the sections of a payload. `other` takes those that are not of the preface.
+template <class Other>
+bool walk(std::string_view payload, Preface& preface, DecodeTrouble& trouble, const Other& other) {
+    SectionReader sections(payload);
+    Section section;
+    while (sections.next(section)) {
+        bool mine = false;
+        if (!preface.take(section, trouble, mine) || (!mine && !other(section)))
+            return false;
+    }
+    if (!sections.ok())
+        return trouble.at(payload.data() + sections.position(), "a section is cut off");
+    return preface.known ||
+           trouble.at(payload.data() + payload.size(), "the file's identity is missing");
+}
+
+bool readStep(const Section& section, const CelChunks& chunks, DecodeTrouble& trouble,
+              EditHistory& history) {
+    StateReader reader(chunks, trouble);
+    EditHistory::Step step;
+    SectionReader sections(section.bytes);
+    Section part;
+    while (sections.next(part)) {
+        if (part.tag != "STEP") {
+            if (!reader.take(part))
+                return false;
+            continue;
+        }
+        ByteReader in(part.bytes);
+        step.description = in.text();
+        step.when = in.u32();
+        if (!trouble.finished(in, part.bytes, "a step"))
+            return false;
+    }
+    const char* const end = section.bytes.data() + sections.position();
+    if (!sections.ok())
+        return trouble.at(end, "a step is cut off");
+    auto state = reader.finish(end);
+    if (!state)
+        return false;
+    step.state = std::move(*state);
+    history.steps.push_back(std::move(step));
+    return history.steps.size() <= kMaxStoredSteps || trouble.at(end, "there are too many steps");
+}
+
+} // namespace
+
+std::string EditFile::encode(const Cookie& cookie, std::uint64_t historyId,
+                             const EditState& state) {
+    CelChunkWriter chunks;
+    SectionWriter sections;
+    encodeState(sections, state, chunks);
+    return assemble(kEditKind, identity(cookie, historyId, 0), chunks, sections.take());
+}
+
+std::string EditFile::encodeHistory(const Cookie& cookie, std::uint64_t historyId,
+                                    const EditHistory& history) {
+    CelChunkWriter chunks;
+    SectionWriter sections;
+    for (const EditHistory::Step& step : history.steps) {
+        SectionWriter body;
+        ByteWriter head;
+        head.text(step.description);
+        head.u32(step.when);
+        body.add("STEP", head);
+        encodeState(body, step.state, chunks);
+        sections.add("HIST", body.take());
+    }
+    return assemble(kHistoryKind, identity(cookie, historyId, history.position), chunks,
+                    sections.take());
+}
+
+Result<EditFile::Content> EditFile::decode(std::string_view bytes, const std::string& file) {
+    const auto view = CheckedFile::open(bytes, kEditKind, kVersion, file);
+    if (!view)
+        return view.status();
+    DecodeTrouble trouble(file, bytes.data());
+    Preface preface;
+    StateReader reader(preface.chunks, trouble);
+    if (!walk(view->payload, preface, trouble,
+              [&](const Section& section) { return reader.take(section); }))
+        return trouble.status();
+    auto state = reader.finish(view->payload.data() + view->payload.size());
+    if (!state)
+        return trouble.status();
+    return Content{std::move(*state), preface.historyId};
+}
+
+Result<EditHistory> EditFile::decodeHistory(std::string_view bytes, const std::string& file,
+                                            std::uint64_t historyId) {
+    const auto view = CheckedFile::open(bytes, kHistoryKind, kVersion, file);
+    if (!view)
+        return view.status();
+    DecodeTrouble trouble(file, bytes.data());
+    Preface preface;
+    EditHistory history;
+    const bool whole = walk(view->payload, preface, trouble, [&](const Section& section) {
+        return section.tag != "HIST" || readStep(section, preface.chunks, trouble, history);
+    });
+    if (!whole)
+        return trouble.status();
+    if (preface.position > history.steps.size()) {
+        trouble.at(view->payload.data(), "the position lies past the last step");
+        return trouble.status();
+    }
+    if (preface.historyId != historyId)
+        return EditHistory();
+    history.position = static_cast<std::size_t>(preface.position);
+    history.fileId = historyId;
+    return history;
+}
+
+std::string EditFile::path(const Cookie& cookie) { return toUtf8(getFilenameForCookie(cookie)); }
+
+std::string EditFile::historyPath(const Cookie& cookie) {
+    const std::string edit = path(cookie);
+    const std::size_t extension = edit.size() - std::min(edit.size(), sizeof(kEditExtension) - 1);
+    return edit.empty() ? edit : edit.substr(0, extension) + "undo";
+}
+
+std::string EditFile::name(const Cookie& cookie) {
+    return "edits/" + cookie.asString(false) + "." + kEditExtension;
+}
+
+std::string EditFile::historyName(const Cookie& cookie) {
+    return "edits/" + cookie.asString(false) + ".undo";
+}
+
+} // namespace cutroom

@@ -1,0 +1,282 @@
+// Saving, deleting and the history's files.
+#include "platform/base/IdSource.h"
+#include "platform/base/Log.h"
+#include "platform/base/Strings.h"
+#include "platform/files/Files.h"
+#include "platform/files/GroupCommit.h"
+#include "platform/project/CurrentProject.h"
+#include "platform/project/ProjDb.h"
+#include "platform/store/EditManagerImpl.h"
+#include "platform/store/EditRecord.h"
+
+using cutroom::EditFile;
+using cutroom::Status;
+using cutroom::StatusCode;
+
+SavedEdit EditManager::Impl::beginSave(const Kv::Ptr<Edit>& edit) {
+    const Edit::Lock lock(*edit);
+    Edit::Impl& impl = *edit->impl_;
+    SavedEdit saved;
+    saved.edit = edit;
+    saved.state = impl.state.snapshot();
+    saved.changes = edit->changeCount();
+    saved.historyId = impl.history.fileId;
+    saved.writeHistory = impl.history.edits != impl.history.saved;
+    if (!saved.writeHistory)
+        return saved;
+    saved.setHistoryAside = impl.history.damaged;
+    saved.historyId = cutroom::idSource().nextId();
+    saved.history.position = impl.history.position;
+    saved.history.edits = impl.history.edits;
+    for (const cutroom::EditHistory::Step& step : impl.history.steps)
+        saved.history.steps.push_back({step.description, step.when, step.state.snapshot()});
+    return saved;
+}
+
+void EditManager::Impl::endSave(const SavedEdit& saved) {
+    const Edit::Lock lock(*saved.edit);
+    Edit::Impl& impl = *saved.edit->impl_;
+    impl.history.fileId = saved.historyId;
+    if (saved.writeHistory) {
+        impl.history.saved = saved.history.edits;
+        impl.history.damaged = false;
+    }
+    if (saved.edit->changeCount() == saved.changes)
+        impl.dirty = false;
+}
+
+Status EditManager::Impl::putRecords(const std::vector<SavedEdit>& saved) {
+    ProjDbModificationCoalescer coalescer;
+    for (const SavedEdit& edit : saved)
+        if (Status status = projdb::put(cutroom::recordOf(edit.edit->getCookie(), edit.state));
+            !status)
+            return status;
+    return coalescer.commit();
+}
+
+// State and history go into one group, so that after a crash both are old or both are new.
+Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits) {
+    if (edits.empty() || !CurrentProject::isOpen())
+        return {};
+    if (CurrentProject::isReadOnly())
+        return {StatusCode::failed, CurrentProject::getFolder(),
+                "the project is open for reading only"};
+    const CriticalSection::Lock whole(saving);
+    cutroom::GroupCommit group(CurrentProject::getFolder());
+    std::vector<SavedEdit> saved;
+    for (const Kv::Ptr<Edit>& edit : edits) {
+        saved.push_back(beginSave(edit));
+        const SavedEdit& now = saved.back();
+        const Cookie& cookie = edit->getCookie();
+        if (Status status = group.write(EditFile::name(cookie),
+                                        EditFile::encode(cookie, now.historyId, now.state));
+            !status)
+            return status;
+        if (!now.writeHistory)
+            continue;
+        if (now.setHistoryAside)
+            if (const auto moved = cutroom::moveAside(EditFile::historyPath(cookie)); !moved)
+                return moved.status();
+        if (Status status =
+                group.write(EditFile::historyName(cookie),
+                            EditFile::encodeHistory(cookie, now.historyId, now.history));
+            !status)
+            return status;
+    }
+    if (Status status = group.commit(); !status)
+        return status;
+    for (const SavedEdit& edit : saved)
+        endSave(edit);
+    return putRecords(saved);
+}
+
+Status EditManager::flushChanges(bool all) {
+    std::vector<Kv::Ptr<Edit>> due;
+    for (Kv::Ptr<Edit>& edit : impl_->all())
+        if (all || edit->isDirty())
+            due.push_back(std::move(edit));
+    const Status status = impl_->saveAll(due);
+    due.clear();
+    impl_->dropUnused();
+    return status;
+}
+
+Status EditManager::save(const EditPtr& edit) {
+    return edit ? impl_->saveAll({Kv::Ptr<Edit>(edit.get())}) : Status();
+}
+
+bool EditManager::anyDirty() const {
+    for (const Kv::Ptr<Edit>& edit : impl_->all())
+        if (edit->isDirty())
+            return true;
+    return false;
+}
+
+EditPtr EditManager::addToProject(const EditPtr& edit) {
+    if (!edit)
+        return {};
+    const EditPtr entered(impl_->enter(Kv::Ptr<Edit>(edit.get())));
+    entered->setDirty();
+    if (!CurrentProject::isOpen() || CurrentProject::isReadOnly())
+        return entered;
+    const SavedEdit now = Impl::beginSave(Kv::Ptr<Edit>(entered.get()));
+    if (const Status status = projdb::put(cutroom::recordOf(edit.getCookie(), now.state)); !status)
+        LogBoth("%s\n", status.text().c_str());
+    return entered;
+}
+
+Status EditManager::deleteEdits(const CookieVec& edits, const LightweightString<char>& reason) {
+    CookieVec found;
+    std::vector<std::string> names;
+    for (const Cookie& cookie : edits)
+        if (exists(cookie) && std::find(found.begin(), found.end(), cookie) == found.end()) {
+            found.push_back(cookie);
+            names.push_back(cookie.asString());
+        }
+    if (found.empty())
+        return {};
+    const Kv::Ptr<iObject> notice(new EditDeletionNotice(found, reason));
+    const std::string text = cutroom::join(names, " ");
+    impl_->tell(kNoticePrepareForDeletion, notice, text);
+    if (Status status = removeFiles(found); !status)
+        return status;
+    std::vector<Kv::Ptr<Edit>> gone; // die outside the lock
+    {
+        const CriticalSection::Lock held(impl_->lock);
+        for (const Cookie& cookie : found) {
+            const auto entry = impl_->table.find(cookie);
+            if (entry == impl_->table.end())
+                continue;
+            gone.push_back(std::move(entry->second));
+            impl_->table.erase(entry);
+        }
+    }
+    gone.clear();
+    impl_->tell(kNoticeDeletion, notice, text);
+    return {};
+}
+
+Status EditManager::removeFiles(const CookieVec& edits) {
+    if (!CurrentProject::isOpen())
+        return {};
+    if (CurrentProject::isReadOnly())
+        return {StatusCode::failed, CurrentProject::getFolder(),
+                "the project is open for reading only"};
+    const CriticalSection::Lock whole(impl_->saving);
+    cutroom::GroupCommit group(CurrentProject::getFolder());
+    for (const Cookie& cookie : edits)
+        for (const std::string& name : {EditFile::name(cookie), EditFile::historyName(cookie)})
+            if (Status status = group.remove(name); !status)
+                return status;
+    if (Status status = group.commit(); !status)
+        return status;
+    ProjDbModificationCoalescer coalescer;
+    for (const Cookie& cookie : edits)
+        if (projdb::isPresent(cookie))
+            if (Status status = projdb::remove(cookie); !status)
+                return status;
+    return coalescer.commit();
+}
+
+cutroom::Result<std::string> EditManager::setDamagedAside(const Cookie& edit) {
+    const std::string path = EditFile::path(edit);
+    if (path.empty() || !cutroom::fileExists(path) || CurrentProject::isReadOnly())
+        return Status(StatusCode::notFound, edit.asString(), "there is no such file to move");
+    const auto bytes = cutroom::readFile(path);
+    if (bytes && EditFile::decode(*bytes, path))
+        return Status(StatusCode::wrongUsage, path, "the file is not damaged");
+    return cutroom::moveAside(path);
+}
+
+// --- undo ---------------------------------------------------------------------------------------
+
+void EditManager::Impl::needHistory(Edit::Impl& edit) {
+    cutroom::EditHistory& history = edit.history;
+    if (history.loaded)
+        return;
+    history.loaded = true;
+    const std::string path = EditFile::historyPath(edit.cookie);
+    if (path.empty() || !cutroom::fileExists(path))
+        return;
+    const auto bytes = cutroom::readFile(path);
+    auto read = bytes ? EditFile::decodeHistory(*bytes, path, history.fileId)
+                      : cutroom::Result<cutroom::EditHistory>(bytes.status());
+    if (read) {
+        history.steps = std::move(read->steps);
+        history.position = read->position;
+        return;
+    }
+    history.damaged = read.status().code() == StatusCode::damaged;
+    LogBoth("%s\n", read.status().text().c_str());
+}
+
+void EditManager::makeBackup(const EditPtr& edit, const LightweightString<char>& description) {
+    if (!edit)
+        return;
+    const Edit::Lock lock(*edit);
+    Edit::Impl& impl = *edit->impl_;
+    Impl::needHistory(impl);
+    cutroom::EditHistory& history = impl.history;
+    if (history.lastBackupAt == edit->changeCount() && history.canUndo() && !history.canRedo()) {
+        history.steps.back().description = description; // nothing has changed since
+        return;
+    }
+    history.push({description, cutroom::idSource().secondsNow(), impl.state.snapshot()}, kMaxSteps);
+    history.lastBackupAt = edit->changeCount();
+}
+
+// Exchanges the edit's state with that of a step.
+bool EditManager::restore(const EditPtr& edit, bool back) {
+    if (!edit)
+        return false;
+    const Edit::Lock lock(*edit);
+    Edit::Impl& impl = *edit->impl_;
+    Impl::needHistory(impl);
+    cutroom::EditHistory& history = impl.history;
+    if (back ? !history.canUndo() : !history.canRedo())
+        return false;
+    cutroom::EditHistory::Step& step =
+        history.steps[back ? history.position - 1 : history.position];
+    cutroom::EditState present = impl.state.snapshot();
+    impl.replaceState(*edit, step.state.snapshot());
+    step.state = std::move(present);
+    history.position = back ? history.position - 1 : history.position + 1;
+    ++history.edits;
+    history.lastBackupAt = ~std::uint64_t{0};
+    impl.record(kModRestored);
+    impl.tellDue = true;
+    return true;
+}
+
+bool EditManager::undo(const EditPtr& edit) { return restore(edit, true); }
+
+bool EditManager::redo(const EditPtr& edit) { return restore(edit, false); }
+
+bool EditManager::canUndo(const EditPtr& edit) const {
+    if (!edit)
+        return false;
+    const Edit::Lock lock(*edit);
+    Impl::needHistory(*edit->impl_);
+    return edit->impl_->history.canUndo();
+}
+
+bool EditManager::canRedo(const EditPtr& edit) const {
+    if (!edit)
+        return false;
+    const Edit::Lock lock(*edit);
+    Impl::needHistory(*edit->impl_);
+    return edit->impl_->history.canRedo();
+}
+
+std::vector<EditManager::HistoryStep> EditManager::getHistory(const EditPtr& edit) const {
+    std::vector<HistoryStep> steps;
+    if (!edit)
+        return steps;
+    const Edit::Lock lock(*edit);
+    Impl::needHistory(*edit->impl_);
+    const cutroom::EditHistory& history = edit->impl_->history;
+    for (std::size_t i = 0; i < history.steps.size(); ++i)
+        steps.push_back(
+            {history.steps[i].description, history.steps[i].when, i >= history.position});
+    return steps;
+}

@@ -1,0 +1,59 @@
+// What the edit manager holds, for the sources that make up its operations. Internal to the store.
+#pragma once
+
+#include "platform/base/Annotations.h"
+#include "platform/base/Locks.h"
+#include "platform/store/EditFile.h"
+#include "platform/store/EditImpl.h"
+#include "platform/store/EditManager.h"
+
+#include <atomic>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+class ProjectListener;
+
+// What an edit was when a save of it began.
+struct SavedEdit {
+    Kv::Ptr<Edit> edit;
+    cutroom::EditState state;
+    cutroom::EditHistory history; // only when it is to be written
+    bool writeHistory = false;
+    bool setHistoryAside = false; // the file on disk is damaged
+    std::uint64_t historyId = 0;
+    std::uint64_t changes = 0;
+};
+
+struct EditManager::Impl {
+    // The table holds one share of each open edit. An edit leaves it with the last handle, unless
+    // it has changes that are not saved.
+    mutable CriticalSection lock{LockRank::editManager};
+    std::unordered_map<Cookie, Kv::Ptr<Edit>> table CUTROOM_GUARDED_BY(lock);
+    Cookie clipboard CUTROOM_GUARDED_BY(lock);
+    std::vector<ProjectListener*> listeners CUTROOM_GUARDED_BY(lock);
+
+    CriticalSection saving; // held for one whole save; taken before any edit's lock
+    Notifier notifier;
+    ValServer<bool> mixerBypass;
+    std::atomic<std::uint64_t> exits{0};
+    Kv::Ptr<Guard> projectExit;
+    Kv::Ptr<Guard> databaseRebuilder;
+
+    // The open edit of that cookie, or none.
+    Kv::Ptr<Edit> find(const Cookie& cookie) const;
+    std::vector<Kv::Ptr<Edit>> all() const;
+    // Puts an edit into the table; gives the one that is there already when there is one.
+    Kv::Ptr<Edit> enter(const Kv::Ptr<Edit>& edit);
+    // Takes out what nobody holds and no save needs.
+    void dropUnused();
+
+    cutroom::Status saveAll(const std::vector<Kv::Ptr<Edit>>& edits);
+    static SavedEdit beginSave(const Kv::Ptr<Edit>& edit);
+    static void endSave(const SavedEdit& saved);
+    static cutroom::Status putRecords(const std::vector<SavedEdit>& saved);
+    // Reads the history when that has not been done. Under the edit's lock.
+    static void needHistory(Edit::Impl& edit);
+    void tell(int notice, const Kv::Ptr<iObject>& object, const std::string& text) const;
+    void tellListenersOfExit();
+};
