@@ -8,8 +8,8 @@
 # environment; it imports what the session works on. With CUTROOM_UPDATE=1 the output that differs
 # is written to NAME.out instead.
 set -u
-export CUTROOM=$1
-name=${2%.cut}
+export CUTROOM; CUTROOM=$(readlink -f "$1")
+name=$(readlink -f "${2%.cut}")
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 export PROJECT=$folder/project
