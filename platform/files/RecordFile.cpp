@@ -322,8 +322,10 @@ Status RecordFile::indexRecords(const Layout& layout) {
         starts_.push_back(static_cast<std::uint32_t>(bodyStart_ + in.position()));
         const std::string_view bytes = in.raw(maskBytes);
         std::uint64_t mask = maskOf(bytes.data(), bytes.size());
-        if (mask & ~known)
+        if (mask & ~known) {
             in.fail();
+            break;
+        }
         for (; mask; mask &= mask - 1) {
             const auto field = static_cast<std::size_t>(std::countr_zero(mask));
             (void)in.raw(fields_[field].type == kDoubleField ? 8 : in.varint());

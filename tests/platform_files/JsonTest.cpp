@@ -264,7 +264,8 @@ TEST(JsonBuilder, WritesEveryNumberAndTextSoThatItReadsBack) {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     Builder out(Layout::compact);
     out.beginArray();
-    for (const double value : {0.1, -0.0, 1e21, 5e-324, 1.7976931348623157e308, kInfinity, std::nan("")})
+    for (const double value :
+         {0.1, -0.0, 1e21, 5e-324, 1.7976931348623157e308, kInfinity, std::nan("")})
         out.add(value);
     out.add(std::numeric_limits<std::int64_t>::min());
     out.add(std::numeric_limits<std::uint64_t>::max());
