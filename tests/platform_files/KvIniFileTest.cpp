@@ -132,21 +132,19 @@ TEST(IniFile, NoticesEveryTruncationAndFlippedBit) {
 }
 
 TEST(IniFileProperty, AnyTextsComeBack) {
-    using Values = std::map<std::string, std::map<std::string, std::string>>;
-    EXPECT_TRUE(rc::check([](const Values& raw) {
+    using Entry = std::tuple<std::string, std::string, std::string>;
+    EXPECT_TRUE(rc::check([](const std::vector<Entry>& entries) {
         const auto sound = [](const std::string& text) { return toUtf8(toWide(text)); };
         KvIniFile ini;
-        Values expected;
-        for (const auto& [section, keys] : raw)
-            for (const auto& [key, value] : keys) {
-                ini.set(section, key, value);
-                expected[sound(section)][sound(key)] = sound(value);
-            }
+        std::map<std::pair<std::string, std::string>, std::string> expected;
+        for (const auto& [section, key, value] : entries) {
+            ini.set(section, key, value);
+            expected[{sound(section), sound(key)}] = sound(value);
+        }
         KvIniFile again;
         RC_ASSERT(again.parse(ini.text(), "f").ok());
-        for (const auto& [section, keys] : expected)
-            for (const auto& [key, value] : keys)
-                RC_ASSERT(again.get(section, key).has_value());
+        for (const auto& [name, value] : expected)
+            RC_ASSERT(again.get(name.first, name.second) == value);
         RC_ASSERT(again.text() == ini.text());
     }));
 }
