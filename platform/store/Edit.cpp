@@ -34,8 +34,8 @@ Edit::Lock::~Lock() CUTROOM_NO_THREAD_SAFETY {
     }
 }
 
-void Edit::tell(EditModifications changes) {
-    const Kv::Ptr<iObject> notice(new EditModificationNotice(impl_->cookie, std::move(changes)));
+void Edit::tell(const EditModifications& changes) {
+    const Kv::Ptr<iObject> notice(new EditModificationNotice(impl_->cookie, changes));
     const Kv::Ptr<Edit> keep(this);
     const NotifyMsg message(notice);
     if (cutroom::isUiThread())
@@ -46,10 +46,10 @@ void Edit::tell(EditModifications changes) {
     EditManager::tellModifications(message);
 }
 
-void Edit::Impl::keepKinds(const EditModifications& changes) noexcept {
+void Edit::Impl::keepKinds(const EditModifications& untold) noexcept {
     const CriticalSection::Lock held(lock);
     for (int kind = 0; kind < 64; ++kind)
-        if (changes.includes(static_cast<EditModificationType>(kind)))
+        if (untold.includes(static_cast<EditModificationType>(kind)))
             pending.add(static_cast<EditModificationType>(kind));
 }
 

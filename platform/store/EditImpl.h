@@ -34,7 +34,7 @@ struct Edit::Impl {
     // Takes what is to be told, with the changes of the extents added.
     EditModifications takePending();
     // Puts the kinds (no details) back among what is to be told. Needs no memory.
-    void keepKinds(const EditModifications& changes) noexcept;
+    void keepKinds(const EditModifications& untold) noexcept;
     // Gives a field a value: recorded when that changes it.
     template <class T> bool set(T& field, const T& value, EditModificationType kind) {
         if (field == value)
