@@ -14,7 +14,7 @@ namespace cutroom {
 
 namespace {
 
-constexpr std::uint64_t kMaxEdlBytes = std::uint64_t{32} << 20;
+constexpr std::uint64_t kMaxEdlBytes = std::uint64_t{16} << 20;
 
 // Puts a marker on the timeline, whose record time it is written in.
 void addMarker(const EdlMarker& read, const EdlClock& clock, const EdlPlaces& places,

@@ -16,7 +16,8 @@ namespace cutroom {
 // Gives one timeline whose first frame is the earliest record in point. A transition pair becomes a
 // cut at its record in with the transition after it; events that overlap go to further tracks. A
 // list of marker events gives a timeline without tracks.
-// Fails as `damaged` when no line is an event or marker, or a record label cannot exist at `rate`.
+// Fails as `damaged` when no line is an event or marker, a record label cannot exist at `rate`, or
+// the list is larger than 16 MB, 512 tracks or a million items.
 CUTROOM_API Result<std::vector<Timeline>> readEdl(std::string_view bytes, const std::string& file,
                                                   std::optional<Kv::FrameRate> rate = {});
 

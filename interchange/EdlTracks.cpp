@@ -42,16 +42,21 @@ public:
         std::stable_sort(order.begin(), order.end(), [this](std::size_t a, std::size_t b) {
             return places_.events[a].in < places_.events[b].in;
         });
-        for (const std::size_t index : order)
-            for (const EdlChannel& channel : channelsOf(list_.events[index], digits_))
-                if (!layOn(channel, list_.events[index], places_.events[index]))
+        for (const std::size_t index : order) {
+            const EdlEvent& event = list_.events[index];
+            const EdlPlace& place = places_.events[index];
+            const Item item = edlItem(event, place, places_.first, clock_);
+            for (const EdlChannel& channel : channelsOf(event, digits_))
+                if (!layOn(channel, event, place, item))
                     return false;
+        }
         finish();
         return true;
     }
 
 private:
-    bool layOn(const EdlChannel& channel, const EdlEvent& event, const EdlPlace& place) {
+    bool layOn(const EdlChannel& channel, const EdlEvent& event, const EdlPlace& place,
+               const Item& item) {
         Outgoing& outgoing = outgoing_[channel];
         if (place.length() <= 0) {
             if (outgoing.event)
@@ -68,10 +73,10 @@ private:
         Lane* lane = laneFor(lanes_[channel], channel, event, place, from);
         if (!lane || ++itemCount_ > kMaxItems)
             return false;
-        if (joins(*lane, event, place))
+        if (joins(*lane, event, place, item))
             extend(*lane, place);
         else
-            add(*lane, event, place, from);
+            add(*lane, event, place, from, item);
         return true;
     }
 
@@ -108,12 +113,12 @@ private:
     }
 
     // After a transition that is all of its event, the next event often is the rest of the clip.
-    bool joins(const Lane& lane, const EdlEvent& event, const EdlPlace& place) const {
+    static bool joins(const Lane& lane, const EdlEvent& event, const EdlPlace& place,
+                      const Item& item) {
         if (lane.onlyTransition == 0 || event.kind != EdlKind::cut || lane.end != place.in ||
             lane.track.items.empty() || event.reel != lane.last->reel)
             return false;
         const Item& before = lane.track.items.back();
-        const Item item = edlItem(event, place, places_.first, clock_);
         const double reached = static_cast<double>(before.sourceStart) +
                                static_cast<double>(before.duration) * before.speed;
         const bool sameName = lane.last->toName.empty() || event.fromName.empty() ||
@@ -129,7 +134,8 @@ private:
         lane.onlyTransition = 0;
     }
 
-    void add(Lane& lane, const EdlEvent& event, const EdlPlace& place, const EdlEvent* from) {
+    void add(Lane& lane, const EdlEvent& event, const EdlPlace& place, const EdlEvent* from,
+             const Item& item) {
         const bool touches = lane.last && lane.end == place.in;
         if (event.isTransition()) {
             if (touches)
@@ -138,8 +144,7 @@ private:
             otherOutgoing_ += other;
             addTransition(lane, event, place, other ? from : nullptr);
         }
-        Item item = edlItem(event, place, places_.first, clock_);
-        lane.track.items.push_back(std::move(item));
+        lane.track.items.push_back(item);
         lane.end = place.out;
         lane.last = &event;
         lane.onlyTransition =
@@ -196,7 +201,7 @@ private:
             for (std::size_t i = 0; i < lanes.size(); ++i) {
                 Track& track = lanes[i].track;
                 if (i > 0)
-                    track.name += " (" + toText(static_cast<long long>(i + 1)) + ")";
+                    track.name += " (" + toText(static_cast<unsigned long long>(i) + 1) + ")";
                 track.duration = clock_.rate.frameToFlicks(lanes[i].end - places_.first);
                 timeline_.tracks.push_back(std::move(track));
             }

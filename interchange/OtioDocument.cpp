@@ -42,7 +42,7 @@ std::string Place::text() const {
 }
 
 Document::Document(Json root, std::string file, std::string_view bytes)
-    : root_(std::move(root)), file_(std::move(file)), itemsLeft_(bytes.size() / 24 + 1000),
+    : root_(std::move(root)), file_(std::move(file)), itemsLeft_(bytes.size() / 64 + 1000),
       textLeft_(bytes.size() * 4 + 4096) {
     if (bytes.find("\"OTIO_REF_ID\"") != bytes.npos)
         collectReferences(root_);
@@ -79,7 +79,7 @@ void Document::warn(const std::string& text) {
 
 bool Document::mayAdd(const Place& place) {
     if (itemsLeft_ == 0) {
-        fail(place, "references repeat more than the file can hold");
+        fail(place, "more things than a file of this size can hold; do references repeat them?");
         return false;
     }
     --itemsLeft_;

@@ -63,7 +63,7 @@ RateRead chooseRate(const std::vector<Found>& found, const Timeline& timeline, c
     for (const bool pictures : {true, false})
         for (std::size_t i = 0; i < found.size(); ++i)
             if (isPicture(i) == pictures)
-                if (const RateRead rate = highest(found[i].rates); rate.valid())
+                if (RateRead rate = highest(found[i].rates); rate.valid())
                     return rate;
     if (start && isFrameRate(start->rate))
         return start->rate;
