@@ -27,6 +27,11 @@ public:
                 return cells_[at].slot;
         }
     }
+    // Brings the place of a cookie near, for a `find` soon to come.
+    void prefetch(const Cookie& cookie) const noexcept {
+        if (size_ != 0)
+            __builtin_prefetch(&cells_[homeOf(cookie)]);
+    }
     // Adds a cookie that is not there.
     void insert(const Cookie& cookie, Slot slot);
     // Takes out a cookie, if it is there.

@@ -13,6 +13,8 @@ namespace {
 
 // Rows read under one hold of the lock.
 constexpr std::size_t kPage = 256;
+// How many look-ups ahead memory is asked for.
+constexpr std::size_t kLookAhead = 12;
 constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
 
 projdb::Summary summaryOf(const projdb::Record& record) {
@@ -178,8 +180,11 @@ std::vector<bool> ProjectDatabase::arePresent(const CookieVec& cookies) const {
     CriticalSection::Lock lock(lock_);
     std::vector<bool> answers;
     answers.reserve(cookies.size());
-    for (const Cookie& cookie : cookies)
-        answers.push_back(slots_.find(cookie).has_value());
+    for (std::size_t i = 0; i < cookies.size(); ++i) {
+        if (i + kLookAhead < cookies.size())
+            slots_.prefetch(cookies[i + kLookAhead]);
+        answers.push_back(slots_.find(cookies[i]).has_value());
+    }
     return answers;
 }
 
