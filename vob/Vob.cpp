@@ -84,6 +84,7 @@ void Vob::init() {
 
 Vob::~Vob() {
     endRegistrations();
+    editRegistration_.reset();
     playable_.reset();
     CriticalSection::Lock lock(clientLock_);
     for (VobClient* client : clients_)

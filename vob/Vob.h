@@ -390,6 +390,7 @@ private:
     Kv::Ptr<Vob> keepAlive() noexcept { return refCount() > 0 ? this : nullptr; }
     void init();
     void takeEdit(const EditPtr& edit);
+    void registerWithEdit();
     void releaseEdit();
     void handleProjectExit(const NotifyMsg& message);
     void storeTime(double seconds);
@@ -462,5 +463,6 @@ private:
     std::atomic<double> timeMirror_{kNoTime}; // the exact current time, for other threads
     cutroom::Telling* tellings_ CUTROOM_GUARDED_BY(clientLock_) = nullptr; // innermost first
     std::unique_ptr<cutroom::VobPlayable> playable_;
+    Kv::Ptr<Guard> editRegistration_;
     mutable std::atomic<bool> dying_{false};
 };

@@ -2,6 +2,7 @@
 #include "audio/MixSelections.h"
 #include "editops/basics/EmptyEdit.h"
 #include "platform/base/Log.h"
+#include "platform/messaging/UIThreadCallback.h"
 #include "platform/store/Edit.h"
 #include "vob/Vob.h"
 #include "vob/VobManager.h"
@@ -57,6 +58,7 @@ void Vob::takeEdit(const EditPtr& edit) {
     edit_ = wanted;
     cookie_ = edit_.getCookie();
     selections_.swap(kept);
+    registerWithEdit();
     module_ = EditModule(edit_);
     timeMirror_ = edit_ ? module_.getCurrentTime() : kNoTime;
     extents_ = editRange();
@@ -64,7 +66,21 @@ void Vob::takeEdit(const EditPtr& edit) {
     verifyTrackSelections();
 }
 
+// The manager hands on what clients are to hear; this keeps the Vob's own state in line with any
+// change, also one that the manager does not hand on.
+void Vob::registerWithEdit() {
+    if (edit_)
+        editRegistration_ = edit_->registerNotification(
+            makeUIThreadCallback<NotifyMsg>([this](const NotifyMsg& message) {
+                const auto* const notice = message.getObjectAs<EditModificationNotice>();
+                if (notice && notice->modifications().structureChanged())
+                    resynchroniseWithEdit();
+            }),
+            kNoticeModifications);
+}
+
 void Vob::releaseEdit() {
+    editRegistration_.reset();
     selections_.clear();
     levelNodes_.clear();
     module_ = EditModule();
