@@ -308,6 +308,7 @@ public:
     // Records a change; outside a batch it is told: at once on the user-interface thread, posted
     // from any other. A type of 0 tells what is pending.
     void addModification(const VobModification& change);
+    void addModification(VobModification&& change);
     // Forgets what is pending.
     void clearModifications();
     // Tell the clients, without regard to batches. From another thread they post; the two-argument
@@ -416,6 +417,7 @@ private:
     void followExtents();
     void followPoints();
     void followClipboard();
+    template <class Change> void record(Change&& change);
     void tellPending(const VobModification& change);
     void handlePostedChange(const Event& event);
     VobModification takeDescription(const EditModifications& editChanges,

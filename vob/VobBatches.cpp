@@ -4,6 +4,8 @@
 #include "vob/Vob.h"
 #include "vob/VobManager.h"
 
+#include <utility>
+
 void Vob::beginModifications() noexcept { batchDepth_.fetch_add(1); }
 
 void Vob::endModifications() {
@@ -17,14 +19,18 @@ void Vob::endModifications() {
     addModification(VobModification(0));
 }
 
-void Vob::addModification(const VobModification& change) {
+void Vob::addModification(const VobModification& change) { record(change); }
+
+void Vob::addModification(VobModification&& change) { record(std::move(change)); }
+
+template <class Change> void Vob::record(Change&& change) {
     VobModification ready(0);
     {
         const CriticalSection::Lock lock(pendingLock_);
         if (pending_.valid())
-            pending_.merge(change);
+            pending_.merge(std::forward<Change>(change));
         else
-            pending_ = change;
+            pending_ = std::forward<Change>(change);
         if (batchDepth_.load(std::memory_order_relaxed) != 0)
             return;
         std::swap(ready, pending_);

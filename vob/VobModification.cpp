@@ -22,11 +22,15 @@ unsigned VobModification::getModifiedTrackTypes(const EditPtr& edit) const {
 }
 
 void VobModification::merge(const VobModification& other) {
+    if (other.valid())
+        merge(VobModification(other));
+}
+
+void VobModification::merge(VobModification&& other) noexcept {
     if (!other.valid())
         return;
     type_ |= other.type_;
-    for (const IdStamp& track : other.tracks_)
-        tracks_.push_back(track);
+    tracks_.splice(tracks_.end(), other.tracks_);
     if (markTime_ == kNoTime)
         markTime_ = other.markTime_;
 }

@@ -69,6 +69,7 @@ public:
     // Takes `other` in: the kinds, the tracks behind those here, and its mark time when none is
     // here. Nothing when `other` says nothing. The time stays.
     void merge(const VobModification& other);
+    void merge(VobModification&& other) noexcept;
 
 private:
     unsigned type_;
