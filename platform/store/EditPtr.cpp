@@ -60,5 +60,5 @@ EditModifier::~EditModifier() { release(); }
 void EditModifier::release() {
     if (get())
         get()->endWriting();
-    reset();
+    EditPtr::reset();
 }
