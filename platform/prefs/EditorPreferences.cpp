@@ -17,6 +17,7 @@ constexpr std::string_view kSection = "preferences";
 } // namespace
 
 struct EditorPreferences::State {
+    CriticalSection writing; // puts writes in order; never taken under `lock`
     CriticalSection lock{LockRank::leaf};
     KvIniFile values CUTROOM_GUARDED_BY(lock);
     std::string path CUTROOM_GUARDED_BY(lock); // empty: memory only
@@ -33,11 +34,21 @@ struct EditorPreferences::State {
         values.set(kSection, key, text);
         dirty = true;
     }
-    Status write() CUTROOM_REQUIRES(lock) {
-        if (!dirty || path.empty())
-            return {};
-        const Status written = cutroom::writeFile(path, values.text());
-        dirty = !written.ok();
+    Status write() CUTROOM_REQUIRES(writing) {
+        std::string file, text;
+        {
+            CriticalSection::Lock held(lock);
+            if (!dirty || path.empty())
+                return {};
+            file = path;
+            text = values.text();
+            dirty = false;
+        }
+        Status written = cutroom::writeFile(file, text);
+        if (!written) {
+            CriticalSection::Lock held(lock);
+            dirty = true;
+        }
         return written;
     }
 };
@@ -45,7 +56,7 @@ struct EditorPreferences::State {
 EditorPreferences::EditorPreferences() : state_(std::make_unique<State>()) {}
 
 EditorPreferences::~EditorPreferences() {
-    CriticalSection::Lock lock(state_->lock);
+    CriticalSection::Lock writing(state_->writing);
     if (const Status written = state_->write(); !written)
         LogBoth("%s\n", written.text().c_str());
 }
@@ -117,13 +128,14 @@ void EditorPreferences::removePreference(std::string_view key) {
 
 Status EditorPreferences::open(const std::string& path) {
     State& state = *instance().state_;
-    CriticalSection::Lock lock(state.lock);
+    CriticalSection::Lock writing(state.writing);
     if (Status written = state.write(); !written)
         return written;
     KvIniFile file(path);
     const bool read = file.load();
     if (!read && file.status().code() != StatusCode::notFound)
         return file.status();
+    CriticalSection::Lock lock(state.lock);
     state.values = std::move(file);
     state.path = path;
     state.dirty = false;
@@ -132,7 +144,7 @@ Status EditorPreferences::open(const std::string& path) {
 
 Status EditorPreferences::flush() {
     State& state = *instance().state_;
-    CriticalSection::Lock lock(state.lock);
+    CriticalSection::Lock writing(state.writing);
     return state.write();
 }
 
