@@ -154,7 +154,12 @@ void Vob::transferClients(Vob* from, Vob* to, unsigned flags) {
     if (!from || !to || from == to)
         return;
     VobManager& manager = VobManager::instance();
+    std::size_t allowance = std::max<std::size_t>(10'000, 8 * from->getNumClients());
     while (VobClient* const client = from->getClientPtr(0)) {
+        if (allowance-- == 0) {
+            LogBoth("Vob::transferClients() : clients keep coming back, stopped\n");
+            break;
+        }
         manager.closeInternal(client);
         if (from->getClientPtr(0) == client)
             from->removeClient(client); // it kept its Vob to itself
