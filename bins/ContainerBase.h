@@ -1,0 +1,184 @@
+// `ContainerBase`: what bins, documents and asset groups have in common: identity, name, times, a
+// dirty flag, a lock, and records of change that are merged in batches and told.
+//
+// Held through `Kv::Ptr`, owned by the manager of its kind. Any thread may call: the container's
+// lock is taken as a writer for each change, and as a reader for queries and saves. It lets its
+// writer enter again as writer and as reader.
+//
+// Changes are told on the changing thread while the container's lock is held as a writer. A
+// listener may read the container; it must neither change it nor wait for another thread that uses
+// it.
+#pragma once
+
+#include "bins/iAsset.h"
+#include "platform/base/Cookie.h"
+#include "platform/base/Locks.h"
+#include "platform/base/Status.h"
+#include "platform/base/Strings.h"
+#include "platform/messaging/Notifier.h"
+#include "platform/project/LogAttribute.h"
+
+#include <atomic>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+class CUTROOM_API ContainerBase : public Notifier, public virtual iAsset {
+public:
+    // Kinds of change (bits).
+    enum eModificationType : unsigned {
+        kModCreated = 2,         // the first one stamps the creation time
+        kModAttribute = 32,      // an attribute (its type is the detail) or the presentation
+        kModPermanent = 64,      // the permanent flag
+        kModUncounted = 128,     // leaves the modification time alone
+        kModItemsAdded = 256,    // with 512: the contents were replaced
+        kModItemsRemoved = 512,  //
+        kModItemsTagged = 1024,  // tags (the selection)
+        kModItemsOrdered = 2048, // the order
+    };
+
+    // One record of change. A value.
+    class CUTROOM_API Modification {
+    public:
+        // `detail` is a free mask, save for kModAttribute.
+        Modification(unsigned type, unsigned detail = 0) : type_(type), detail_(detail) {}
+        // Concerning one asset; no asset when it is invalid.
+        Modification(eModificationType type, const Cookie& asset) : type_(type) { add(asset); }
+        // Of an attribute: kModAttribute, with the attribute's type as the detail.
+        Modification(LogAttribute::eType attribute)
+            : type_(kModAttribute), detail_(unsigned{attribute}) {}
+
+        unsigned getType() const noexcept { return type_; }
+        unsigned getDetail() const noexcept { return detail_; }
+        // The assets concerned, in the order added; may be empty, one may occur more than once.
+        const CookieVec& getCookies() const noexcept { return cookies_; }
+        // Ignores the invalid cookie.
+        void add(const Cookie& asset) {
+            if (asset.valid())
+                cookies_.push_back(asset);
+        }
+        void add(const CookieVec& assets) {
+            cookies_.insert(cookies_.end(), assets.begin(), assets.end());
+        }
+
+        bool valid() const noexcept { return type_ != 0; }
+        bool includes(unsigned mask) const noexcept { return (type_ & mask) != 0; }
+        bool includes(eModificationType type) const noexcept { return includes(unsigned{type}); }
+        bool includes(LogAttribute::eType attribute) const noexcept {
+            return includes(kModAttribute) && detail_ == unsigned{attribute};
+        }
+        bool refersTo(const Cookie& asset) const noexcept;
+
+        friend bool operator==(const Modification&, const Modification&) = default;
+
+    private:
+        unsigned type_;
+        unsigned detail_ = 0;
+        CookieVec cookies_;
+    };
+
+    // The records of one batch, one for each distinct type value, in the order in which the types
+    // first occurred; and why they were made. Travels in the message that tells them.
+    class CUTROOM_API Modifications final : public iObject {
+    public:
+        Modifications() = default;
+        // A copy is an object of its own, shared by nobody yet.
+        Modifications(const Modifications& other);
+        Modifications& operator=(const Modifications& other);
+        ~Modifications() override;
+
+        // Merges a record: the cookies join the record of exactly that type, which keeps its
+        // detail; a type without a record gets one. False, and nothing changes, for type 0.
+        bool add(Modification change);
+        void clear() noexcept;
+        bool empty() const noexcept { return records_.empty(); }
+        const std::vector<Modification>& records() const noexcept { return records_; }
+        // The types of all records together.
+        unsigned getTypes() const noexcept;
+        // Some record shares a bit with `mask`; with `detailMask` its detail shares one too.
+        bool includes(unsigned mask) const noexcept;
+        bool includes(unsigned mask, unsigned detailMask) const noexcept;
+        // Some record is of that attribute.
+        bool includes(LogAttribute::eType attribute) const noexcept;
+        // Some record names the asset.
+        bool refersTo(const Cookie& asset) const noexcept;
+        const LightweightString<char>& getReason() const noexcept { return reason_; }
+        void setReason(LightweightString<char> reason) { reason_ = std::move(reason); }
+
+    private:
+        std::vector<Modification> records_;
+        LightweightString<char> reason_;
+    };
+
+    ContainerBase(const ContainerBase&) = delete;
+    ContainerBase& operator=(const ContainerBase&) = delete;
+    ~ContainerBase() override;
+
+    // --- saving --------------------------------------------------------------------------------
+    // Has changes that `save` would write. Every recorded change makes it dirty, save those that
+    // are of tags or do not count only.
+    virtual bool isDirty() const;
+    virtual void setDirty(bool dirty);
+    // Writes the container's file; the container stays dirty when that fails.
+    virtual cutroom::Status save() = 0;
+
+    // --- identity ------------------------------------------------------------------------------
+    Cookie getID() const;
+    void setID(const Cookie& id);
+    LightweightString<wchar_t> getName() const;
+    // False when it has that name already; otherwise records a change of LogAttribute::name.
+    bool setName(const LightweightString<wchar_t>& name);
+
+    Cookie getAssetID() const override { return getID(); }
+    std::uint32_t getCreationTime() const override;
+    std::uint32_t getModificationTime() const override;
+    LightweightString<wchar_t> getExternalID() const override;
+    // Records a change of LogAttribute::externalID when it differs.
+    void setExternalID(const LightweightString<wchar_t>& id) override;
+    // Name, cookie, external id, and the times in seconds since 1970 (empty for 0).
+    LightweightString<char> getAttribute(const LogAttribute& attribute) const override;
+    // Name and external id.
+    void setAttribute(const LogAttribute& attribute,
+                      const LightweightString<wchar_t>& value) override;
+    // The text is UTF-8; calls the other form.
+    void setAttribute(const LogAttribute& attribute, const LightweightString<char>& value) final;
+
+    // --- changes -------------------------------------------------------------------------------
+    // Batches nest and may be opened on any thread. An end without a beginning holds all later
+    // changes back until it is made up for.
+    void beginModifications() override;
+    void endModifications(LightweightString<char> reason = {}) override;
+    // Records a change and stamps the times; tells it at once outside a batch. Ignores type 0.
+    void addModification(const Modification& change);
+    void addModifications(unsigned types) { addModification(Modification(types)); }
+    // Forgets what is pending.
+    void clearModifications();
+
+protected:
+    ContainerBase() = default;
+
+    // Tells the container's own listeners with a message of the general change type whose object is
+    // a copy of `changes` with that reason; makes nothing when nobody listens. Heirs tell their
+    // manager first, then call this. The container's lock is held as a writer.
+    virtual void issueModificationNotification(const Modifications& changes,
+                                               LightweightString<char> reason);
+    // Set the times as they were stored, without a record.
+    void setCreationTime(std::uint32_t seconds);
+    void setModificationTime(std::uint32_t seconds);
+
+    // Guards this object and what heirs add.
+    mutable SharedLock lock_{LockRank::container};
+
+private:
+    void stampTimes(const Modification& change) CUTROOM_REQUIRES(lock_);
+    void issuePending(LightweightString<char> reason) CUTROOM_REQUIRES(lock_);
+
+    Modifications pending_ CUTROOM_GUARDED_BY(lock_);
+    std::atomic<int> openBatches_{0};
+    std::uint32_t modificationTime_ CUTROOM_GUARDED_BY(lock_) = 0;
+    std::uint32_t creationTime_ CUTROOM_GUARDED_BY(lock_) = 0;
+    std::atomic<bool> dirty_{false};
+    LightweightString<wchar_t> name_ CUTROOM_GUARDED_BY(lock_);
+    LightweightString<wchar_t> externalId_ CUTROOM_GUARDED_BY(lock_);
+    Cookie id_ CUTROOM_GUARDED_BY(lock_);
+};

@@ -1,0 +1,3 @@
+#include "bins/Glob.h"
+
+Glob::~Glob() = default;

@@ -1,0 +1,3 @@
+#include "bins/iAsset.h"
+
+iAsset::~iAsset() = default;

@@ -1,0 +1,3 @@
+#include "bins/iAssetContainer.h"
+
+iAssetContainer::~iAssetContainer() = default;
