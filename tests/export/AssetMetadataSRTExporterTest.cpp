@@ -1,5 +1,6 @@
 // Markers and subtitles as SubRip, to the letter.
 #include "export/AssetMetadataSRTExporter.h"
+#include "platform/embedded/EmbeddedHost.h"
 #include "platform/files/TextFile.h"
 #include "platform/prefs/Configuration.h"
 #include "tests/support/Edits.h"

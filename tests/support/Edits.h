@@ -1,7 +1,7 @@
-// Edits in memory for tests: a host without a screen, and channels laid from short descriptions.
+// Edits in memory for tests, with channels laid from short descriptions.
 #pragma once
 
-#include "platform/embedded/EmbeddedHost.h"
+#include "platform/base/FrameRate.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
