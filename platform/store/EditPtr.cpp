@@ -13,6 +13,13 @@ EditPtr::EditPtr(const Cookie& cookie) : EditPtr(EditManager::instance().open(co
 EditPtr::EditPtr(const EditPtr&) noexcept = default;
 EditPtr::EditPtr(EditPtr&&) noexcept = default;
 
+EditPtr::EditPtr(EditModifier&& modifier) noexcept
+    : edit_(static_cast<const EditPtr&>(modifier).edit_) {}
+
+EditPtr& EditPtr::operator=(EditModifier&& modifier) noexcept {
+    return *this = static_cast<const EditPtr&>(modifier);
+}
+
 EditPtr& EditPtr::operator=(const EditPtr& other) noexcept { return *this = EditPtr(other); }
 
 EditPtr& EditPtr::operator=(EditPtr&& other) noexcept {
@@ -50,7 +57,7 @@ EditModifier::EditModifier(EditModifier&&) noexcept = default;
 
 EditModifier& EditModifier::operator=(EditModifier other) noexcept {
     release();
-    EditPtr::operator=(std::move(other));
+    EditPtr::operator=(static_cast<EditPtr&&>(other));
     description_ = std::move(other.description_);
     return *this;
 }

@@ -6,6 +6,7 @@
 #include "platform/base/Strings.h"
 
 class Edit;
+class EditModifier;
 
 // Keeps an edit open. Any thread; the edit has a lock of its own.
 class CUTROOM_API EditPtr {
@@ -21,6 +22,9 @@ public:
     EditPtr(EditPtr&&) noexcept;
     EditPtr& operator=(const EditPtr&) noexcept;
     EditPtr& operator=(EditPtr&&) noexcept;
+    // From a modifier that goes: it ends its writing itself.
+    EditPtr(EditModifier&&) noexcept;
+    EditPtr& operator=(EditModifier&&) noexcept;
     ~EditPtr();
 
     Edit* get() const noexcept;

@@ -1,0 +1,209 @@
+#include "StoreFixture.h"
+#include "platform/project/ProjDb.h"
+#include "platform/store/ProjectListener.h"
+
+#include <thread>
+
+using namespace cutroom;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+class EditManagerTest : public cutroom::test::StoredFixture {
+protected:
+    void follow(int notice) {
+        guards_.push_back(manager().registerNotification(
+            makeCallback<NotifyMsg>([this, notice](const NotifyMsg& message) {
+                told_.push_back(std::to_string(notice) + " " + message.getText());
+            }),
+            notice));
+    }
+    std::vector<Kv::Ptr<Guard>> guards_;
+    std::vector<std::string> told_;
+};
+
+// Notes what it is told, with its name.
+class Listener : public ProjectListener {
+public:
+    Listener(std::string name, std::vector<std::string>& told)
+        : name_(std::move(name)), told_(told) {}
+    void handleProjectEntry() override { told_.push_back(name_ + " entry"); }
+    void handleProjectExit() override { told_.push_back(name_ + " exit"); }
+    void handleLogsDeletion(const CookieVec& logs, const std::string& reason) override {
+        told_.push_back(name_ + " deleted " + std::to_string(logs.size()) + " " + reason);
+    }
+    void handleLogsModification(const std::vector<EditManager::Modification>& changes) override {
+        told_.push_back(name_ + " changed " + changes.at(0).changes.asString());
+    }
+
+private:
+    std::string name_;
+    std::vector<std::string>& told_;
+};
+
+TEST_F(EditManagerTest, anEditLeavesMemoryWithItsLastHandleOnceSaved) {
+    EditModifier edit = fresh();
+    const Cookie cookie = edit.getCookie();
+    EditPtr second(edit);
+    edit.release();
+    ASSERT_TRUE(manager().save(second).ok());
+    EXPECT_TRUE(manager().isOpen(cookie));
+    second.reset();
+    EXPECT_FALSE(manager().isOpen(cookie));
+    EXPECT_TRUE(manager().exists(cookie));
+    {
+        const EditPtr again(cookie);
+        EXPECT_EQ(again, EditPtr(cookie));
+        again->setName(L"changed");
+    }
+    EXPECT_TRUE(manager().isOpen(cookie)) << "has changes";
+    ASSERT_TRUE(manager().flushChanges(false).ok());
+    EXPECT_FALSE(manager().isOpen(cookie));
+    EXPECT_FALSE(manager().anyDirty());
+}
+
+TEST_F(EditManagerTest, savingPutsTheRecordIntoTheDatabase) {
+    EditModifier edit = fresh();
+    edit->setName(L"Titled");
+    edit->setLogType(kLogTypeSubclip);
+    edit->setConfig("scene", "12");
+    edit->setConfig("no attribute", "x");
+    Cue cue(1.0, L"marked");
+    cue.setColour(0xFF0000);
+    edit->addCue(cue);
+    EXPECT_FALSE(projdb::isPresent(edit.getCookie()));
+    ASSERT_TRUE(manager().flushChanges(false).ok());
+    const auto record = projdb::find(edit.getCookie());
+    ASSERT_TRUE(record);
+    EXPECT_EQ(record->name(), "Titled");
+    EXPECT_EQ(record->getField("scene"), "12");
+    EXPECT_EQ(record->kinds, unsigned{projdb::kKindSubClip});
+    EXPECT_EQ(record->end, 10.0);
+    EXPECT_EQ(record->videoTracks, 1u);
+    EXPECT_EQ(record->audioTracks, 2u);
+    EXPECT_EQ(record->markerTypes, projdb::markerTypeBit(0xFF0000));
+    EXPECT_THAT(record->markerTexts, ElementsAre("marked"));
+    EXPECT_THAT(manager().getAllEdits(), ElementsAre(edit.getCookie()));
+}
+
+TEST_F(EditManagerTest, theDatabaseIsRebuiltFromTheFiles) {
+    EditModifier edit = fresh();
+    const Cookie cookie = edit.getCookie();
+    edit->setName(L"Kept");
+    edit.release();
+    ASSERT_TRUE(CurrentProject::close().ok());
+    test::putBytes(fileOf(Cookie('E', 77)), "damaged");
+    for (const char* name : {"project.db", "project.db-wal", "project.db-shm"})
+        std::filesystem::remove(folder() + "/" + name);
+    ASSERT_TRUE(CurrentProject::open(folder()).ok());
+    ASSERT_TRUE(projdb::isPresent(cookie));
+    EXPECT_EQ(projdb::find(cookie)->name(), "Kept");
+    EXPECT_EQ(projdb::count(), 1u);
+}
+
+TEST_F(EditManagerTest, deletionIsToldBeforeAndAfter) {
+    EditModifier edit = fresh();
+    const Cookie cookie = edit.getCookie();
+    manager().makeBackup(edit);
+    edit->setName(L"x");
+    ASSERT_TRUE(manager().flushChanges(false).ok());
+    follow(kNoticePrepareForDeletion);
+    follow(kNoticeDeletion);
+    Listener listener("a", told_);
+    ASSERT_TRUE(manager().deleteEdits({cookie, Cookie('E', 5), cookie}, "tidy").ok());
+    const std::string name = cookie.asString();
+    EXPECT_THAT(told_, ElementsAre("20 " + name, "21 " + name, "a deleted 1 tidy"));
+    EXPECT_FALSE(manager().exists(cookie));
+    EXPECT_FALSE(projdb::isPresent(cookie));
+    EXPECT_FALSE(std::filesystem::exists(fileOf(cookie)));
+    EXPECT_FALSE(std::filesystem::exists(fileOf(cookie, ".undo")));
+    edit->setName(L"ghost");
+    edit.release();
+    ASSERT_TRUE(manager().flushChanges(true).ok());
+    EXPECT_FALSE(std::filesystem::exists(fileOf(cookie))) << "what is deleted stays so";
+}
+
+TEST_F(EditManagerTest, exitTellsViewersThenListenersThenSaves) {
+    follow(kNoticeProjectExit);
+    Listener first("first", told_);
+    Listener second("second", told_);
+    const Cookie cookie = fresh().getCookie();
+    told_.clear();
+    const std::string project = CurrentProject::getCookie().asString();
+    reopen();
+    EXPECT_THAT(told_, ElementsAre("16 " + project, "second exit", "first exit", "first entry",
+                                   "second entry"));
+    EXPECT_FALSE(manager().isOpen(cookie));
+    EXPECT_TRUE(EditPtr(cookie));
+}
+
+TEST_F(EditManagerTest, filtersDecideWhichNoticesAreDelivered) {
+    const EditPtr edit = fresh();
+    const Kv::Ptr<Guard> guard = manager().registerNotification(
+        makeCallback<NotifyMsg>([this](const NotifyMsg&) { told_.emplace_back("told"); }),
+        kNoticeModifications, [](const NotifyMsg& message) {
+            return message.getObjectAs<EditModificationNotice>()->modifications().includes(
+                kModName);
+        });
+    edit->addModification(kModGeneral, true);
+    EXPECT_THAT(told_, IsEmpty());
+    edit->setName(L"now");
+    edit->addModification(EditModifications(), true);
+    EXPECT_THAT(told_, ElementsAre("told"));
+    EXPECT_FALSE(manager().registerNotification({}, kNoticeModifications));
+}
+
+TEST_F(EditManagerTest, theClipboardIsARealEditThatLasts) {
+    const Cookie cookie = manager().getClipboard().getCookie();
+    EXPECT_EQ(manager().getClipboard().getCookie(), cookie);
+    EXPECT_TRUE(EditPtr(cookie)->isClipboard());
+    reopen();
+    EXPECT_EQ(manager().getClipboard().getCookie(), cookie);
+    ASSERT_TRUE(manager().deleteEdits({cookie}, "").ok());
+    EXPECT_NE(manager().getClipboard().getCookie(), cookie);
+}
+
+TEST_F(EditManagerTest, aReadOnlyProjectIsNeverWritten) {
+    const Cookie cookie = fresh().getCookie();
+    ASSERT_TRUE(CurrentProject::close().ok());
+    ASSERT_TRUE(CurrentProject::open(folder(), CurrentProject::Access::readOnly).ok());
+    const std::string bytes = test::bytesOf(fileOf(cookie));
+    EditPtr edit(cookie);
+    edit->setName(L"only here");
+    EXPECT_FALSE(manager().flushChanges(false).ok());
+    EXPECT_FALSE(manager().deleteEdits({cookie}, "").ok());
+    EXPECT_TRUE(manager().isOpen(cookie));
+    EXPECT_EQ(test::bytesOf(fileOf(cookie)), bytes);
+}
+
+TEST_F(EditManagerTest, handlesComeAndGoOnManyThreads) {
+    CookieVec cookies;
+    for (int i = 0; i < 4; ++i)
+        cookies.push_back(fresh().getCookie());
+    ASSERT_TRUE(manager().flushChanges(false).ok());
+    std::vector<std::thread> threads;
+    std::atomic<int> lost{0};
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 200; ++i) {
+                const EditPtr edit(cookies[static_cast<std::size_t>((t + i) % 4)]);
+                const EditPtr copy(edit);
+                lost += !edit || copy->getNumChans() != 3;
+                if (i % 50 == 0)
+                    edit->setConfig("scene", i);
+            }
+        });
+    threads.emplace_back([&] {
+        for (int i = 0; i < 20; ++i)
+            lost += !manager().flushChanges(false).ok();
+    });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(lost, 0);
+    ASSERT_TRUE(manager().flushChanges(false).ok());
+    EXPECT_THAT(manager().getAllEdits(), testing::SizeIs(4));
+}
+
+} // namespace

@@ -1,0 +1,192 @@
+#include "StoreFixture.h"
+
+#include <random>
+
+using namespace cutroom;
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kSteps = 800;
+#else
+constexpr int kSteps = 10000;
+#endif
+
+class EditUndoTest : public cutroom::test::StoreFixture {
+protected:
+    // One random change of anything that an edit holds.
+    void change(const EditPtr& edit, std::mt19937& random) {
+        const auto number = [&](int below) {
+            return static_cast<int>(random() % static_cast<unsigned>(below));
+        };
+        const auto channels = edit->getChans();
+        const IdStamp channel =
+            channels[static_cast<std::size_t>(number(static_cast<int>(channels.size())))];
+        const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
+        const Flicks at = (number(100) - 10) * 1000;
+        const Flicks length = (number(20) + 1) * 1000;
+        const TimeRange range(toSeconds(at), toSeconds(at + length));
+        CelSegment segment;
+        segment.start = at;
+        segment.end = at + length;
+        segment.material = Cookie('E', static_cast<std::uint64_t>(number(5)));
+        segment.detail.name = std::to_wstring(number(30));
+        switch (number(16)) {
+        case 0:
+            EXPECT_TRUE(cel->lift(range).ok());
+            break;
+        case 1:
+            EXPECT_TRUE(cel->remove(range).ok());
+            break;
+        case 2:
+            EXPECT_TRUE(cel->insertGap(at, length).ok());
+            break;
+        case 3:
+            EXPECT_TRUE(cel->slide(toSeconds(at / 10)).ok());
+            break;
+        case 4:
+            EXPECT_TRUE(cel->overwriteFrom(*video(edit), at, at + length, 0).ok());
+            break;
+        case 5:
+            edit->setName(segment.detail.name);
+            break;
+        case 6:
+            edit->addCue(Cue(toSeconds(at), segment.detail.name));
+            break;
+        case 7:
+            edit->setCues(CueList());
+            break;
+        case 8:
+            edit->setConfig("scene", number(9));
+            break;
+        case 9:
+            edit->setConfig("BACKUP_CURRENT", number(9));
+            break;
+        case 10:
+            channels.size() < 9 ? (void)edit->addChan(kChanAudio)
+                                : (void)edit->removeChan(channels.back(), false);
+            break;
+        case 11:
+            edit->setAudioMix(
+                Kv::makePtr<Aud::SimpleMixState>(static_cast<std::size_t>(number(3))));
+            break;
+        case 12:
+            edit->groupChannels({channels.front(), channels.back()}, number(2) == 0);
+            break;
+        case 13:
+            edit->setEffectGraph({IdStamp(1, 2, static_cast<std::uint32_t>(number(4))),
+                                  "effect",
+                                  segment.detail.name,
+                                  {},
+                                  at,
+                                  at,
+                                  {},
+                                  false});
+            break;
+        case 14:
+            edit->setVideoMetadata(std::to_string(number(20)));
+            break;
+        default:
+            EXPECT_TRUE(cel->overwrite(segment).ok());
+        }
+        if (cel->numSegments() > 60)
+            cel->clear();
+    }
+};
+
+TEST_F(EditUndoTest, undoAllAndRedoAllRestoreEveryState) {
+    const EditPtr edit = fresh();
+    std::mt19937 random(7);
+    std::vector<std::string> states;
+    for (int step = 0; step < kSteps; ++step) {
+        if (states.size() == EditManager::kMaxSteps) {
+            for (auto state = states.rbegin(); state != states.rend(); ++state) {
+                ASSERT_TRUE(manager().undo(edit));
+                ASSERT_EQ(edit->canonicalContents(), *state);
+            }
+            ASSERT_FALSE(manager().undo(edit));
+            for (std::size_t i = 1; i < states.size(); ++i) {
+                ASSERT_TRUE(manager().redo(edit));
+                ASSERT_EQ(edit->canonicalContents(), states[i]);
+            }
+            ASSERT_TRUE(manager().redo(edit));
+            ASSERT_FALSE(manager().canRedo(edit));
+            states.clear();
+            while (manager().undo(edit)) {
+            }
+        }
+        manager().makeBackup(edit, "step");
+        states.push_back(edit->canonicalContents());
+        const std::uint64_t before = edit->changeCount();
+        while (edit->changeCount() == before)
+            change(edit, random);
+        ASSERT_EQ(edit->checkConsistency(), "") << "step " << step;
+    }
+}
+
+TEST_F(EditUndoTest, viewStateStaysOutside) {
+    const EditPtr edit = fresh();
+    manager().makeBackup(edit);
+    edit->setConfig("BACKUP_CURRENT", 7.0);
+    edit->setConfig("stripv_zoom", "2");
+    edit->setConfig("scene", "4");
+    EXPECT_TRUE(manager().undo(edit));
+    EXPECT_EQ(edit->getStoredCurrentTime(), 7.0);
+    EXPECT_EQ(edit->getConfig("stripv_zoom"), "2");
+    EXPECT_FALSE(edit->getConfig("scene"));
+}
+
+TEST_F(EditUndoTest, listsStayTheSameObjectsAndHandlesEnd) {
+    const EditPtr edit = fresh();
+    const IdStamp first = edit->getId(0);
+    const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(first);
+    manager().makeBackup(edit);
+    lay(edit, 1, 2, 3);
+    const IdStamp added = edit->addChan(kChanVideo);
+    const Kv::Ptr<Cel> addedCel = edit->get_edit_cel_p(added);
+    const ce_handle handle(*cel, 1);
+    ASSERT_TRUE(manager().undo(edit));
+    EXPECT_EQ(edit->get_edit_cel_p(first), cel);
+    EXPECT_EQ(cel->numSegments(), 1u);
+    EXPECT_FALSE(handle.valid());
+    EXPECT_FALSE(edit->isValidChan(added));
+    const std::uint64_t changes = edit->changeCount();
+    addedCel->setFlags(3);
+    EXPECT_EQ(edit->changeCount(), changes) << "the list that went is no part of the edit";
+}
+
+TEST_F(EditUndoTest, aNewStepEndsWhatCouldBeRedone) {
+    const EditPtr edit = fresh();
+    for (const wchar_t* name : {L"a", L"b", L"c"}) {
+        manager().makeBackup(edit, toUtf8(name));
+        edit->setName(name);
+    }
+    ASSERT_TRUE(manager().undo(edit));
+    ASSERT_TRUE(manager().undo(edit));
+    EXPECT_EQ(edit->getName(), L"a");
+    const auto history = manager().getHistory(edit);
+    ASSERT_EQ(history.size(), 3u);
+    EXPECT_EQ(history[0].description, "a");
+    EXPECT_FALSE(history[0].undone);
+    EXPECT_TRUE(history[1].undone);
+    manager().makeBackup(edit, "d");
+    manager().makeBackup(edit, "e"); // nothing has changed: the same step
+    EXPECT_FALSE(manager().canRedo(edit));
+    EXPECT_EQ(manager().getHistory(edit).back().description, "e");
+    EXPECT_EQ(manager().getHistory(edit).size(), 2u);
+}
+
+TEST_F(EditUndoTest, stepsBeyondTheLimitGo) {
+    const EditPtr edit = fresh();
+    for (std::size_t i = 0; i < EditManager::kMaxSteps + 5; ++i) {
+        manager().makeBackup(edit);
+        edit->setName(std::to_wstring(i));
+    }
+    std::size_t undone = 0;
+    while (manager().undo(edit))
+        ++undone;
+    EXPECT_EQ(undone, EditManager::kMaxSteps);
+    EXPECT_EQ(edit->getName(), L"4");
+}
+
+} // namespace
