@@ -1,10 +1,11 @@
-// Uses what the package gives: values, counted objects, an interface that the program implements
-// and the library calls, and casts across the library's boundary.
+// Uses what the package gives: values, counted objects, notification, an interface that the program
+// implements and the library calls, and casts across the library's boundary.
 
 #include "platform/base/Cookie.h"
 #include "platform/base/Log.h"
 #include "platform/base/Ptr.h"
 #include "platform/base/Version.h"
+#include "vob/notify/ValServer.h"
 
 #include <cstdio>
 #include <string>
@@ -65,11 +66,31 @@ void useInterfaces() {
     expect(sink.heard == "3 cuts", "the log did not reach the installed sink");
 }
 
+void useNotification() {
+    double heard = 0;
+    ValServer<double> server(1.0);
+    Kv::Ptr<Guard> guard = server.registerNotification(
+        makeCallback<NotifierEvent<double>>(
+            [&heard](const NotifierEvent<double>& event) { heard = event.getValue(); }),
+        ValServerBase::valChangedMsgType);
+    server = 2.5;
+    expect(heard == 2.5, "a change was not told");
+    guard.reset();
+    server = 4.0;
+    expect(heard == 2.5, "a dropped guard still listens");
+
+    NotifierBase* base = &server; // its type information lies in the library
+    expect(dynamic_cast<ValServer<double>*>(base) == &server, "no way down to the server");
+    expect(dynamic_cast<ValServerBase*>(base) != nullptr, "no way across to its other base");
+    expect(dynamic_cast<ValServer<bool>*>(base) == nullptr, "a server of another type passed");
+}
+
 } // namespace
 
 int main() {
     useValues();
     useCountedObjects();
+    useNotification();
     useInterfaces();
     std::printf("consumer: cutroom %s, %d faults\n", cutroom::version(), faults);
     return faults == 0 ? 0 : 1;
