@@ -1,12 +1,14 @@
 // `NotifierEvent<T>`: the record handed to the listeners of a published value.
 #pragma once
 
+#include "platform/base/Export.h"
+
 #include <utility>
 
 class NotifierBase;
 
 // The message type, the value, and who tells it. A value.
-template <class T> class NotifierEvent {
+template <class T> class CUTROOM_API NotifierEvent {
 public:
     NotifierEvent() = default;
     NotifierEvent(int msgType, T value, const NotifierBase* sender)

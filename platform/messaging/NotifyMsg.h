@@ -9,7 +9,7 @@
 
 // A type, a text, and an object that is either shared (kept alive by the message) or only pointed
 // to (valid while the message is told). A value.
-class NotifyMsg {
+class CUTROOM_API NotifyMsg {
 public:
     NotifyMsg() = default;
     explicit NotifyMsg(LightweightString<char> text) : text_(std::move(text)) {}
