@@ -124,9 +124,7 @@ std::int64_t FrameRate::flicksToFrameFloor(Flicks time) const noexcept {
     const std::int64_t frame = held(floorDivide(Wide{time} * num_, Wide{den_} * kFlicksPerSecond));
     const bool nextBegun =
         frame < std::numeric_limits<std::int64_t>::max() && frameToFlicks(frame + 1) <= time;
-    if (nextBegun)
-        return frame + 1;
-    return frameToFlicks(frame) > time ? frame - 1 : frame;
+    return nextBegun ? frame + 1 : frame;
 }
 
 std::int64_t FrameRate::flicksToFrameNearest(Flicks time) const noexcept {

@@ -77,6 +77,27 @@ TEST(NotifierThreads, TwoTellingsThatEndEachOthersListenersDoNotStop) {
     }
 }
 
+// A registration that another thread ended leaves its callback whole for as long as it runs.
+TEST(NotifierThreads, ACallbackEndedElsewhereLivesUntilItsTellingEnds) {
+    Notifier notifier;
+    Notifier elsewhere;
+    const auto token = std::make_shared<int>(0);
+    Kv::Ptr<Guard> ended;
+    Kv::Ptr<Guard> added;
+    const Kv::Ptr<Guard> dropping =
+        elsewhere.registerNotification(makeCallback<NotifyMsg>([&](auto&) { ended.reset(); }), 1);
+    ended = notifier.registerNotification(
+        makeCallback<NotifyMsg>([&, token](auto&) {
+            std::thread([&] { elsewhere.call(NotifyMsg(), 1); }).join();
+            added = notifier.registerNotification(makeCallback<NotifyMsg>([](auto&) {}), 1);
+            EXPECT_EQ(token.use_count(), 2);
+            EXPECT_EQ(notifier.numListeners(), 1u);
+        }),
+        1);
+    notifier.call(NotifyMsg(), 1);
+    EXPECT_EQ(token.use_count(), 1);
+}
+
 TEST(NotifierThreads, GuardsMayGoWhileTheirNotifierGoes) {
     const int rounds = static_cast<int>(cutroom::test::rounds(300, 30'000));
     const auto token = std::make_shared<int>(0);
