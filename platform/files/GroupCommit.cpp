@@ -1,5 +1,6 @@
 #include "platform/files/GroupCommit.h"
 
+#include "platform/base/Locks.h"
 #include "platform/base/Log.h"
 #include "platform/files/CheckedFile.h"
 #include "platform/files/CommitManifest.h"
@@ -195,17 +196,22 @@ std::size_t GroupCommit::size() const noexcept { return state_->changes.size(); 
 Status GroupCommit::commit() {
     if (state_->changes.empty())
         return {};
+    static CriticalSection oneAtATime;
+    CriticalSection::Lock lock(oneAtATime);
     iFileSystem& files = fileSystem();
     Recovery earlier;
     Status status = completeDecided(files, state_->root, earlier);
     if (!earlier.damaged.empty())
         LogBoth("%s: damaged, moved aside\n", earlier.damaged.c_str());
-    if (status.ok())
+    const bool free = status.ok();
+    if (free)
         status = state_->decide(files);
     if (!status) {
-        // A manifest that may have come to stand stands for nothing without what it names.
+        // A manifest of this group that may have come to stand stands for nothing without what it
+        // names; one of an earlier group stays.
         discardAll(files, state_->root, state_->changes);
-        (void)removeManifest(files, state_->root);
+        if (free)
+            (void)removeManifest(files, state_->root);
         state_->clear();
         return status;
     }

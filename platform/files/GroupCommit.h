@@ -19,7 +19,7 @@
 namespace cutroom {
 
 // One group of changes below one root folder. Used by one thread, by the process that holds the
-// folder's lock; one group at a time commits in a root.
+// folder's lock; groups of several threads commit one after the other.
 class CUTROOM_API GroupCommit {
 public:
     // What `recover` found.

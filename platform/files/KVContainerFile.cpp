@@ -84,26 +84,67 @@ void KVContainerFile::Writer::addAttribute(std::string_view name, std::string_vi
 }
 
 void KVContainerFile::Writer::keepUnknown(const Reader& older) {
-    for (const cutroom::RecordFile::Attribute& one : older.table_.properties())
-        if (!table_.property(one.name))
-            table_.setProperty(one.name, one.text);
-    for (const cutroom::RecordFile::Attribute& one : older.table_.attributes())
-        if (!table_.attribute(one.name))
-            table_.setAttribute(one.name, one.text);
+    older_ = &older;
+    const std::vector<cutroom::RecordFile::Field>& fields = older.table_.fields();
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        if (table_.findField(fields[i].name) < 0)
+            keptFields_.push_back(
+                {static_cast<int>(i), table_.addField(fields[i].name, fields[i].type)});
+    if (keptFields_.empty())
+        return;
+    for (std::size_t item = 0; item < older.getNumItems(); ++item)
+        olderItems_.try_emplace(older.getText(item, 0), item);
 }
 
 void KVContainerFile::Writer::addItem(std::string_view text) {
+    finishItem();
     table_.addRecord();
     table_.setText(0, text);
 }
 
-Status KVContainerFile::Writer::save(const LightweightString<wchar_t>& fileName) const {
+// The kept fields come after all described ones, so they are set when an item is complete.
+void KVContainerFile::Writer::finishItem() {
+    if (keptFields_.empty() || table_.size() == 0)
+        return;
+    const auto item = olderItems_.find(table_.text(table_.size() - 1, 0));
+    if (item == olderItems_.end())
+        return;
+    const cutroom::RecordFile& older = older_->table_;
+    for (const Kept& field : keptFields_) {
+        if (!older.has(item->second, field.from))
+            continue;
+        const auto index = static_cast<std::size_t>(field.from);
+        if (older.fields()[index].type == cutroom::kDoubleField)
+            table_.setDouble(field.to, older.number(item->second, field.from));
+        else
+            table_.setText(field.to, older.text(item->second, field.from));
+    }
+}
+
+void KVContainerFile::Writer::finish() {
+    finishItem();
+    if (!older_)
+        return;
+    for (const cutroom::RecordFile::Attribute& one : older_->table_.properties())
+        if (!table_.property(one.name))
+            table_.setProperty(one.name, one.text);
+    for (const cutroom::RecordFile::Attribute& one : older_->table_.attributes())
+        if (!table_.attribute(one.name))
+            table_.setAttribute(one.name, one.text);
+    olderItems_.clear(); // the last item is complete
+}
+
+Status KVContainerFile::Writer::save(const LightweightString<wchar_t>& fileName) {
     const Result<std::string> path = cutroom::narrowPath(fileName);
     return path ? save(*path) : path.status();
 }
 
-Status KVContainerFile::Writer::save(const std::string& fileName) const {
+Status KVContainerFile::Writer::save(const std::string& fileName) {
+    finish();
     return table_.save(fileName, kContainerKind);
 }
 
-std::string KVContainerFile::Writer::bytes() const { return table_.bytes(kContainerKind); }
+std::string KVContainerFile::Writer::bytes() {
+    finish();
+    return table_.bytes(kContainerKind);
+}

@@ -7,6 +7,8 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 class CUTROOM_API KVContainerFile {
 public:
@@ -73,8 +75,10 @@ public:
         void setPermanent(bool permanent);
         // A later text for the same name replaces the earlier one.
         void addAttribute(std::string_view name, std::string_view text);
-        // Takes over the attributes that `older` has and this writer was not given so far: called
-        // last, so that those of a later version survive being saved by this one.
+        // Keeps what `older` has and this writer is not given by the time of `save`: attributes and
+        // properties, and of an item with the same text in field 0 the fields that are not
+        // described here. So what a later version wrote survives being saved by this one. Called
+        // before the first item; `older` must live as long as the writer.
         void keepUnknown(const Reader& older);
 
         // Begins an item whose field 0 is `text`.
@@ -85,13 +89,23 @@ public:
         void reserve(std::size_t items) { table_.reserve(items, items * 64); }
 
         // Writes crash-safely; the failure names the file.
-        cutroom::Status save(const LightweightString<wchar_t>& fileName) const;
-        cutroom::Status save(const std::string& fileName) const;
+        cutroom::Status save(const LightweightString<wchar_t>& fileName);
+        cutroom::Status save(const std::string& fileName);
         // The bytes that `save` writes, for a group commit.
-        std::string bytes() const;
+        std::string bytes();
 
     private:
+        struct Kept {
+            int from; // field of the older file
+            int to;   // field here
+        };
+        void finish();
+        void finishItem();
+
         cutroom::RecordFile table_;
+        const Reader* older_ = nullptr;
+        std::vector<Kept> keptFields_;
+        std::unordered_map<std::string_view, std::size_t> olderItems_; // by field 0
     };
 };
 

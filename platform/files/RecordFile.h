@@ -67,6 +67,8 @@ public:
     void clearRecords() noexcept;
     void reserve(std::size_t records, std::size_t bytes);
 
+    // Tells whether a record has the field.
+    bool has(std::size_t record, int field) const noexcept { return locate(record, field); }
     // A field of a record; `otherwise` when it is absent, of another type, or there is no such
     // record or field. Views live until the table changes.
     std::string_view text(std::size_t record, int field,

@@ -118,6 +118,38 @@ TEST(GroupCommit, DoesNotPutBackWhatWasWrittenAfterTheDecision) {
     EXPECT_EQ(withoutBackups(disk), (FileMap{{"/p/a", "a2"}, {"/p/new", "n2"}}));
 }
 
+TEST(GroupCommit, ThatCannotCompleteAnEarlierOneLeavesItDecided) {
+    PowerCutDisk disk;
+    FaultyFiles faulty(disk);
+    const Installed installed(faulty);
+    ASSERT_TRUE(writeFile("/p/a", "a0").ok());
+    for (long at = 0; !GroupCommit::pending("/p"); ++at) {
+        GroupCommit group("/p");
+        faulty.arm(at, FaultyFiles::Span::sameForEver);
+        (void)group.write("a", "a1");
+        (void)group.commit();
+        faulty.disarm();
+    }
+    const PowerCutDisk decided = disk;
+    int failed = 0;
+    for (long at = 0, struck = 1; struck; ++at) {
+        disk = decided;
+        GroupCommit second("/p");
+        ASSERT_TRUE(second.write("b", "b1").ok());
+        faulty.arm(at, FaultyFiles::Span::once, "Input/output error");
+        const bool saved = second.commit().ok();
+        struck = faulty.struck();
+        faulty.disarm();
+        ASSERT_TRUE(GroupCommit::recover("/p").ok());
+        const FileMap files = withoutBackups(disk);
+        EXPECT_EQ(files.at("/p/a"), "a1") << at;
+        EXPECT_EQ(files.size(), files.contains("/p/b") ? 2u : 1u) << at;
+        EXPECT_TRUE(!saved || files.contains("/p/b")) << at;
+        failed += saved ? 0 : 1;
+    }
+    EXPECT_GT(failed, 20);
+}
+
 TEST(GroupCommit, MovesADamagedOrForeignManifestAside) {
     ByteWriter outside; // well-formed, but of a file outside the root
     outside.varint(1);

@@ -181,20 +181,42 @@ TEST(ContainerFile, OfTheFirstVersionStillLoads) {
     EXPECT_EQ(sampleWriter().bytes(), readFile(path).value());
 }
 
-TEST(ContainerFile, KeepsAttributesThatTheWriterDoesNotKnow) {
+TEST(ContainerFile, KeepsWhatTheWriterDoesNotKnow) {
+    constexpr KVContainerFile::ItemField kLaterFields[] = {
+        {"Cookie", 'a'}, {"Colour", 'z'}, {"Time", 'f'}, {"Weight", 'f'}, {nullptr, 0}};
     const TempFolder folder;
-    ASSERT_TRUE(sampleWriter().save(folder / "old").ok());
-    const KVContainerFile::Reader old(folder / "old");
+    KVContainerFile::Writer later(kLaterFields);
+    later.setPermanent(true);
+    later.addAttribute("Size", "(9,9)");
+    later.addAttribute("Mood", "blue");
+    for (const char* cookie : {"E1", "E2", "E3"}) {
+        later.addItem(cookie);
+        later.setField(1, std::string("colour of ") + cookie);
+        later.setField(2, 1.0);
+    }
+    later.setField(3, 2.5);
+    ASSERT_TRUE(later.save(folder / "bin").ok());
+
+    const KVContainerFile::Reader old(folder / "bin");
     KVContainerFile::Writer writer(kFields);
-    writer.setName("new");
-    writer.addAttribute("Size", "(1,2)");
     writer.keepUnknown(old);
-    ASSERT_TRUE(writer.save(folder / "new").ok());
-    const KVContainerFile::Reader reader(folder / "new");
-    EXPECT_EQ(reader.getName(), "new");
+    writer.addAttribute("Size", "(1,2)");
+    for (const char* cookie : {"E3", "E4", "E1"}) {
+        writer.addItem(cookie);
+        writer.setField(2, 7.0);
+    }
+    ASSERT_TRUE(writer.save(folder / "bin").ok());
+    const KVContainerFile::Reader reader(folder / "bin");
+    EXPECT_TRUE(reader.getPermanent());
     EXPECT_EQ(reader.getAttribute("Size"), "(1,2)");
-    EXPECT_EQ(reader.getAttribute("odd \\name"), " text\n\\n ");
-    EXPECT_EQ(reader.getNumItems(), 0u);
+    EXPECT_EQ(reader.getAttribute("Mood"), "blue");
+    const int colour = reader.getFieldIndex("Colour");
+    EXPECT_EQ(reader.getText(0, colour), "colour of E3");
+    EXPECT_EQ(reader.getDouble(0, reader.getFieldIndex("Weight")), 2.5);
+    EXPECT_EQ(reader.getDouble(0, reader.getFieldIndex("Time")), 7.0);
+    EXPECT_EQ(reader.getText(1, colour, "none"), "none");
+    EXPECT_EQ(reader.getText(2, colour), "colour of E1");
+    EXPECT_EQ(writer.bytes(), readFile(folder / "bin").value());
 }
 
 TEST(ContainerFile, ThatCannotBeReadAnswersAsEmpty) {
