@@ -423,6 +423,8 @@ private:
     VobModification takeDescription(const EditModifications& editChanges,
                                     const VobModification& change);
     bool holdsBackupRole() const;
+    // Whatever the role; not without edit.
+    void storeViewState();
     void storeChannelBackup(const IdStamp& channel);
     void restoreChannelBackup(const IdStamp& channel);
 

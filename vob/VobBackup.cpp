@@ -77,8 +77,11 @@ bool Vob::holdsBackupRole() const {
 }
 
 void Vob::storeBackupDetails() {
-    if (!edit_ || !holdsBackupRole())
-        return;
+    if (edit_ && holdsBackupRole())
+        storeViewState();
+}
+
+void Vob::storeViewState() {
     edit_->setConfig(kCurrent, getCurrentTime());
     edit_->setConfig(kMark1, cutroom::toText(module_.getMark(In)));
     edit_->setConfig(kMark2, cutroom::toText(module_.getMark(Out)));

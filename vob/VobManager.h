@@ -16,7 +16,6 @@
 #include "vob/VobClient.h"
 #include "vob/VobModification.h"
 
-#include <map>
 #include <vector>
 
 class CUTROOM_API VobManager : public Notifier {
@@ -38,10 +37,11 @@ public:
     VobPtr createVob(const Cookie& edit, LightweightString<char> groupId = {});
     VobPtr createVob(const EditPtr& edit, LightweightString<char> groupId = {});
     // Attaches the client to the Vob of group `groupId` that views `edit`, else (with an empty id)
-    // to the first Vob that views it, else to a new one. Gives the Vob; empty, and nothing made,
-    // for a null client.
+    // to the first Vob that views it, else to a new one. Gives the Vob: the present one, and
+    // nothing is made, of a client that has one; empty for a null client.
     VobPtr create(VobClient* client, const Cookie& edit, LightweightString<char> groupId = {});
-    // Attaches the client to `vob`, or to a new Vob on a new empty edit when that is empty.
+    // Attaches the client to `vob`, or to a new Vob on a new empty edit when that is empty. Gives
+    // the Vob as above.
     VobPtr create(VobClient* client, const VobPtr& vob);
     // In the order of creation.
     const VobVec& getAllVobs() const noexcept { return vobs_; }
@@ -65,7 +65,9 @@ public:
     // Takes a Vob out; false while it has clients and `force` is not set. Its view is saved in the
     // edit when no other Vob views it; it loses its roles.
     bool closeVob(VobPtr vob, bool force);
-    // Destroys the managed clients of a Vob. False when that leaves clients.
+    // Deletes the managed clients of a Vob. False when that leaves clients. At the project's exit
+    // all clients that are still attached are deleted in the end: makers that keep clients as
+    // values or by `unique_ptr` detach them before.
     bool destroyManagedClients(const VobPtr& vob);
 
     // --- clients -------------------------------------------------------------------------------
@@ -79,9 +81,9 @@ public:
     void close(VobClient* client, bool destroy);
     // Detaches the clients that the client manages, then the client.
     void closeInternal(VobClient* client);
-    // Moves a client, with those that it manages. `moveToNewVob` makes the Vob, on the same edit;
-    // with `keepModule` through the same module, with `sameGroup` in the same group. It gives the
-    // new Vob; empty for an unattached client.
+    // Moves a client, with those that it manages; the Vob that it leaves closes as with `close`.
+    // `moveToNewVob` makes the Vob, on the same edit; with `keepModule` through the same module,
+    // with `sameGroup` in the same group. It gives the new Vob; empty for an unattached client.
     void moveToVob(VobClient* client, VobPtr vob);
     VobPtr moveToNewVob(VobClient* client, bool keepModule, bool sameGroup);
 
@@ -106,12 +108,14 @@ public:
     bool isPlayMachineAssignmentValid() const;
     // Gives the record role to a Vob on an edit of log type 2, taking over a lock of another user.
     void autoEnableRecordStatus(Vob* vob);
-    // The messages told of roles: text is the Vob's edit cookie, pointer the Vob (may be null).
+    // The messages told of roles: the text is the Vob's edit cookie, the object the Vob (none when
+    // nobody has the role).
     int focusChangedMsgType() const noexcept { return focusChanged_; }
     int sourceChangedMsgType() const noexcept { return sourceChanged_; }
     int recordChangedMsgType() const noexcept { return recordChanged_; }
 
     // --- sticky clients: they follow a role from Vob to Vob ------------------------------------
+    // Unattached while nobody has the role. The Vob that they leave stays open.
     void addStickyClient(VobClient* client, eSignificantViewType role);
     void removeStickyClient(VobClient* client);
     void removeStickyClient(VobClient* client, eSignificantViewType role);
@@ -135,6 +139,9 @@ public:
 
 private:
     friend class cutroom::ProcessSingleton<VobManager>;
+    friend class VobClient;
+    // Null while there is none.
+    static VobManager* existing() noexcept;
     VobManager();
     ~VobManager() override;
 
@@ -144,9 +151,18 @@ private:
     };
 
     VobPtr append(VobPtr vob);
+    bool isOpen(const Vob& vob) const;
+    static void detach(Vob& vob, VobClient* client);
+    void closeIfAbandoned(const VobPtr& vob);
+    bool isSticky(const VobClient* client, eSignificantViewType role) const;
     bool isRoleChangeAllowed(Vob* vob, Vob::eStatus status) const;
     void issueRoleMessage(int msgType, Vob* vob);
     static void moveStatus(const VobPtr& from, Vob* to, Vob::eStatus status);
+    void becomeSource(const VobPtr& vob, bool tell);
+    void loseRecord(const VobPtr& vob, bool tell);
+    void becomeRecord(const VobPtr& vob, bool tell);
+    void clearPlayMachine();
+    void registerWithEditManager();
     void informEditAlteredInternal(const Cookie& edit, const EditModifications& editChanges,
                                    const VobModification& change);
     static bool editModificationFilter(const NotifyMsg& message);
