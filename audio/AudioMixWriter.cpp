@@ -1,7 +1,7 @@
 #include "audio/AudioMixWriter.h"
 
-#include "audio/AudioIO.h"
 #include "platform/files/KvIniFile.h"
+#include "platform/store/AudIO.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditModifications.h"
 

@@ -36,8 +36,11 @@ void label(Session& session, SessionWords& words) {
             format.rate = *parsed;
         }
     }
-    const auto frame =
-        start.find(':') != start.npos ? parseTimecode(start, format) : parseInt(start);
+    std::optional<long long> frame;
+    if (start.find(':') == start.npos)
+        frame = parseInt(start);
+    else if (const auto parsed = parseTimecode(start, format))
+        frame = *parsed;
     if (!frame)
         refuse(StatusCode::wrongUsage, start, "no place that such a label can show");
     session.editForChange()->addLabel(EditLabel(type, roll, format, *frame));

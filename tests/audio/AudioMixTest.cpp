@@ -1,9 +1,9 @@
 // Reading and writing the mix of an edit, and what is told of it.
-#include "audio/AudioIO.h"
 #include "audio/AudioMixReader.h"
 #include "audio/AudioMixWriter.h"
 #include "platform/files/KvIniFile.h"
 #include "platform/project/CurrentProject.h"
+#include "platform/store/AudIO.h"
 #include "tests/support/Edits.h"
 #include "tests/support/TempFolder.h"
 
