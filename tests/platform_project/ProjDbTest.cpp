@@ -10,6 +10,7 @@
 #include <limits>
 #include <map>
 #include <random>
+#include <thread>
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -223,6 +224,29 @@ TEST_F(ProjDbTest, closesTheGapsOfManyRemovals) {
     EXPECT_THAT(quickly("clip 299"), testing::SizeIs(10));
     EXPECT_TRUE(projdb::isPresent(edit(2995)));
     EXPECT_EQ(projdb::find(edit(2995))->name(), "clip 2995");
+}
+
+TEST_F(ProjDbTest, servesManyThreadsAtOnce) {
+    constexpr std::uint64_t kEach = 60;
+    listen();
+    std::vector<std::thread> threads;
+    for (std::uint64_t t = 0; t < 4; ++t)
+        threads.emplace_back([t] {
+            const ProjDbModificationCoalescer batch;
+            for (std::uint64_t i = 0; i < kEach; ++i) {
+                EXPECT_TRUE(projdb::put(record(t * kEach + i, "thread")).ok());
+                EXPECT_TRUE(projdb::isPresent(edit(t * kEach + i)));
+                if (i % 20 == 0) {
+                    EXPECT_THAT(quickly("thread"), testing::Contains(t * kEach));
+                    projdb::forEach(
+                        [](const projdb::Record& one) { return one.name() == "thread"; });
+                }
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(projdb::count(), 4 * kEach);
+    EXPECT_THAT(told_, testing::Not(IsEmpty()));
 }
 
 // --- crashes, failures, damage -----------------------------------------------------------------
