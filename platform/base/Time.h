@@ -21,12 +21,12 @@ using Flicks = std::int64_t;
 
 inline constexpr Flicks kFlicksPerSecond = 705'600'000;
 // The largest distance from 0 that the store accepts: about 100 years.
-inline constexpr Flicks kMaxFlicks = kFlicksPerSecond * 86'400 * 366 * 100;
+inline constexpr Flicks kMaxSeconds = Flicks{86'400} * 366 * 100;
+inline constexpr Flicks kMaxFlicks = kFlicksPerSecond * kMaxSeconds;
 
 // Tells whether `seconds` is finite and within the store's range.
 inline bool isStorableTime(double seconds) noexcept {
-    return std::isfinite(seconds) &&
-           std::fabs(seconds) <= static_cast<double>(kMaxFlicks / kFlicksPerSecond);
+    return std::isfinite(seconds) && std::fabs(seconds) <= static_cast<double>(kMaxSeconds);
 }
 // The nearest flick. `seconds` must be storable.
 inline Flicks toFlicks(double seconds) noexcept {

@@ -23,7 +23,8 @@ constexpr int kType = 7;
 class NotifierTest : public testing::Test {
 protected:
     // A listener that writes its name and the text, then does `then`.
-    Kv::Ptr<Guard> listen(std::string name, std::function<void()> then = {}, int type = kType) {
+    Kv::Ptr<Guard> listen(const std::string& name, const std::function<void()>& then = {},
+                          int type = kType) {
         return notifier->registerNotification(
             makeCallback<NotifyMsg>([this, name, then](const NotifyMsg& message) {
                 heard.push_back(name + message.getText());
@@ -191,6 +192,7 @@ TEST_P(Runaway, IsCutOffWithOneLineOfLog) {
     Notifier notifier;
     std::size_t calls = 0;
     std::vector<Kv::Ptr<Guard>> guards;
+    guards.reserve(static_cast<std::size_t>(GetParam().listeners) + 1);
     for (int i = 0; i < GetParam().listeners; ++i)
         guards.push_back(notifier.registerNotification(makeCallback<NotifyMsg>([&](auto&) {
                                                            ++calls;

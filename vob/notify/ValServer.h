@@ -49,8 +49,9 @@ public:
 
     // Tells a copy of the event, stamped with `msgType`, to every listener of that type.
     void issueNotification(const NotifierEvent<T>& event, int msgType) override;
-    // Both give `updateAndNotify` the new value, whatever it answers.
-    virtual ValServer& operator=(const ValServer& other);
+    // Both give `updateAndNotify` the new value, whatever it answers; a server assigned to itself
+    // tells its value again.
+    virtual ValServer& operator=(const ValServer& other); // NOLINT(*-unhandled-self-assignment)
     virtual ValServer& operator=(const T& value);
     // Compares the values.
     virtual bool operator==(const ValServer& other) const { return value_ == other.value_; }
@@ -91,6 +92,7 @@ void ValServer<T>::issueNotification(const NotifierEvent<T>& event, int msgType)
     this->call(event, msgType);
 }
 
+// NOLINTNEXTLINE(*-unhandled-self-assignment)
 template <class T> ValServer<T>& ValServer<T>::operator=(const ValServer& other) {
     updateAndNotify(other.value_);
     return *this;
