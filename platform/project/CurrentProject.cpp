@@ -48,7 +48,7 @@ Status CurrentProject::setDefaults(const ProjectDefaults& defaults) {
 }
 
 std::vector<LogAttribute> CurrentProject::getCustomAttributes() {
-    return OpenProject::instance().file().customAttributes;
+    return OpenProject::instance().customAttributes();
 }
 
 Result<LogAttribute>

@@ -276,6 +276,11 @@ Cookie OpenProject::cookie() const {
     return file_.id;
 }
 
+std::vector<LogAttribute> OpenProject::customAttributes() const {
+    CriticalSection::Lock lock(lock_);
+    return file_.customAttributes;
+}
+
 std::string OpenProject::folder() const {
     CriticalSection::Lock lock(lock_);
     return folder_;

@@ -32,6 +32,7 @@ public:
     bool isExiting() const noexcept { return exiting_.load(std::memory_order_acquire); }
     ProjectFile file() const;
     Cookie cookie() const;
+    std::vector<LogAttribute> customAttributes() const;
     std::string folder() const;
     std::vector<Status> warnings() const;
 

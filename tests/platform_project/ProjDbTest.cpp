@@ -273,6 +273,33 @@ TEST_F(ProjDbTest, keepsWhatWasCommittedWhenTheProcessDies) {
     }
 }
 
+TEST_F(ProjDbTest, isReadBesideAProcessThatWrites) {
+    ASSERT_TRUE(CurrentProject::close().ok());
+    int ready[2];
+    int done[2];
+    ASSERT_TRUE(pipe(ready) == 0 && pipe(done) == 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        char byte = CurrentProject::open(folder()).ok() && projdb::put(record(1, "live")).ok();
+        bool fine = write(ready[1], &byte, 1) == 1 && read(done[0], &byte, 1) == 1;
+        fine = fine && projdb::put(record(2, "after")).ok() && CurrentProject::close().ok();
+        _exit(fine ? 0 : 1);
+    }
+    char byte = 0;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    ASSERT_EQ(byte, 1);
+    EXPECT_EQ(CurrentProject::open(folder()).code(), StatusCode::locked);
+    ASSERT_TRUE(CurrentProject::open(folder(), Access::readOnly).ok());
+    EXPECT_THAT(CurrentProject::getWarnings(), IsEmpty());
+    EXPECT_EQ(projdb::find(edit(1))->name(), "live");
+    EXPECT_EQ(write(done[1], &byte, 1), 1);
+    int outcome = -1;
+    EXPECT_EQ(waitpid(child, &outcome, 0), child);
+    EXPECT_EQ(outcome, 0) << "a reader holds up no writer";
+    for (const int end : {ready[0], ready[1], done[0], done[1]})
+        close(end);
+}
+
 // No file grows beyond `bytes` while it lives.
 class FullDisk {
 public:
