@@ -3,7 +3,6 @@
 #include "platform/store/CelStorage.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 using cutroom::append;
 using cutroom::blackPair;
@@ -48,25 +47,6 @@ std::vector<ChannelEvent> piecesOf(const CelStorage& list, Flicks from, Flicks t
     for (ChannelEvent& event : pieces)
         event.time += by;
     return pieces;
-}
-
-// Gives events that come from `source` the numbers that their details have in `target`.
-void adoptDetails(std::vector<ChannelEvent>& events, const CelStorage& source, CelStorage& target) {
-    if (source.details == target.details || !source.details)
-        return;
-    if (!target.details) {
-        target.details = source.details;
-        return;
-    }
-    std::unordered_map<std::uint32_t, std::uint32_t> known;
-    for (ChannelEvent& event : events) {
-        if (event.detail == 0)
-            continue;
-        const auto [entry, fresh] = known.try_emplace(event.detail, 0);
-        if (fresh)
-            entry->second = target.details->intern(source.detail(event.detail));
-        event.detail = entry->second;
-    }
 }
 
 } // namespace
@@ -146,7 +126,9 @@ Status Cel::overwriteFrom(const Cel& source, Flicks from, Flicks to, Flicks at) 
     auto pieces =
         piecesOf(*held, from - source.offset_, to - source.offset_, at - from + source.offset_);
     CelStorage& list = unshare(pieces.size() + 4);
-    adoptDetails(pieces, *held, list);
+    cutroom::DetailAdopter details(*held, list);
+    for (ChannelEvent& event : pieces)
+        details.adopt(event);
     list.replaceRange(at, at + (to - from), std::move(pieces));
     door.renumbered(kModEventsAdded);
     return {};

@@ -112,6 +112,21 @@ std::size_t CelStorage::bytes() const noexcept {
            starts.capacity() * sizeof(Flicks) + (details ? details->bytes() : 0);
 }
 
+DetailAdopter::DetailAdopter(const CelStorage& source, CelStorage& target)
+    : source_(source), target_(target) {
+    if (!target_.details)
+        target_.details = source_.details;
+}
+
+void DetailAdopter::adopt(ChannelEvent& event) {
+    if (event.detail == 0 || source_.details == target_.details)
+        return;
+    const auto [entry, fresh] = known_.try_emplace(event.detail, 0);
+    if (fresh)
+        entry->second = target_.detailTable().intern(source_.detail(event.detail));
+    event.detail = entry->second;
+}
+
 Flicks stripTimeAt(const ChannelEvent& in, Flicks time) noexcept {
     const Flicks delta = time - in.time;
     if ((in.flags & kEventFreeze) != 0)

@@ -9,6 +9,7 @@
 #include "platform/store/DetailTable.h"
 
 #include <array>
+#include <unordered_map>
 #include <vector>
 
 namespace cutroom {
@@ -43,6 +44,19 @@ struct CelStorage {
     DetailTable& detailTable();
     const EventDetail& detail(std::uint32_t number) const noexcept;
     std::size_t bytes() const noexcept;
+};
+
+// Gives the details of events that come from `source` their numbers in `target`, which takes over
+// the source's table when it has none.
+class DetailAdopter {
+public:
+    DetailAdopter(const CelStorage& source, CelStorage& target);
+    void adopt(ChannelEvent& event);
+
+private:
+    const CelStorage& source_;
+    CelStorage& target_;
+    std::unordered_map<std::uint32_t, std::uint32_t> known_;
 };
 
 using EventPair = std::array<ChannelEvent, 2>;

@@ -60,3 +60,12 @@ struct Edit::Impl {
     // and the times. Neither recorded nor told.
     void replaceState(Edit& edit, cutroom::EditState&& fresh);
 };
+
+namespace cutroom {
+
+// The insides of an edit, for the store's own operations on whole edits. Under `Edit::Lock`.
+struct EditAccess {
+    static Edit::Impl& impl(const Edit& edit) noexcept { return *edit.impl_; }
+};
+
+} // namespace cutroom

@@ -19,8 +19,12 @@ public:
     //   source  |----|==marked==|------|
     //   target  |-------|==========|---|      kEditOverlay, at the target's current time
     //
-    // Pieces are trimmed at the region's ends, effect graphs that lie inside come along, names and
-    // metadata too. `flags` is 0. The target is left as it was on failure.
+    // The first selected channel of a type and sub-type goes to the first one of the target (of
+    // those selected there, when overlaying), and so on; the levels of audio channels go with
+    // them. Pieces are trimmed at the region's ends, effect graphs that lie inside come along, names
+    // and metadata too. Overlaying lays black where the source has nothing; rebuilding lays what
+    // there is. Channels that are added are selected in `target`. `flags` is 0. The target is left
+    // as it was on failure. The changes wait to be told.
     static cutroom::Status apply(const EditModule& source, EditModule& target, int operation,
                                  int flags);
 };
@@ -28,7 +32,8 @@ public:
 namespace cutroom {
 
 // Replaces the selected video channels of `edit` by one layer that holds, at every moment, the
-// topmost clip that is not black; audio channels stay. `mode` 3 is the one there is, `flags` 0.
+// topmost clip that is not black (a later channel lies above an earlier one); audio channels stay,
+// and so do matte and right-eye pictures. `mode` 3 is the one there is, `flags` 0. Linear.
 CUTROOM_API Status flattenEdit(const EditModifier& edit, const EditModule& selection, int mode,
                                int flags);
 
