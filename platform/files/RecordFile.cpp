@@ -281,7 +281,7 @@ Status RecordFile::parseHead(std::string_view payload, Layout& layout) {
 }
 
 Status RecordFile::parseLine(std::string_view line, Layout& layout) {
-    const Status bad(StatusCode::damaged, {}, "a line of the head is damaged");
+    Status bad(StatusCode::damaged, {}, "a line of the head is damaged");
     const std::string_view word = takeWord(line);
     if (word == "records") {
         const std::optional<unsigned long long> count = parseUnsigned(line);
