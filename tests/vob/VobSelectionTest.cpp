@@ -52,6 +52,7 @@ TEST_F(VobSelection, IsToldOnlyWhenItChanges) {
     vob_->setSelectedFrom(1);
     EXPECT_EQ(selected(), "0111");
     vob_->setSelectedRaw(edit_->getId(0), true);
+    EXPECT_EQ(std::erase(calls_, "a: edit 27 change 0"), 4u); // audio mutes follow
     EXPECT_EQ(calls_, Calls(4, "a: change 16 time 0"));
 }
 
