@@ -16,14 +16,6 @@ constexpr unsigned kHasDetail = 8;
 constexpr unsigned kOwnOut = 16; // the out point does not follow from the in point
 constexpr unsigned kKnownBits = 31;
 
-std::uint64_t zigzag(std::int64_t value) noexcept {
-    return (static_cast<std::uint64_t>(value) << 1) ^ static_cast<std::uint64_t>(value >> 63);
-}
-
-std::int64_t unzigzag(std::uint64_t value) noexcept {
-    return static_cast<std::int64_t>(value >> 1) ^ -static_cast<std::int64_t>(value & 1);
-}
-
 // Numbers things by their first use.
 template <class T, class Hash = std::hash<T>> class Numbering {
 public:
@@ -91,7 +83,7 @@ private:
     void point(const ChannelEvent& event, bool withSpeed) {
         body_.u8(event.flags);
         body_.varint(materials_.of(event.material));
-        body_.varint(zigzag(event.stripTime));
+        body_.varint(fields::zigzag(event.stripTime));
         if (withSpeed)
             body_.f64(event.speed);
     }
@@ -175,7 +167,7 @@ private:
     void point(ChannelEvent& event, bool withSpeed) {
         event.flags = in_.u8();
         event.material = entry(materials_);
-        event.stripTime = unzigzag(in_.varint());
+        event.stripTime = fields::unzigzag(in_.varint());
         event.speed = withSpeed ? in_.f64() : 1.0;
     }
     void segment(std::vector<ChannelEvent>& events, Flicks& at) {
@@ -219,15 +211,5 @@ private:
 std::string encodeStorage(const CelStorage& list) { return Encoder(list).run(); }
 
 std::optional<CelStorage> decodeStorage(ByteReader& in) { return Decoder(in).run(); }
-
-std::size_t CelChunkWriter::number(const Cel& cel) {
-    const Shared<CelStorage>& storage = CelAccess::storage(cel);
-    const auto [entry, fresh] = known_.try_emplace(storage.identity(), chunks_.size());
-    if (fresh) {
-        held_.push_back(storage);
-        chunks_.push_back(encodeStorage(*storage));
-    }
-    return entry->second;
-}
 
 } // namespace cutroom

@@ -34,7 +34,7 @@ std::string channelOf(const EditChannel& channel, CelChunkWriter& chunks) {
     put(head, channel.levelsOf);
     out.add("HEAD", head);
     ByteWriter list;
-    list.varint(chunks.number(*channel.cel));
+    list.varint(chunks.number(channel.id, *channel.cel));
     list.i64(CelAccess::offset(*channel.cel));
     list.u32(channel.cel->getFlags());
     out.add("LIST", list);

@@ -11,6 +11,14 @@
 
 namespace cutroom::fields {
 
+// Signed numbers as varints: small ones of either sign stay short.
+inline std::uint64_t zigzag(std::int64_t value) noexcept {
+    return (static_cast<std::uint64_t>(value) << 1) ^ static_cast<std::uint64_t>(value >> 63);
+}
+inline std::int64_t unzigzag(std::uint64_t value) noexcept {
+    return static_cast<std::int64_t>(value >> 1) ^ -static_cast<std::int64_t>(value & 1);
+}
+
 inline void put(ByteWriter& out, const IdStamp& id) {
     out.u32(id.getOrigin());
     out.u32(id.getTime());

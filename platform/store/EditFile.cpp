@@ -6,6 +6,7 @@
 #include "platform/store/EditCodec.h"
 
 #include <algorithm>
+#include <set>
 
 namespace cutroom {
 
@@ -15,6 +16,10 @@ constexpr char kEditKind[] = "edit";
 constexpr char kHistoryKind[] = "edit-undo";
 constexpr unsigned kVersion = 1;
 constexpr std::size_t kMaxStoredSteps = 10'000;
+// The most segments that the lists of one file have together (a gigabyte in memory), and those
+// that a history is written with.
+constexpr std::size_t kMaxSegments = 8'000'000;
+constexpr std::size_t kMaxHistorySegments = 4'000'000;
 
 std::string identity(const Cookie& cookie, std::uint64_t historyId, std::size_t position) {
     ByteWriter out;
@@ -30,6 +35,7 @@ struct Preface {
     std::uint64_t historyId = 0;
     std::uint64_t position = 0;
     CelChunks chunks;
+    std::size_t segments = 0; // of all chunks
 
     // True also for a section that belongs to something else; `mine` tells.
     bool take(const Section& section, DecodeTrouble& trouble, bool& mine) {
@@ -43,8 +49,11 @@ struct Preface {
             known = true;
             return trouble.finished(in, section.bytes, "the file's identity");
         }
-        if (section.tag == "CELS") {
-            auto storage = decodeStorage(in);
+        if (section.tag == "CELS" || section.tag == "DIFF") {
+            auto storage = section.tag == "CELS" ? decodeStorage(in) : decodeDifference(in, chunks);
+            segments += storage ? storage->segments() : 0;
+            if (segments > kMaxSegments)
+                in.fail();
             if (storage)
                 chunks.emplace_back(std::move(*storage));
             return trouble.finished(in, section.bytes, "a cut event list");
@@ -58,8 +67,8 @@ std::string assemble(std::string_view kind, std::string_view identityBytes,
                      const CelChunkWriter& chunks, std::string_view rest) {
     SectionWriter out;
     out.add("ID  ", identityBytes);
-    for (const std::string& chunk : chunks.chunks())
-        out.add("CELS", chunk);
+    for (const CelChunkWriter::Chunk& chunk : chunks.chunks())
+        out.add(chunk.tag, chunk.bytes);
     return CheckedFile::wrap(kind, kVersion, out.take().append(rest));
 }
 
@@ -118,11 +127,33 @@ std::string EditFile::encode(const Cookie& cookie, std::uint64_t historyId,
     return assemble(kEditKind, identity(cookie, historyId, 0), chunks, sections.take());
 }
 
+namespace {
+
+// The first step to be stored: the oldest ones stay out when all together are too large.
+std::size_t firstStored(const EditHistory& history) {
+    std::set<const void*> known;
+    std::size_t segments = 0;
+    for (std::size_t step = history.steps.size(); step > 0; --step) {
+        for (const EditChannel& channel : history.steps[step - 1].state.channels) {
+            const Shared<CelStorage>& storage = CelAccess::storage(*channel.cel);
+            if (known.insert(storage.identity()).second)
+                segments += storage->segments();
+        }
+        if (segments > kMaxHistorySegments)
+            return step;
+    }
+    return 0;
+}
+
+} // namespace
+
 std::string EditFile::encodeHistory(const Cookie& cookie, std::uint64_t historyId,
                                     const EditHistory& history) {
     CelChunkWriter chunks;
     SectionWriter sections;
-    for (const EditHistory::Step& step : history.steps) {
+    const std::size_t first = std::min(firstStored(history), history.position);
+    for (std::size_t i = first; i < history.steps.size(); ++i) {
+        const EditHistory::Step& step = history.steps[i];
         SectionWriter body;
         ByteWriter head;
         head.text(step.description);
@@ -131,7 +162,7 @@ std::string EditFile::encodeHistory(const Cookie& cookie, std::uint64_t historyI
         encodeState(body, step.state, chunks);
         sections.add("HIST", body.take());
     }
-    return assemble(kHistoryKind, identity(cookie, historyId, history.position), chunks,
+    return assemble(kHistoryKind, identity(cookie, historyId, history.position - first), chunks,
                     sections.take());
 }
 
