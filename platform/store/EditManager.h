@@ -71,6 +71,12 @@ public:
     // edit's lock.
     cutroom::Status flushChanges(bool all);
     cutroom::Status save(const EditPtr& edit);
+    // The same for several: all or none.
+    cutroom::Status save(const std::vector<EditPtr>& edits);
+    // Takes back edits that were made and could not be completed or saved: out of memory, and what
+    // a failed save left of them out of database and folder. Nothing is told of them. Handles that
+    // are still held keep theirs alive, known to nobody.
+    cutroom::Status discard(const CookieVec& edits);
     bool anyDirty() const;
     // Puts an edit under the open project (record in the project database, saved with the next
     // flush). Gives the edit as it stands in the project.
