@@ -54,7 +54,7 @@ protected:
             told_.push_back("plain");
     }
     std::string channelText(int index) const {
-        return edit_->getChans(kChanAudio)[index].asString();
+        return edit_->getChans(kChanAudio).at(static_cast<std::size_t>(index)).asString();
     }
 
     cutroom::test::TempFolder temp_;

@@ -112,7 +112,7 @@ TEST_F(ProjDbTest, answersForEachChange) {
 }
 
 TEST_F(ProjDbTest, walksInTheOrderOfInsertion) {
-    for (const std::uint64_t id : {5, 2, 9, 4})
+    for (const std::uint64_t id : {5u, 2u, 9u, 4u})
         ASSERT_TRUE(projdb::put(record(id, "n" + std::to_string(id))).ok());
     ASSERT_TRUE(projdb::put(record(2, "changed")).ok());
     std::vector<std::string> names;
@@ -151,7 +151,7 @@ TEST_F(ProjDbTest, tellsOneNoticeForEachChangeOrBatch) {
 }
 
 TEST_F(ProjDbTest, letsListenersChangeRecords) {
-    guard_ = projdb::addListener(makeCallback<NotifyMsg>([this](const NotifyMsg&) {
+    guard_ = projdb::addListener(makeCallback<NotifyMsg>([](const NotifyMsg&) {
         if (projdb::count() < 3) {
             EXPECT_TRUE(projdb::put(record(10 + projdb::count(), "more")).ok());
         }
