@@ -27,14 +27,17 @@ struct ImportReport {
         LightweightString<wchar_t> name;
     };
     std::vector<Made> edits;           // in the order of the file
+    std::vector<Made> nested;          // made for what is nested in them, the innermost first
     std::size_t logs = 0;              // new ones; sources that the project has are used again
     std::vector<std::string> warnings; // what could not be represented, or was assumed
 };
 
 // Imports the file at `path`, whose kind its contents tell (OTIO JSON or an edit list). One edit
-// for each timeline or playable root, one log (type 1) for each distinct source, filed in the open
-// project and written as one group: on failure, and after a crash, nothing of the file is there.
-// User-interface thread.
+// for each timeline or playable root and for each nested one, which its parent plays as a clip; one
+// log (type 1) for each distinct source, unless the project has one of that medium, reel, location
+// and name with the channels that are needed. All is filed in the open project and written as one
+// group: on failure, and after a crash, nothing of the file is there. The strip time of clips is
+// media time, as in the file. User-interface thread.
 CUTROOM_API Result<ImportReport> importFile(const std::string& path,
                                             const ImportOptions& options = {});
 

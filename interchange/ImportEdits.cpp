@@ -1,0 +1,182 @@
+#include "interchange/ImportEdits.h"
+
+#include "interchange/ImportMarkers.h"
+#include "interchange/ImportedJson.h"
+#include "platform/base/Log.h"
+#include "platform/files/Files.h"
+#include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
+
+#include <algorithm>
+
+namespace cutroom {
+
+namespace {
+
+constexpr char kEditList[] = "CMX 3600";
+
+std::string stemOf(const std::string& path) {
+    std::string name = nameOf(path);
+    if (const std::string extension = extensionOf(path);
+        !extension.empty() && extension.size() + 1 < name.size())
+        name.resize(name.size() - extension.size() - 1);
+    return name;
+}
+
+std::string metadataOf(const Timeline& timeline, const std::string& path) {
+    ImportedJson json;
+    json.add(kImportedFormat, timeline.source == kEditList ? "edl" : "otio");
+    json.add(kImportedSchema, timeline.source);
+    json.add(kImportedFile, nameOf(path));
+    json.add(kImportedRate, timeline.rate.literal);
+    if (timeline.startFrame) {
+        ImportedJson start;
+        start.add(kImportedValue, timeline.startWritten);
+        start.add(kImportedRate, timeline.startRate.literal);
+        json.addRaw(kImportedStart, start.take());
+    }
+    json.addRaw(kImportedMetadata, timeline.metadata);
+    json.addRaw(kImportedExtra, timeline.extra);
+    return json.take();
+}
+
+// Black from the end of what a channel holds to `end`.
+Status extendWithBlack(const EditPtr& edit, const IdStamp& channel, Flicks end) {
+    const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
+    CelSegment black;
+    black.start = cel->get_num_events() == 0 ? 0 : toFlicks(cel->getEndTime());
+    black.end = end;
+    return black.start < end ? cel->overwrite(black) : Status();
+}
+
+// The end of the last marker; a point takes a frame.
+Flicks endOfMarkers(const Timeline& timeline, const Kv::FrameRate& rate) {
+    Flicks end = 0;
+    for (const Marker& marker : timeline.markers)
+        end = std::max(end, marker.start + std::max(marker.duration, rate.frameToFlicks(1)));
+    return end;
+}
+
+} // namespace
+
+ImportedFile::~ImportedFile() {
+    if (kept_)
+        return;
+    CookieVec edits;
+    for (const EditModifier& edit : made_)
+        edits.push_back(edit.getCookie());
+    if (const Status status = EditManager::instance().discard(edits); !status)
+        LogBoth("%s\n", status.text().c_str());
+}
+
+void ImportedFile::noteSources(const Timeline& timeline) {
+    for (const Track& track : timeline.tracks) {
+        items_ += track.items.size();
+        for (const Item& item : track.items)
+            if (item.type == ItemType::clip && item.duration > 0)
+                sources_.note(item, track.kind, importedChannel(item, track), timeline.rate.rate);
+    }
+    for (const Timeline& inside : timeline.nested)
+        noteSources(inside);
+}
+
+std::string ImportedFile::nameOfEdit(const Timeline& timeline, bool isRoot) const {
+    if (!timeline.name.empty())
+        return timeline.name;
+    return isRoot ? stemOf(path_) : "Nested";
+}
+
+void ImportedFile::describeEdit(const EditPtr& edit, const Timeline& timeline) const {
+    const Kv::FrameRate rate = edit->getFrameRate();
+    const bool dropFrame = timeline.dropFrame && rate.allowsDropFrame();
+    edit->setLogType(kLogTypeEdit);
+    edit->setDropFrame(dropFrame);
+    edit->setImported(true);
+    if (timeline.startFrame)
+        edit->addLabel(
+            EditLabel(kLabelVideoTimecode, {2, 1}, {rate, dropFrame}, *timeline.startFrame));
+    edit->setImportedMetadata(metadataOf(timeline, path_));
+    edit->setCues(importedCues(timeline), false);
+}
+
+Status ImportedFile::layContents(const EditPtr& edit, const Timeline& timeline,
+                                 const CookieVec& inside) {
+    const ImportScene scene{sources_, inside, losses_};
+    const auto laid = [this](const Track& track) {
+        itemsLaid_ += track.items.size();
+        if (progress_ && items_ > 0)
+            progress_(static_cast<double>(itemsLaid_) / static_cast<double>(items_));
+    };
+    if (Status status = layTracks(edit, timeline, scene, laid); !status)
+        return status;
+    Flicks end = timeline.duration;
+    if (timeline.tracks.empty()) {
+        edit->addChan(kChanVideo);
+        end = std::max(end, endOfMarkers(timeline, edit->getFrameRate()));
+    }
+    if (end <= toFlicks(edit->getEndTime()))
+        return {};
+    return extendWithBlack(edit, edit->getId(0), end);
+}
+
+Status ImportedFile::makeEdit(const Timeline& timeline, bool isRoot, Cookie& made) {
+    CookieVec inside;
+    for (const Timeline& nested : timeline.nested) {
+        inside.emplace_back();
+        if (Status status = makeEdit(nested, false, inside.back()); !status)
+            return status;
+    }
+    EditModifier edit =
+        EditManager::instance().makeNewEdit(makeNewEditCookie(), 0, 0, 0, timeline.rate.rate);
+    const std::string name = nameOfEdit(timeline, isRoot);
+    if (!edit)
+        return {StatusCode::failed, {}, "no edit could be made for \"" + name + "\""};
+    made_.push_back(edit);
+    made = edit.getCookie();
+    (isRoot ? roots_ : nested_).push_back(made);
+    edit->setName(toWide(name));
+    describeEdit(edit, timeline);
+    return layContents(edit, timeline, inside);
+}
+
+Status ImportedFile::make(const std::vector<Timeline>& timelines,
+                          const std::function<void(double)>& progress) {
+    progress_ = progress;
+    bool dropFrame = false;
+    for (const Timeline& timeline : timelines) {
+        noteSources(timeline);
+        dropFrame = dropFrame || timeline.dropFrame;
+    }
+    if (Status status = sources_.makeLogs(dropFrame, made_); !status)
+        return status;
+    logs_ = made_.size();
+    for (const Timeline& timeline : timelines) {
+        Cookie made;
+        if (Status status = makeEdit(timeline, true, made); !status)
+            return status;
+    }
+    return {};
+}
+
+Status ImportedFile::save() { return EditManager::instance().save({made_.begin(), made_.end()}); }
+
+std::vector<std::string> ImportedFile::warnings(const std::vector<Timeline>& timelines) const {
+    Timeline all; // says each once
+    for (const Timeline& timeline : timelines) {
+        for (const std::string& warning : timeline.warnings)
+            addWarning(all, warning);
+        if (timeline.tracks.empty() && !timeline.markers.empty())
+            addWarning(all, "it holds markers only; its edit is black");
+    }
+    const auto say = [&](long times, const char* what) {
+        if (times > 0)
+            addWarning(all, std::string(what) + ": " + toText(static_cast<long long>(times)));
+    };
+    say(losses_.withoutLength, "clips and gaps shorter than half a frame left out");
+    say(losses_.transitions, "transitions that lie over no cut left out");
+    say(losses_.disabledTracks, "disabled tracks, whose clips are disabled one by one");
+    say(static_cast<long>(nested_.size()), "nested timelines, which became edits of their own");
+    return std::move(all.warnings);
+}
+
+} // namespace cutroom
