@@ -43,7 +43,7 @@ void Edit::tell(const EditModifications& changes) {
     else
         cutroom::postToUiThread(
             [keep, message] { keep->issueNotification(message, kNoticeModifications); });
-    EditManager::tellModifications(message);
+    EditManager::tellModifications(*this, message);
 }
 
 void Edit::Impl::keepKinds(const EditModifications& untold) noexcept {

@@ -123,7 +123,7 @@ private:
     friend class ProjectListener;
 
     // Tells a change of an edit, when there is a manager. User-interface thread or any other.
-    static void tellModifications(const NotifyMsg& message);
+    static void tellModifications(const Edit& edit, const NotifyMsg& message);
     // A handle of the edit is about to be dropped, the last one perhaps.
     static void forget(Kv::Ptr<Edit> edit) noexcept;
     cutroom::Status removeFiles(const CookieVec& edits);

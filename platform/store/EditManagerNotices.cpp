@@ -1,7 +1,9 @@
 // What the edit manager tells, and the life of a project.
+#include "platform/base/Log.h"
 #include "platform/host/ProcessLife.h"
 #include "platform/messaging/UIThreadCallback.h"
 #include "platform/project/CurrentProject.h"
+#include "platform/project/ProjDb.h"
 #include "platform/store/EditManagerImpl.h"
 #include "platform/store/ProjectListener.h"
 
@@ -14,9 +16,30 @@ void EditManager::Impl::tell(int notice, const Kv::Ptr<iObject>& object,
     notifier.call(NotifyMsg(object, text), notice);
 }
 
-void EditManager::tellModifications(const NotifyMsg& message) {
-    if (EditManager* const manager = cutroom::ProcessSingleton<EditManager>::find())
-        manager->impl_->notifier.call(message, kNoticeModifications);
+namespace {
+
+// A new name is found in the project at once, not only after the next save.
+void putName(const Edit& edit) {
+    if (!CurrentProject::isOpen() || CurrentProject::isReadOnly())
+        return;
+    auto record = projdb::find(edit.getCookie());
+    if (!record)
+        return;
+    record->setField(LogAttribute(LogAttribute::name).getID(), cutroom::toUtf8(edit.getName()));
+    if (const cutroom::Status status = projdb::update(*record); !status)
+        LogBoth("%s\n", status.text().c_str());
+}
+
+} // namespace
+
+void EditManager::tellModifications(const Edit& edit, const NotifyMsg& message) {
+    EditManager* const manager = cutroom::ProcessSingleton<EditManager>::find();
+    if (!manager)
+        return;
+    const auto* notice = message.getObjectAs<EditModificationNotice>();
+    if (notice->modifications().includes(kModName) && manager->isOpen(edit.getCookie()))
+        putName(edit);
+    manager->impl_->notifier.call(message, kNoticeModifications);
 }
 
 Kv::Ptr<Guard>

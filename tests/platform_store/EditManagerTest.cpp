@@ -86,6 +86,9 @@ TEST_F(EditManagerTest, savingPutsTheRecordIntoTheDatabase) {
     EXPECT_EQ(record->markerTypes, projdb::markerTypeBit(0xFF0000));
     EXPECT_THAT(record->markerTexts, ElementsAre("marked"));
     EXPECT_THAT(manager().getAllEdits(), ElementsAre(edit.getCookie()));
+    edit->setName(L"Renamed");
+    edit->addModification(EditModifications(), true);
+    EXPECT_EQ(projdb::find(edit.getCookie())->name(), "Renamed") << "before the next save";
 }
 
 TEST_F(EditManagerTest, theDatabaseIsRebuiltFromTheFiles) {
