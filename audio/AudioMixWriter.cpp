@@ -67,9 +67,14 @@ void AudioMixWriter::change(eAudioMixChange code, const IdStamp& id, const IsNew
         return;
     {
         const Edit::Lock lock(**this);
-        Mix& mix = *getMix();
-        if (!isNew(mix) || !set(mix))
+        if (!isNew(*getMix()))
             return;
+        // A mix is replaced as a whole: history may share the present one.
+        const Kv::Ptr<Mix> changed = Kv::makePtr<Mix>(*mix_);
+        if (!set(*changed))
+            return;
+        get()->setAudioMix(changed);
+        mix_ = changed;
     }
     informClients(code, id);
 }
@@ -144,7 +149,11 @@ void AudioMixWriter::loadFrom(const KvIniFile& file) {
     {
         const Edit::Lock lock(**this);
         Aud::IO::initialiseAudioMix(*this);
-        getMix()->retrieveCompatibleConfigurationInformation(file);
+        const Kv::Ptr<Mix> changed = Kv::makePtr<Mix>(*getMix());
+        if (changed->retrieveCompatibleConfigurationInformation(file) && !(*changed == *mix_)) {
+            get()->setAudioMix(changed);
+            mix_ = changed;
+        }
     }
     get()->addModification(kModAudioMix, true);
 }
