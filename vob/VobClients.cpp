@@ -1,5 +1,6 @@
 // The list of a Vob's clients.
 #include "platform/base/Log.h"
+#include "vob/ClientWatch.h"
 #include "vob/Telling.h"
 #include "vob/Vob.h"
 #include "vob/VobManager.h"
@@ -64,10 +65,11 @@ void Vob::removeClient(VobClient* client) {
 }
 
 // Reads the list anew after each call: the place moves on only while it still holds the client just
-// called, so none is skipped when one goes.
+// called, so none is skipped when one goes. Ends when the subject itself has gone.
 void Vob::walkClients(VobClient* subject, void (VobClient::*notify)(VobClient*)) {
+    const cutroom::ClientWatch watch(subject);
     std::size_t place = 0;
-    while (place < clients_.size()) {
+    while (place < clients_.size() && watch.alive()) {
         VobClient* const client = clients_[place];
         if (client != subject) {
             try {

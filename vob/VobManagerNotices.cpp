@@ -1,6 +1,6 @@
 // What the edit store tells: changes and deletions of edits, and the project's exit.
 #include "platform/base/Strings.h"
-#include "platform/messaging/UIThreadCallback.h"
+#include "platform/messaging/Callback.h"
 #include "platform/project/PermissionsManager.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
@@ -41,7 +41,7 @@ CookieVec listedIn(const NotifyMsg& message) {
 void VobManager::registerWithEditManager() {
     EditManager& edits = EditManager::instance();
     const auto on = [this](void (VobManager::*handler)(const NotifyMsg&)) {
-        return makeUIThreadCallback(this, handler);
+        return makeCallback(this, handler);
     };
     registrations_ = {
         edits.registerNotification(on(&VobManager::prepareForEditDeletion),
