@@ -20,6 +20,7 @@ EmbeddedProject::~EmbeddedProject() {
 
 Status EmbeddedProject::open(const std::string& folder, CurrentProject::Access access,
                              CurrentProject::IfMissing ifMissing) {
+    EditManager::instance(); // it rebuilds the database that is found missing
     if (const Status opened = CurrentProject::open(folder, access, ifMissing); !opened)
         return opened;
     const std::string inside = CurrentProject::getFolder() + '/';
