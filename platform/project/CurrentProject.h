@@ -43,7 +43,8 @@ public:
     //
     // What is damaged does not keep a project from opening: for writing it is moved aside and made
     // anew, for reading only it is replaced in memory and nothing is touched; `getWarnings` tells.
-    // A missing or damaged database is rebuilt. Tells "entered" at last.
+    // A database that is missing, damaged, or left behind by a process that ended in the midst of
+    // its work is rebuilt. Tells "entered" at last.
     [[nodiscard]] static cutroom::Status open(const std::string& folder,
                                               Access access = Access::readWrite,
                                               IfMissing ifMissing = IfMissing::fail);
@@ -91,10 +92,10 @@ public:
     [[nodiscard]] static Kv::Ptr<Guard> addListener(const CallbackPtr<NotifyMsg>& callback,
                                                     int msgType);
 
-    // `rebuild` is called during `open`, before "entered" is told, when the database was missing or
-    // damaged; it puts a record of every edit and log found in the project's folder. The database
-    // is open and empty by then, and one transaction is. At most one can be installed; it stays
-    // until the guard is dropped.
+    // `rebuild` is called during `open`, before "entered" is told, when the database was missing,
+    // damaged or not closed; it puts a record of every edit and log found in the project's folder.
+    // The database is open and empty by then, and one transaction is. At most one can be
+    // installed; it stays until the guard is dropped.
     [[nodiscard]] static Kv::Ptr<Guard>
     installDatabaseRebuilder(std::function<cutroom::Status()> rebuild);
     // Empties the database and has it rebuilt, in one transaction; on failure it is as before.

@@ -190,10 +190,11 @@ Status OpenProject::openDatabase(const std::string& folder) {
     if (!damage)
         warn(damage);
     publish(folder);
-    if (*opened == ProjectDatabase::Opened::whole)
+    const bool isNew = *opened == ProjectDatabase::Opened::fresh;
+    if (!isNew && (*opened == ProjectDatabase::Opened::whole || !rebuild_))
         return {};
     const Result<std::vector<std::string>> edits = listFiles(joinPath(folder, kEditsFolder));
-    if (edits && edits->empty())
+    if (isNew && edits && edits->empty())
         return {};
     if (const Status status = rebuildDatabase(); !status)
         warn(status);

@@ -72,12 +72,15 @@ Result<ProjectDatabase::Opened> ProjectDatabase::openTable(const std::string& pa
     using Mode = SqliteConnection::Mode;
     const bool isThere = fileExists(path);
     // Beside a log there is, or was, a writer whose last changes are in it.
-    const Mode readMode = fileExists(path + "-wal") ? Mode::read : Mode::immutable;
+    const bool hasLog = fileExists(path + "-wal");
+    const Mode readMode = hasLog ? Mode::read : Mode::immutable;
     if (isThere || !readOnly) {
         Result<RecordTable> table = RecordTable::open(path, readOnly ? readMode : Mode::create);
         if (table) {
             table_.emplace(std::move(*table));
-            return isThere ? Opened::whole : Opened::fresh;
+            if (!isThere)
+                return Opened::fresh;
+            return hasLog && !readOnly ? Opened::interrupted : Opened::whole;
         }
         if (!readOnly && table.status().code() != StatusCode::damaged)
             return table.status();

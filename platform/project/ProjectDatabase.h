@@ -22,8 +22,10 @@ class CUTROOM_API ProjectDatabase {
 public:
     // What `open` had to do.
     enum class Opened {
-        whole, // the records are those of the file
-        fresh, // there was no file, or a damaged one: there are no records
+        whole,       // the records are those of the file
+        interrupted, // so they are, but who wrote last did not close it: what was saved to other
+                     // files just before its end may be missing
+        fresh,       // there was no file, or a damaged one: there are no records
     };
 
     static ProjectDatabase& instance();
