@@ -1,0 +1,215 @@
+#include "editops/basics/EmptyEdit.h"
+#include "editops/basics/StereoPairs.h"
+#include "platform/embedded/EmbeddedHost.h"
+#include "platform/files/KvIniFile.h"
+#include "platform/prefs/Configuration.h"
+#include "platform/prefs/EditorPreferences.h"
+#include "platform/project/CurrentProject.h"
+#include "platform/store/AudIO.h"
+#include "platform/store/BurntIn.h"
+#include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
+#include "tests/support/LogLines.h"
+#include "tests/support/TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace cutroom;
+using cutroom::test::LogLines;
+using cutroom::test::TempFolder;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+class EmptyEdit : public testing::Test {
+protected:
+    EmptyEdit() : host_(EmbeddedHost::repeatable()) {}
+
+    static EditModifier make(double length = 1, unsigned char audio = 4) {
+        return createEmptyEdit(Cookie(), L"", 1, audio, length, Kv::FrameRate(25, 1));
+    }
+    static std::vector<float> pans(const EditPtr& edit) {
+        const auto mix = edit->getAudioMix();
+        std::vector<float> result;
+        for (int i = 0; mix && i < edit->getNumChans(kChanAudio); ++i)
+            result.push_back(mix->getInputPan(static_cast<unsigned char>(i)));
+        return result;
+    }
+    // The pairs, as indices within the audio channels: "01 23".
+    static std::string groups(const EditPtr& edit) {
+        const auto list = edit->openObjectInternal();
+        std::string text;
+        for (std::size_t i = 0; i < list->size(); ++i) {
+            text += text.empty() ? "" : " ";
+            for (const IdStamp& channel : list->getGroupContents(i))
+                text += std::to_string(edit->getIndexWithinType(channel));
+        }
+        return text;
+    }
+
+    TempFolder folder_;
+    LogLines log_;
+    EmbeddedHost host_;
+};
+
+struct LengthRow {
+    const char* name;
+    const char* minutes; // the configuration
+    double asked, made;
+};
+class EmptyEditLength : public EmptyEdit, public testing::WithParamInterface<LengthRow> {};
+
+} // namespace
+
+TEST_P(EmptyEditLength, IsWhatWasAskedForOrTheConfiguredMinutes) {
+    if (*GetParam().minutes)
+        Configuration::instance().set("new_edit_len_mins", GetParam().minutes);
+    const EditModifier edit = make(GetParam().asked);
+    ASSERT_TRUE(edit);
+    EXPECT_DOUBLE_EQ(edit->getEndTime() - edit->getStartTime(), GetParam().made);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, EmptyEditLength,
+                         testing::Values(LengthRow{"unset", "", kNoTime, 300},
+                                         LengthRow{"configured", "2", kNoTime, 120},
+                                         LengthRow{"negative", "-3", kNoTime, 0},
+                                         LengthRow{"asked", "2", 7.2, 7.2},
+                                         LengthRow{"none", "", 0, 0}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(EmptyEdit, TakesTheCookieAndNameGivenOrFreshOnes) {
+    const Cookie cookie('E', 77);
+    const EditModifier named = createEmptyEdit(cookie, L"Reel", 2, 3, 1, {30, 1});
+    EXPECT_EQ(named.getCookie(), cookie);
+    EXPECT_EQ(named->getName(), L"Reel");
+    EXPECT_EQ(named->getNumChans(kChanVideo), 2);
+    EXPECT_EQ(named->getNumChans(kChanAudio), 3);
+    EXPECT_EQ(named->getFrameRate(), Kv::FrameRate(30, 1));
+    const EditModifier first = make(), second = make();
+    EXPECT_EQ(first.getCookie().type(), 'E');
+    EXPECT_NE(first->getName(), L"");
+    EXPECT_NE(first->getName(), second->getName());
+    EXPECT_FALSE(createEmptyEdit(cookie, L"", 1, 1, 1, {})); // taken
+    EXPECT_FALSE(createEmptyEdit(Cookie('G', 1), L"", 1, 1, 1, {}));
+}
+
+TEST_F(EmptyEdit, PairsItsAudioChannelsUnlessSwitchedOff) {
+    const EditModifier paired = make(1, 5);
+    EXPECT_EQ(groups(paired), "01 23");
+    EXPECT_THAT(pans(paired), ElementsAre(0, 1, 0, 1, 0.5));
+    setAutoGroupEditAudioTracks(false);
+    EXPECT_FALSE(getAutoGroupEditAudioTracks());
+    const EditModifier single = make(1, 2);
+    EXPECT_EQ(groups(single), "");
+    EXPECT_THAT(pans(single), ElementsAre(0.5, 0.5));
+}
+
+TEST_F(EmptyEdit, ThePairsFollowTheConfigurationUntilThePreferenceIsSet) {
+    Configuration::instance().set("auto_stereo_pairs", "0");
+    EXPECT_FALSE(getAutoGroupEditAudioTracks());
+    setAutoGroupEditAudioTracks(true);
+    EXPECT_TRUE(EditorPreferences::getPreference("New edit stereo pairs", false));
+    EXPECT_TRUE(getAutoGroupEditAudioTracks());
+}
+
+TEST_F(EmptyEdit, TakesTheProjectsMixAndBurntInTimecode) {
+    ASSERT_TRUE(CurrentProject::open(folder_ / "p", CurrentProject::Access::readWrite,
+                                     CurrentProject::IfMissing::create));
+    KvIniFile file(folder_ / "p/mix.ini");
+    Aud::SimpleMixState wanted(8);
+    wanted.setInputLevel(1, 0.25F);
+    wanted.setMixLevel(Aud::kMainMix, 0.5F);
+    wanted.writeConfigurationInformation(file);
+    ASSERT_TRUE(file.save());
+    ProjectDefaults defaults = CurrentProject::getDefaults();
+    defaults.mixConfiguration = "mix.ini";
+    ASSERT_TRUE(CurrentProject::setDefaults(defaults));
+    BITCEffect layout;
+    layout.addLabel({});
+    BITCLayoutsManager::setLayout(L"Review", layout);
+    BITCLayoutsManager::setProjectDefault(L"Review");
+    {
+        const EditModifier edit = make(1, 2);
+        EXPECT_EQ(edit->getAudioMix()->getInputLevel(1), 0.25F);
+        EXPECT_EQ(edit->getAudioMix()->getMixLevel(Aud::kMainMix), 0.5F);
+        EXPECT_EQ(edit->getAudioMix()->numInputs(), 2u);
+        EXPECT_THAT(pans(edit), ElementsAre(0, 1));
+        EXPECT_EQ(edit->getBITC().labels().size(), 1u);
+    }
+    EXPECT_THAT(log_.lines, IsEmpty());
+    EXPECT_TRUE(CurrentProject::close());
+}
+
+TEST_F(EmptyEdit, AMissingMixConfigurationIsLoggedAndLeavesTheDefaults) {
+    ASSERT_TRUE(CurrentProject::open(folder_ / "p", CurrentProject::Access::readWrite,
+                                     CurrentProject::IfMissing::create));
+    ProjectDefaults defaults = CurrentProject::getDefaults();
+    defaults.mixConfiguration = "gone.ini";
+    ASSERT_TRUE(CurrentProject::setDefaults(defaults));
+    EXPECT_TRUE(make()->getAudioMix()->valid());
+    EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("gone.ini")));
+    EXPECT_EQ(Aud::IO::getProjectDefaultMixConfigFilenameForEdits(Cookie('G', 1)), L"");
+    EXPECT_TRUE(CurrentProject::close());
+}
+
+// --- stereo pairs --------------------------------------------------------------------------------
+
+TEST_F(EmptyEdit, PairsGoInTheOrderGivenAndTellTheirKinds) {
+    setAutoGroupEditAudioTracks(false);
+    EditModifier edit = make(1, 4);
+    edit->setAudioMix({}); // not valid: no panning
+    const auto audio = edit->getChans(kChanAudio);
+    const EditPtr plain = edit;
+    edit.release();
+    std::vector<std::string> told;
+    const auto guard = EditManager::instance().registerNotification(
+        makeCallback<NotifyMsg>([&](const NotifyMsg& m) {
+            told.push_back(m.getObjectAs<EditModificationNotice>()->modifications().asString());
+        }),
+        kNoticeModifications);
+    makeStereoPairs(plain, {audio[3], audio[0], audio[2]});
+    EXPECT_EQ(groups(plain), "30");
+    EXPECT_FALSE(plain->getAudioMix() && plain->getAudioMix()->valid());
+    EXPECT_THAT(told, ElementsAre("5 27", "5"));
+    makeStereoPairs(EditPtr(), {});
+    EXPECT_EQ(told.size(), 2u);
+}
+
+TEST_F(EmptyEdit, TheNumberOfPairedChannelsIsABytes) {
+    setAutoGroupEditAudioTracks(false);
+    const EditModifier edit = make(1, 255);
+    std::vector<IdStamp> ids = edit->getChans(kChanAudio);
+    ids.push_back(edit->addChan(kChanAudio)); // 256: none
+    makeStereoPairs(edit, ids);
+    EXPECT_EQ(groups(edit), "");
+    ids.push_back(edit->addChan(kChanAudio));
+    ids.push_back(edit->addChan(kChanAudio)); // 258: two
+    makeStereoPairs(edit, ids);
+    EXPECT_EQ(groups(edit), "01");
+}
+
+// --- mixes of edits ------------------------------------------------------------------------------
+
+TEST_F(EmptyEdit, AMixIsMadeOnlyWhenAskedFor) {
+    const EditModifier edit = make(1, 2);
+    edit->setAudioMix({});
+    const KvIniFile nothing;
+    EXPECT_FALSE(Aud::IO::applyConfigurationInformationToEdit(edit, nothing, false));
+    EXPECT_FALSE(edit->getAudioMix());
+    EXPECT_FALSE(Aud::IO::applyConfigurationInformationToEdit(edit, nothing, true));
+    ASSERT_TRUE(edit->getAudioMix());
+    auto mix = Kv::makePtr<Aud::SimpleMixState>(*edit->getAudioMix());
+    mix->setInputLevel(0, 2);
+    edit->setAudioMix(mix);
+    edit->addChan(kChanAudio);
+    Aud::IO::initialiseAudioMix(edit);
+    EXPECT_EQ(edit->getAudioMix()->numInputs(), 3u);
+    EXPECT_EQ(edit->getAudioMix()->getInputLevel(0), 2.0F); // what it held stays
+    const auto present = edit->getAudioMix();
+    Aud::IO::initialiseAudioMix(edit);
+    EXPECT_EQ(edit->getAudioMix(), present); // nothing to change
+    Aud::IO::initialiseAudioMix(EditPtr());
+}
