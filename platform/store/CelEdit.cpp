@@ -44,8 +44,9 @@ std::vector<ChannelEvent> piecesOf(const CelStorage& list, Flicks from, Flicks t
     } else {
         append(pieces, blackPair(from, to));
     }
-    for (ChannelEvent& event : pieces)
-        event.time += by;
+    if (by != 0)
+        for (ChannelEvent& event : pieces)
+            event.time += by;
     return pieces;
 }
 
@@ -123,13 +124,19 @@ Status Cel::overwriteFrom(const Cel& source, Flicks from, Flicks to, Flicks at) 
         return refused("a time lies outside the range of an edit");
     Door door(*this);
     const cutroom::Shared<CelStorage> held = source.storage_;
-    auto pieces =
-        piecesOf(*held, from - source.offset_, to - source.offset_, at - from + source.offset_);
+    const Flicks moved = at - from + source.offset_;
+    const bool fresh = storage().empty(); // then the list's offset moves the events
+    auto pieces = piecesOf(*held, from - source.offset_, to - source.offset_, fresh ? 0 : moved);
     CelStorage& list = unshare(pieces.size() + 4);
     cutroom::DetailAdopter details(*held, list);
-    for (ChannelEvent& event : pieces)
-        details.adopt(event);
-    list.replaceRange(at, at + (to - from), std::move(pieces));
+    if (details.needed())
+        for (ChannelEvent& event : pieces)
+            details.adopt(event);
+    if (fresh)
+        list.splice(0, 0, std::move(pieces));
+    else
+        list.replaceRange(at, at + (to - from), std::move(pieces));
+    offset_ = fresh ? moved : 0;
     door.renumbered(kModEventsAdded);
     return {};
 }

@@ -119,7 +119,7 @@ DetailAdopter::DetailAdopter(const CelStorage& source, CelStorage& target)
 }
 
 void DetailAdopter::adopt(ChannelEvent& event) {
-    if (event.detail == 0 || source_.details == target_.details)
+    if (event.detail == 0 || !needed())
         return;
     const auto [entry, fresh] = known_.try_emplace(event.detail, 0);
     if (fresh)

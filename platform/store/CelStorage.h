@@ -51,6 +51,8 @@ struct CelStorage {
 class DetailAdopter {
 public:
     DetailAdopter(const CelStorage& source, CelStorage& target);
+    // False when the numbers mean the same in both.
+    bool needed() const noexcept { return source_.details && source_.details != target_.details; }
     void adopt(ChannelEvent& event);
 
 private:
