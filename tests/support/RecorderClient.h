@@ -37,8 +37,8 @@ public:
         if (change.getMarkTime() != kNoTime)
             text += " mark " + toText(change.getMarkTime());
         note(text);
-        if (onChange)
-            onChange(change);
+        if (const auto act = onChange) // outlives the client, which it may destroy
+            act(change);
     }
     void notifyClientAdded(VobClient* client) override { noteOf("added", client); }
     void notifyClientRemoved(VobClient* client) override { noteOf("removed", client); }
@@ -47,8 +47,8 @@ public:
     }
     void notifyOtherEditAltered(const Cookie& edit, const EditModifications& changes) override {
         note("other " + edit.asString() + " " + changes.asString());
-        if (onOther)
-            onOther();
+        if (const auto act = onOther)
+            act();
     }
     void handleConsoleFocus(bool hasFocus) override { note(hasFocus ? "focus" : "no focus"); }
     void handleMessage(const LightweightString<char>& message) override {
