@@ -113,9 +113,12 @@ std::string timeText(double seconds) {
     return text == "-0" ? "0" : text;
 }
 
-PrintingClient::PrintingClient(std::string name, Vob* vob, eClientPriority priority,
+PrintingClient::PrintingClient(std::string name, eClientPriority priority,
                                eClientManagementDetails details, Printer printer)
-    : VobClient(vob, priority, details), name_(std::move(name)), printer_(std::move(printer)) {}
+    : name_(std::move(name)), printer_(std::move(printer)) {
+    setPriority(priority);
+    setManagementDetails(details);
+}
 
 PrintingClient::~PrintingClient() = default;
 
@@ -123,7 +126,7 @@ void PrintingClient::forget(const VobClient* client) { std::erase(managed_, clie
 
 void PrintingClient::handleModifications(const EditModifications& editChanges,
                                          const VobModification& change) {
-    std::string what = kindsText(change.getType());
+    std::string what = change.valid() || editChanges.empty() ? kindsText(change.getType()) : "";
     if (change.includes(kVobTime))
         what += " at " + timeText(change.getTime());
     if (change.getMarkTime() != kNoTime)
@@ -131,7 +134,7 @@ void PrintingClient::handleModifications(const EditModifications& editChanges,
     if (!change.getModifiedTracks().empty())
         what += " tracks " + tracksText(change, getEdit());
     if (!editChanges.empty())
-        what += " (edit: " + kindsText(editChanges) + ")";
+        what += (what.empty() ? "(edit: " : " (edit: ") + kindsText(editChanges) + ")";
     say(what);
     if (auto reaction = std::exchange(reaction_, nullptr))
         reaction();

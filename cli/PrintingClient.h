@@ -21,8 +21,9 @@ using Printer = std::function<void(const std::string&)>;
 // Prints "NAME: what" for each call. Owned by the session.
 class PrintingClient : public VobClient {
 public:
-    PrintingClient(std::string name, Vob* vob, eClientPriority priority,
-                   eClientManagementDetails details, Printer printer);
+    // Unattached, so that it has its name when it is attached and others hear of it.
+    PrintingClient(std::string name, eClientPriority priority, eClientManagementDetails details,
+                   Printer printer);
     ~PrintingClient() override;
 
     const std::string& name() const noexcept { return name_; }

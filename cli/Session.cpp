@@ -11,6 +11,21 @@
 
 namespace cutroom::cli {
 
+namespace {
+
+// A channel by its type and place, whatever its own name: "V1", "A2", "L1" levels, "S1" subtitles.
+std::string placeName(const Edit& edit, const IdStamp& channel) {
+    const EditChanType type = edit.getChanType(channel);
+    const char letter = type == kChanVideo      ? 'V'
+                        : type == kChanAudio    ? 'A'
+                        : type == kChanLevels   ? 'L'
+                        : type == kChanSubtitle ? 'S'
+                                                : 'X';
+    return letter + std::to_string(edit.getIndexWithinType(channel) + 1);
+}
+
+} // namespace
+
 VerbTable::VerbTable() {
     addViewerVerbs(*this);
     addClientVerbs(*this);
@@ -168,6 +183,7 @@ void Session::removeClient(const std::string& name) {
     clients_.erase(found);
     for (const auto& client : clients_)
         client->forget(going.get());
+    VobManager::instance().close(going.get(), false); // while it still has its own name
 }
 
 // The manager deletes what it destroys, so the session lets go first.
@@ -221,9 +237,12 @@ IdStamp Session::takeChannel(SessionWords& words, bool allowAll) const {
     for (const IdStamp& channel : from->getChans())
         if (from->getChanDisplayName(channel) == wanted || channel.asString() == word)
             return channel;
+    for (const IdStamp& channel : from->getChans())
+        if (placeName(*from, channel) == word)
+            return channel;
     std::string known;
     for (const IdStamp& channel : from->getChans())
-        known += (known.empty() ? "" : ", ") + channelName(channel);
+        known += (known.empty() ? "" : ", ") + placeName(*from, channel);
     refuse(StatusCode::notFound, word, "no such channel; there are " + known);
 }
 

@@ -11,6 +11,8 @@ namespace {
 
 VobModification takeKinds(Session& session, SessionWords& words) {
     VobModification change(static_cast<unsigned>(words.takeInt("kinds", 0, 0xFFFFFFFF)));
+    if (change.includes(kVobTime))
+        change.setTime(session.viewer()->getCurrentTime());
     if (words.takeIf("mark"))
         change.setMarkTime(session.takePlace(words));
     while (!words.done())

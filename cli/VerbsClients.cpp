@@ -36,15 +36,17 @@ void attach(Session& session, SessionWords& words) {
         else
             image = true;
     }
-    Vob* vob = session.viewer().get();
+    const Kv::Ptr<Vob> vob = session.viewer();
     if (image)
         session.addClient(
-            std::make_unique<PrintingImageClient>(name, vob, priority, details, session.printer()));
+            std::make_unique<PrintingImageClient>(name, priority, details, session.printer()));
     else
         session.addClient(
-            std::make_unique<PrintingClient>(name, vob, priority, details, session.printer()));
+            std::make_unique<PrintingClient>(name, priority, details, session.printer()));
+    PrintingClient& client = session.clientNamed(name);
+    VobManager::instance().open(&client, vob);
     if (manager)
-        manager->manage(&session.clientNamed(name));
+        manager->manage(&client);
 }
 
 void listClients(Session& session, SessionWords&) {

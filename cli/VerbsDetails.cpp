@@ -63,6 +63,10 @@ void config(Session& session, SessionWords& words) {
         return;
     }
     const std::string key = words.take("a key");
+    if (words.done()) {
+        session.say("  " + key + " = " + edit->getConfig(key).value_or("(not set)"));
+        return;
+    }
     const EditModifier modifier = session.editForChange();
     if (words.takeIf("none"))
         modifier->removeConfig(key);
@@ -133,6 +137,7 @@ void burnIn(Session& session, SessionWords& words) {
 void mix(Session& session, SessionWords& words) {
     const EditPtr edit = session.edit();
     if (!words.done()) {
+        const EditModifier step = session.editForChange();
         AudioMixWriter writer(edit, "mix");
         const auto channel =
             static_cast<unsigned char>(words.takeInt("an audio channel", 1, 256) - 1);

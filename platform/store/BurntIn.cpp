@@ -22,7 +22,10 @@ std::string defaultKey() {
 
 std::string labelText(const BITCLabel& label) {
     const auto number = [](long long value) { return cutroom::toText(value); };
-    const auto real = [](float value) { return cutroom::toText(static_cast<double>(value)); };
+    const auto real = [](float value) {
+        char digits[32];
+        return std::string(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+    };
     return cutroom::join({number(label.type), number(label.mediumRoll.first),
                           number(label.mediumRoll.second), real(label.x), real(label.y),
                           real(label.size), number(label.colour), cutroom::toUtf8(label.prefix)},
