@@ -124,7 +124,10 @@ void strip(Session& session, SessionWords& words) {
     if (words.done()) {
         const Kv::Ptr<Cel> cel = session.edit()->get_edit_cel_p(channel);
         const Cookie cookie = cel->get_strip_cookie(at);
-        session.say("  strip " + cookie.asString() + " at " + timeText(cel->get_strip_time(at)));
+        const EditPtr source(convertCookie(cookie, 'E'));
+        session.say(std::string("  ") + cookie.type() + "-strip of " +
+                    (source ? '"' + toUtf8(source->getName()) + '"' : cookie.asString()) + " at " +
+                    timeText(cel->get_strip_time(at)));
         return;
     }
     const Cookie material = require(findEditCookie(words.take("an edit or log")));
