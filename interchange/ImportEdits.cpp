@@ -8,6 +8,7 @@
 #include "platform/store/EditManager.h"
 
 #include <algorithm>
+#include <new>
 
 namespace cutroom {
 
@@ -62,11 +63,15 @@ Flicks endOfMarkers(const Timeline& timeline, const Kv::FrameRate& rate) {
 ImportedFile::~ImportedFile() {
     if (kept_)
         return;
-    CookieVec edits;
-    for (const EditModifier& edit : made_)
-        edits.push_back(edit.getCookie());
-    if (const Status status = EditManager::instance().discard(edits); !status)
-        LogBoth("%s\n", status.text().c_str());
+    try {
+        CookieVec edits;
+        for (const EditModifier& edit : made_)
+            edits.push_back(edit.getCookie());
+        if (const Status status = EditManager::instance().discard(edits); !status)
+            LogBoth("%s\n", status.text().c_str());
+    } catch (const std::bad_alloc&) {
+        LogBoth("no memory to take back what was imported\n");
+    }
 }
 
 void ImportedFile::noteSources(const Timeline& timeline) {
@@ -175,6 +180,7 @@ std::vector<std::string> ImportedFile::warnings(const std::vector<Timeline>& tim
     say(losses_.withoutLength, "clips and gaps shorter than half a frame left out");
     say(losses_.transitions, "transitions that lie over no cut left out");
     say(losses_.disabledTracks, "disabled tracks, whose clips are disabled one by one");
+    say(sources_.shortLogs(), "logs of the project that hold less of their media than the file");
     say(static_cast<long>(nested_.size()), "nested timelines, which became edits of their own");
     return std::move(all.warnings);
 }

@@ -196,7 +196,7 @@ Flicks importedStripStart(const Item& item) {
     return item.speed < 0 ? usedBy(item).end() : item.sourceStart;
 }
 
-ImportSource ImportSources::describe(const Item& item) const {
+ImportSource ImportSources::describe(const Item& item) {
     const MediaReference& media = item.media;
     ImportSource source;
     source.medium = mediumOf(media.kind);
@@ -257,12 +257,33 @@ void ImportSources::findLogs() {
     });
 }
 
+// The log may have been made for another part of the media; it is not widened, for what was cut
+// and marked in it counts from its start.
+Status ImportSources::checkFound(ImportSource& source) {
+    Status why;
+    const EditPtr log = EditManager::instance().open(source.log, &why);
+    if (!log) {
+        source.log = Cookie();
+        const bool gone = why.code() == StatusCode::damaged || why.code() == StatusCode::notFound;
+        return gone ? Status() : why;
+    }
+    const Span wanted = source.available.value_or(source.used.value_or(Span{}));
+    const Flicks start = toFlicks(log->getStartStripTime());
+    const Flicks end = start + toFlicks(log->getEndTime() - log->getStartTime());
+    shortLogs_ += wanted.start < start || wanted.end() > end;
+    return {};
+}
+
 Status ImportSources::makeLogs(bool dropFrame, std::vector<EditModifier>& made) {
     findLogs();
-    for (ImportSource& source : sources_)
+    for (ImportSource& source : sources_) {
+        if (source.log.valid())
+            if (Status status = checkFound(source); !status)
+                return status;
         if (!source.log.valid())
             if (Status status = makeLog(source, dropFrame, made); !status)
                 return status;
+    }
     return {};
 }
 

@@ -52,9 +52,15 @@ public:
     // neither picture nor sound.
     Cookie materialOf(const Item& item, TrackKind kind, int channel) const;
 
+    // Logs used again that stand for less of their media than the file tells of.
+    long shortLogs() const noexcept { return shortLogs_; }
+
 private:
-    ImportSource describe(const Item& item) const;
+    static ImportSource describe(const Item& item);
     void findLogs();
+    Status checkFound(ImportSource& source);
+
+    long shortLogs_ = 0;
     std::vector<ImportSource> sources_;
     std::unordered_map<std::string, std::size_t> byKey_;
 };

@@ -152,6 +152,23 @@ TEST_F(Import, SourcesThatTheProjectHasAreUsedAgain) {
     EXPECT_EQ(celOf(a, 1)->getSegment(0).material, celOf(b, 1)->getSegment(0).material);
 }
 
+TEST_F(Import, LogsOfOtherMediaTimeOrDamagedOnesAreSaid) {
+    const auto reel = [&](const std::string& in, const std::string& out) {
+        return import(
+            write("r.edl", "001 R1 V C " + in + " " + out + " 01:00:00:00 01:00:10:00\n"));
+    };
+    const ImportReport first = reel("02:00:00:00", "02:00:10:00");
+    const std::string said = "logs of the project that hold less of their media than the file: 1";
+    EXPECT_THAT(first.warnings, testing::Not(testing::Contains(said)));
+    EXPECT_THAT(reel("02:00:05:00", "02:00:15:00").warnings, testing::Contains(said));
+    const Cookie log =
+        convertCookie(celOf(EditPtr(first.edits.at(0).edit), 0)->getSegment(0).material, 'E');
+    ASSERT_TRUE(CurrentProject::close());
+    std::ofstream(folder() + "/edits/" + log.asString() + ".edit") << "damaged";
+    open();
+    EXPECT_EQ(reel("02:00:00:00", "02:00:10:00").logs, 1u);
+}
+
 TEST_F(Import, ContentsTellTheKindOfFile) {
     EXPECT_EQ(import(write("a.edl", "\n " + kPlain)).edits.size(), 1u);
     const std::string list =
