@@ -1,0 +1,107 @@
+// Processes killed at random moments of their work: what they acknowledged is there, nothing is
+// torn, and the next one opens the project without a question.
+#include "platform/embedded/EmbeddedProject.h"
+#include "platform/store/EditManager.h"
+#include "tests/crash/Writer.h"
+#include "tests/support/LogLines.h"
+#include "tests/support/Scale.h"
+#include "tests/support/TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace cutroom;
+using namespace cutroom::test;
+using std::chrono::microseconds;
+using testing::IsEmpty;
+
+namespace {
+
+using Access = CurrentProject::Access;
+using IfMissing = CurrentProject::IfMissing;
+
+class KillTest : public testing::Test {
+protected:
+    KillTest() {
+        EmbeddedHost host;
+        EmbeddedProject project(host);
+        const Status opened = project.open(folder_, Access::readWrite, IfMissing::create);
+        EXPECT_TRUE(opened.ok()) << opened.text();
+        importTimelines();
+        acknowledged_ = stateOfProject();
+        const Status closed = project.close();
+        EXPECT_TRUE(closed.ok()) << closed.text();
+    }
+
+    // Lets a process work and kills it: at any moment from its start on, or a little after some
+    // line of its, which is in the midst of a save.
+    void killOne(unsigned seed) {
+        WriterProcess writer("edit", folder_, seed);
+        if (random_() % 8 == 0)
+            writer.read(1000, microseconds(random_() % 60'000));
+        else
+            writer.read(1 + random_() % 6, std::chrono::seconds(20));
+        writer.read(1000, microseconds(random_() % 4'000));
+        writer.kill();
+        tried_.clear();
+        for (const std::string& line : writer.lines()) {
+            EXPECT_FALSE(line.starts_with("failed")) << line;
+            if (line.starts_with("try "))
+                tried_ = stateOf(line.substr(4));
+            if (line != "done")
+                continue;
+            acknowledged_ = tried_;
+            tried_.clear();
+            ++acknowledgements_;
+        }
+    }
+
+    // The next process: `turn` tells whose steps of history are gone through.
+    void openNext(unsigned turn) {
+        EmbeddedHost host;
+        EmbeddedProject project(host);
+        const Status opened = project.open(folder_, Access::readWrite, IfMissing::fail);
+        ASSERT_TRUE(opened.ok()) << opened.text();
+        EXPECT_THAT(CurrentProject::getWarnings(), IsEmpty());
+        EXPECT_THAT(litterAmong(filesBelow(folder_)), IsEmpty());
+        EXPECT_EQ(databaseTrouble(), "");
+        const ProjectState found = stateOfProject();
+        if (!tried_.empty() && found == tried_)
+            ++aheadOfAcknowledgement_;
+        else
+            ASSERT_EQ(found, acknowledged_) << differences(found, acknowledged_) << "or, tried:\n"
+                                            << differences(found, tried_);
+        acknowledged_ = found;
+        const CookieVec edits = EditManager::instance().getAllEdits();
+        const Cookie& edit = edits[turn % edits.size()];
+        EXPECT_EQ(historyTrouble(EditPtr(edit)), "") << edit.asString();
+        const Status closed = project.close();
+        EXPECT_TRUE(closed.ok()) << closed.text();
+    }
+
+    TempFolder temp_;
+    const std::string folder_ = temp_ / "film";
+    LogLines log_;
+    std::mt19937 random_{20};
+    ProjectState acknowledged_; // the last state that is known to be saved
+    ProjectState tried_;        // the one whose saving was cut off, or empty
+    long acknowledgements_ = 0;
+    long aheadOfAcknowledgement_ = 0;
+};
+
+TEST_F(KillTest, whatWasAcknowledgedIsThereAndNothingIsTorn) {
+    const long moments = rounds(200, 10'000);
+    for (long i = 0; i < moments && !HasFatalFailure() && !HasNonfatalFailure(); ++i) {
+        SCOPED_TRACE(i);
+        killOne(static_cast<unsigned>(i));
+        openNext(static_cast<unsigned>(i));
+    }
+    EXPECT_GT(acknowledgements_, moments / 2);
+    EXPECT_GT(aheadOfAcknowledgement_, moments / 100) << "kills hit the midst of saves";
+    for (const std::string& line : log_.lines)
+        ADD_FAILURE() << line;
+}
+
+} // namespace

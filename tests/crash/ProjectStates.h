@@ -1,0 +1,43 @@
+// What a project holds, as text that two processes can compare.
+#pragma once
+
+#include "platform/base/Cookie.h"
+#include "platform/store/EditPtr.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace cutroom::test {
+
+// Cookie of an edit ("name" for the project's own name) to a stamp of its content and history.
+using ProjectState = std::map<std::string, std::string>;
+
+// Checksum of the edit's contents and its history's steps: descriptions, and which can be redone.
+std::string stampOf(const EditPtr& edit);
+// Of every edit of the open project, each opened for it; one that cannot be has "-".
+ProjectState stateOfProject();
+// One line, without its end, and back.
+std::string textOf(const ProjectState& state);
+ProjectState stateOf(const std::string& text);
+// What they differ in, one line each.
+std::string differences(const ProjectState& a, const ProjectState& b);
+
+// Imports two timelines of many tracks and gives the edits made; throws when they cannot be read.
+CookieVec importTimelines();
+
+// Path within `folder` to content, of every file below it.
+std::map<std::string, std::string> filesBelow(const std::string& folder);
+// Names among these that only an interrupted write leaves.
+std::vector<std::string> litterAmong(const std::map<std::string, std::string>& files);
+
+// What the project database has wrong about the edits in the project's folder; empty when nothing.
+std::string databaseTrouble();
+// Undoes all there is and takes it back: empty when every state is sound and the last one is the
+// first again.
+std::string historyTrouble(const EditPtr& edit);
+
+std::string bytesOf(const std::string& path);
+void putBytes(const std::string& path, const std::string& bytes);
+
+} // namespace cutroom::test
