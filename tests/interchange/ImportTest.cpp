@@ -185,6 +185,9 @@ TEST_F(Import, ContentsTellTheKindOfFile) {
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     EXPECT_EQ(told.front(), 0);
     EXPECT_EQ(told.back(), 1);
+    std::filesystem::create_directory(temp_ / "bundle.otiod");
+    write("bundle.otiod/content.otio", kPlain);
+    EXPECT_EQ(import(temp_ / "bundle.otiod").edits.size(), 1u);
     EXPECT_FALSE(importFile(write("c.otio", "")).ok());
     EXPECT_THAT(importFile(write("d.otioz", "PK\x03\x04...")).status().text(), HasSubstr("zip"));
 }
