@@ -44,6 +44,22 @@ void addAll(Commands commands) {
     addCheckCommand(commands);
 }
 
+// The parser asks for a command where a word is none; a person wants to hear of the word.
+int sayWrongUsage(const CLI::App& app, const CLI::ParseError& wrong) {
+    const auto extras = app.remaining();
+    if (app.get_subcommands().empty() && !extras.empty() && !extras.front().starts_with('-'))
+        std::fprintf(stderr, "cutroom: %s: no such command; `cutroom --help` lists them\n",
+                     extras.front().c_str());
+    else if (app.get_subcommands().empty() && extras.empty())
+        std::fprintf(stderr, "cutroom: say what to do; `cutroom --help` lists the commands\n");
+    else
+        std::fprintf(stderr, "cutroom: %s; `cutroom %s--help` shows how\n", wrong.what(),
+                     app.get_subcommands().empty()
+                         ? ""
+                         : (app.get_subcommands().front()->get_name() + ' ').c_str());
+    return cutroom::cli::kExitUsage;
+}
+
 int parseAndRun(int argc, char** argv) {
     cutroom::cli::Options options;
     std::function<int()> action;
@@ -63,8 +79,7 @@ int parseAndRun(int argc, char** argv) {
     } catch (const CLI::Success& asked) {
         return app.exit(asked);
     } catch (const CLI::ParseError& wrong) {
-        std::fprintf(stderr, "cutroom: %s; `cutroom --help` shows how\n", wrong.what());
-        return cutroom::cli::kExitUsage;
+        return sayWrongUsage(app, wrong);
     }
     return action();
 }
