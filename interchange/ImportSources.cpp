@@ -251,35 +251,38 @@ void ImportSources::findLogs() {
         const bool suffices =
             (!source.video || record.videoTracks > 0) && !source.subtitle && !source.other &&
             static_cast<std::uint32_t>(std::bit_width(source.audio)) <= record.audioTracks;
-        if (suffices && !source.log.valid())
-            source.log = record.cookie;
+        if (suffices)
+            source.candidates.push_back(record.cookie);
         return true;
     });
 }
 
-// The log may have been made for another part of the media; it is not widened, for what was cut
-// and marked in it counts from its start.
-Status ImportSources::checkFound(ImportSource& source) {
-    Status why;
-    const EditPtr log = EditManager::instance().open(source.log, &why);
-    if (!log) {
-        source.log = Cookie();
-        const bool gone = why.code() == StatusCode::damaged || why.code() == StatusCode::notFound;
-        return gone ? Status() : why;
+// A source without media is known by timecode, which means another time at another rate. The log
+// may have been made for another part of the media; it is not widened, for what was cut and marked
+// in it counts from its start.
+Status ImportSources::chooseLog(ImportSource& source) {
+    for (const Cookie& candidate : source.candidates) {
+        Status why;
+        const EditPtr log = EditManager::instance().open(candidate, &why);
+        if (!log && why.code() != StatusCode::damaged && why.code() != StatusCode::notFound)
+            return why;
+        if (!log || (source.location.empty() && log->getFrameRate() != source.rate))
+            continue;
+        source.log = candidate;
+        const Span wanted = source.available.value_or(source.used.value_or(Span{}));
+        const Flicks start = toFlicks(log->getStartStripTime());
+        const Flicks end = start + toFlicks(log->getEndTime() - log->getStartTime());
+        shortLogs_ += wanted.start < start || wanted.end() > end;
+        return {};
     }
-    const Span wanted = source.available.value_or(source.used.value_or(Span{}));
-    const Flicks start = toFlicks(log->getStartStripTime());
-    const Flicks end = start + toFlicks(log->getEndTime() - log->getStartTime());
-    shortLogs_ += wanted.start < start || wanted.end() > end;
     return {};
 }
 
 Status ImportSources::makeLogs(bool dropFrame, std::vector<EditModifier>& made) {
     findLogs();
     for (ImportSource& source : sources_) {
-        if (source.log.valid())
-            if (Status status = checkFound(source); !status)
-                return status;
+        if (Status status = chooseLog(source); !status)
+            return status;
         if (!source.log.valid())
             if (Status status = makeLog(source, dropFrame, made); !status)
                 return status;

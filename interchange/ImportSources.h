@@ -29,6 +29,7 @@ struct ImportSource {
     bool subtitle = false;
     bool other = false;
     std::uint64_t audio = 0; // bit i: sound channel i + 1
+    CookieVec candidates;    // logs of the project with its identity and its channels
     Cookie log;
 };
 
@@ -58,7 +59,7 @@ public:
 private:
     static ImportSource describe(const Item& item);
     void findLogs();
-    Status checkFound(ImportSource& source);
+    Status chooseLog(ImportSource& source);
 
     long shortLogs_ = 0;
     std::vector<ImportSource> sources_;

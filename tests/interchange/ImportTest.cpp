@@ -152,7 +152,7 @@ TEST_F(Import, SourcesThatTheProjectHasAreUsedAgain) {
     EXPECT_EQ(celOf(a, 1)->getSegment(0).material, celOf(b, 1)->getSegment(0).material);
 }
 
-TEST_F(Import, LogsOfOtherMediaTimeOrDamagedOnesAreSaid) {
+TEST_F(Import, LogsUsedAgainFitOrAreMadeAnew) {
     const auto reel = [&](const std::string& in, const std::string& out) {
         return import(
             write("r.edl", "001 R1 V C " + in + " " + out + " 01:00:00:00 01:00:10:00\n"));
@@ -161,6 +161,11 @@ TEST_F(Import, LogsOfOtherMediaTimeOrDamagedOnesAreSaid) {
     const std::string said = "logs of the project that hold less of their media than the file: 1";
     EXPECT_THAT(first.warnings, testing::Not(testing::Contains(said)));
     EXPECT_THAT(reel("02:00:05:00", "02:00:15:00").warnings, testing::Contains(said));
+    // Timecode at another rate is another time.
+    ImportOptions film;
+    film.rate = Kv::FrameRate(24000, 1001);
+    EXPECT_EQ(import(temp_ / "r.edl", film).logs, 1u);
+    EXPECT_EQ(import(temp_ / "r.edl", film).logs, 0u);
     const Cookie log =
         convertCookie(celOf(EditPtr(first.edits.at(0).edit), 0)->getSegment(0).material, 'E');
     ASSERT_TRUE(CurrentProject::close());
