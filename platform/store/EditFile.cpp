@@ -16,9 +16,9 @@ constexpr char kEditKind[] = "edit";
 constexpr char kHistoryKind[] = "edit-undo";
 constexpr unsigned kVersion = 1;
 constexpr std::size_t kMaxStoredSteps = 10'000;
-// The most segments that the lists of one file have together (a gigabyte in memory), and those
+// The most segments that the lists of one file have together (700 megabytes in memory), and those
 // that a history is written with.
-constexpr std::size_t kMaxSegments = 8'000'000;
+constexpr std::size_t kMaxSegments = 5'000'000;
 constexpr std::size_t kMaxHistorySegments = 4'000'000;
 
 std::string identity(const Cookie& cookie, std::uint64_t historyId, std::size_t position) {
