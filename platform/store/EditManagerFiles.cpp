@@ -33,7 +33,8 @@ SavedEdit EditManager::Impl::beginSave(const Kv::Ptr<Edit>& edit) {
     return saved;
 }
 
-void EditManager::Impl::endSave(const SavedEdit& saved) {
+// Without its record an edit stays dirty, so that the next save brings it.
+void EditManager::Impl::endSave(const SavedEdit& saved, bool recorded) {
     const Edit::Lock lock(*saved.edit);
     Edit::Impl& impl = *saved.edit->impl_;
     impl.history.fileId = saved.historyId;
@@ -41,7 +42,7 @@ void EditManager::Impl::endSave(const SavedEdit& saved) {
         impl.history.saved = saved.history.edits;
         impl.history.damaged = false;
     }
-    if (saved.edit->changeCount() == saved.changes)
+    if (recorded && saved.edit->changeCount() == saved.changes)
         impl.dirty = false;
 }
 
@@ -85,9 +86,10 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits) {
     }
     if (Status status = group.commit(); !status)
         return status;
+    const Status recorded = putRecords(saved);
     for (const SavedEdit& edit : saved)
-        endSave(edit);
-    return putRecords(saved);
+        endSave(edit, recorded.ok());
+    return recorded;
 }
 
 Status EditManager::flushChanges(bool all) {
@@ -196,9 +198,11 @@ void EditManager::Impl::needHistory(Edit::Impl& edit) {
         return;
     history.loaded = true;
     const std::string path = EditFile::historyPath(edit.cookie);
-    if (path.empty() || !cutroom::fileExists(path))
+    if (path.empty())
         return;
     const auto bytes = cutroom::readFile(path);
+    if (bytes.status().code() == StatusCode::notFound)
+        return;
     auto read = bytes ? EditFile::decodeHistory(*bytes, path, history.fileId)
                       : cutroom::Result<cutroom::EditHistory>(bytes.status());
     if (read) {
@@ -207,6 +211,7 @@ void EditManager::Impl::needHistory(Edit::Impl& edit) {
         return;
     }
     history.damaged = read.status().code() == StatusCode::damaged;
+    history.loaded = history.damaged; // what only could not be read now is asked for again
     LogBoth("%s\n", read.status().text().c_str());
 }
 
@@ -217,6 +222,8 @@ void EditManager::makeBackup(const EditPtr& edit, const LightweightString<char>&
     Edit::Impl& impl = *edit->impl_;
     Impl::needHistory(impl);
     cutroom::EditHistory& history = impl.history;
+    if (!history.loaded)
+        history.loaded = history.damaged = true; // a new history begins, the other is kept aside
     if (history.lastBackupAt == edit->changeCount() && history.canUndo() && !history.canRedo()) {
         history.steps.back().description = description; // nothing has changed since
         return;

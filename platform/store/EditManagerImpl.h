@@ -50,9 +50,10 @@ struct EditManager::Impl {
 
     cutroom::Status saveAll(const std::vector<Kv::Ptr<Edit>>& edits);
     static SavedEdit beginSave(const Kv::Ptr<Edit>& edit);
-    static void endSave(const SavedEdit& saved);
+    static void endSave(const SavedEdit& saved, bool recorded);
     static cutroom::Status putRecords(const std::vector<SavedEdit>& saved);
-    // Reads the history when that has not been done. Under the edit's lock.
+    // Reads the history when that has not been done; it stays not loaded when the system refuses.
+    // Under the edit's lock.
     static void needHistory(Edit::Impl& edit);
     void tell(int notice, const Kv::Ptr<iObject>& object, const std::string& text) const;
     void tellListenersOfExit();
