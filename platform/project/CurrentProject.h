@@ -37,7 +37,8 @@ public:
 
     // Opens the project in `folder` (UTF-8). Fails, with nothing open, when a project is open
     // (`wrongUsage`), when there is none (`notFound`), when another process writes it (`locked`),
-    // when project.json or the database comes from a later version, or when the system refuses.
+    // when project.json, the marks or the database come from a later version, or when the system
+    // refuses.
     // Creating makes the folder and those above it, names the project after the folder, and fails
     // (`wrongUsage`) when the folder holds other files and no project.json.
     //

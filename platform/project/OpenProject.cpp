@@ -165,20 +165,20 @@ Status OpenProject::openParts(const std::string& folder) {
         warn(Status(StatusCode::damaged, folder,
                     "a group of changes waits to be completed by a writing command"));
     }
-    loadPermissions(folder);
-    return openDatabase(folder);
+    const Status permissions = loadPermissions(folder);
+    return permissions ? openDatabase(folder) : permissions;
 }
 
-void OpenProject::loadPermissions(const std::string& folder) {
+// Marks that cannot be read now are never written over: a writer without them does not open.
+Status OpenProject::loadPermissions(const std::string& folder) {
     PermissionsManager& permissions = PermissionsManager::instance();
     const Status status = permissions.load(folder, isReadOnly());
     if (status)
-        return;
+        return {};
+    if (!isReadOnly() && status.code() != StatusCode::damaged)
+        return status;
     warn(status);
-    if (isReadOnly() || status.code() != StatusCode::damaged)
-        return;
-    if (const Result<std::string> moved = moveAside(joinPath(folder, kPermissionsFile)); !moved)
-        warn(moved.status());
+    return isReadOnly() ? Status() : moveAside(joinPath(folder, kPermissionsFile)).status();
 }
 
 Status OpenProject::openDatabase(const std::string& folder) {

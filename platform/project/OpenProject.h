@@ -56,7 +56,7 @@ private:
     Status replaceDamagedFile(const std::string& folder, const Status& damage);
     Status openParts(const std::string& folder);
     Status openDatabase(const std::string& folder);
-    void loadPermissions(const std::string& folder);
+    Status loadPermissions(const std::string& folder);
     void publish(const std::string& folder);
     void warn(const Status& status);
     void forget() noexcept;
