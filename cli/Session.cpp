@@ -75,6 +75,7 @@ Session::Session(Workspace& workspace) : workspace_(workspace) {
 
 // Clients go before the Vobs they are attached to, managing ones before those they manage.
 Session::~Session() {
+    leaving_ = true; // that everybody goes is no news
     host().messages().setPrinter(nullptr);
     while (!clients_.empty())
         removeClient(clients_.back()->name());
@@ -111,7 +112,10 @@ void Session::perform(SessionWords& words) {
     words.expectEnd();
 }
 
-void Session::say(const std::string& text) const { print(text + '\n'); }
+void Session::say(const std::string& text) const {
+    if (!leaving_)
+        print(text + '\n');
+}
 
 Printer Session::printer() const {
     return [this](const std::string& text) { say("  " + text); };

@@ -136,6 +136,7 @@ private:
     std::vector<Kv::Ptr<Guard>> roleWatch_;
     std::string line_;
     bool ended_ = false;
+    bool leaving_ = false;
 };
 
 } // namespace cutroom::cli
