@@ -5,6 +5,19 @@
 #include "platform/store/Edit.h"
 
 #include <cmath>
+#include <limits>
+
+namespace {
+
+// What is remembered of a point that has gone already: an event later than any list holds.
+ChannelEvent eventOf(const ce_handle& point) {
+    ChannelEvent event = point.getEvent();
+    if (!point.valid())
+        event.time = std::numeric_limits<cutroom::Flicks>::max();
+    return event;
+}
+
+} // namespace
 
 IndexIndependentEventList::IndexIndependentEventList(const UnjoinedCuts& cuts, const EditPtr& edit,
                                                      const IdStamp& channel) {
@@ -18,13 +31,13 @@ void IndexIndependentEventList::buildFrom(const UnjoinedCuts& cuts, const EditPt
     const Edit::Lock lock(*edit);
     events_.clear();
     for (unsigned short i = 0; i < cuts.size(); ++i)
-        events_.push_back(cuts.getHandleRef(i).getEvent());
+        events_.push_back(eventOf(cuts.getHandleRef(i)));
     edit_ = edit;
     channel_ = channel;
 }
 
 void IndexIndependentEventList::buildFrom(const CelEventPair& segment) {
-    events_ = {segment.first().getEvent(), segment.second().getEvent()};
+    events_ = {eventOf(segment.first()), eventOf(segment.second())};
     edit_ = segment.getEdit();
     channel_ = segment.getChannel();
 }

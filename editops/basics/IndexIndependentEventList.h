@@ -19,8 +19,8 @@ public:
     IndexIndependentEventList(const UnjoinedCuts& cuts, const EditPtr& edit,
                               const IdStamp& channel);
 
-    // Takes the event of each cut, in list order. Nothing changes when there is no edit or the
-    // channel's id is the empty one.
+    // Takes the event of each cut, in list order; one whose handle is no longer valid is never
+    // found again. Nothing changes when there is no edit or the channel's id is the empty one.
     void buildFrom(const UnjoinedCuts& cuts, const EditPtr& edit, const IdStamp& channel);
     // Takes the two points of a segment.
     void buildFrom(const CelEventPair& segment);

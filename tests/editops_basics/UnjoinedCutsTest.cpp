@@ -181,6 +181,20 @@ TEST_F(UnjoinedCutsTest, ASnapshotFindsCutsAgainWhereverTheirEventsAre) {
     EXPECT_FALSE(snapshot.getHandleFor(3).valid());
 }
 
+TEST_F(UnjoinedCutsTest, APointThatHadGoneBeforeTheSnapshotIsNotFound) {
+    ASSERT_TRUE(cel_->lift({0, 1}).ok()); // black at 0, as is an event of nothing
+    const UnjoinedCuts cuts = cutsAt({2, 5});
+    const CelEventPair segment(edit_, channel_, 5.5);
+    split(7.5);
+    IndexIndependentEventList snapshot(cuts, edit_, channel_);
+    EXPECT_EQ(snapshot.size(), 2u);
+    UnjoinedCuts found;
+    found.buildFrom(snapshot);
+    EXPECT_EQ(found.asString(), "");
+    snapshot.buildFrom(segment);
+    EXPECT_FALSE(snapshot.getHandleFor(0).valid() || snapshot.getHandleFor(1).valid());
+}
+
 TEST_F(UnjoinedCutsTest, EventsMatchByExactTimeMaterialAndFlags) {
     const ChannelEvent event = cel_->get_event(4);
     ChannelEvent other = event;
