@@ -143,10 +143,11 @@ bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const std::vect
     return saveTo(path, file);
 }
 
-bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& channel,
-                                            const LightweightString<wchar_t>& path) {
-    if (!edit || !edit->isValidChan(channel) || edit->getChanType(channel) != kChanSubtitle)
-        return false;
+LightweightString<char> AssetMetadataSRTExporter::getSubtitles(const EditPtr& edit,
+                                                               const IdStamp& channel) {
+    const Edit::Lock lock(*edit);
+    if (!edit->isValidChan(channel) || edit->getChanType(channel) != kChanSubtitle)
+        return {};
     const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
     const Tags tags = tagsOf(edit->getSubtitleFont(channel));
     std::string file;
@@ -162,5 +163,11 @@ bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& 
         const TimeRange range(cutroom::toSeconds(segment.start), cutroom::toSeconds(segment.end));
         appendSubtitle(file, ++number, getTimecodeRangeString(edit, range), lines);
     }
+    return file;
+}
+
+bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& channel,
+                                            const LightweightString<wchar_t>& path) {
+    const std::string file = edit ? getSubtitles(edit, channel) : std::string();
     return !file.empty() && saveTo(path, file);
 }

@@ -22,17 +22,20 @@ public:
     // skipped leaves gaps). False without cues, or when saving failed.
     bool exportToFile(const EditPtr& edit, const std::vector<Cue>& cues,
                       const LightweightString<wchar_t>& path) const override;
-    // Writes the texts of a subtitle channel. False for an unknown channel, one without texts, or
-    // when saving failed.
+    // Writes the texts of a subtitle channel, as they are at one moment under the edit's lock.
+    // False for an unknown channel, one without texts, or when saving failed.
     static bool exportToFile(const EditPtr& edit, const IdStamp& channel,
                              const LightweightString<wchar_t>& path);
 
 private:
+    // The subtitles of a channel as the file has them; empty when there are none.
+    static LightweightString<char> getSubtitles(const EditPtr& edit, const IdStamp& channel);
     // "HH:MM:SS,mmm" from a timecode of the form HH:MM:SS:FF (11 characters); any other timecode
     // text stays as it is.
     static LightweightString<char> getTimecodeString(const EditPtr& edit, double seconds);
     static LightweightString<char> getTimecodeRangeString(const EditPtr& edit,
                                                           const TimeRange& range);
-    // Description, else name, as one or two lines.
+    // Description, else name, as one or two lines; line breaks and control characters become
+    // blanks, since an empty line would end the subtitle.
     static LightweightVector<LightweightString<char>> getMarkerText(const Cue& cue);
 };

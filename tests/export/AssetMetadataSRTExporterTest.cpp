@@ -9,7 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
+#include <thread>
 
 namespace {
 
@@ -112,6 +114,39 @@ TEST_F(SrtExport, ASubtitleTrackIsWrittenLineByLineInItsFont) {
               "1\n00:00:01,000 --> 00:00:02,000\n<i><b>Hello</i></b>\n<i><b>you</i></b>\n\n"
               "2\n00:00:03,000 --> 00:00:04,000\n<i><b>Bye</i></b>\n");
     EXPECT_FALSE(AssetMetadataSRTExporter::exportToFile(from, from->getId(0), L"/nowhere"));
+}
+
+TEST_F(SrtExport, SubtitlesAreThoseOfOneMomentWhileAnotherThreadChangesThem) {
+    const EditPtr from = edit();
+    const IdStamp track = from->addChan(kChanSubtitle);
+    const auto version = [](int count, const wchar_t* text) {
+        std::vector<CelSegment> segments(static_cast<std::size_t>(count));
+        for (int i = 0; i < count; ++i) {
+            segments[static_cast<std::size_t>(i)].start = cutroom::toFlicks(i);
+            segments[static_cast<std::size_t>(i)].end = cutroom::toFlicks(i + 1);
+            segments[static_cast<std::size_t>(i)].material = Cookie('T', 1);
+            segments[static_cast<std::size_t>(i)].detail.lines = {text};
+        }
+        return segments;
+    };
+    const auto few = version(30, L"few"), many = version(400, L"many");
+    const Kv::Ptr<Cel> cel = from->get_edit_cel_p(track);
+    ASSERT_TRUE(cel->setSegments(few).ok());
+    std::atomic<bool> done{false};
+    std::thread writer([&] {
+        for (bool on = true; !done; on = !on)
+            if (!cel->setSegments(on ? many : few).ok())
+                return;
+    });
+    for (int i = 0; i < 40; ++i) {
+        ASSERT_TRUE(AssetMetadataSRTExporter::exportToFile(from, track, cutroom::toWide(path())));
+        const std::string text = TextFile::load(path()).value();
+        const bool hasFew = text.find("few") != text.npos, hasMany = text.find("many") != text.npos;
+        EXPECT_NE(hasFew, hasMany);
+        EXPECT_EQ(text.find("\n400\n") != text.npos, hasMany);
+    }
+    done = true;
+    writer.join();
 }
 
 TEST_F(SrtExport, ColoursHaveNamesOnlyToTheBit) {
