@@ -25,12 +25,11 @@ void Telling::listWillChange(Telling* innermost, const std::vector<VobClient*>& 
             continue;
         for (std::size_t i = 0; i < telling->told_; ++i)
             telling->toldIds_.insert(clients[i]->uid());
+        telling->allowance_ -= std::min(telling->told_, telling->allowance_ - 1);
         telling->listChanged_ = true;
     }
 }
 
-bool Telling::beginInChangedList(const VobClient& client) {
-    return toldIds_.insert(client.uid()).second;
-}
+bool Telling::begin(const VobClient& client) { return toldIds_.insert(client.uid()).second; }
 
 } // namespace cutroom

@@ -25,24 +25,21 @@ public:
     Telling(const Telling&) = delete;
     Telling& operator=(const Telling&) = delete;
 
-    // Notes that the client at `index` is being told; false when it was told already.
-    bool begin(const VobClient& client, std::size_t index) {
-        if (listChanged_)
-            return beginInChangedList(client);
-        told_ = index + 1;
-        return true;
-    }
+    // Notes that the first `count` of the list, as long as it does not change, have been told.
+    void setTold(std::size_t count) noexcept { told_ = count; }
+    // Once the list has changed: notes that `client` is being told; false when it was already.
+    bool begin(const VobClient& client);
     // The list changed during this telling, so that others may stand where it has been.
     bool listChanged() const noexcept { return listChanged_; }
-    // Counts one telling; true when there were so many that it must be a runaway.
+    // Inside another telling of the same Vob.
+    bool isInner() const noexcept { return outer_ != nullptr; }
+    // Counts one telling in a changed list; true when there were so many that it is a runaway.
     bool isRunaway() noexcept { return --allowance_ == 0; }
 
     // To be called before `clients` changes, for the innermost telling (may be null).
     static void listWillChange(Telling* innermost, const std::vector<VobClient*>& clients);
 
 private:
-    bool beginInChangedList(const VobClient& client);
-
     Telling*& chain_;
     Telling* const outer_;
     std::size_t told_ = 0; // the first so many of the list, until it changes

@@ -95,14 +95,22 @@ void Vob::onLastRelease() const noexcept {
     if (dying_.exchange(true))
         return;
     if (cutroom::isUiThread()) {
-        delete this;
+        destroyWhenTold();
         return;
     }
     try {
-        cutroom::postToUiThread([this] { delete this; });
+        cutroom::postToUiThread([this] { destroyWhenTold(); });
     } catch (...) {
         LogBoth("Vob: no memory to destroy a viewed edit\n"); // it stays, harmlessly
     }
+}
+
+// At once, or by the outermost telling under way.
+CUTROOM_NO_THREAD_SAFETY void Vob::destroyWhenTold() const noexcept {
+    if (tellings_)
+        diesAfterTelling_ = true;
+    else
+        delete this;
 }
 
 LightweightString<char> Vob::makeUniqueID() { return IdStamp::make().asString(); }

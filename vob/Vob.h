@@ -38,7 +38,6 @@
 #include <vector>
 
 class CelEventPair;
-class TimedTask;
 
 namespace cutroom {
 class Telling;
@@ -308,7 +307,6 @@ public:
     // Records a change; outside a batch it is told: at once on the user-interface thread, posted
     // from any other. A type of 0 tells what is pending.
     void addModification(const VobModification& change);
-    void addModification(VobModification&& change);
     // Forgets what is pending.
     void clearModifications();
     // Tell the clients, without regard to batches. From another thread they post; the two-argument
@@ -379,17 +377,22 @@ private:
     void walkClients(VobClient* subject, void (VobClient::*notify)(VobClient*))
         CUTROOM_REQUIRES(clientLock_);
     static void transferRoles(Vob& from, Vob& to);
-    // The one place where clients are told.
-    void informClientsSafe(InformerProxy& proxy);
-    void tellAll(InformerProxy& proxy, cutroom::Telling& telling, TimedTask* timed)
+    // The one place where clients are told. Templates over the proxies, so that the calls within
+    // are direct; used in one source file.
+    template <class Proxy> void informClientsSafe(Proxy& proxy);
+    template <class Proxy>
+    void tellAll(Proxy& proxy, cutroom::Telling& telling) CUTROOM_REQUIRES(clientLock_);
+    template <class Proxy>
+    void tellChangedList(Proxy& proxy, cutroom::Telling& telling, std::size_t next)
         CUTROOM_REQUIRES(clientLock_);
-    static void tellOne(InformerProxy& proxy, VobClient& client, TimedTask* timed);
+    template <class Proxy> static void tellOne(Proxy& proxy, VobClient& client);
     void listWillChange() CUTROOM_REQUIRES(clientLock_);
 
     // A share for as long as clients, who may close the Vob, are told; empty while it is being
     // made.
     Kv::Ptr<Vob> keepAlive() noexcept { return refCount() > 0 ? this : nullptr; }
     void init();
+    void destroyWhenTold() const noexcept;
     void takeEdit(const EditPtr& edit);
     void registerWithEdit();
     void releaseEdit();
@@ -417,8 +420,8 @@ private:
     void followExtents();
     void followPoints();
     void followClipboard();
-    template <class Change> void record(Change&& change);
-    void tellPending(const VobModification& change);
+    void tellReady(const VobModification& change);
+    void report(const EditModifications& editChanges, const VobModification& change);
     void handlePostedChange(const Event& event);
     VobModification takeDescription(const EditModifications& editChanges,
                                     const VobModification& change);
@@ -469,4 +472,5 @@ private:
     std::unique_ptr<cutroom::VobPlayable> playable_;
     Kv::Ptr<Guard> editRegistration_;
     mutable std::atomic<bool> dying_{false};
+    mutable bool diesAfterTelling_ = false; // user-interface thread
 };

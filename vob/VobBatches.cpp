@@ -11,32 +11,33 @@ void Vob::beginModifications() noexcept { batchDepth_.fetch_add(1); }
 void Vob::endModifications() {
     if (batchDepth_.fetch_sub(1) != 1)
         return;
+    VobModification ready(0);
     {
+        // Looked at and taken in one go, or another thread could take it in between and an empty
+        // change be told.
         const CriticalSection::Lock lock(pendingLock_);
-        if (!pending_.valid())
+        if (!pending_.valid() || batchDepth_.load(std::memory_order_relaxed) != 0)
             return;
+        std::swap(ready, pending_);
     }
-    addModification(VobModification(0));
+    ready.setTime(getCurrentTime());
+    tellReady(ready);
 }
 
-void Vob::addModification(const VobModification& change) { record(change); }
-
-void Vob::addModification(VobModification&& change) { record(std::move(change)); }
-
-template <class Change> void Vob::record(Change&& change) {
+void Vob::addModification(const VobModification& change) {
     VobModification ready(0);
     {
         const CriticalSection::Lock lock(pendingLock_);
         if (pending_.valid())
-            pending_.merge(std::forward<Change>(change));
+            pending_.merge(change);
         else
-            pending_ = std::forward<Change>(change);
+            pending_ = change;
         if (batchDepth_.load(std::memory_order_relaxed) != 0)
             return;
         std::swap(ready, pending_);
     }
     ready.setTime(getCurrentTime());
-    tellPending(ready);
+    tellReady(ready);
 }
 
 void Vob::clearModifications() {
@@ -44,8 +45,7 @@ void Vob::clearModifications() {
     pending_ = VobModification(0);
 }
 
-void Vob::tellPending(const VobModification& change) {
-    static const EditModifications kNoEditChanges;
+void Vob::tellReady(const VobModification& change) {
     const bool mixFollows = change.includes(kVobSelection);
     if (!cutroom::isUiThread()) {
         informClientsAsync(change);
@@ -63,7 +63,7 @@ void Vob::tellPending(const VobModification& change) {
         change.includes(kVobTime) && playing_ && (getTimeChangeFlags() & kTimeByPlayback) == 0;
     if (byPlayback)
         timeChangeFlags_ |= kTimeByPlayback;
-    informClients(kNoEditChanges, change);
+    informClients(change);
     if (mixFollows)
         updateAudioMix();
     if (byPlayback)

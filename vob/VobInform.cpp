@@ -63,6 +63,20 @@ private:
     const PlayStateNotifyType change_;
 };
 
+// Another proxy, with the time of each call kept under the client's name.
+template <class Proxy> class TimedProxy final : public Vob::InformerProxy {
+public:
+    TimedProxy(Proxy& proxy, TimedTask& task) : proxy_(proxy), task_(task) {}
+    void call(VobClient& client) override {
+        const TimedTask::Run run(task_, client.idstring());
+        proxy_.call(client);
+    }
+
+private:
+    Proxy& proxy_;
+    TimedTask& task_;
+};
+
 // Channels and nodes that level nodes may have been selected on came, went or were replaced.
 constexpr std::uint64_t kDeselectsLevelNodes =
     EditModifications::bit(kModGroups) | EditModifications::bit(kModLevelNodes) |
@@ -72,33 +86,110 @@ constexpr std::uint64_t kDeselectsLevelNodes =
 
 } // namespace
 
+// --- the walk ------------------------------------------------------------------------------------
+
+// A Vob whose last share goes meanwhile is destroyed at the end of the outermost telling.
+template <class Proxy> void Vob::informClientsSafe(Proxy& proxy) {
+    const Watches& timed = watches();
+    const TimedTask::Run run(*timed.all, "inform");
+    {
+        const CriticalSection::Lock lock(clientLock_);
+        if (clients_.empty())
+            return;
+        Telling telling(tellings_, clients_.size());
+        if (timed.each->enabled()) {
+            TimedProxy<Proxy> timing(proxy, *timed.each);
+            tellAll(timing, telling);
+        } else {
+            tellAll(proxy, telling);
+        }
+        if (!diesAfterTelling_ || telling.isInner())
+            return;
+    }
+    delete this;
+}
+
+// Most lists do not change while they are told: one walk, without looking anything up.
+template <class Proxy> void Vob::tellAll(Proxy& proxy, Telling& telling) {
+    VobClient* const* const clients = clients_.data();
+    const std::size_t count = clients_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        telling.setTold(i + 1);
+        tellOne(proxy, *clients[i]);
+        if (telling.listChanged()) {
+            tellChangedList(proxy, telling, i + 1);
+            return;
+        }
+    }
+}
+
+// Goes on at `next`; walks again until a walk finds nobody to tell.
+template <class Proxy> void Vob::tellChangedList(Proxy& proxy, Telling& telling, std::size_t next) {
+    for (bool calledAny = true; calledAny; next = 0) {
+        calledAny = next > 0; // the walk that goes on has called somebody
+        for (std::size_t i = next; i < clients_.size(); ++i) {
+            VobClient* const client = clients_[i];
+            if (!telling.begin(*client))
+                continue;
+            calledAny = true;
+            tellOne(proxy, *client);
+            if (telling.isRunaway()) {
+                LogBoth("Vob::informClients() : too many clients told, stopped at %u\n",
+                        static_cast<unsigned>(clients_.size()));
+                return;
+            }
+        }
+    }
+}
+
+// One client's failure is not the others' business. The client may be gone afterwards.
+template <class Proxy> void Vob::tellOne(Proxy& proxy, VobClient& client) {
+    try {
+        proxy.call(client);
+    } catch (const std::exception& error) {
+        LogBoth("Vob::informClients() : a client failed: %s\n", error.what());
+    } catch (...) {
+        LogBoth("Vob::informClients() : a client failed\n");
+    }
+}
+
 // --- the kinds of telling ------------------------------------------------------------------------
 
 void Vob::informClients(const VobModification& change) {
     static const EditModifications kNoEditChanges;
     if (cutroom::isUiThread())
-        informClients(kNoEditChanges, change);
+        report(kNoEditChanges, change);
     else
         informClientsAsync(change);
 }
 
 void Vob::informClients(const EditModifications& editChanges, const VobModification& change) {
-    if (!cutroom::isUiThread()) {
+    if (cutroom::isUiThread())
+        report(editChanges, change);
+    else
         informClientsAsync(editChanges);
+}
+
+void Vob::report(const EditModifications& editChanges, const VobModification& change) {
+    const bool wantsTime = change.includes(kVobTime) && change.getTime() == kNoTime;
+    if (editChanges.empty() && change.valid() && !described_.load(std::memory_order_acquire) &&
+        !change.includes(kVobViewRegion) && !wantsTime) {
+        ModificationsProxy proxy(editChanges, change); // as it is: no copy
+        informClientsSafe(proxy);
         return;
     }
-    VobModification report = takeDescription(editChanges, change);
+    VobModification told = takeDescription(editChanges, change);
     if (!editChanges.empty())
-        report.addModification(std::exchange(carried_, 0u));
-    if (report.includes(kVobViewRegion))
+        told.addModification(std::exchange(carried_, 0u));
+    if (told.includes(kVobViewRegion))
         extents_ = editRange();
     else if (validateViewRegion(editChanges))
-        report.addModification(kVobViewRegion);
+        told.addModification(kVobViewRegion);
     if (editChanges.includesAnyOf(kDeselectsLevelNodes) && deselectAllLevelNodes())
-        report.addModification(kVobLevelNodes);
-    if (report.includes(kVobTime) && report.getTime() == kNoTime)
-        report.setTime(getCurrentTime());
-    ModificationsProxy proxy(editChanges, report);
+        told.addModification(kVobLevelNodes);
+    if (told.includes(kVobTime) && told.getTime() == kNoTime)
+        told.setTime(getCurrentTime());
+    ModificationsProxy proxy(editChanges, told);
     informClientsSafe(proxy);
 }
 
@@ -136,54 +227,4 @@ void Vob::informOtherEditAltered(const Cookie& edit, const EditModifications& ch
     }
     OtherEditProxy proxy(edit, changes);
     informClientsSafe(proxy);
-}
-
-// --- the walk ------------------------------------------------------------------------------------
-
-void Vob::informClientsSafe(InformerProxy& proxy) {
-    const Watches& timed = watches();
-    const TimedTask::Run run(*timed.all, "inform");
-    const Kv::Ptr<Vob> self = keepAlive();
-    const CriticalSection::Lock lock(clientLock_);
-    if (clients_.empty())
-        return;
-    Telling telling(tellings_, clients_.size());
-    tellAll(proxy, telling, timed.each->enabled() ? timed.each.get() : nullptr);
-}
-
-// Walks again as long as the list has changed and a walk has found somebody to tell.
-void Vob::tellAll(InformerProxy& proxy, Telling& telling, TimedTask* timed) {
-    bool calledAny = true;
-    while (calledAny) {
-        calledAny = false;
-        for (std::size_t i = 0; i < clients_.size(); ++i) {
-            VobClient* const client = clients_[i];
-            if (!telling.begin(*client, i))
-                continue;
-            calledAny = true;
-            tellOne(proxy, *client, timed);
-            if (telling.isRunaway()) {
-                LogBoth("Vob::informClients() : too many clients told, stopped at %u\n",
-                        static_cast<unsigned>(clients_.size()));
-                return;
-            }
-        }
-        if (!telling.listChanged())
-            return;
-    }
-}
-
-// One client's failure is not the others' business. The client may be gone afterwards.
-void Vob::tellOne(InformerProxy& proxy, VobClient& client, TimedTask* timed) {
-    if (timed)
-        timed->start(client.idstring());
-    try {
-        proxy.call(client);
-    } catch (const std::exception& error) {
-        LogBoth("Vob::informClients() : a client failed: %s\n", error.what());
-    } catch (...) {
-        LogBoth("Vob::informClients() : a client failed\n");
-    }
-    if (timed)
-        timed->stop();
 }

@@ -20,17 +20,3 @@ unsigned VobModification::getModifiedTrackTypes(const EditPtr& edit) const {
             types |= edit->getChanType(track);
     return types;
 }
-
-void VobModification::merge(const VobModification& other) {
-    if (other.valid())
-        merge(VobModification(other));
-}
-
-void VobModification::merge(VobModification&& other) noexcept {
-    if (!other.valid())
-        return;
-    type_ |= other.type_;
-    tracks_.splice(tracks_.end(), other.tracks_);
-    if (markTime_ == kNoTime)
-        markTime_ = other.markTime_;
-}

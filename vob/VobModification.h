@@ -7,7 +7,7 @@
 #include "platform/store/EditPtr.h"
 
 #include <list>
-#include <utility>
+#include <vector>
 
 // Kinds of change (bits). Some always come together: a replaced module is marks and selection (20),
 // with the time when it moved (22).
@@ -61,19 +61,27 @@ public:
     // The channels concerned, in the order added; one may occur more than once.
     void addModifiedTrack(const IdStamp& track) { tracks_.push_back(track); }
     bool affectsTrack(const IdStamp& track) const noexcept;
-    const std::list<IdStamp>& getModifiedTracks() const noexcept { return tracks_; }
+    std::list<IdStamp> getModifiedTracks() const { return {tracks_.begin(), tracks_.end()}; }
+    bool hasModifiedTracks() const noexcept { return !tracks_.empty(); }
     // The types of the channels concerned, together (EditChanType bits), in `edit`; 0 without edit.
     // Channels that the edit does not have count nothing.
     unsigned getModifiedTrackTypes(const EditPtr& edit) const;
 
     // Takes `other` in: the kinds, the tracks behind those here, and its mark time when none is
     // here. Nothing when `other` says nothing. The time stays.
-    void merge(const VobModification& other);
-    void merge(VobModification&& other) noexcept;
+    void merge(const VobModification& other) {
+        if (!other.valid())
+            return;
+        type_ |= other.type_;
+        if (markTime_ == kNoTime)
+            markTime_ = other.markTime_;
+        if (other.hasModifiedTracks())
+            tracks_.insert(tracks_.end(), other.tracks_.begin(), other.tracks_.end());
+    }
 
 private:
     unsigned type_;
     double time_ = kNoTime;
     double markTime_ = kNoTime;
-    std::list<IdStamp> tracks_;
+    std::vector<IdStamp> tracks_; // dense: a batch may name very many
 };

@@ -26,7 +26,7 @@ private:
 // "time mark track", as posted.
 std::string describeForPost(const VobModification& change) {
     const double mark = change.getMarkTime();
-    const auto& tracks = change.getModifiedTracks();
+    const std::list<IdStamp> tracks = change.getModifiedTracks();
     const IdStamp track = tracks.empty() ? IdStamp() : tracks.front();
     return cutroom::format("%lf %lf %s", change.getTime(), mark == kNoTime ? kPostedNoMark : mark,
                            track.asString().c_str());

@@ -32,7 +32,7 @@ void Vob::selectSegments(const LightweightVector<CelEventPair>& segments, bool o
     for (const CelEventPair& segment : segments)
         if (selectSegmentSilently(segment, on) && !change.affectsTrack(segment.getChannel()))
             change.addModifiedTrack(segment.getChannel());
-    if (!change.getModifiedTracks().empty())
+    if (change.hasModifiedTracks())
         addModification(change);
 }
 
