@@ -39,24 +39,29 @@ void TrackSelections::remember() { snapshot_.buildFrom(cuts_, edit_, channel_); 
 
 // --- unjoined cuts -------------------------------------------------------------------------------
 
+// The events may have been renumbered within a change that is not told yet, so what is selected is
+// found again first.
 bool TrackSelections::addCut(const ce_handle& handle, unsigned flags) {
+    const bool dropped = verifyCuts();
     if (!handle.valid() || (cuts_.isMember(handle) && cuts_.getFlag(handle) == flags))
-        return false;
+        return dropped;
     cuts_.addHandle(handle, flags);
     remember();
     return true;
 }
 
 bool TrackSelections::deleteCut(const ce_handle& handle) {
+    const bool dropped = verifyCuts();
     if (!cuts_.isMember(handle))
-        return false;
+        return dropped;
     cuts_.deleteHandle(handle);
     remember();
     return true;
 }
 
 bool TrackSelections::toggleCut(const ce_handle& handle, unsigned flags) {
-    return cuts_.isMember(handle) ? deleteCut(handle) : addCut(handle, flags);
+    const bool dropped = verifyCuts();
+    return (cuts_.isMember(handle) ? deleteCut(handle) : addCut(handle, flags)) || dropped;
 }
 
 bool TrackSelections::clearCuts() {

@@ -146,6 +146,24 @@ TEST_F(VobSelection, UnjoinedCutsSurviveARenumberingWithTheirFlags) {
     EXPECT_FALSE(vob_->isTrimViewPossible());
 }
 
+TEST_F(VobSelection, CutsUnjoinedWithinAChangeJoinThoseFromBeforeIt) {
+    const IdStamp channel = edit_->getId(0);
+    layClip(edit_, channel, 4, 6);
+    const auto cel = edit_->get_edit_cel_p(channel);
+    vob_->unjoinCut(channel, cel->find_ceh(4, 0), kCutConstrainIn);
+    vob_->unjoinCut(channel, cel->find_ceh(6, 0));
+    {
+        const EditModifier modifier(edit_, "cut");
+        layClip(edit_, channel, 1, 2, 8); // renumbers, not told yet
+        vob_->unjoinCut(channel, cel->find_ceh(1, 0));
+        vob_->toggleCut(channel, cel->find_ceh(6, 0));
+    }
+    const UnjoinedCuts& cuts = vob_->findTrackSelections(channel)->getUnjoinedCuts();
+    ASSERT_EQ(cuts.asString(), "2,6");
+    EXPECT_EQ(cuts.getHandle(1).get_edit_time(), 4.0);
+    EXPECT_EQ(cuts.getFlag(1), unsigned{kCutConstrainIn});
+}
+
 TEST_F(VobSelection, ATrimThatCannotBeDoneWhollyIsTakenBack) {
     const IdStamp channel = edit_->getId(0);
     layClip(edit_, channel, 4, 6);
