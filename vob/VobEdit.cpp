@@ -19,6 +19,7 @@ constexpr char kShowCelCues[] = "SHOW_CEL_CUES";
 void Vob::setEdit(const EditPtr& edit, bool keepModule) {
     const Kv::Ptr<Vob> self = keepAlive();
     const EditModule saved = module_;
+    clearSelectedSegments();
     takeEdit(edit);
     if (edit_) {
         if (keepModule)
@@ -42,11 +43,13 @@ void Vob::setEdit(const EditPtr& edit, bool keepModule) {
 // Without `edit` a new empty one is made, under the Vob's cookie when it has one by now.
 void Vob::takeEdit(const EditPtr& edit) {
     EditPtr wanted = edit;
-    std::map<IdStamp, TrackSelections> kept;
+    decltype(selections_) keptSelections;
+    decltype(levelNodes_) keptNodes;
     if (edit_) {
-        dropSelectedSegments();
-        if (wanted == edit_)
-            kept.swap(selections_);
+        if (wanted == edit_) {
+            keptSelections.swap(selections_);
+            keptNodes.swap(levelNodes_);
+        }
         releaseEdit();
         cookie_ = Cookie();
     }
@@ -57,7 +60,8 @@ void Vob::takeEdit(const EditPtr& edit) {
     }
     edit_ = wanted;
     cookie_ = edit_.getCookie();
-    selections_.swap(kept);
+    selections_.swap(keptSelections);
+    levelNodes_.swap(keptNodes);
     registerWithEdit();
     module_ = EditModule(edit_);
     timeMirror_ = edit_ ? module_.getCurrentTime() : kNoTime;
@@ -94,8 +98,7 @@ void Vob::setupFromEdit() {
         return;
     storeTime(edit_->getStoredCurrentTime());
     for (const auto type : {Kv::MarkTypes::In, Kv::MarkTypes::Out})
-        if (const double mark = edit_->getStoredMark(type); mark != kNoTime)
-            markAllAt(mark, type);
+        markAllAt(edit_->getStoredMark(type), type);
     restoreViewRegion();
     if (const auto show = edit_->getConfig(kShowCelCues); show && cutroom::leadingInt(*show) != 0)
         cel_cues_on();

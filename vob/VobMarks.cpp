@@ -26,8 +26,9 @@ VobModification marksChanged(double seconds, const IdStamp& channel) {
 
 // --- storing -------------------------------------------------------------------------------------
 
+// The preference matters, and is read, only where a mark is put: none lies on no wrong side.
 void Vob::markAllAt(double seconds, MarkType type) {
-    module_.markAllAt(seconds, type, allowAdvancedMarks());
+    module_.markAllAt(seconds, type, seconds == kNoTime || allowAdvancedMarks());
 }
 
 void Vob::storeMarkTime(const IdStamp& channel, double seconds, MarkType type) {

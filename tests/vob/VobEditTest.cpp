@@ -49,6 +49,37 @@ TEST_F(VobEdit, ReplacedKeepsOrDropsTheModule) {
     EXPECT_THAT(calls_, ElementsAre("a: change 32 time 4", "a: change 32 time 0"));
 }
 
+TEST_F(VobEdit, ReplacedLosesTheSelectedSegmentsAndSaysSo) {
+    const EditPtr edit = makeEdit();
+    layClip(edit, edit->getId(0), 2, 4);
+    const IdStamp levels = edit->addLevelsChan(edit->getId(1));
+    ASSERT_TRUE(edit->setLevelNodes(levels, {{cutroom::toFlicks(1), 0.5F}}));
+    const auto vob = open(edit);
+    vob->selectSegment({edit, 0, 3.0});
+    vob->selectLevelNode(levels, 1, true);
+    RecorderClient client(vob.get(), calls_, "a");
+    vob->setEdit(edit, true);
+    EXPECT_FALSE(vob->anySelectedSegments());
+    EXPECT_TRUE(vob->isLevelNodeSelected(levels, 1)); // of the same edit
+    vob->setEdit(makeEdit(), true);
+    EXPECT_FALSE(vob->anySelectedLevelNodes());
+    EXPECT_THAT(calls_, ElementsAre("a: change 262144 time 0", "a: change 32 time 0",
+                                    "a: change 32 time 0"));
+}
+
+TEST_F(VobEdit, SetUpAnewTakesTheMarksAsStoredAlsoWhenThereAreNone) {
+    const EditPtr edit = makeEdit();
+    edit->setConfig("BACKUP_MARK1", 2.0);
+    const auto vob = open(edit);
+    EXPECT_EQ(vob->getMarkTime(0), 2.0);
+    vob->setMarkTime(IdStamp(), 5, Out);
+    vob->setCurrentTime(3);
+    vob->setupFromEdit();
+    EXPECT_EQ(vob->getMarkTime(0), 2.0);
+    EXPECT_EQ(vob->getEditModule().getMark(Out), kNoTime);
+    EXPECT_EQ(vob->getCurrentTime(), 0.0);
+}
+
 TEST_F(VobEdit, ModulesAreToldWithTheTimeOnlyWhenItMoved) {
     const EditPtr edit = makeEdit();
     const auto vob = open(edit);
