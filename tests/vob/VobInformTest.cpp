@@ -2,6 +2,7 @@
 #include "platform/prefs/TimedTask.h"
 #include "tests/vob/VobFixture.h"
 
+#include <algorithm>
 #include <random>
 #include <set>
 #include <stdexcept>
@@ -40,6 +41,33 @@ TEST_F(VobInform, GoesByPriorityThenByAge) {
     c->setPriority(static_cast<eClientPriority>(9));
     vob_->informClients(kVobCuts);
     EXPECT_EQ(told(), "cbda");
+}
+
+TEST_F(VobInform, AThousandClientsAreToldOnceEachInOrder) {
+    struct Counting final : VobClient {
+        Counting(Vob* vob, int priority, std::vector<const Counting*>& list)
+            : VobClient(vob, static_cast<eClientPriority>(priority), kClientUnmanaged),
+              order(list) {}
+        void handleModifications(const EditModifications& edit,
+                                 const VobModification& change) override {
+            EXPECT_TRUE(edit.empty() && change.getType() == kVobTime && change.getTime() == 2.5);
+            order.push_back(this);
+        }
+        std::vector<const Counting*>& order;
+    };
+    std::vector<const Counting*> order, expected;
+    std::vector<std::unique_ptr<Counting>> clients;
+    std::mt19937 random(1);
+    for (int i = 0; i < 1000; ++i) {
+        const int priority = static_cast<int>(random() % 9) - 4;
+        clients.push_back(std::make_unique<Counting>(vob_.get(), priority, order));
+        expected.push_back(clients.back().get());
+    }
+    std::stable_sort(expected.begin(), expected.end(), [](const auto* a, const auto* b) {
+        return a->getPriority() > b->getPriority();
+    });
+    vob_->setCurrentTime(2.5);
+    EXPECT_EQ(order, expected);
 }
 
 TEST_F(VobInform, EveryKindReachesEveryClient) {
