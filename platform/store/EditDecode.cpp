@@ -147,7 +147,7 @@ bool StateReader::channel(std::string_view bytes) {
 bool StateReader::cues(std::string_view bytes) {
     ByteReader in(bytes);
     CueList cues;
-    const std::uint64_t count = in.count(60);
+    const std::uint64_t count = in.count(52);
     double last = -kNoTime;
     for (std::uint64_t i = 0; i < count && in.ok(); ++i) {
         Cue cue;
