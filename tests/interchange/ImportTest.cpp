@@ -212,7 +212,10 @@ TEST_F(Import, WhatFailsLeavesNothing) {
 class ImportFaults : public ImportFixture {
 protected:
     ImportFaults() { installFileSystem(&faulty_); }
-    ~ImportFaults() override { installFileSystem(nullptr); }
+    ~ImportFaults() override {
+        (void)CurrentProject::close(); // its lock is held through these files
+        installFileSystem(nullptr);
+    }
 
     FaultyFiles faulty_{systemFiles()};
 };
