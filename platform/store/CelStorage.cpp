@@ -198,7 +198,11 @@ Status checkSegment(const CelSegment& segment) {
         return {StatusCode::failed, {}, "a segment ends before it begins"};
     if (!inRange(segment.end))
         return {StatusCode::failed, {}, "a time lies outside the range of an edit"};
-    return checkEventValues(pairOf(segment, 0)[0]);
+    ChannelEvent in; // without its out point, which is worked out of sound numbers only
+    in.time = segment.start;
+    in.stripTime = segment.stripStart;
+    in.speed = segment.speed;
+    return checkEventValues(in);
 }
 
 bool toFlickRange(const TimeRange& range, Flicks& from, Flicks& to) noexcept {

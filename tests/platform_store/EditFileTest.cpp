@@ -96,6 +96,26 @@ TEST_F(EditFileTest, everythingComesBackAndIsWrittenTheSame) {
     EXPECT_EQ(bytesOf(fileOf(cookie)), bytes);
 }
 
+// The smallest stored forms: counts are checked against them.
+TEST_F(EditFileTest, thingsWithoutTextsComeBack) {
+    const EditModifier edit = fresh();
+    for (std::uint32_t i = 1; i <= 20; ++i) {
+        Cue bare(i, {});
+        bare.setExtID(IdStamp(0, 0, i));
+        edit->addCue(bare);
+        edit->setEffectGraph({IdStamp(0, 0, i), {}, {}, {}, 0, 0, {}, false});
+        edit->addLabel({kLabelInk, {0, static_cast<int>(i)}, {Kv::FrameRate(25), false}, 0});
+    }
+    BITCEffect burntIn;
+    burntIn.addLabel({});
+    edit->setBITC(burntIn);
+    ASSERT_TRUE(manager().save(edit).ok());
+    const std::string file = fileOf(edit.getCookie());
+    const auto read = EditFile::decode(bytesOf(file), file);
+    ASSERT_TRUE(read.ok()) << read.status().text();
+    EXPECT_EQ(canonicalText(read->state), edit->canonicalContents());
+}
+
 TEST_F(EditFileTest, historyWorksAcrossRuns) {
     EditModifier edit = full();
     const Cookie cookie = edit.getCookie();
