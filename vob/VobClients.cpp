@@ -12,19 +12,18 @@
 
 namespace {
 
-// A client is being added somewhere.
-bool addingClient = false;
+// Additions that are being told at this moment, anywhere, each inside the telling of another.
+int additions = 0;
 
-// Raises the flag; an addition inside another one leaves it up.
+// Deeper than this it must be a client that adds one whenever it hears of one.
+constexpr int kMostNestedAdditions = 500;
+
 class AddingClient {
 public:
-    AddingClient() : before_(std::exchange(addingClient, true)) {}
-    ~AddingClient() { addingClient = before_; }
+    AddingClient() noexcept { ++additions; }
+    ~AddingClient() { --additions; }
     AddingClient(const AddingClient&) = delete;
     AddingClient& operator=(const AddingClient&) = delete;
-
-private:
-    const bool before_;
 };
 
 bool higherPriority(const VobClient* a, const VobClient* b) {
@@ -33,7 +32,7 @@ bool higherPriority(const VobClient* a, const VobClient* b) {
 
 } // namespace
 
-bool Vob::isAddingClient() noexcept { return addingClient; }
+bool Vob::isAddingClient() noexcept { return additions > 0; }
 
 // --- changing the list ---------------------------------------------------------------------------
 
@@ -46,8 +45,12 @@ void Vob::addClient(VobClient* client) {
         listWillChange();
         clients_.push_back(client);
         client->setVob(this);
-        const AddingClient adding;
-        walkClients(client, &VobClient::notifyClientAdded);
+        if (additions >= kMostNestedAdditions) {
+            LogBoth("Vob::addClient() : too many clients added inside one another, not told\n");
+        } else {
+            const AddingClient adding;
+            walkClients(client, &VobClient::notifyClientAdded);
+        }
     }
     sortClients();
 }

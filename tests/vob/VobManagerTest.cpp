@@ -193,6 +193,22 @@ TEST_F(VobManagerTest, ANewcomerMayBeDestroyedByWhoeverIsToldOfIt) {
     EXPECT_THAT(calls_, ElementsAre("a: added n", "a: removed VobClient"));
 }
 
+TEST_F(VobManagerTest, AClientThatAddsOneForEachItHearsOfIsStopped) {
+    const auto vob = open(makeEdit());
+    std::vector<std::unique_ptr<VobClient>> bred;
+    const auto breeder = client("b");
+    breeder->onAdded = [&](VobClient*) {
+        bred.push_back(std::make_unique<VobClient>());
+        manager_.open(bred.back().get(), vob);
+    };
+    manager_.open(breeder.get(), vob);
+    VobClient first(vob.get(), kClientPriorityLowest, kClientUnmanaged);
+    EXPECT_EQ(bred.size(), 500u);
+    EXPECT_EQ(vob->getNumClients(), 502u); // whoever was not told of is there all the same
+    EXPECT_FALSE(Vob::isAddingClient());
+    EXPECT_THAT(log_.lines, testing::Contains(HasSubstr("too many clients")));
+}
+
 TEST_F(VobManagerTest, AClientThatLeavesMayBeDestroyedOrOpenedAnew) {
     const auto vob = open(makeEdit()), other = open(makeEdit());
     const auto a = client("a");
