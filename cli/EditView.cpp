@@ -32,6 +32,8 @@ public:
         const std::uint32_t count = cel.numSegments();
         for (std::uint32_t i = 0; i < count; ++i) {
             const CelSegment segment = cel.getSegment(i);
+            if (i == 0 && segment.start > start_)
+                addGap(segment.start);
             addTransition(segment.inGraph, segment.start);
             if ((segment.flags & kEventPad) == 0)
                 addSegment(segment);
@@ -44,10 +46,20 @@ public:
 private:
     std::int64_t frame(Flicks time) const { return rate_.flicksToFrameNearest(time - start_); }
 
+    // What lies before a channel's first event.
+    void addGap(Flicks end) {
+        ItemView gap;
+        gap.type = ItemView::Type::gap;
+        gap.duration = frame(end);
+        items_.push_back(std::move(gap));
+    }
+
     void addSegment(const CelSegment& segment) {
         ItemView item;
         item.type = segment.material.valid() ? ItemView::Type::clip : ItemView::Type::gap;
         item.name = toUtf8(segment.detail.name);
+        for (const auto& line : segment.detail.lines)
+            item.name += (item.name.empty() ? "" : " / ") + toUtf8(line);
         item.start = frame(segment.start);
         item.duration = frame(segment.end) - item.start;
         item.sourceStart = rate_.flicksToFrameNearest(segment.stripStart);

@@ -1,5 +1,6 @@
 // cutroom import FILE…
 #include "cli/Command.h"
+#include "cli/SubtitlesIn.h"
 #include "interchange/Importer.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
@@ -16,6 +17,9 @@ namespace {
 struct ImportWords {
     std::vector<std::string> files;
     std::string rate;
+    std::string subtitlesOf; // the edit that subtitles go to; empty: the files are timelines
+    std::string clock = "media";
+    std::string encoding;
 };
 
 // What all files together gave.
@@ -82,7 +86,40 @@ std::string outcomeText(const Outcome& outcome) {
     return text;
 }
 
+std::string subtitlesJson(const SubtitleReport& report) {
+    JSON::Builder json;
+    json.beginObject();
+    json.add("track", report.channel.asString());
+    json.add("subtitles", report.count);
+    json.beginArray("warnings");
+    for (const auto& warning : report.warnings)
+        json.add(warning);
+    json.endArray();
+    json.endObject();
+    return json.take();
+}
+
+int importSubtitleFiles(const Options& options, const ImportWords& words) {
+    return withProject(options, Workspace::Use::write, [&](Workspace&) -> Status {
+        for (const std::string& file : words.files) {
+            const auto report = addSubtitles(
+                {file, words.subtitlesOf, words.encoding,
+                 words.clock == "timecode" ? SubtitleClock::timecode : SubtitleClock::media});
+            if (!report)
+                return report.status();
+            if (options.json)
+                print(subtitlesJson(*report));
+            else
+                for (const auto& warning : report->warnings)
+                    note("warning: " + file + ": " + warning);
+        }
+        return {};
+    });
+}
+
 int run(const Options& options, const ImportWords& words) {
+    if (!words.subtitlesOf.empty())
+        return importSubtitleFiles(options, words);
     ImportOptions how;
     if (!words.rate.empty()) {
         how.rate = Kv::FrameRate::fromString(words.rate);
@@ -108,14 +145,25 @@ int run(const Options& options, const ImportWords& words) {
 
 void addImportCommand(Commands commands) {
     auto words = std::make_shared<ImportWords>();
-    CLI::App* command =
-        commands.app.add_subcommand("import", "Take timelines (OTIO, EDL) into the project");
+    CLI::App* command = commands.app.add_subcommand(
+        "import", "Take timelines (OTIO, EDL) or subtitles (SRT) into the project");
     command->add_option("files", words->files, "Timeline files")->required()->type_name("FILE");
     command->add_option("--rate", words->rate,
                         "Frame rate of edit lists, which do not state it (25, 29.97, 30000/1001)");
+    command
+        ->add_option("--as-subtitles", words->subtitlesOf,
+                     "Lay SubRip files on a new subtitle track of this edit")
+        ->type_name("EDIT");
+    command
+        ->add_option("--clock", words->clock,
+                     "What the times of subtitles count: media (from the first frame) or timecode")
+        ->check(CLI::IsMember({"media", "timecode"}));
+    command->add_option("--encoding", words->encoding,
+                        "Encoding of subtitles that are not UTF-8 (CP1250, GB18030 ...)");
     command->footer("Prints the cookie and name of each edit made. A file that cannot be read is "
                     "reported and\nleaves nothing behind; the others go on.\n\n"
-                    "  cutroom import cut_v3.otio\n  cutroom import --rate 23.976 reel1.edl");
+                    "  cutroom import cut_v3.otio\n  cutroom import --rate 23.976 reel1.edl\n"
+                    "  cutroom import reel1.srt --as-subtitles \"Reel 1\"");
     command->callback([commands, words] {
         commands.action = [&options = commands.options, words] { return run(options, *words); };
     });

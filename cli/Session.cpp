@@ -37,6 +37,7 @@ VerbTable::VerbTable() {
     addCutVerbs(*this);
     addChannelVerbs(*this);
     addDetailVerbs(*this);
+    addMixVerbs(*this);
     addProjectVerbs(*this);
 }
 

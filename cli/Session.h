@@ -60,6 +60,7 @@ void addBatchVerbs(VerbTable& verbs);
 void addCutVerbs(VerbTable& verbs);
 void addChannelVerbs(VerbTable& verbs);
 void addDetailVerbs(VerbTable& verbs);
+void addMixVerbs(VerbTable& verbs);
 void addProjectVerbs(VerbTable& verbs);
 
 // One session on one open project. User-interface thread.

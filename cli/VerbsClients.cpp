@@ -1,4 +1,5 @@
 // Verbs that attach, order, move and drop clients.
+#include "bins/CachedCookieContainer.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 
@@ -17,6 +18,19 @@ VobManager::eSignificantViewType takeRole(SessionWords& words) {
                               : VobManager::kViewPlay;
 }
 
+// The first viewer of a group.
+Kv::Ptr<Vob> takeGroup(SessionWords& words, bool legacy) {
+    const VobManager& manager = VobManager::instance();
+    const std::string group =
+        legacy
+            ? manager.getVobIdForLegacyId(static_cast<int>(words.takeInt("a number", 0, 1'000'000)))
+            : words.take("a group");
+    const Kv::Ptr<Vob> vob = manager.getVobWithId(group);
+    if (!vob)
+        refuse(StatusCode::notFound, group, "no viewer is in such a group");
+    return vob;
+}
+
 void attach(Session& session, SessionWords& words) {
     const std::string name = words.take("a name");
     if (session.hasClient(name))
@@ -25,18 +39,21 @@ void attach(Session& session, SessionWords& words) {
     eClientManagementDetails details = kClientUnmanaged;
     PrintingClient* manager = nullptr;
     bool image = false;
+    Kv::Ptr<Vob> vob = session.viewer();
     while (!words.done()) {
-        const auto& word = words.takeOneOf("a word", {"priority", "managed", "by", "image"});
+        const auto& word =
+            words.takeOneOf("a word", {"priority", "managed", "by", "image", "group", "legacy"});
         if (word == "priority")
             priority = takePriority(words);
         else if (word == "managed")
             details = kClientManaged;
         else if (word == "by")
             manager = &session.clientNamed(words.take("a client"));
-        else
+        else if (word == "image")
             image = true;
+        else
+            vob = takeGroup(words, word == "legacy");
     }
-    const Kv::Ptr<Vob> vob = session.viewer();
     if (image)
         session.addClient(
             std::make_unique<PrintingImageClient>(name, priority, details, session.printer()));
@@ -59,6 +76,17 @@ void listClients(Session& session, SessionWords&) {
     const VobClient* master = vob->findMasterClient();
     if (master)
         session.say(std::string("  master: ") + master->idstring());
+}
+
+// What a client holds, as anything that takes over its contents sees it.
+void tellContents(Session& session, SessionWords& words) {
+    const CachedCookieContainer held(session.clientNamed(words.take("a client")));
+    session.say("  \"" + toUtf8(held.getName()) + "\" " + toUtf8(held.getTypeName()));
+    for (const AssetReference& asset : held.getCookies())
+        session.say(std::string("  ") + asset.cookie.type() + "-asset" +
+                    (asset.hasRange() ? " from " + timeText(asset.range.getStart()) + " to " +
+                                            timeText(asset.range.getEnd())
+                                      : ""));
 }
 
 void whenTold(Session& session, SessionWords& words) {
@@ -87,8 +115,9 @@ void transfer(Session& session, SessionWords& words) {
 
 void addClientVerbs(VerbTable& verbs) {
     verbs.heading("Clients");
-    verbs.add({"client", "NAME [priority N] [managed] [by CLIENT] [image]",
+    verbs.add({"client", "NAME [priority N] [managed] [by CLIENT] [image] [group ID | legacy N]",
                "attaches a client that prints what it is told", attach});
+    verbs.add({"holds?", "CLIENT", "tells the assets that a client holds", tellContents});
     verbs.add(
         {"clients", "", "lists the viewer's clients in the order of their telling", listClients});
     verbs.add({"priority", "CLIENT N", "gives a client another priority",

@@ -1,7 +1,5 @@
 // Verbs for what an edit carries beside its cuts: labels, configuration, effects, burnt-in
-// timecode, mix, metadata.
-#include "audio/AudioMixReader.h"
-#include "audio/AudioMixWriter.h"
+// timecode, metadata.
 #include "cli/Names.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
@@ -134,35 +132,6 @@ void burnIn(Session& session, SessionWords& words) {
     }
 }
 
-void mix(Session& session, SessionWords& words) {
-    const EditPtr edit = session.edit();
-    if (!words.done()) {
-        const EditModifier step = session.editForChange();
-        AudioMixWriter writer(edit, "mix");
-        const auto channel =
-            static_cast<unsigned char>(words.takeInt("an audio channel", 1, 256) - 1);
-        const auto& what = words.takeOneOf("a word", {"level", "pan", "mute", "solo"});
-        if (what == "level")
-            writer.setChannelLevel(channel, static_cast<float>(words.takeNumber("a gain")));
-        else if (what == "pan")
-            writer.setChannelPan(channel, static_cast<float>(words.takeNumber("a pan")));
-        else if (what == "mute")
-            writer.setChannelMuteState(channel, words.takeOnOff("on or off"));
-        else
-            writer.setChannelSoloState(channel, words.takeOnOff("on or off"));
-        return;
-    }
-    const AudioMixReader reader(edit);
-    for (int i = 0; i < edit->getNumChans(kChanAudio); ++i) {
-        const auto channel = static_cast<unsigned char>(i);
-        session.say(format("  A%d level %g pan %g%s%s", i + 1,
-                           static_cast<double>(reader.getChannelLevel(channel)),
-                           static_cast<double>(reader.getChannelPan(channel)),
-                           reader.getChannelMuteState(channel) ? " mute" : "",
-                           reader.getChannelSoloState(channel) ? " solo" : ""));
-    }
-}
-
 void setFlag(Session& session, SessionWords& words) {
     const std::string what = words.takeOneOf(
         "what", {"read-only", "imported", "log-type", "original", "rate", "drop", "reel", "media"});
@@ -198,7 +167,7 @@ void setFlag(Session& session, SessionWords& words) {
 } // namespace
 
 void addDetailVerbs(VerbTable& verbs) {
-    verbs.heading("Labels, effects, mix and the rest of an edit");
+    verbs.heading("Labels, effects and the rest of an edit");
     verbs.add(
         {"label", "TYPE START [rate R] [drop] [roll M R]", "numbers the edit from a start", label});
     verbs.add({"labels", "[T]", "lists the labels, as they show at a time", listLabels});
@@ -211,7 +180,6 @@ void addDetailVerbs(VerbTable& verbs) {
     verbs.add({"effects", "", "lists the edit's effects and the templates", listEffects});
     verbs.add({"burn-in", "add [PREFIX]|clear|list|save NAME|load NAME|default [NAME]",
                "burnt-in timecode and its layouts", burnIn});
-    verbs.add({"mix", "[N level|pan|mute|solo VALUE]", "the audio mix, or one setting of it", mix});
     verbs.add({"set",
                "read-only|imported|drop on|off, log-type|original N, rate R, reel X, media X ...",
                "properties of the edit", setFlag});

@@ -2,6 +2,7 @@
 #include "cli/EditView.h"
 #include "cli/Names.h"
 #include "cli/Session.h"
+#include "editops/basics/EmptyEdit.h"
 #include "export/AssetMetadataSRTExporter.h"
 #include "interchange/Importer.h"
 #include "platform/base/Strings.h"
@@ -22,6 +23,32 @@ void importOne(Session& session, SessionWords& words) {
         session.say("imported " + toUtf8(made.name));
     for (const auto& warning : report.warnings)
         session.say("warning: " + warning);
+}
+
+void makeEdit(Session& session, SessionWords& words) {
+    const std::wstring name = toWide(words.take("a name"));
+    unsigned char video = 1, audio = 2;
+    double length = kNoTime;
+    Kv::FrameRate rate;
+    while (!words.done()) {
+        const auto& word = words.takeOneOf("a word", {"video", "audio", "length", "rate"});
+        if (word == "length")
+            length = words.takeNumber("seconds");
+        else if (word == "rate") {
+            const std::string& text = words.take("a rate");
+            const auto parsed = Kv::FrameRate::fromString(text);
+            if (!parsed)
+                refuse(StatusCode::wrongUsage, text, "not a frame rate");
+            rate = *parsed;
+        } else
+            (word == "video" ? video : audio) =
+                static_cast<unsigned char>(words.takeInt("a number of channels", 0, 255));
+    }
+    const EditModifier edit = createEmptyEdit(Cookie(), name, video, audio, length, rate);
+    if (!edit)
+        refuse(StatusCode::failed, toUtf8(name), "cannot be made");
+    session.say("made " + toUtf8(edit->getName()) + ", " +
+                timeText(edit->getEndTime() - edit->getStartTime()) + " s");
 }
 
 void show(Session& session, SessionWords& words) {
@@ -87,6 +114,8 @@ void check(Session& session, SessionWords&) {
 void addProjectVerbs(VerbTable& verbs) {
     verbs.heading("The project and the session");
     verbs.add({"import", "FILE", "takes a timeline file into the project", importOne});
+    verbs.add({"make", "NAME [video N] [audio N] [length SECONDS] [rate R]", "makes an empty edit",
+               makeEdit});
     verbs.add({"show", "[json]", "draws the edit of the viewer", show});
     verbs.add({"srt", "FILE [CHANNEL]", "writes the markers, or a subtitle channel, as SubRip",
                exportSrt});

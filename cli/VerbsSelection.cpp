@@ -66,6 +66,46 @@ ce_handle takeCut(Session& session, SessionWords& words, const IdStamp& channel)
     return point;
 }
 
+// How a point lies to the unjoined cuts of its channel.
+void tellCut(Session& session, SessionWords& words) {
+    const IdStamp channel = session.takeChannel(words);
+    const ce_handle point = takeCut(session, words, channel);
+    const TrackSelections* const selected = session.viewer()->findTrackSelections(channel);
+    const UnjoinedCuts cuts = selected ? selected->getUnjoinedCuts() : UnjoinedCuts();
+    const int nearest = cuts.getNearestHandle(point.get_edit_time());
+    std::string text = "  " + timeText(point.get_edit_time()) +
+                       (cuts.isMember(point) ? format(": unjoined, flags %u", cuts.getFlag(point))
+                                             : std::string(": joined")) +
+                       (cuts.isPopped(point) ? ", popped" : "");
+    if (nearest >= 0)
+        text += ", nearest at " +
+                timeText(cuts.getHandle(static_cast<unsigned short>(nearest)).get_edit_time());
+    session.say(text + format(", %u constrained", cuts.numMatching(kCutConstraints)));
+}
+
+// Changes the unjoined cuts of a channel as a whole.
+template <class Change> void changeCuts(Session& session, SessionWords& words, Change change) {
+    const IdStamp channel = session.takeChannel(words);
+    TrackSelections* const selected = session.viewer()->getTrackSelections(channel);
+    if (!selected)
+        return;
+    UnjoinedCuts cuts = selected->getUnjoinedCuts();
+    change(cuts, channel);
+    selected->setCuts(cuts);
+    session.viewer()->informCutSelected(channel);
+}
+
+void freeCuts(Session& session, SessionWords& words) {
+    changeCuts(session, words,
+               [](UnjoinedCuts& cuts, const IdStamp&) { cuts.clearTrimConstraints(); });
+}
+
+void reEstablishCuts(Session& session, SessionWords& words) {
+    changeCuts(session, words, [&session](UnjoinedCuts& cuts, const IdStamp& channel) {
+        cuts.reEstablish(session.edit().getCookie(), channel);
+    });
+}
+
 void tellSelection(Session& session, SessionWords&) {
     const Kv::Ptr<Vob> vob = session.viewer();
     std::string channels;
@@ -119,6 +159,10 @@ void addSelectionVerbs(VerbTable& verbs) {
                    const IdStamp channel = session.takeChannel(words);
                    session.viewer()->toggleCut(channel, takeCut(session, words, channel));
                }});
+    verbs.add({"cut?", "CHANNEL T [out]", "tells how a cut lies to those unjoined", tellCut});
+    verbs.add({"free-cuts", "CHANNEL", "takes the trim constraints off unjoined cuts", freeCuts});
+    verbs.add({"re-establish", "CHANNEL", "finds unjoined cuts by their effects, then their place",
+               reEstablishCuts});
     verbs.add({"rejoin", "", "joins all cuts again",
                [](Session& session, SessionWords&) { session.viewer()->rejoinCuts(); }});
     verbs.add({"node", "CHANNEL T [off]", "selects a level node of a levels channel",

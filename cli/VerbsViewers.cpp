@@ -81,6 +81,15 @@ void listViewers(Session& session, SessionWords&) {
     }
 }
 
+void tellViewing(Session& session, SessionWords& words) {
+    const Cookie edit = require(findEditCookie(words.take("an edit")));
+    const VobManager& manager = VobManager::instance();
+    std::string names;
+    for (const auto& vob : manager.getAllVobs(edit))
+        names += ' ' + session.nameOf(vob.get());
+    session.say(format("  %u:", manager.numRefs(edit)) + names);
+}
+
 void viewEdits(Session& session, SessionWords& words) {
     std::vector<EditPtr> edits;
     while (!words.done())
@@ -121,6 +130,7 @@ void addViewerVerbs(VerbTable& verbs) {
         {"use", "NAME", "makes a viewer the one that the verbs act on",
          [](Session& session, SessionWords& words) { session.useViewer(words.take("a viewer")); }});
     verbs.add({"viewers", "", "lists the viewers with their time and roles", listViewers});
+    verbs.add({"viewing?", "EDIT", "tells which viewers show an edit", tellViewing});
     verbs.add({"view", "EDIT|new [keep]",
                "views another edit instead; keep: with the present time and marks",
                [](Session& session, SessionWords& words) {

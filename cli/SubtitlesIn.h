@@ -1,0 +1,21 @@
+// Subtitle files on their way into an edit.
+#pragma once
+
+#include "interchange/SubtitleImport.h"
+#include "platform/base/Status.h"
+
+#include <string>
+
+namespace cutroom::cli {
+
+struct SubtitleWords {
+    std::string file;
+    std::string edit;     // name or cookie
+    std::string encoding; // as iconv names it; empty: UTF-8, or UTF-16 with a byte order mark
+    SubtitleClock clock = SubtitleClock::media;
+};
+
+// Reads the file and lays it on a new channel of the edit, as one step of undo.
+Result<SubtitleReport> addSubtitles(const SubtitleWords& words);
+
+} // namespace cutroom::cli

@@ -1,0 +1,175 @@
+#include "interchange/SrtReader.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+
+namespace cutroom {
+
+namespace {
+
+constexpr std::size_t kMostCues = 1'000'000;
+
+struct TextLine {
+    std::string_view text;
+    long number = 0;
+};
+
+// The lines of a text whose lines end in LF, CRLF or CR.
+std::vector<TextLine> linesOf(std::string_view text) {
+    std::vector<TextLine> lines;
+    while (!text.empty()) {
+        const std::size_t end = text.find_first_of("\r\n");
+        lines.push_back({text.substr(0, end), static_cast<long>(lines.size()) + 1});
+        if (end == text.npos)
+            break;
+        const bool pair = text.substr(end).starts_with("\r\n");
+        text.remove_prefix(end + (pair ? 2 : 1));
+    }
+    return lines;
+}
+
+// Takes digits from the front; nothing when there are none or too many.
+std::optional<std::int64_t> takeDigits(std::string_view& text, std::size_t most) {
+    const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
+    if (count == 0 || count > most)
+        return std::nullopt;
+    const auto value = parseInt(text.substr(0, count));
+    text.remove_prefix(count);
+    return value;
+}
+
+bool takeChar(std::string_view& text, std::string_view oneOf) {
+    if (text.empty() || oneOf.find(text.front()) == oneOf.npos)
+        return false;
+    text.remove_prefix(1);
+    return true;
+}
+
+// "HH:MM:SS,mmm" from the front.
+std::optional<Flicks> takeTime(std::string_view& text) {
+    std::string_view rest = text;
+    const auto hours = takeDigits(rest, 6);
+    if (!hours || !takeChar(rest, ":"))
+        return std::nullopt;
+    const auto minutes = takeDigits(rest, 2);
+    if (!minutes || !takeChar(rest, ":"))
+        return std::nullopt;
+    const auto seconds = takeDigits(rest, 2);
+    if (!seconds || !takeChar(rest, ",."))
+        return std::nullopt;
+    const std::size_t before = rest.size();
+    const auto fraction = takeDigits(rest, 3);
+    if (!fraction || *minutes > 59 || *seconds > 59)
+        return std::nullopt;
+    std::int64_t milliseconds = *fraction;
+    for (std::size_t digits = before - rest.size(); digits < 3; ++digits)
+        milliseconds *= 10;
+    text = rest;
+    const std::int64_t whole = (*hours * 60 + *minutes) * 60 + *seconds;
+    return whole * kFlicksPerSecond + milliseconds * (kFlicksPerSecond / 1000);
+}
+
+// A time line; what stands behind the times (positions of old players) is passed over.
+std::optional<SrtCue> timeLine(const TextLine& line) {
+    std::string_view text = trim(line.text);
+    SrtCue cue;
+    const auto start = takeTime(text);
+    text = trim(text);
+    if (!start || !text.starts_with("-->"))
+        return std::nullopt;
+    text = trim(text.substr(3));
+    const auto end = takeTime(text);
+    if (!end || !(text.empty() || text.front() == ' ' || text.front() == '\t'))
+        return std::nullopt;
+    cue.start = *start;
+    cue.end = *end;
+    cue.line = line.number;
+    return cue;
+}
+
+bool isNumber(std::string_view text) {
+    text = trim(text);
+    return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+}
+
+class Reader {
+public:
+    explicit Reader(std::string_view text) : lines_(linesOf(text)) {}
+
+    SrtFile read() {
+        while (at_ < lines_.size() && file_.cues.size() < kMostCues) {
+            if (const auto cue = timeLine(lines_[at_])) {
+                noteNumber();
+                ++at_;
+                takeText(*cue);
+            } else {
+                ++at_;
+            }
+        }
+        std::stable_sort(file_.cues.begin(), file_.cues.end(),
+                         [](const SrtCue& a, const SrtCue& b) { return a.start < b.start; });
+        return std::move(file_);
+    }
+
+private:
+    void warn(const std::string& text, long line) {
+        file_.warnings.push_back("line " + std::to_string(line) + ": " + text);
+    }
+
+    void noteNumber() {
+        if (at_ == 0 || !isNumber(lines_[at_ - 1].text))
+            return;
+        const std::string number(trim(lines_[at_ - 1].text));
+        if (!numbers_.insert(number).second)
+            warn("the number " + number + " stands twice", lines_[at_ - 1].number);
+    }
+
+    // Lines up to an empty one, the end, or the number and times of the next subtitle.
+    void takeText(SrtCue cue) {
+        for (; at_ < lines_.size() && !trim(lines_[at_].text).empty(); ++at_) {
+            const bool nextBegins = timeLine(lines_[at_]).has_value() ||
+                                    (isNumber(lines_[at_].text) && at_ + 1 < lines_.size() &&
+                                     timeLine(lines_[at_ + 1]).has_value());
+            if (nextBegins)
+                break;
+            cue.lines.push_back(toWide(trim(lines_[at_].text)));
+        }
+        if (cue.lines.empty())
+            warn("a subtitle without text is left out", cue.line);
+        else if (cue.end <= cue.start)
+            warn("a subtitle that does not end after its start is left out", cue.line);
+        else
+            file_.cues.push_back(std::move(cue));
+    }
+
+    const std::vector<TextLine> lines_;
+    std::size_t at_ = 0;
+    std::set<std::string> numbers_;
+    SrtFile file_;
+};
+
+// The line of the first byte that is not UTF-8.
+long firstBadLine(std::string_view text) {
+    for (const TextLine& line : linesOf(text))
+        if (!isUtf8(line.text))
+            return line.number;
+    return 0;
+}
+
+} // namespace
+
+Result<SrtFile> readSrt(std::string_view text, const std::string& file) {
+    if (text.starts_with("\xEF\xBB\xBF"))
+        text.remove_prefix(3);
+    if (!isUtf8(text))
+        return Status(StatusCode::damaged, file,
+                      "not UTF-8 text; say which encoding it has with --encoding (CP1250, GB18030)",
+                      firstBadLine(text));
+    SrtFile read = Reader(text).read();
+    if (read.cues.empty())
+        return Status(StatusCode::damaged, file, "holds no subtitle");
+    return read;
+}
+
+} // namespace cutroom

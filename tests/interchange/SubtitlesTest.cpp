@@ -1,0 +1,145 @@
+// SubRip in: what players take, and where it lands on an edit.
+#include "interchange/SrtReader.h"
+#include "interchange/SubtitleImport.h"
+#include "platform/embedded/EmbeddedHost.h"
+#include "tests/support/Edits.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using cutroom::readSrt;
+using cutroom::SrtFile;
+using cutroom::SubtitleClock;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// "start-end text/text" of each subtitle, times in milliseconds.
+std::vector<std::wstring> summary(const SrtFile& file) {
+    std::vector<std::wstring> found;
+    for (const auto& cue : file.cues) {
+        std::wstring text = std::to_wstring(cue.start / (cutroom::kFlicksPerSecond / 1000)) + L"-" +
+                            std::to_wstring(cue.end / (cutroom::kFlicksPerSecond / 1000)) + L" ";
+        for (const auto& line : cue.lines)
+            text += (text.back() == L' ' ? L"" : L"/") + line;
+        found.push_back(text);
+    }
+    return found;
+}
+
+TEST(SrtReader, TakesWhatPlayersTake) {
+    struct Row {
+        const char* name;
+        const char* text;
+        std::vector<std::wstring> cues;
+        std::size_t warnings;
+    };
+    for (const Row& row : {
+             Row{"plain",
+                 "1\n00:00:01,000 --> 00:00:02,480\none\ntwo\n\n2\n00:00:03,000 --> "
+                 "00:00:04,000\nthree",
+                 {L"1000-2480 one/two", L"3000-4000 three"},
+                 0},
+             {"mark, CRLF, CR",
+              "\xEF\xBB\xBF"
+              "1\r\n0:00:01.5 --> 0:00:02.250\r\na\r\n\r\n"
+              "00:00:05,000 --> 00:00:06,000\rb\r",
+              {L"1500-2250 a", L"5000-6000 b"},
+              0},
+             {"no empty line between",
+              "1\n00:00:01,000 --> 00:00:02,000\na\n2\n00:00:02,000 --> "
+              "00:00:03,000\nb\n",
+              {L"1000-2000 a", L"2000-3000 b"},
+              0},
+             {"out of order, a number twice",
+              "6\n00:00:05,000 --> 00:00:06,000\nb\n\n6\n00:00:01,000 --> 00:00:02,000\na\n",
+              {L"1000-2000 a", L"5000-6000 b"},
+              1},
+             {"numbers in the text",
+              "1\n00:00:01,000 --> 00:00:02,000\n1984\n",
+              {L"1000-2000 1984"},
+              0},
+             {"no text, no length",
+              "1\n00:00:01,000 --> 00:00:02,000\n\n2\n00:00:04,000 --> "
+              "00:00:04,000\nx\n\n3\n00:00:05,000 --> 00:00:06,000 X1:1\ny\n",
+              {L"5000-6000 y"},
+              2},
+             {"long hours", "100:00:00,000 --> 100:00:01,000\nx\n", {L"360000000-360001000 x"}, 0},
+         }) {
+        const auto read = readSrt(row.text, "f.srt");
+        ASSERT_TRUE(read) << row.name << ": " << read.status().text();
+        EXPECT_EQ(summary(*read), row.cues) << row.name;
+        EXPECT_EQ(read->warnings.size(), row.warnings) << row.name;
+    }
+}
+
+TEST(SrtReader, RefusesWhatIsNoneAndNamesTheLine) {
+    EXPECT_EQ(readSrt("1\n00:00:01,000 --> 00:00:02,000\nna\xEFve\n", "f.srt").status().line(), 3);
+    for (const char* bad : {"", "hello\n", "1\n00:60:00,000 --> 00:61:00,000\nx\n",
+                            "1\n00:00:01;12 --> 00:00:02;00\nx\n", "-->\n"})
+        EXPECT_THAT(readSrt(bad, "f.srt").status().text(), HasSubstr("f.srt: holds no subtitle"));
+}
+
+class SubtitleImport : public testing::Test {
+protected:
+    EditModifier edit(const char* start, bool dropFrame = false) {
+        const Kv::FrameRate rate = dropFrame ? Kv::FrameRate(30000, 1001) : Kv::FrameRate(25);
+        EditModifier made = cutroom::test::makeEdit(1, 0, rate);
+        cutroom::test::layPieces(made, made->getId(0), {{L"clip", 1000}});
+        cutroom::test::setStartTimecode(made, start, dropFrame);
+        return made;
+    }
+    // Frames and texts of a channel's subtitles.
+    static std::vector<std::wstring> laid(const EditPtr& from, const IdStamp& channel) {
+        std::vector<std::wstring> found;
+        const auto cel = from->get_edit_cel_p(channel);
+        const auto rate = from->getFrameRate();
+        for (std::uint32_t i = 0; i < cel->numSegments(); ++i)
+            if (const auto segment = cel->getSegment(i); segment.material.valid())
+                found.push_back(std::to_wstring(rate.flicksToFrameNearest(segment.start)) + L"-" +
+                                std::to_wstring(rate.flicksToFrameNearest(segment.end)) + L" " +
+                                segment.detail.lines.front());
+        return found;
+    }
+    static SrtFile file(const char* text) { return readSrt(text, "f").value(); }
+
+    cutroom::EmbeddedHost host_{cutroom::EmbeddedHost::repeatable()};
+};
+
+TEST_F(SubtitleImport, TimesCountFromTheFirstFrameOrAsTimecode) {
+    const SrtFile media = file("00:00:01,020 --> 00:00:02,000\na\n");
+    const SrtFile timecode = file("01:00:10,480 --> 01:00:11,000\nb\n");
+    const EditModifier programme = edit("01:00:00:00");
+    const auto first = importSubtitles(programme, media, L"s", SubtitleClock::media);
+    ASSERT_TRUE(first);
+    EXPECT_THAT(laid(programme, first->channel), ElementsAre(L"26-50 a"));
+    const auto second = importSubtitles(programme, timecode, L"s", SubtitleClock::timecode);
+    ASSERT_TRUE(second);
+    EXPECT_THAT(laid(programme, second->channel), ElementsAre(L"262-275 b"));
+    const auto outside = importSubtitles(programme, timecode, L"s", SubtitleClock::media);
+    EXPECT_THAT(outside.status().text(), HasSubstr("--clock"));
+    EXPECT_EQ(programme->getNumChans(kChanSubtitle), 2);
+    const EditModifier drop = edit("00:00:00;00", true);
+    const auto third = importSubtitles(drop, file("00:00:10,500 --> 00:00:11,000\nc\n"), L"s",
+                                       SubtitleClock::timecode);
+    EXPECT_THAT(laid(drop, third->channel), ElementsAre(L"315-330 c"));
+}
+
+TEST_F(SubtitleImport, OverlapsAreCutShortAndTagsRoundAllLinesBecomeTheFont) {
+    const EditModifier programme = edit("00:00:00:00");
+    const auto report = importSubtitles(
+        programme,
+        file("00:00:01,000 --> 00:00:03,000\n<i><b>a</b></i>\n\n00:00:02,000 --> 00:00:04,000\n"
+             "<i><b>b</b></i>\n\n00:00:39,900 --> 00:00:50,000\n<i><b>c</b></i>\n\n"
+             "00:00:41,000 --> 00:00:42,000\n<i><b>d</b></i>\n"),
+        L"titles", SubtitleClock::media);
+    ASSERT_TRUE(report);
+    EXPECT_THAT(laid(programme, report->channel),
+                ElementsAre(L"25-50 a", L"50-100 b", L"998-1000 c"));
+    EXPECT_EQ(programme->getSubtitleFont(report->channel).flags, kFontBold | kFontItalic);
+    EXPECT_EQ(report->warnings.size(), 2U);
+    EXPECT_EQ(report->count, 3U);
+}
+
+} // namespace
