@@ -74,8 +74,9 @@ public:
     // The same for several: all or none.
     cutroom::Status save(const std::vector<EditPtr>& edits);
     // Takes back edits that were made and could not be completed or saved: out of memory, and what
-    // a failed save left of them out of database and folder. Nothing is told of them. Handles that
-    // are still held keep theirs alive, known to nobody.
+    // a failed save left of them out of database and folder (on failure the next save does so
+    // first). Nothing is told of them. Handles that are still held keep theirs alive, known to
+    // nobody.
     cutroom::Status discard(const CookieVec& edits);
     bool anyDirty() const;
     // Puts an edit under the open project (record in the project database, saved with the next
@@ -127,6 +128,7 @@ private:
     // A handle of the edit is about to be dropped, the last one perhaps.
     static void forget(Kv::Ptr<Edit> edit) noexcept;
     cutroom::Status removeFiles(const CookieVec& edits);
+    cutroom::Status discardRest();
     bool restore(const EditPtr& edit, bool back);
 
     EditManager();

@@ -1,11 +1,6 @@
 // Saving several edits as one group, and taking back those that could not be saved.
-#include "platform/files/Files.h"
-#include "platform/files/GroupCommit.h"
 #include "platform/project/CurrentProject.h"
-#include "platform/project/ProjDb.h"
 #include "platform/store/EditManagerImpl.h"
-
-#include <algorithm>
 
 using cutroom::Status;
 
@@ -15,6 +10,8 @@ Status EditManager::save(const std::vector<EditPtr>& edits) {
     for (const EditPtr& edit : edits)
         if (edit)
             due.emplace_back(edit.get());
+    if (Status discarded = discardRest(); !discarded)
+        return discarded;
     return impl_->saveAll(due);
 }
 
@@ -36,10 +33,21 @@ Status EditManager::discard(const CookieVec& edits) {
     }
     if (!CurrentProject::isOpen() || CurrentProject::isReadOnly())
         return {};
-    const bool left = cutroom::GroupCommit::pending(CurrentProject::getFolder()) ||
-                      std::any_of(edits.begin(), edits.end(), [](const Cookie& cookie) {
-                          return projdb::isPresent(cookie) ||
-                                 cutroom::fileExists(cutroom::EditFile::path(cookie));
-                      });
-    return left ? removeFiles(edits) : Status();
+    const Status removed = removeFiles(edits);
+    if (!removed) {
+        const CriticalSection::Lock whole(impl_->saving);
+        impl_->undiscarded.insert(impl_->undiscarded.end(), edits.begin(), edits.end());
+    }
+    return removed;
+}
+
+// A group of theirs that was decided would come into place with the next one.
+Status EditManager::discardRest() {
+    const CriticalSection::Lock whole(impl_->saving);
+    if (impl_->undiscarded.empty())
+        return {};
+    const Status removed = removeFiles(impl_->undiscarded);
+    if (removed || !CurrentProject::isOpen())
+        impl_->undiscarded.clear();
+    return removed;
 }

@@ -97,15 +97,15 @@ Status EditManager::flushChanges(bool all) {
     for (Kv::Ptr<Edit>& edit : impl_->all())
         if (all || edit->isDirty())
             due.push_back(std::move(edit));
-    const Status status = impl_->saveAll(due);
+    Status status = discardRest();
+    if (status)
+        status = impl_->saveAll(due);
     due.clear();
     impl_->dropUnused();
     return status;
 }
 
-Status EditManager::save(const EditPtr& edit) {
-    return edit ? impl_->saveAll({Kv::Ptr<Edit>(edit.get())}) : Status();
-}
+Status EditManager::save(const EditPtr& edit) { return save(std::vector<EditPtr>{edit}); }
 
 bool EditManager::anyDirty() const {
     for (const Kv::Ptr<Edit>& edit : impl_->all())

@@ -34,6 +34,7 @@ struct EditManager::Impl {
     std::vector<ProjectListener*> listeners CUTROOM_GUARDED_BY(lock);
 
     CriticalSection saving; // held for one whole save; taken before any edit's lock
+    CookieVec undiscarded CUTROOM_GUARDED_BY(saving); // their files could not be removed yet
     Notifier notifier;
     ValServer<bool> mixerBypass;
     std::atomic<std::uint64_t> exits{0};

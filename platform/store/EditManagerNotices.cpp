@@ -64,6 +64,8 @@ cutroom::Status EditManager::handleProjectExit() {
     impl_->tell(kNoticeProjectExit, {}, CurrentProject::getCookie().asString());
     impl_->tellListenersOfExit();
     const cutroom::Status status = flushChanges(false);
+    const CriticalSection::Lock whole(impl_->saving);
+    impl_->undiscarded.clear();                     // what is left of them belongs to this project
     std::unordered_map<Cookie, Kv::Ptr<Edit>> gone; // die outside the lock
     const CriticalSection::Lock held(impl_->lock);
     gone.swap(impl_->table);
