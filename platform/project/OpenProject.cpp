@@ -114,8 +114,8 @@ Status OpenProject::prepareForWriting(const std::string& folder) {
     if (!taken)
         return taken.status();
     folderLock_.emplace(std::move(*taken));
-    const Result<GroupCommit::Recovery> recovery = GroupCommit::recover(folder);
-    return recovery.status();
+    filesRecovered_ = GroupCommit::pending(folder);
+    return GroupCommit::recover(folder).status();
 }
 
 Status OpenProject::loadFile(const std::string& folder) {
@@ -191,7 +191,8 @@ Status OpenProject::openDatabase(const std::string& folder) {
         warn(damage);
     publish(folder);
     const bool isNew = *opened == ProjectDatabase::Opened::fresh;
-    if (!isNew && (*opened == ProjectDatabase::Opened::whole || !rebuild_))
+    const bool isBehind = *opened == ProjectDatabase::Opened::interrupted || filesRecovered_;
+    if (!isNew && !(isBehind && rebuild_))
         return {};
     const Result<std::vector<std::string>> edits = listFiles(joinPath(folder, kEditsFolder));
     if (isNew && edits && edits->empty())
@@ -250,6 +251,7 @@ Status OpenProject::close() {
 void OpenProject::forget() noexcept {
     open_.store(false, std::memory_order_release);
     readOnly_.store(false, std::memory_order_release);
+    filesRecovered_ = false;
     PermissionsManager::instance().unload();
     MediaStatus::instance().forgetAll();
     {

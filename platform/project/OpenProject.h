@@ -68,6 +68,7 @@ private:
     std::vector<Status> warnings_ CUTROOM_GUARDED_BY(lock_);
     std::optional<FolderLock> folderLock_; // user-interface thread only
     Rebuilder rebuild_;                    // user-interface thread only
+    bool filesRecovered_ = false; // files have come into place whose records may be missing
     std::atomic<bool> open_{false};
     std::atomic<bool> readOnly_{false};
     std::atomic<bool> exiting_{false};
