@@ -1,6 +1,8 @@
 // A folder of a test's own, removed with all it holds.
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -9,8 +11,9 @@ namespace cutroom::test {
 
 class TempFolder {
 public:
-    TempFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "cutroom-XXXXXX").string();
+    explicit TempFolder(
+        const std::filesystem::path& in = std::filesystem::temp_directory_path()) {
+        std::string name = (in / "cutroom-XXXXXX").string();
         path_ = ::mkdtemp(name.data());
     }
     ~TempFolder() {
@@ -19,6 +22,13 @@ public:
     }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
+
+    // In memory where the system has such a place: for tests that flush often and cut no power.
+    static std::filesystem::path inMemory() {
+        const std::filesystem::path memory = "/dev/shm";
+        return ::access(memory.c_str(), W_OK) == 0 ? memory
+                                                   : std::filesystem::temp_directory_path();
+    }
 
     const std::string& path() const { return path_; }
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
