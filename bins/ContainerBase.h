@@ -83,8 +83,8 @@ public:
     public:
         Modifications() = default;
         // A copy is an object of its own, shared by nobody yet.
-        Modifications(const Modifications& other);
-        Modifications& operator=(const Modifications& other);
+        Modifications(const Modifications& other) = default;
+        Modifications& operator=(const Modifications& other) = default;
         ~Modifications() override;
 
         // Merges a record: the cookies join the record of exactly that type, which keeps its

@@ -2,20 +2,9 @@
 #include "bins/ContainerBase.h"
 
 #include <algorithm>
-#include <iterator>
 
 bool ContainerBase::Modification::refersTo(const Cookie& asset) const noexcept {
     return std::find(cookies_.begin(), cookies_.end(), asset) != cookies_.end();
-}
-
-ContainerBase::Modifications::Modifications(const Modifications& other)
-    : Kv::InternalRefCount(), iVirtual(), iObject(), records_(other.records_),
-      reason_(other.reason_) {}
-
-ContainerBase::Modifications& ContainerBase::Modifications::operator=(const Modifications& other) {
-    records_ = other.records_;
-    reason_ = other.reason_;
-    return *this;
 }
 
 ContainerBase::Modifications::~Modifications() = default;

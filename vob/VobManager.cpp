@@ -70,7 +70,7 @@ VobManager::VobPtr VobManager::create(VobClient* client, const Cookie& edit,
 VobManager::VobPtr VobManager::create(VobClient* client, const VobPtr& vob) {
     if (!client || client->getVob())
         return client ? client->getVob() : nullptr;
-    const VobPtr opened = vob ? vob : createVob(EditPtr());
+    VobPtr opened = vob ? vob : createVob(EditPtr());
     open(client, opened);
     return opened;
 }
@@ -120,8 +120,9 @@ bool VobManager::isOpen(const Vob& vob) const {
     return std::find(vobs_.begin(), vobs_.end(), &vob) != vobs_.end();
 }
 
-bool VobManager::closeVob(VobPtr vob, bool force) {
+bool VobManager::closeVob(VobPtr closing, bool force) {
     assert(cutroom::isUiThread());
+    const VobPtr vob = std::move(closing);
     if (!vob || !isOpen(*vob) || (vob->getNumClients() != 0 && !force))
         return false;
     if (numRefs(vob->getCookie()) == 1)
@@ -149,8 +150,9 @@ bool VobManager::destroyManagedClients(const VobPtr& vob) {
 
 // --- attaching and detaching ---------------------------------------------------------------------
 
-void VobManager::open(VobClient* client, VobPtr vob) {
+void VobManager::open(VobClient* client, VobPtr wanted) {
     assert(cutroom::isUiThread());
+    const VobPtr vob = std::move(wanted);
     if (!client || !vob || client->getVob())
         return;
     const ClientWatch watch(client);
@@ -224,7 +226,8 @@ void VobManager::closeIfAbandoned(const VobPtr& vob) {
 
 // --- moving --------------------------------------------------------------------------------------
 
-void VobManager::moveToVob(VobClient* client, VobPtr vob) {
+void VobManager::moveToVob(VobClient* client, VobPtr wanted) {
+    const VobPtr vob = std::move(wanted);
     if (!client || !vob || client->getVob() == vob.get())
         return;
     const ClientWatch watch(client);
@@ -241,7 +244,7 @@ VobManager::VobPtr VobManager::moveToNewVob(VobClient* client, bool keepModule, 
         return {};
     const Vob& from = *client->getVob();
     const LightweightString<char> group = sameGroup ? from.getGroupId() : LightweightString<char>();
-    const VobPtr vob =
+    VobPtr vob =
         keepModule ? createVob(from.getEditModule(), group) : createVob(from.getEdit(), group);
     moveToVob(client, vob);
     return vob;

@@ -71,8 +71,9 @@ void VobManager::informEditAlteredInternal(const Cookie& edit, const EditModific
     }
 }
 
-void VobManager::informVobOfEditAlteration(VobPtr vob, const EditModifications& editChanges,
+void VobManager::informVobOfEditAlteration(VobPtr viewing, const EditModifications& editChanges,
                                            const VobModification& change) {
+    const VobPtr vob = std::move(viewing);
     if (!vob)
         return;
     const EditPtr held = vob->getEdit();
@@ -80,7 +81,8 @@ void VobManager::informVobOfEditAlteration(VobPtr vob, const EditModifications& 
     vob->informClients(editChanges, change);
 }
 
-void VobManager::saveViewStateInEdit(VobPtr vob) {
+void VobManager::saveViewStateInEdit(VobPtr viewing) {
+    const VobPtr vob = std::move(viewing);
     if (vob && vob->hasEdit() && PermissionsManager::instance().canWrite(vob->getCookie()))
         vob->storeViewState();
 }

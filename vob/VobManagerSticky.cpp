@@ -39,11 +39,11 @@ bool VobManager::isSticky(const VobClient* client, eSignificantViewType role) co
 void VobManager::updateStickyClient(VobClient* client, const VobPtr& vob) {
     if (!client || client->getVob() == vob.get())
         return;
-    const VobPtr to = vob;
+    VobPtr to = vob;
     const ClientWatch watch(client);
     closeInternal(client);
     if (watch.alive())
-        open(client, to);
+        open(client, std::move(to));
 }
 
 // What a client is told on the way may change the list, the role, and who is still there.

@@ -41,7 +41,9 @@ EditModifier createEmptyEdit(Cookie cookie, LightweightString<wchar_t> name,
         EditManager::instance().makeNewEdit(cookie, videoChans, audioChans, length, frameRate);
     if (!edit)
         return edit;
-    edit->setName(name.empty() ? generateNewEditName() : name);
+    if (name.empty())
+        name = generateNewEditName();
+    edit->setName(name);
     applyProjectMix(edit);
     if (getAutoGroupEditAudioTracks())
         makeStereoPairs(edit, {});

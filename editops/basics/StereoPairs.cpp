@@ -21,7 +21,7 @@ void pan(Aud::SimpleMixState& mix, const Edit& edit, const IdStamp& channel, flo
 
 } // namespace
 
-void makeStereoPairs(EditPtr edit, std::vector<IdStamp> ids) {
+void makeStereoPairs(const EditPtr& edit, std::vector<IdStamp> ids) {
     const EditModifier writing(edit, "stereo pairs");
     if (!writing)
         return;

@@ -28,7 +28,7 @@ ce_handle findGraph(const Cel& cel, const IdStamp& graph, std::uint32_t was) {
 ce_handle newPlaceOf(const UnjoinedCut& cut, const Cel& cel) {
     const std::uint32_t was = cut.handle.getIndex();
     if (cut.effectGraph.valid())
-        if (const ce_handle point = findGraph(cel, cut.effectGraph, was); point.valid())
+        if (ce_handle point = findGraph(cel, cut.effectGraph, was); point.valid())
             return point;
     return ce_handle(cel, was);
 }

@@ -10,20 +10,31 @@ namespace {
 struct StickyRow {
     const char* name;
     VobManager::eSignificantViewType role;
-    void (VobManager::*move)(Vob*);
 };
+
+void moveRole(VobManager::eSignificantViewType role, Vob* vob) {
+    VobManager& manager = VobManager::instance();
+    switch (role) {
+    case VobManager::kViewRecord:
+        return manager.setRecordMachineRaw(vob);
+    case VobManager::kViewSource:
+        return manager.setSourceMachineRaw(vob);
+    case VobManager::kViewPlay:
+        return manager.setPlayMachineRaw(vob);
+    }
+}
 
 class VobManagerSticky : public VobFixture, public testing::WithParamInterface<StickyRow> {
 protected:
-    void move(const Kv::Ptr<Vob>& vob) { (manager_.*GetParam().move)(vob.get()); }
+    void move(const Kv::Ptr<Vob>& vob) { moveRole(GetParam().role, vob.get()); }
 
     VobManager& manager_ = VobManager::instance();
     Kv::Ptr<Vob> a_ = open(makeEdit()), b_ = open(makeEdit());
 };
 
-const StickyRow kRoles[] = {{"record", VobManager::kViewRecord, &VobManager::setRecordMachineRaw},
-                            {"source", VobManager::kViewSource, &VobManager::setSourceMachineRaw},
-                            {"play", VobManager::kViewPlay, &VobManager::setPlayMachineRaw}};
+const StickyRow kRoles[] = {{"record", VobManager::kViewRecord},
+                            {"source", VobManager::kViewSource},
+                            {"play", VobManager::kViewPlay}};
 
 } // namespace
 
@@ -40,7 +51,7 @@ TEST_P(VobManagerSticky, ClientsFollowTheirRole) {
     EXPECT_THAT(manager_.getAllVobs(), ElementsAre(a_, b_)); // the one left stays open
     for (const StickyRow& other : kRoles)
         if (other.role != GetParam().role)
-            (manager_.*other.move)(a_.get());
+            moveRole(other.role, a_.get());
     EXPECT_EQ(client.getVob(), b_.get());
     move(nullptr);
     EXPECT_EQ(client.getVob(), nullptr);
