@@ -44,9 +44,10 @@ void makeEdit(Session& session, SessionWords& words) {
             (word == "video" ? video : audio) =
                 static_cast<unsigned char>(words.takeInt("a number of channels", 0, 255));
     }
-    const EditModifier edit = createEmptyEdit(Cookie(), name, video, audio, length, rate);
+    const EditPtr edit = createEmptyEdit(Cookie(), name, video, audio, length, rate);
     if (!edit)
         refuse(StatusCode::failed, toUtf8(name), "cannot be made");
+    require(EditManager::instance().flushChanges(false)); // so that it is found by its name
     session.say("made " + toUtf8(edit->getName()) + ", " +
                 timeText(edit->getEndTime() - edit->getStartTime()) + " s");
 }
