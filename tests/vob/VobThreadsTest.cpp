@@ -1,0 +1,125 @@
+#include "tests/vob/VobFixture.h"
+#include "vob/VobModificationBatch.h"
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <functional>
+#include <latch>
+#include <thread>
+
+using namespace cutroom::test;
+
+namespace {
+
+constexpr unsigned kThreads = 8;
+
+class VobThreads : public VobFixture {
+protected:
+    VobThreads() : vob_(open(makeEdit())), client_(vob_.get(), calls_, "a") {
+        client_.onChange = [this](const VobModification& change) { told_.push_back(change); };
+    }
+    // Runs `work` on each of the threads while this one pumps the loop (and does `meanwhile`).
+    void onThreads(
+        const std::function<void(unsigned)>& work, const std::function<void()>& meanwhile = [] {}) {
+        std::latch start(kThreads);
+        std::atomic<unsigned> ended{0};
+        std::vector<std::thread> threads;
+        for (unsigned i = 0; i < kThreads; ++i)
+            threads.emplace_back([&, i] {
+                start.arrive_and_wait();
+                work(i);
+                ++ended;
+            });
+        meanwhile();
+        while (ended < kThreads) {
+            host_.loop().pump();
+            std::this_thread::yield();
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        host_.loop().pump();
+    }
+
+    Kv::Ptr<Vob> vob_;
+    RecorderClient client_;
+    std::vector<VobModification> told_;
+};
+
+} // namespace
+
+TEST_F(VobThreads, ChangesOutsideOfBatchesArriveOneByOne) {
+    constexpr unsigned kEach = 200;
+    onThreads([this](unsigned thread) {
+        for (unsigned n = 0; n < kEach; ++n) {
+            VobModification change(kVobMarks);
+            change.setMarkTime(thread * kEach + n);
+            vob_->addModification(change);
+        }
+    });
+    std::vector<double> marks;
+    for (const VobModification& change : told_) {
+        EXPECT_EQ(change.getType(), unsigned{kVobMarks});
+        marks.push_back(change.getMarkTime());
+    }
+    std::sort(marks.begin(), marks.end());
+    ASSERT_EQ(marks.size(), kThreads * kEach);
+    for (std::size_t i = 0; i < marks.size(); ++i)
+        ASSERT_EQ(marks[i], static_cast<double>(i));
+}
+
+// Every thread makes one change of a kind of its own, with or without batches around it; this one
+// moves the time. Whatever was merged with what, each kind is told, and once.
+TEST_F(VobThreads, ChangesInBatchesAreToldOnceEach) {
+    constexpr unsigned kKinds[kThreads] = {kVobMarks,      kVobCuts,         kVobViewEdits,
+                                           kVobStills,     kVobBecameSource, kVobLostPlay,
+                                           kVobLevelNodes, kVobCueFilter};
+    unsigned all = kVobTime;
+    for (const unsigned kind : kKinds)
+        all |= kind;
+    for (unsigned round = 1; round <= 150; ++round) {
+        told_.clear();
+        onThreads(
+            [&](unsigned thread) {
+                const unsigned depth = (thread + round) % 3;
+                for (unsigned i = 0; i < depth; ++i)
+                    vob_->beginModifications();
+                vob_->addModification(kKinds[thread]);
+                for (unsigned i = 0; i < depth; ++i)
+                    vob_->endModifications();
+            },
+            [&] {
+                const VobModificationBatch batch(vob_);
+                vob_->setCurrentTime(round);
+            });
+        unsigned kinds = 0;
+        int count = 0;
+        for (const VobModification& change : told_) {
+            ASSERT_TRUE(change.valid()) << "an empty change, round " << round;
+            EXPECT_EQ(change.getTime(), static_cast<double>(round));
+            kinds |= change.getType();
+            count += std::popcount(change.getType());
+        }
+        ASSERT_EQ(kinds, all) << "round " << round;
+        ASSERT_EQ(count, std::popcount(all)) << "round " << round;
+    }
+}
+
+TEST_F(VobThreads, BatchesThatEndAtOnceTellNothingEmptyAndKeepNothingBack) {
+    onThreads([this](unsigned thread) {
+        for (unsigned n = 0; n < 2000; ++n) {
+            VobModification change(kVobMarks);
+            change.setMarkTime(thread * 2000 + n);
+            vob_->beginModifications();
+            vob_->addModification(change);
+            vob_->endModifications();
+            vob_->addModification(change);
+        }
+    });
+    for (const VobModification& change : told_)
+        ASSERT_EQ(change.getType(), unsigned{kVobMarks});
+    told_.clear();
+    vob_->setCurrentTime(1); // not held back, and nothing left to go with it
+    ASSERT_EQ(told_.size(), 1u);
+    EXPECT_EQ(told_.front().getType(), unsigned{kVobTime});
+}
