@@ -185,6 +185,7 @@ public:
     // The same without telling.
     void storeMarkTime(int chan, double seconds, Kv::MarkTypes::MarkType type);
     void storeMarkTime(const IdStamp& channel, double seconds, Kv::MarkTypes::MarkType type);
+    void storeMarkTime(const IdStamp& channel, const TimeRange& range);
     // Puts the in mark at the current time.
     void setMarkToCurrent(int chan);
     // The in mark of the channel, when it is marked. For kChanAllSelected the first selected

@@ -44,6 +44,13 @@ void Vob::storeMarkTime(const IdStamp& channel, double seconds, MarkType type) {
         module_.setMark(edit_->getLevelsChan(channel), seconds, type);
 }
 
+void Vob::storeMarkTime(const IdStamp& channel, const TimeRange& range) {
+    if (!std::isfinite(range.getStart()) || !std::isfinite(range.getEnd()))
+        return;
+    storeMarkTime(channel, range.getStart(), In);
+    storeMarkTime(channel, range.getEnd(), Out);
+}
+
 void Vob::storeMarkTime(int chan, double seconds, MarkType type) {
     if (!edit_)
         return;
@@ -78,8 +85,7 @@ void Vob::setMarkTime(const IdStamp& channel, const TimeRange& range) {
     if (!edit_ || !std::isfinite(range.getStart()) || !std::isfinite(range.getEnd()) ||
         (channel.valid() && !edit_->isValidChan(channel)))
         return;
-    storeMarkTime(channel, range.getStart(), In);
-    storeMarkTime(channel, range.getEnd(), Out);
+    storeMarkTime(channel, range);
     addModification(marksChanged(range.getStart(), channel));
 }
 

@@ -44,6 +44,8 @@ TEST_F(VobMarks, GoToOneChannelAllOrTheSelectedOnes) {
     EXPECT_THAT(marks(), ElementsAre(no, 6, 2, 6, 2, 6));
     vob_->setMarkTime(edit_->getId(0), {3, 4});
     EXPECT_THAT(marks(), ElementsAre(3, 4, 2, 6, 2, 6));
+    vob_->storeMarkTime(edit_->getId(2), {1, 5});
+    EXPECT_THAT(marks(), ElementsAre(3, 4, 2, 6, 1, 5));
     EXPECT_THAT(calls_, ElementsAre("a: change 4 time 0 mark 5", "a: change 4 time 0 mark 6",
                                     "a: change 4 time 0 mark 2", "a: change 4 time 0 mark 3"));
 }
