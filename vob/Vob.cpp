@@ -24,8 +24,8 @@ constexpr char kTrimViewPreference[] = "Trimview enabled";
 Vob::eTrimViewType defaultTrimViewType() {
     if (EditorPreferences::getPreference("Window arrangement", 0) != 0)
         return Vob::kTrimViewFull;
-    const int byDefault = cutroom::configInt("trimview_default", 1);
-    const int type = EditorPreferences::getPreference(kTrimViewPreference, byDefault);
+    static const cutroom::ConfigValue<int> byDefault("trimview_default", 1);
+    const int type = EditorPreferences::getPreference(kTrimViewPreference, byDefault.get());
     return static_cast<Vob::eTrimViewType>(type);
 }
 

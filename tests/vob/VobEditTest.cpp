@@ -158,6 +158,8 @@ TEST_P(VobTrimView, ComesFromPreferenceConfigurationOrArrangement) {
         Vob::setDefaultTrimViewType(static_cast<Vob::eTrimViewType>(row.preference));
     cutroom::Configuration::instance().set("trimview_default", std::to_string(row.byDefault));
     EXPECT_EQ(open(makeEdit())->getTrimViewType(), row.type);
+    cutroom::Configuration::instance().set("trimview_default", "7"); // was read once
+    EXPECT_EQ(open(makeEdit())->getTrimViewType(), row.type);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, VobTrimView,
