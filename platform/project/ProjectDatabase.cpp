@@ -110,6 +110,12 @@ Status ProjectDatabase::close() {
     return status;
 }
 
+void ProjectDatabase::leaveInterrupted() {
+    CriticalSection::Lock lock(lock_);
+    if (table_)
+        table_->keepLog();
+}
+
 bool ProjectDatabase::isOpen() const {
     CriticalSection::Lock lock(lock_);
     return table_.has_value();

@@ -35,6 +35,9 @@ public:
     Result<Opened> open(const std::string& path, bool readOnly, Status* damage);
     // Commits what is open, closes the file and forgets all records.
     Status close();
+    // What the records say and what is saved differ: the file is left as an interrupted writer
+    // leaves it, so that the next writer makes the records anew.
+    void leaveInterrupted();
     bool isOpen() const;
 
     bool isPresent(const Cookie& cookie) const;

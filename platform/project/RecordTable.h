@@ -45,6 +45,7 @@ public:
                     const std::function<void(Number, projdb::Record&&)>& visit);
     // Writes the log into the file and closes it.
     Status close();
+    void keepLog() noexcept { connection_.keepLog(); }
 
 private:
     explicit RecordTable(SqliteConnection connection) noexcept

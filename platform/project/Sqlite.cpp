@@ -154,6 +154,11 @@ Status SqliteConnection::close() {
     return {};
 }
 
+void SqliteConnection::keepLog() noexcept {
+    if (handle_)
+        sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
 SqliteStatement::SqliteStatement(SqliteStatement&& other) noexcept
     : handle_(std::exchange(other.handle_, nullptr)) {}
 

@@ -45,6 +45,8 @@ public:
     // Waits for the log to be written into the file, then closes. Also done, unheard, on
     // destruction.
     Status close();
+    // Lets the log lie beside the file when it is closed.
+    void keepLog() noexcept;
 
 private:
     SqliteConnection(sqlite3* handle, std::string path) noexcept;

@@ -4,6 +4,7 @@
 #include "platform/messaging/UIThreadCallback.h"
 #include "platform/project/CurrentProject.h"
 #include "platform/project/ProjDb.h"
+#include "platform/project/ProjectDatabase.h"
 #include "platform/store/EditManagerImpl.h"
 #include "platform/store/ProjectListener.h"
 
@@ -64,6 +65,8 @@ cutroom::Status EditManager::handleProjectExit() {
     impl_->tell(kNoticeProjectExit, {}, CurrentProject::getCookie().asString());
     impl_->tellListenersOfExit();
     const cutroom::Status status = flushChanges(false);
+    if (!status)
+        cutroom::ProjectDatabase::instance().leaveInterrupted();
     const CriticalSection::Lock whole(impl_->saving);
     impl_->undiscarded.clear();                     // what is left of them belongs to this project
     std::unordered_map<Cookie, Kv::Ptr<Edit>> gone; // die outside the lock
