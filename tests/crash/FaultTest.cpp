@@ -160,24 +160,26 @@ TEST_P(FaultTest, openingFailsOrFindsEverything) {
 }
 
 TEST_P(FaultTest, closingSavesOrSaysThatItDidNot) {
-    sweep([&](long at) {
-        begin();
-        const EditPtr edit(edits_[0]);
-        const std::wstring old = edit->getName();
-        const std::wstring fresh = L"closed " + std::to_wstring(at);
-        EditManager::instance().makeBackup(edit, "closing");
-        edit->setName(fresh);
-        const Status status = strike(at, [&] { return project_->close(); });
-        EXPECT_FALSE(CurrentProject::isOpen());
-        begin();
-        const EditPtr found(edits_[0]);
-        EXPECT_TRUE(found->getName() == fresh || (found->getName() == old && !status.ok()))
-            << status.text();
-        EXPECT_EQ(databaseTrouble(), "");
-        EXPECT_THAT(litter(), IsEmpty());
-        EXPECT_EQ(historyTrouble(found), "");
-        end();
-    });
+    sweep(
+        [&](long at) {
+            begin();
+            const EditPtr edit(edits_[0]);
+            const std::wstring old = edit->getName();
+            const std::wstring fresh = L"closed " + std::to_wstring(at);
+            EditManager::instance().makeBackup(edit, "closing");
+            EditModifier(edit)->setName(fresh); // which is told at once
+            const Status status = strike(at, [&] { return project_->close(); });
+            EXPECT_FALSE(CurrentProject::isOpen());
+            begin();
+            const EditPtr found(edits_[0]);
+            EXPECT_TRUE(found->getName() == fresh || (found->getName() == old && !status.ok()))
+                << status.text();
+            EXPECT_EQ(databaseTrouble(), "");
+            EXPECT_THAT(litter(), IsEmpty());
+            EXPECT_EQ(historyTrouble(found), "");
+            end();
+        },
+        3);
 }
 
 // The history is asked for again when it could not be read, and kept aside when a new one begins.
