@@ -69,9 +69,10 @@ void attach(Session& session, SessionWords& words) {
 void listClients(Session& session, SessionWords&) {
     const Kv::Ptr<Vob> vob = session.viewer();
     for (std::size_t i = 0; i < vob->getNumClients(); ++i) {
-        const VobClient* client = vob->getClientPtr(i);
-        session.say(format("  %s priority %d%s", client->idstring(), client->getPriority(),
-                           client->getManagementDetails() == kClientUnmanaged ? "" : " managed"));
+        VobClient* const client = vob->getClientPtr(i);
+        session.say(format("  %s priority %d%s%s", client->idstring(), client->getPriority(),
+                           client->getManagementDetails() == kClientUnmanaged ? "" : " managed",
+                           VobManager::instance().isStickyClient(client) ? " sticky" : ""));
     }
     const VobClient* master = vob->findMasterClient();
     if (master)

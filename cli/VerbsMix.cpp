@@ -128,6 +128,9 @@ void list(Session& session) {
         if (state != " level 1" || !to.empty())
             session.say("  " + mixName(i) + state + to);
     }
+    if (reader.anyChannelSolo() || reader.anyMixSolo())
+        session.say(std::string("  soloed:") + (reader.anyChannelSolo() ? " channels" : "") +
+                    (reader.anyMixSolo() ? " mixes" : ""));
 }
 
 void mix(Session& session, SessionWords& words) {

@@ -18,6 +18,8 @@ void role(Session& session, SessionWords& words) {
             vob = nullptr;
         else if (word == "quiet")
             flags = 0;
+        else if (word == "quiet-old" || word == "quiet-new")
+            flags &= ~unsigned{word == "quiet-old" ? VobManager::kTellOld : VobManager::kTellNew};
         else if (word == "as-source")
             makeSource = true;
         else
@@ -81,7 +83,7 @@ void tellEditable(Session& session, SessionWords&) {
 
 void addRoleVerbs(VerbTable& verbs) {
     verbs.heading("Roles and permissions");
-    verbs.add({"role", "source|record|play [VIEWER|none] [quiet] [as-source]",
+    verbs.add({"role", "source|record|play [VIEWER|none] [quiet|quiet-old|quiet-new] [as-source]",
                "gives a role to the viewer, another one, or nobody", role});
     verbs.add({"roles?", "", "tells who has which role", tellRoles});
     verbs.add({"watch-roles", "", "prints changes of roles from now on",
