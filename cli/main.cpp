@@ -1,5 +1,7 @@
 // The `cutroom` command.
 #include "cli/Command.h"
+#include "cli/Completion.h"
+#include "cli/ManualPage.h"
 #include "platform/base/Version.h"
 
 #include <CLI/CLI.hpp>
@@ -7,6 +9,9 @@
 #include <csignal>
 #include <cstdio>
 #include <new>
+#include <optional>
+#include <string_view>
+#include <vector>
 
 namespace {
 
@@ -60,6 +65,16 @@ int sayWrongUsage(const CLI::App& app, const CLI::ParseError& wrong) {
     return cutroom::cli::kExitUsage;
 }
 
+// What only other programs ask for: the shells' completion, and the making of the manual page.
+std::optional<int> answerPrograms(const CLI::App& app, const std::vector<std::string>& words) {
+    if (words.empty() || (words.front() != "__complete" && words.front() != "__manual"))
+        return std::nullopt;
+    cutroom::cli::print(words.front() == "__manual"
+                            ? cutroom::cli::manualCommands(app)
+                            : cutroom::cli::completion(app, {words.begin() + 1, words.end()}));
+    return cutroom::cli::kExitDone;
+}
+
 int parseAndRun(int argc, char** argv) {
     cutroom::cli::Options options;
     std::function<int()> action;
@@ -74,6 +89,8 @@ int parseAndRun(int argc, char** argv) {
         ->type_name("FOLDER");
     app.add_flag("--json", options.json, "Answer in JSON");
     addAll({app, options, action});
+    if (const auto answered = answerPrograms(app, {argv + 1, argv + argc}))
+        return *answered;
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
