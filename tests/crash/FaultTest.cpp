@@ -8,6 +8,8 @@
 #include "tests/crash/CrashFixture.h"
 #include "tests/support/FaultyFiles.h"
 
+#include <sqlite3.h>
+
 #include <functional>
 
 using namespace cutroom;
@@ -180,6 +182,34 @@ TEST_P(FaultTest, closingSavesOrSaysThatItDidNot) {
             end();
         },
         3);
+}
+
+// Another program that holds the project's database.
+class DatabaseHolder {
+public:
+    explicit DatabaseHolder(const std::string& database) {
+        EXPECT_EQ(sqlite3_open(database.c_str(), &handle_), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(handle_, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    ~DatabaseHolder() { sqlite3_close(handle_); }
+
+private:
+    sqlite3* handle_ = nullptr;
+};
+
+TEST_F(CrashFixture, anEditWhoseRecordCannotBeWrittenStaysDirty) {
+    begin();
+    const EditPtr edit(edits_[0]);
+    edit->setName(L"recorded later");
+    {
+        const DatabaseHolder holder(path("project.db"));
+        EXPECT_FALSE(EditManager::instance().flushChanges(false).ok());
+    }
+    EXPECT_TRUE(edit->isDirty());
+    EXPECT_NE(databaseTrouble(), "");
+    EXPECT_TRUE(EditManager::instance().flushChanges(false).ok());
+    EXPECT_FALSE(edit->isDirty());
+    EXPECT_EQ(databaseTrouble(), "");
 }
 
 // The history is asked for again when it could not be read, and kept aside when a new one begins.
