@@ -27,12 +27,17 @@ Status EmbeddedProject::open(const std::string& folder, CurrentProject::Access a
     Status read = Configuration::instance().load(inside + "configuration.ini");
     if (read.ok())
         read = EditorPreferences::open(inside + "preferences.ini");
-    return read.ok() ? read : firstFailure(read, CurrentProject::close());
+    if (!read)
+        return firstFailure(read, CurrentProject::close());
+    if (access == CurrentProject::Access::readWrite)
+        autosave_.emplace(host_.loop());
+    return {};
 }
 
 Status EmbeddedProject::close() {
     if (!CurrentProject::isOpen())
         return {};
+    autosave_.reset();
     host_.transport().stop();
     Status outcome = EditManager::instance().handleProjectExit();
     host_.loop().pump();

@@ -2,9 +2,11 @@
 #pragma once
 
 #include "platform/base/Status.h"
+#include "platform/embedded/Autosave.h"
 #include "platform/embedded/EmbeddedHost.h"
 #include "platform/project/CurrentProject.h"
 
+#include <optional>
 #include <string>
 
 namespace cutroom {
@@ -21,6 +23,7 @@ public:
 
     // Opens the project in `folder`: see `CurrentProject::open`. The configuration and the user's
     // preferences beside it ("configuration.ini", "preferences.ini" in the folder) are read too.
+    // While the host's loop runs, what changes in a project open for writing is saved (Autosave).
     Status open(const std::string& folder, CurrentProject::Access access,
                 CurrentProject::IfMissing ifMissing);
     // Stops the transport, tells the project's exit (viewed edits close and leave how they were
@@ -30,6 +33,7 @@ public:
 
 private:
     EmbeddedHost& host_;
+    std::optional<Autosave> autosave_;
 };
 
 } // namespace cutroom
