@@ -68,6 +68,9 @@ std::string toJson(const EditView& view);
 // One marker of it, as the current object's next entry.
 void addJson(JSON::Builder& json, const MarkerView& marker);
 
+// The view as a picture (SVG).
+std::string toSvg(const EditView& view);
+
 // The view drawn with characters: a ruler, one row of boxes per track, the markers, within `width`
 // columns.
 std::string draw(const EditView& view, int width, bool colour);

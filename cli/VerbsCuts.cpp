@@ -5,6 +5,7 @@
 #include "platform/store/CelEventPair.h"
 #include "platform/store/Edit.h"
 #include "platform/store/Editor.h"
+#include "vob/TrimObj.h"
 
 namespace cutroom::cli {
 
@@ -78,6 +79,21 @@ void trim(Session& session, SessionWords& words) {
         refuse(StatusCode::notFound, session.channelName(channel), "no cut lies there or later");
     const EditModifier modifier = session.editForChange();
     require(modifier->get_edit_cel_p(channel)->trim(point.getIndex(), by));
+}
+
+void trimCuts(Session& session, SessionWords& words) {
+    const double by = toSeconds(session.takeLength(words, "how far"));
+    const bool rejoin = words.takeIf("rejoin");
+    TrimObj trim(*session.viewer());
+    if (!words.done())
+        trim.setSnapChannel(session.takeChannel(words));
+    const double nearest = trim.getNearestCutTime(session.viewer()->getCurrentTime());
+    if (nearest == kNoTime)
+        refuse(StatusCode::notFound, "trim-cuts", "no cut is unjoined");
+    const EditModifier modifier = session.editForChange();
+    require(trim.trimFrames(by, true, rejoin));
+    session.say("  " + session.channelName(trim.getSnapChannel()) + ", nearest cut was at " +
+                timeText(nearest));
 }
 
 void simplify(Session& session, SessionWords& words) {
@@ -154,6 +170,9 @@ void addCutVerbs(VerbTable& verbs) {
     verbs.add({"gap", "CHANNEL T LENGTH", "opens a gap; what lies later moves later", gap});
     verbs.add({"split", "CHANNEL T", "adds a cut", split});
     verbs.add({"trim", "CHANNEL T LENGTH", "moves the cut at a time", trim});
+    verbs.add({"trim-cuts", "LENGTH [rejoin] [CHANNEL]",
+               "moves the unjoined cuts of a channel (the first selected one that has any)",
+               trimCuts});
     verbs.add({"slide", "CHANNEL LENGTH", "moves everything on a channel",
                [](Session& session, SessionWords& words) {
                    const IdStamp channel = session.takeChannel(words);

@@ -27,10 +27,14 @@ void mark(Session& session, SessionWords& words) {
 }
 
 void markRange(Session& session, SessionWords& words) {
+    const bool quiet = words.takeIf("quiet");
     const double from = session.takePlace(words);
     const double to = session.takePlace(words);
     const IdStamp channel = words.done() ? IdStamp() : session.takeChannel(words, true);
-    session.viewer()->setMarkTime(channel, TimeRange(from, to));
+    if (quiet)
+        session.viewer()->storeMarkTime(channel, TimeRange(from, to));
+    else
+        session.viewer()->setMarkTime(channel, TimeRange(from, to));
 }
 
 void tellMarks(Session& session, SessionWords&) {
@@ -124,7 +128,7 @@ void tellRegion(Session& session, SessionWords&) {
 void addMarkVerbs(VerbTable& verbs) {
     verbs.heading("Marks, cues and region");
     verbs.add({"mark", "[quiet] in|out T|none [CHANNEL|all]", "sets or clears a mark", mark});
-    verbs.add({"mark-range", "T T [CHANNEL|all]", "sets both marks", markRange});
+    verbs.add({"mark-range", "[quiet] T T [CHANNEL|all]", "sets both marks", markRange});
     verbs.add({"mark-here", "CHANNEL|all", "puts the in mark at the current time",
                [](Session& session, SessionWords& words) {
                    session.viewer()->setMarkToCurrent(session.takeChannelNumber(words));
@@ -170,6 +174,8 @@ void addMarkVerbs(VerbTable& verbs) {
                    session.viewer()->setViewRegion(TimeRange(from, to), !words.takeIf("quiet"));
                }});
     verbs.add({"region?", "", "tells the region and the extents", tellRegion});
+    verbs.add({"extents", "", "takes the extents from the edit; a region that covered them follows",
+               [](Session& session, SessionWords&) { session.viewer()->resetEditExtents(); }});
     verbs.add({"duration-by", "selection|edit", "what the total duration goes by",
                [](Session&, SessionWords& words) {
                    VobManager::setTotalDurationBySelection(

@@ -165,8 +165,12 @@ void addSelectionVerbs(VerbTable& verbs) {
                reEstablishCuts});
     verbs.add({"rejoin", "", "joins all cuts again",
                [](Session& session, SessionWords&) { session.viewer()->rejoinCuts(); }});
-    verbs.add({"node", "CHANNEL T [off]", "selects a level node of a levels channel",
+    verbs.add({"node", "CHANNEL T [off]|clear", "selects a level node of a levels channel, or none",
                [](Session& session, SessionWords& words) {
+                   if (words.takeIf("clear")) {
+                       session.viewer()->clearSelectedLevelNodes();
+                       return;
+                   }
                    const IdStamp channel = session.takeChannel(words);
                    const double seconds = session.takePlace(words);
                    session.viewer()->selectLevelNode(channel, seconds, !words.takeIf("off"));

@@ -63,6 +63,23 @@ void monitor(Session& session, SessionWords& words) {
                                                        : Vob::kMonitorCurrent);
 }
 
+void trimView(Session& session, SessionWords& words) {
+    const auto& word = words.takeOneOf("a type", {"off", "split", "full"});
+    const Vob::eTrimViewType type = word == "off"     ? Vob::kTrimViewOff
+                                    : word == "split" ? Vob::kTrimViewSplit
+                                                      : Vob::kTrimViewFull;
+    if (words.takeIf("default"))
+        Vob::setDefaultTrimViewType(type);
+    else
+        session.viewer()->setTrimViewType(type);
+}
+
+void tellTrimView(Session& session, SessionWords&) {
+    const Kv::Ptr<Vob> vob = session.viewer();
+    session.say(format("trim view %d, ", vob->getTrimViewType()) +
+                (vob->isTrimViewPossible() ? "possible" : "not possible"));
+}
+
 } // namespace
 
 void addTimeVerbs(VerbTable& verbs) {
@@ -85,6 +102,10 @@ void addTimeVerbs(VerbTable& verbs) {
                    session.viewer()->setTransientTimeChange(words.takeOnOff("on or off"));
                }});
     verbs.add({"monitor", "current|in|out", "which time the monitor shows", monitor});
+    verbs.add({"trim-view", "off|split|full [default]",
+               "how trimming is shown; default: in viewers opened from now on", trimView});
+    verbs.add(
+        {"trim-view?", "", "tells how trimming is shown, and whether it can be", tellTrimView});
     verbs.add({"preview-track", "CHANNEL", "the channel that is previewed",
                [](Session& session, SessionWords& words) {
                    session.viewer()->setPreviewTrackID(session.takeChannel(words));
