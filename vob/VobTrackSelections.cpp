@@ -29,6 +29,10 @@ void Vob::selectSegment(const CelEventPair& segment, bool on) { selectSegments({
 
 void Vob::selectSegments(const LightweightVector<CelEventPair>& segments, bool on) {
     VobModification change(kVobSegments);
+    // The events may have been renumbered within a change that is not told yet.
+    for (auto& [channel, selections] : selections_)
+        if (selections.verifySegments())
+            change.addModifiedTrack(channel);
     for (const CelEventPair& segment : segments)
         if (selectSegmentSilently(segment, on) && !change.affectsTrack(segment.getChannel()))
             change.addModifiedTrack(segment.getChannel());
@@ -37,6 +41,7 @@ void Vob::selectSegments(const LightweightVector<CelEventPair>& segments, bool o
 }
 
 void Vob::toggleSegmentSelection(const CelEventPair& segment) {
+    selectSegments({}, true); // follows a renumbering
     selectSegment(segment, !isSegmentSelected(segment));
 }
 

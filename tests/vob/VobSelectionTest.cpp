@@ -109,6 +109,21 @@ TEST_F(VobSelection, SegmentsAreFoundAgainAfterCutsBeforeThem) {
     EXPECT_FALSE(vob_->anySelectedSegments());
 }
 
+TEST_F(VobSelection, SegmentsSelectedWithinAChangeJoinThoseFromBeforeIt) {
+    layClip(edit_, edit_->getId(0), 4, 6);
+    vob_->selectSegment(segmentAt(5));
+    {
+        const EditModifier modifier(edit_, "cut");
+        layClip(edit_, edit_->getId(0), 1, 2, 8); // stands where the other stood, not told yet
+        vob_->selectSegment(segmentAt(1.5));
+        layClip(edit_, edit_->getId(0), 0.5, 0.75, 9);
+        vob_->toggleSegmentSelection(segmentAt(0.6));
+    }
+    EXPECT_TRUE(vob_->isSegmentSelected(segmentAt(0.6)));
+    EXPECT_TRUE(vob_->isSegmentSelected(segmentAt(5)));
+    EXPECT_TRUE(vob_->isSegmentSelected(segmentAt(1.5)));
+}
+
 TEST_F(VobSelection, SegmentsThatGoAreDroppedAndThatIsTold) {
     layClip(edit_, edit_->getId(0), 4, 6);
     vob_->selectSegments({segmentAt(5), segmentAt(2), CelEventPair()});
