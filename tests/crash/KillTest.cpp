@@ -19,6 +19,13 @@ using testing::IsEmpty;
 
 namespace {
 
+// A process under a sanitizer takes long to start, and finds nothing more here.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr long kMoments = 30;
+#else
+constexpr long kMoments = 200;
+#endif
+
 using Access = CurrentProject::Access;
 using IfMissing = CurrentProject::IfMissing;
 
@@ -68,11 +75,11 @@ protected:
         EXPECT_THAT(litterAmong(filesBelow(folder_)), IsEmpty());
         EXPECT_EQ(databaseTrouble(), "");
         const ProjectState found = stateOfProject();
-        if (!tried_.empty() && found == tried_)
-            ++aheadOfAcknowledgement_;
-        else
+        cutOff_ += !tried_.empty();
+        if (tried_.empty() || found != tried_) {
             ASSERT_EQ(found, acknowledged_) << differences(found, acknowledged_) << "or, tried:\n"
                                             << differences(found, tried_);
+        }
         acknowledged_ = found;
         const CookieVec edits = EditManager::instance().getAllEdits();
         const Cookie& edit = edits[turn % edits.size()];
@@ -88,18 +95,18 @@ protected:
     ProjectState acknowledged_; // the last state that is known to be saved
     ProjectState tried_;        // the one whose saving was cut off, or empty
     long acknowledgements_ = 0;
-    long aheadOfAcknowledgement_ = 0;
+    long cutOff_ = 0; // kills in the midst of a save
 };
 
 TEST_F(KillTest, whatWasAcknowledgedIsThereAndNothingIsTorn) {
-    const long moments = rounds(200, 10'000);
+    const long moments = rounds(kMoments, 10'000);
     for (long i = 0; i < moments && !HasFatalFailure() && !HasNonfatalFailure(); ++i) {
         SCOPED_TRACE(i);
         killOne(static_cast<unsigned>(i));
         openNext(static_cast<unsigned>(i));
     }
     EXPECT_GT(acknowledgements_, moments / 2);
-    EXPECT_GT(aheadOfAcknowledgement_, moments / 100) << "kills hit the midst of saves";
+    EXPECT_GT(cutOff_, moments / 10);
     for (const std::string& line : log_.lines)
         ADD_FAILURE() << line;
 }
