@@ -2,7 +2,6 @@
 #pragma once
 
 #include "platform/base/Cookie.h"
-#include "platform/base/Export.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +11,7 @@
 namespace cutroom {
 
 // An open-addressed table; about 48 bytes a cookie. One thread at a time.
-class CUTROOM_API CookieTable {
+class CookieTable {
 public:
     using Slot = std::uint32_t;
 

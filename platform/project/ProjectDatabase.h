@@ -18,7 +18,7 @@ namespace cutroom {
 
 // Any thread; the lock is held while the database is read or written, not while listeners are told
 // or visitors run.
-class CUTROOM_API ProjectDatabase {
+class ProjectDatabase {
 public:
     // What `open` had to do.
     enum class Opened {

@@ -13,7 +13,7 @@
 namespace cutroom {
 
 // A value; described in docs/formats/project.md.
-struct CUTROOM_API ProjectFile {
+struct ProjectFile {
     Cookie id; // of kind 'P'
     LightweightString<wchar_t> name;
     ProjectDefaults defaults;
@@ -28,8 +28,8 @@ struct CUTROOM_API ProjectFile {
 
 // Tells whether `id` can name an attribute of a project: 1 to 64 bytes of UTF-8 without control
 // characters.
-CUTROOM_API bool isAttributeID(const std::string& id);
+bool isAttributeID(const std::string& id);
 // Tells whether `name` is a plain file name: not empty, no '/', no null, neither "." nor "..".
-CUTROOM_API bool isPlainFileName(const std::string& name);
+bool isPlainFileName(const std::string& name);
 
 } // namespace cutroom

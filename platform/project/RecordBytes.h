@@ -1,7 +1,6 @@
 // Records as bytes: the form in which the database holds all that is not a column of its own.
 #pragma once
 
-#include "platform/base/Export.h"
 #include "platform/project/ProjDbRecord.h"
 
 #include <optional>
@@ -13,11 +12,11 @@ namespace cutroom {
 // The texts of a record (attributes, media locations, marker texts): a version byte, then three
 // lists, each a count followed by texts, each a length followed by its bytes; numbers are 32 bits,
 // little-endian.
-CUTROOM_API std::string recordBytes(const projdb::Record& record);
+std::string recordBytes(const projdb::Record& record);
 // Fills the texts of `record`; false, leaving it alone, when the bytes are not such a form.
-CUTROOM_API bool readRecordBytes(std::string_view bytes, projdb::Record& record);
+bool readRecordBytes(std::string_view bytes, projdb::Record& record);
 
 // The checksum over every field of the record, given its texts as bytes.
-CUTROOM_API std::uint32_t recordChecksum(const projdb::Record& record, std::string_view bytes);
+std::uint32_t recordChecksum(const projdb::Record& record, std::string_view bytes);
 
 } // namespace cutroom

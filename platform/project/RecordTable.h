@@ -1,7 +1,6 @@
 // `cutroom::RecordTable`: the records as rows of project.db.
 #pragma once
 
-#include "platform/base/Export.h"
 #include "platform/base/Status.h"
 #include "platform/project/ProjDbRecord.h"
 #include "platform/project/Sqlite.h"
@@ -15,7 +14,7 @@ namespace cutroom {
 
 // Write-ahead log, flushed at every commit. A row has a number that rises with its insertion and
 // stays with updates, and a checksum over its fields. One thread at a time.
-class CUTROOM_API RecordTable {
+class RecordTable {
 public:
     using Number = std::int64_t;
 

@@ -4,7 +4,6 @@
 // covers the whole text with those digits as 0. A file without it is taken as written by hand.
 #pragma once
 
-#include "platform/base/Export.h"
 #include "platform/base/Status.h"
 #include "platform/files/JsonBuilder.h"
 #include "platform/files/JsonElement.h"
@@ -16,7 +15,7 @@
 
 namespace cutroom {
 
-class CUTROOM_API SealedJson {
+class SealedJson {
 public:
     // The text of a file of that format: `write` adds the members to the open object; then the
     // members of `former` (may be empty) whose keys are not among `known` are added as they were.

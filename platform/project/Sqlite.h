@@ -1,7 +1,6 @@
 // A thin layer over SQLite 3: a connection, statements, and failures as `Status`.
 #pragma once
 
-#include "platform/base/Export.h"
 #include "platform/base/Status.h"
 
 #include <cstdint>
@@ -16,7 +15,7 @@ namespace cutroom {
 class SqliteStatement;
 
 // One connection, used by one thread at a time. Movable.
-class CUTROOM_API SqliteConnection {
+class SqliteConnection {
 public:
     enum class Mode {
         create,    // for writing, made when it is not there
@@ -56,7 +55,7 @@ private:
 };
 
 // One prepared command. Movable; must go before its connection.
-class CUTROOM_API SqliteStatement {
+class SqliteStatement {
 public:
     enum class Step { row, done, failed };
 

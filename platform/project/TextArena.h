@@ -8,7 +8,6 @@
 // time.
 #pragma once
 
-#include "platform/base/Export.h"
 #include "platform/project/ProjDbRecord.h"
 
 #include <cstddef>
@@ -20,7 +19,7 @@
 namespace cutroom {
 
 // One thread at a time.
-class CUTROOM_API TextArena {
+class TextArena {
 public:
     using Slot = std::uint32_t;
 

@@ -1,8 +1,6 @@
 // The one text comparison of every search.
 #pragma once
 
-#include "platform/base/Export.h"
-
 #include <cstddef>
 #include <string_view>
 
@@ -12,17 +10,17 @@ namespace cutroom {
 // lower-cased first. With `wholeWords` the first occurrence alone decides, and a later one is not
 // tried: the character before it, if any, and the one after it, if any, must be punctuation or
 // white space. The empty pattern occurs in everything.
-CUTROOM_API bool compareText(std::string_view text, std::string_view pattern, bool wholeWords,
-                             bool caseSensitive);
+bool compareText(std::string_view text, std::string_view pattern, bool wholeWords,
+                 bool caseSensitive);
 
 // The same for two texts that are both lower-cased already (or to be compared as they stand).
-CUTROOM_API bool compareFolded(std::string_view text, std::string_view pattern, bool wholeWords);
+bool compareFolded(std::string_view text, std::string_view pattern, bool wholeWords);
 
 // Tells whether [start, end) of `text` has no letter or digit touching it: the word rule above.
-CUTROOM_API bool standsAlone(std::string_view text, std::size_t start, std::size_t end);
+bool standsAlone(std::string_view text, std::size_t start, std::size_t end);
 
 // Position of the first `pattern` at or after `from`, or npos; looks for the pattern's rarest byte.
-CUTROOM_API std::size_t findText(std::string_view text, std::string_view pattern,
-                                 std::size_t from = 0) noexcept;
+std::size_t findText(std::string_view text, std::string_view pattern,
+                     std::size_t from = 0) noexcept;
 
 } // namespace cutroom
