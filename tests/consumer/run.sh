@@ -26,11 +26,15 @@ export PKG_CONFIG_PATH
 libdir=$(pkg-config --variable=libdir cutroom)
 read -ra cflags <<<"$(pkg-config --cflags cutroom)"
 read -ra libs <<<"$(pkg-config --libs cutroom)"
-"$cxx" -std=c++20 "${cflags[@]}" "$outside/main.cpp" -o "$folder/consumer" "${libs[@]}" \
+"$cxx" -std=c++20 "${cflags[@]}" "$outside"/*.cpp -o "$folder/consumer" "${libs[@]}" \
     "-Wl,-rpath,$libdir"
 "$folder/consumer"
 
 if [[ -x $prefix/bin/cutroom ]]; then
     echo "the installed command"
     "$prefix/bin/cutroom" --version
+    for file in bash-completion/completions/cutroom zsh/site-functions/_cutroom \
+        fish/vendor_completions.d/cutroom.fish; do
+        test -s "$prefix/share/$file"
+    done
 fi

@@ -1,6 +1,8 @@
 // Uses what the package gives: values, counted objects, notification, an interface that the program
 // implements and the library calls, and casts across the library's boundary.
 
+#include "consumer.h"
+
 #include "platform/base/Cookie.h"
 #include "platform/base/Log.h"
 #include "platform/base/Ptr.h"
@@ -14,12 +16,16 @@ namespace {
 
 int faults = 0;
 
+} // namespace
+
 void expect(bool condition, const char* what) {
     if (!condition) {
         std::printf("consumer: %s\n", what);
         ++faults;
     }
 }
+
+namespace {
 
 class RecordingSink : public cutroom::iLogSink {
 public:
@@ -92,6 +98,7 @@ int main() {
     useCountedObjects();
     useNotification();
     useInterfaces();
+    viewAnEdit();
     std::printf("consumer: cutroom %s, %d faults\n", cutroom::version(), faults);
     return faults == 0 ? 0 : 1;
 }
