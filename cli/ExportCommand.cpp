@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -22,6 +23,14 @@ struct ExportWords {
     std::string edit;
     std::string format;
     std::string output;
+    std::string track; // a subtitle track instead of the markers
+    std::string clock = "timecode";
+    std::string pointDuration; // frames, or "next"; empty: points have no end
+
+    AssetMetadataSRTExporter::Clock srtClock() const {
+        return clock == "media" ? AssetMetadataSRTExporter::Clock::media
+                                : AssetMetadataSRTExporter::Clock::timecode;
+    }
 };
 
 // The exporters write files; without -o the file is a temporary one that is printed and removed.
@@ -66,40 +75,108 @@ Status printFile(const std::string& path) {
                                    : Status();
 }
 
+// Gives point markers an end: so many frames on, or where the next marker begins.
+Status giveEnds(std::vector<Cue>& cues, const std::string& duration, const EditPtr& edit) {
+    if (duration.empty())
+        return {};
+    const auto frames = parseInt(duration);
+    if (duration != "next" && (!frames || *frames < 1))
+        return {StatusCode::wrongUsage, duration, "give a number of frames, or next"};
+    for (std::size_t i = 0; i < cues.size(); ++i) {
+        if (cues[i].hasEnd())
+            continue;
+        double end = edit->getEndTime();
+        if (frames)
+            end = cues[i].getTime() + static_cast<double>(*frames) * edit->getCelResolution();
+        else
+            for (std::size_t next = cues.size(); next > i + 1; --next)
+                if (cues[next - 1].getTime() > cues[i].getTime())
+                    end = cues[next - 1].getTime();
+        if (end > cues[i].getTime())
+            cues[i].setEndTime(end);
+    }
+    return {};
+}
+
+Result<IdStamp> subtitleTrack(const EditPtr& edit, const std::string& name) {
+    std::string known;
+    for (const IdStamp& channel : edit->getChans(kChanSubtitle)) {
+        const std::string own = toUtf8(edit->getChanDisplayName(channel));
+        const std::string place = "S" + std::to_string(edit->getIndexWithinType(channel) + 1);
+        if (name == own || name == place)
+            return channel;
+        known += (known.empty() ? "" : ", ") + place + (own == place ? "" : " (" + own + ')');
+    }
+    return Status(StatusCode::notFound, name,
+                  known.empty() ? "the edit has no subtitle track"
+                                : "no such subtitle track; there are " + known);
+}
+
+Status writeMarkers(const ExportWords& words, const EditPtr& edit, const std::string& path) {
+    std::vector<Cue> cues = edit->getCues().cues();
+    if (cues.empty())
+        return {StatusCode::failed, words.edit, "has no markers to export"};
+    if (const Status given = giveEnds(cues, words.pointDuration, edit); !given)
+        return given;
+    if (!AssetMetadataSRTExporter(words.srtClock()).exportToFile(edit, cues, toWide(path)))
+        return {StatusCode::inputOutput, path, "cannot be written"};
+    if (std::none_of(cues.begin(), cues.end(), [](const Cue& cue) { return cue.hasEnd(); }))
+        note("none of the markers has an end, so no subtitle was written; "
+             "--point-duration 50 (frames) or next gives them one");
+    return {};
+}
+
+Status writeTrack(const ExportWords& words, const EditPtr& edit, const std::string& path) {
+    const auto channel = subtitleTrack(edit, words.track);
+    if (!channel)
+        return channel.status();
+    if (edit->get_edit_cel_p(*channel)->numSegments() == 0)
+        return {StatusCode::failed, words.track, "the track has no subtitles"};
+    if (!AssetMetadataSRTExporter::exportToFile(edit, *channel, toWide(path), words.srtClock()))
+        return {StatusCode::inputOutput, path, "cannot be written"};
+    return {};
+}
+
 Status exportSrt(const ExportWords& words) {
     const auto edit = openEdit(words.edit);
     if (!edit)
         return edit.status();
-    const std::vector<Cue> cues = (*edit)->getCues().cues();
-    if (cues.empty())
-        return {StatusCode::failed, words.edit, "has no markers to export"};
-    const auto wide = toWideStrict(words.output);
-    if (!wide)
+    if (!isUtf8(words.output))
         return {StatusCode::wrongUsage, words.output, "not a UTF-8 path"};
     Target target(words.output);
     if (const Status ready = target.prepare(); !ready)
         return ready;
-    if (!AssetMetadataSRTExporter().exportToFile(*edit, cues, toWide(target.path())))
-        return {StatusCode::inputOutput, target.path(), "cannot be written"};
-    const auto ranges =
-        std::count_if(cues.begin(), cues.end(), [](const Cue& cue) { return cue.hasEnd(); });
-    if (ranges == 0)
-        note("none of the markers has an end, so no subtitle was written; "
-             "`cutroom markers EDIT change N --end T` gives one");
-    return target.temporary() ? printFile(target.path()) : Status();
+    const Status written = words.track.empty() ? writeMarkers(words, *edit, target.path())
+                                               : writeTrack(words, *edit, target.path());
+    return written.ok() && target.temporary() ? printFile(target.path()) : written;
 }
 
 } // namespace
 
 void addExportCommand(Commands commands) {
     auto words = std::make_shared<ExportWords>();
-    CLI::App* command = commands.app.add_subcommand("export", "Write an edit's markers to a file");
+    CLI::App* command =
+        commands.app.add_subcommand("export", "Write an edit's markers or subtitles to a file");
     command->add_option("edit", words->edit, "Name or cookie")->required()->type_name("EDIT");
     command->add_option("--format", words->format, "srt: markers with an end become subtitles")
         ->required()
         ->check(CLI::IsMember({"srt"}));
     command->add_option("-o,--output", words->output, "The file (default: standard output)")
         ->type_name("FILE");
+    command->add_option("--track", words->track, "A subtitle track instead of the markers (S1)")
+        ->type_name("TRACK");
+    command
+        ->add_option("--clock", words->clock,
+                     "What the times count: timecode, or media (from the first frame, as "
+                     "players count)")
+        ->check(CLI::IsMember({"timecode", "media"}));
+    command
+        ->add_option("--point-duration", words->pointDuration,
+                     "Give point markers an end: so many FRAMES on, or at the next marker")
+        ->type_name("FRAMES|next");
+    command->footer("  cutroom export \"Reel 1\" --format srt -o reel1.srt --clock media\n"
+                    "  cutroom export \"Reel 1\" --format srt --point-duration next\n"
+                    "  cutroom export \"Reel 1\" --format srt --track S1");
     command->callback([commands, words] {
         commands.action = [&options = commands.options, words] {
             return withProject(options, Workspace::Use::read,

@@ -1,9 +1,10 @@
 #include "export/AssetMetadataSRTExporter.h"
 
-#include "platform/files/TextFile.h"
+#include "platform/files/Files.h"
 #include "platform/prefs/Configuration.h"
 #include "platform/store/Edit.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -64,7 +65,15 @@ void appendSubtitle(std::string& file, std::size_t number, const std::string& ti
 
 // What is exported is the user's to keep: no copy of an older file stays beside it.
 bool saveTo(const LightweightString<wchar_t>& path, const std::string& file) {
-    return TextFile::save(cutroom::toUtf8(path), file, cutroom::Backup::none).ok();
+    return cutroom::writeOutput(cutroom::toUtf8(path), file).ok();
+}
+
+// HH:MM:SS,mmm of a time since the first frame; SubRip knows none before it.
+LightweightString<char> mediaTime(double seconds) {
+    const long long milliseconds = std::max(0LL, std::llround(seconds * 1000));
+    return cutroom::format("%02lld:%02lld:%02lld,%03lld", milliseconds / 3'600'000,
+                           milliseconds / 60'000 % 60, milliseconds / 1000 % 60,
+                           milliseconds % 1000);
 }
 
 struct Tags {
@@ -112,6 +121,14 @@ LightweightString<char> AssetMetadataSRTExporter::getTimecodeRangeString(const E
            getTimecodeString(edit, range.getEnd());
 }
 
+LightweightString<char> AssetMetadataSRTExporter::getTimeLine(const EditPtr& edit,
+                                                              const TimeRange& range, Clock clock) {
+    if (clock == Clock::timecode)
+        return getTimecodeRangeString(edit, range);
+    const double start = edit->getStartTime();
+    return mediaTime(range.getStart() - start) + " --> " + mediaTime(range.getEnd() - start);
+}
+
 LightweightVector<LightweightString<char>> AssetMetadataSRTExporter::getMarkerText(const Cue& cue) {
     static const cutroom::ConfigValue<int> splitLength("srt_split_length", 35);
     const auto text =
@@ -137,14 +154,13 @@ bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const std::vect
         const Cue& cue = cues[i];
         if (!cue.hasEnd() || (cue.getName().empty() && cue.getDescription().empty()))
             continue;
-        appendSubtitle(file, i + 1, getTimecodeRangeString(edit, cue.getRange()),
-                       getMarkerText(cue));
+        appendSubtitle(file, i + 1, getTimeLine(edit, cue.getRange(), clock_), getMarkerText(cue));
     }
     return saveTo(path, file);
 }
 
-LightweightString<char> AssetMetadataSRTExporter::getSubtitles(const EditPtr& edit,
-                                                               const IdStamp& channel) {
+LightweightString<char>
+AssetMetadataSRTExporter::getSubtitles(const EditPtr& edit, const IdStamp& channel, Clock clock) {
     const Edit::Lock lock(*edit);
     if (!edit->isValidChan(channel) || edit->getChanType(channel) != kChanSubtitle)
         return {};
@@ -161,13 +177,18 @@ LightweightString<char> AssetMetadataSRTExporter::getSubtitles(const EditPtr& ed
             if (!line.empty())
                 lines.push_back(tags.opening + cutroom::toUtf8(onOneLine(line)) + tags.closing);
         const TimeRange range(cutroom::toSeconds(segment.start), cutroom::toSeconds(segment.end));
-        appendSubtitle(file, ++number, getTimecodeRangeString(edit, range), lines);
+        appendSubtitle(file, ++number, getTimeLine(edit, range, clock), lines);
     }
     return file;
 }
 
 bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& channel,
                                             const LightweightString<wchar_t>& path) {
-    const std::string file = edit ? getSubtitles(edit, channel) : std::string();
+    return exportToFile(edit, channel, path, Clock::timecode);
+}
+
+bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& channel,
+                                            const LightweightString<wchar_t>& path, Clock clock) {
+    const std::string file = edit ? getSubtitles(edit, channel, clock) : std::string();
     return !file.empty() && saveTo(path, file);
 }

@@ -10,8 +10,13 @@
 
 class CUTROOM_API AssetMetadataSRTExporter : public AssetMetadataExporterBase {
 public:
+    // What the times in the file count: the programme's timecode as a clock, or the time since its
+    // first frame, which is what a player shows them by.
+    enum class Clock { timecode, media };
+
     using AssetMetadataExporterBase::exportToFile;
 
+    explicit AssetMetadataSRTExporter(Clock clock = Clock::timecode) noexcept : clock_(clock) {}
     ~AssetMetadataSRTExporter() override;
 
     LightweightString<wchar_t> getFormatName() override;
@@ -26,16 +31,24 @@ public:
     // False for an unknown channel, one without texts, or when saving failed.
     static bool exportToFile(const EditPtr& edit, const IdStamp& channel,
                              const LightweightString<wchar_t>& path);
+    static bool exportToFile(const EditPtr& edit, const IdStamp& channel,
+                             const LightweightString<wchar_t>& path, Clock clock);
 
 private:
     // The subtitles of a channel as the file has them; empty when there are none.
-    static LightweightString<char> getSubtitles(const EditPtr& edit, const IdStamp& channel);
+    static LightweightString<char> getSubtitles(const EditPtr& edit, const IdStamp& channel,
+                                                Clock clock);
     // "HH:MM:SS,mmm" from a timecode of the form HH:MM:SS:FF (11 characters); any other timecode
     // text stays as it is.
     static LightweightString<char> getTimecodeString(const EditPtr& edit, double seconds);
     static LightweightString<char> getTimecodeRangeString(const EditPtr& edit,
                                                           const TimeRange& range);
+    // The time line of a range by either clock.
+    static LightweightString<char> getTimeLine(const EditPtr& edit, const TimeRange& range,
+                                               Clock clock);
     // Description, else name, as one or two lines; line breaks and control characters become
     // blanks, since an empty line would end the subtitle.
     static LightweightVector<LightweightString<char>> getMarkerText(const Cue& cue);
+
+    Clock clock_;
 };

@@ -72,6 +72,16 @@ TEST_F(SrtExport, TimesFollowTheEditsTimecodeAndOtherFormsStayAsTheyAre) {
     EXPECT_THAT(written(from, {range(1, 2, L"x")}), testing::HasSubstr("\n00:00:01,000 --> "));
 }
 
+TEST_F(SrtExport, TheMediaClockCountsFromTheFirstFrameInTrueSeconds) {
+    const EditPtr from = edit(Kv::FrameRate(30000, 1001));
+    cutroom::test::setStartTimecode(from, "01:00:00:00");
+    const auto hour = 3600 * 1.001; // an hour of non-drop labels lasts 3.6 s longer
+    const AssetMetadataSRTExporter exporter(AssetMetadataSRTExporter::Clock::media);
+    ASSERT_TRUE(exporter.exportToFile(from, {range(0.5, hour, L"x")}, cutroom::toWide(path())));
+    EXPECT_THAT(TextFile::load(path()).value(),
+                testing::HasSubstr("00:00:00,500 --> 01:00:03,600"));
+}
+
 TEST_F(SrtExport, LongTextsBecomeTwoLinesAtTheFirstBlankPastTheMiddle) {
     struct Row {
         const wchar_t* text;
