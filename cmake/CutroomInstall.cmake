@@ -12,7 +12,14 @@ install(TARGETS cutroom EXPORT cutroomTargets
     FILE_SET HEADERS DESTINATION ${headerDir} COMPONENT dev)
 install(EXPORT cutroomTargets NAMESPACE cutroom:: DESTINATION ${packageDir}
     FILE cutroomConfig.cmake COMPONENT dev)
+install(FILES ${CMAKE_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright
+    COMPONENT runtime)
+install(FILES ${CMAKE_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR}-dev RENAME copyright
+    COMPONENT dev)
+
 write_basic_package_version_file(cutroomConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+file(RELATIVE_PATH fromPkgconfig
+    /${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_PREFIX})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/cutroom.pc.in cutroom.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cutroomConfigVersion.cmake DESTINATION ${packageDir}
     COMPONENT dev)
