@@ -3,6 +3,8 @@
 #include "platform/files/Staging.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 namespace cutroom {
 
@@ -92,6 +94,23 @@ Status writeFile(const std::string& path, std::string_view content, Backup backu
         return status;
     }
     return flushFolder(files, folderOf(path));
+}
+
+Status writeOutput(const std::string& path, std::string_view content) {
+    if (Status usable = checkPath(path); !usable)
+        return usable;
+    namespace fs = std::filesystem;
+    std::error_code failure;
+    const fs::file_status there = fs::status(path, failure);
+    if (fs::is_directory(there))
+        return {StatusCode::inputOutput, path, "is a folder"};
+    if (fs::exists(there) && !fs::is_regular_file(there)) {
+        std::ofstream stream(path, std::ios::binary);
+        stream << content << std::flush;
+        return stream ? Status() : Status(StatusCode::inputOutput, path, "cannot be written");
+    }
+    const fs::path target = fs::exists(there) ? fs::canonical(path, failure) : fs::path(path);
+    return writeFile(failure ? path : target.string(), content, Backup::none);
 }
 
 Status removeFile(const std::string& path) {

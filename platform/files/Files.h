@@ -35,6 +35,9 @@ enum class Backup { keep, none };
 // is there without being sure to survive a crash.
 CUTROOM_API Status writeFile(const std::string& path, std::string_view content,
                              Backup backup = Backup::keep);
+// Writes a file that the user named: in one step like writeFile and without a backup, but through a
+// symbolic link to what it leads to, and into a device or pipe without replacing it.
+CUTROOM_API Status writeOutput(const std::string& path, std::string_view content);
 // Removes the file and flushes its folder. A file that is not there is fine.
 CUTROOM_API Status removeFile(const std::string& path);
 // Renames a file (over one that is there) and flushes both folders.
