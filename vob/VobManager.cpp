@@ -4,6 +4,7 @@
 #include "platform/base/Log.h"
 #include "platform/messaging/NotifyMsgTypeDictionary.h"
 #include "platform/messaging/UiThread.h"
+#include "platform/project/PermissionsManager.h"
 #include "platform/store/Edit.h"
 #include "vob/ClientWatch.h"
 
@@ -23,6 +24,7 @@ VobManager::VobManager() {
     focusChanged_ = types.intern("focusChanged");
     sourceChanged_ = types.intern("sourceChanged");
     recordChanged_ = types.intern("recordChanged");
+    PermissionsManager::instance(); // asked by listeners: not to be made under a notifier's lock
     registerWithEditManager();
 }
 
