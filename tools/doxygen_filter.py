@@ -11,7 +11,7 @@ import re
 import sys
 
 OWN_LINE = re.compile(r"^(\s*)//(?!/) ?(.*)$")
-AT_END = re.compile(r'^((?:[^"/]|"(?:[^"\\]|\\.)*"|/(?!/))*\S)(\s*)//(?!/) ?(.*)$')
+AT_END = re.compile(r'^((?:[^"/]|"(?:[^"\\]|\\.)*"|/(?!/))*?)(\s*)//(?!/) ?(.*)$')
 
 
 def escaped(text):
