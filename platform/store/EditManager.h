@@ -88,6 +88,11 @@ public:
     // For writing commands: moves the file of an edit that cannot be read out of the way
     // ("<name>.damaged") and gives the new path. `wrongUsage` when the file is sound.
     cutroom::Result<std::string> setDamagedAside(const Cookie& edit);
+    // For writing commands: puts the version before the last one in the place of a file that is no
+    // longer there. `notFound` when there is none, `damaged` when that one is not sound either.
+    cutroom::Status restoreBackup(const Cookie& edit);
+    // Reads the edit's file and its history from the disk; tells what is wrong with them.
+    cutroom::Status checkFiles(const Cookie& edit) const;
     // The edit that stands for the clipboard, made on first use.
     EditPtr getClipboard();
 

@@ -190,6 +190,34 @@ cutroom::Result<std::string> EditManager::setDamagedAside(const Cookie& edit) {
     return cutroom::moveAside(path);
 }
 
+cutroom::Status EditManager::restoreBackup(const Cookie& edit) {
+    const std::string path = EditFile::path(edit);
+    if (path.empty() || cutroom::fileExists(path) || CurrentProject::isReadOnly())
+        return {StatusCode::wrongUsage, path, "the file is there, or cannot be written"};
+    const std::string backup = path + ".bak";
+    const auto bytes = cutroom::readFile(backup);
+    if (!bytes)
+        return bytes.status();
+    if (const auto read = EditFile::decode(*bytes, backup); !read)
+        return read.status();
+    return cutroom::copyFile(backup, path);
+}
+
+cutroom::Status EditManager::checkFiles(const Cookie& edit) const {
+    const std::string path = EditFile::path(edit);
+    const auto bytes = cutroom::readFile(path);
+    if (!bytes)
+        return bytes.status();
+    const auto read = EditFile::decode(*bytes, path);
+    if (!read)
+        return read.status();
+    const std::string historyPath = EditFile::historyPath(edit);
+    const auto history = cutroom::readFile(historyPath);
+    if (history)
+        return EditFile::decodeHistory(*history, historyPath, read->historyId).status();
+    return history.status().code() == StatusCode::notFound ? Status() : history.status();
+}
+
 // --- undo ---------------------------------------------------------------------------------------
 
 void EditManager::Impl::needHistory(Edit::Impl& edit) {

@@ -302,6 +302,28 @@ TEST_F(EditFileTest, damagedFilesStayUntilAWriterMovesThem) {
     EXPECT_FALSE(manager().setDamagedAside(cookie).ok());
 }
 
+TEST_F(EditFileTest, theVersionBeforeTakesTheLostOnesPlace) {
+    EditModifier edit = fresh();
+    const Cookie cookie = edit.getCookie();
+    edit->setName(L"before");
+    edit.release();
+    ASSERT_TRUE(CurrentProject::close().ok());
+    const std::string sound = bytesOf(fileOf(cookie));
+    putBytes(fileOf(cookie), "no edit");
+    putBytes(fileOf(cookie) + ".bak", "no edit either");
+    ASSERT_TRUE(CurrentProject::open(folder()).ok());
+    EXPECT_EQ(manager().checkFiles(cookie).code(), StatusCode::damaged);
+    EXPECT_EQ(manager().restoreBackup(cookie).code(), StatusCode::wrongUsage) << "a file is there";
+    ASSERT_TRUE(manager().setDamagedAside(cookie).ok());
+    EXPECT_EQ(manager().restoreBackup(cookie).code(), StatusCode::damaged);
+    EXPECT_FALSE(cutroom::fileExists(fileOf(cookie)));
+    putBytes(fileOf(cookie) + ".bak", sound);
+    ASSERT_TRUE(manager().restoreBackup(cookie).ok());
+    EXPECT_TRUE(manager().checkFiles(cookie).ok());
+    ASSERT_TRUE(manager().open(cookie));
+    EXPECT_EQ(manager().open(cookie)->getName(), L"before");
+}
+
 TEST_F(EditFileTest, aDamagedHistoryIsMovedAsideBeforeANewOneIsWritten) {
     EditModifier edit = fresh();
     const Cookie cookie = edit.getCookie();
