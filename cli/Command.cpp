@@ -1,6 +1,6 @@
 #include "cli/Command.h"
 
-#include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,6 +9,13 @@
 #include <unistd.h>
 
 namespace cutroom::cli {
+
+namespace {
+
+std::atomic<bool> outputFailed_{false};
+std::atomic<std::size_t> warnings_{0};
+
+} // namespace
 
 int exitCodeOf(StatusCode code) {
     switch (code) {
@@ -30,23 +37,48 @@ int exitCodeOf(StatusCode code) {
 }
 
 int fail(const Status& status) {
-    std::string line = status.text();
-    std::replace(line.begin(), line.end(), '\n', ' ');
-    std::fprintf(stderr, "cutroom: %s\n", line.c_str());
+    std::fprintf(stderr, "cutroom: %s\n", oneLine(status.text()).c_str());
     return exitCodeOf(status.code());
 }
 
-void note(std::string_view text) {
-    std::fprintf(stderr, "%.*s\n", static_cast<int>(text.size()), text.data());
-}
+void note(std::string_view text) { std::fprintf(stderr, "%s\n", oneLine(text).c_str()); }
 
 void print(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
-        std::fflush(stdout) != 0) {
+    if (outputFailed_)
+        return;
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return;
+    if (!outputFailed_.exchange(true))
         std::fprintf(stderr, "cutroom: standard output: cannot be written\n");
-        std::exit(kExitInputOutput);
-    }
 }
+
+bool outputFailed() { return outputFailed_; }
+
+std::string oneLine(std::string_view text, Tabs tabs) {
+    std::string line(text);
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(line[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < line.size() ? line[i + 1] : '\0');
+        if (byte == 0xc2 && next >= 0x80 && next < 0xa0) // U+0080 to U+009F
+            line.replace(i, 2, " ");
+        else if ((byte < ' ' && (byte != '\t' || tabs == Tabs::drop)) || byte == 0x7f)
+            line[i] = ' ';
+    }
+    return line;
+}
+
+WarningLog::WarningLog() : former_(installLogSink(this)) {}
+
+WarningLog::~WarningLog() { installLogSink(former_); }
+
+void WarningLog::write(std::string_view message) {
+    ++warnings_;
+    while (message.ends_with('\n'))
+        message.remove_suffix(1);
+    std::fprintf(stderr, "warning: %s\n", oneLine(message).c_str());
+}
+
+std::size_t WarningLog::count() noexcept { return warnings_; }
 
 bool colourWanted() {
     const char* noColour = std::getenv("NO_COLOR");
@@ -72,7 +104,9 @@ int withProject(const Options& options, Workspace::Use use,
     const Status closed = workspace.close();
     if (!done)
         return fail(done);
-    return closed.ok() ? kExitDone : fail(closed);
+    if (!closed)
+        return fail(closed);
+    return outputFailed() ? kExitInputOutput : kExitDone;
 }
 
 } // namespace cutroom::cli

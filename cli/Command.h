@@ -3,8 +3,10 @@
 #pragma once
 
 #include "cli/Workspace.h"
+#include "platform/base/Log.h"
 #include "platform/base/Status.h"
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -49,8 +51,27 @@ int exitCodeOf(StatusCode code);
 int fail(const Status& status);
 // Says something that is no failure on standard error.
 void note(std::string_view text);
-// Data for standard output. A full or closed output is a failure of the command (exit code 5).
+// Data for standard output. A full or closed output is said once and what follows is dropped; the
+// command ends as it would otherwise, with everything kept, and exit code 5. Any thread.
 void print(std::string_view text);
+bool outputFailed();
+// As one line of text: control characters, which names of clips and files may hold, become blanks,
+// so that none moves the cursor of a terminal or breaks a table.
+enum class Tabs { drop, keep };
+std::string oneLine(std::string_view text, Tabs tabs = Tabs::drop);
+
+// Says what the library logs on standard error, one line a message ("warning: ...").
+class WarningLog final : public iLogSink {
+public:
+    WarningLog();
+    ~WarningLog() override;
+    void write(std::string_view message) override;
+    // Messages since the program began.
+    static std::size_t count() noexcept;
+
+private:
+    iLogSink* former_;
+};
 
 // Terminals: whether standard output is one that takes colour, and its width in columns (80 when it
 // is none).

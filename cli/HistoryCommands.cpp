@@ -22,7 +22,8 @@ Status step(const std::string& name, int times, bool back) {
     for (int i = 0; i < times; ++i)
         if (!(back ? manager.undo(*edit) : manager.redo(*edit)))
             return {StatusCode::failed, name,
-                    i ? format("only %d step%s to %s", i, i == 1 ? "" : "s", back ? "undo" : "redo")
+                    i ? format("only %d step%s could be %sne", i, i == 1 ? "" : "s",
+                               back ? "undo" : "redo")
                       : std::string("nothing to ") + (back ? "undo" : "redo")};
     return {};
 }
@@ -45,7 +46,7 @@ std::string historyText(const std::vector<EditManager::HistoryStep>& steps) {
     std::string text;
     for (std::size_t i = 0; i < steps.size(); ++i)
         text += format("%3zu  %s%s\n", i + 1, steps[i].undone ? "(undone) " : "",
-                       steps[i].description.c_str());
+                       oneLine(steps[i].description).c_str());
     return text;
 }
 

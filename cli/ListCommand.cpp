@@ -66,7 +66,7 @@ std::string listText(const std::vector<projdb::Record>& found) {
         text += record.cookie.asString() +
                 format("  %14s  V%-2u A%-2u  ", clockText(lengthOf(record)).c_str(),
                        record.videoTracks, record.audioTracks) +
-                record.name() + '\n';
+                oneLine(record.name()) + '\n';
     return text;
 }
 

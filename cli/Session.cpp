@@ -55,6 +55,7 @@ const Verb* VerbTable::find(std::string_view name) const {
 }
 
 std::string VerbTable::help(std::string_view name) const {
+    constexpr int kUsageWidth = 34;
     if (const Verb* verb = find(name))
         return std::string(verb->name) + ' ' + verb->words + "\n    " + verb->about + '\n';
     std::string text;
@@ -62,7 +63,11 @@ std::string VerbTable::help(std::string_view name) const {
         text += std::string(group.heading) + '\n';
         for (const Verb* verb : group.verbs) {
             const std::string usage = std::string(verb->name) + ' ' + verb->words;
-            text += format("  %-34s %s\n", usage.c_str(), verb->about);
+            if (usage.size() > kUsageWidth)
+                text +=
+                    "  " + usage + '\n' + std::string(kUsageWidth + 3, ' ') + verb->about + '\n';
+            else
+                text += format("  %-*s %s\n", kUsageWidth, usage.c_str(), verb->about);
         }
     }
     return text;
@@ -114,8 +119,10 @@ void Session::perform(SessionWords& words) {
 }
 
 void Session::say(const std::string& text) const {
-    if (!leaving_)
-        print(text + '\n');
+    if (leaving_)
+        return;
+    for (const std::string& line : split(text, '\n'))
+        print(oneLine(line, Tabs::keep) + '\n');
 }
 
 Printer Session::printer() const {

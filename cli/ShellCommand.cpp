@@ -16,6 +16,8 @@ namespace cutroom::cli {
 
 namespace {
 
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
 // In a session the log belongs to what the user sees.
 class SessionLog final : public iLogSink {
 public:
@@ -38,16 +40,19 @@ struct Source {
     bool interactive = false;
 };
 
-// A script ends at its first failure; a person is told and goes on.
+// A script ends at its first failure; a person is told and goes on. Both end when nobody can read
+// what is printed.
 Status runLines(Workspace& workspace, Source source) {
     const SessionLog log;
     Session session(workspace);
     std::string line;
-    for (long number = 1; !session.ended(); ++number) {
+    for (long number = 1; !session.ended() && !outputFailed(); ++number) {
         if (source.interactive)
             print("cutroom> ");
         if (!std::getline(source.lines, line))
             break;
+        if (number == 1 && line.starts_with(kByteOrderMark))
+            line.erase(0, kByteOrderMark.size());
         const Status done = session.run(line);
         if (done)
             continue;

@@ -8,6 +8,7 @@
 //        ^1          ^2
 //
 //   1  01:00:00:00  red  Name: description
+#include "cli/Command.h"
 #include "cli/EditView.h"
 
 #include "platform/base/Strings.h"
@@ -27,7 +28,7 @@ std::wstring fitted(std::wstring_view text, int width, wchar_t fill) {
         const int columns = displayWidth(c);
         if (used + columns > width)
             break;
-        out += c < L' ' ? L' ' : c;
+        out += c < L' ' || (c >= 0x7f && c < 0xa0) ? L' ' : c;
         used += columns;
     }
     out.append(static_cast<std::size_t>(std::max(width - used, 0)), fill);
@@ -80,7 +81,7 @@ private:
     }
 
     void heading() {
-        out_ += painted("1", view_.name) + "   " + view_.format.rate.asString() + " fps" +
+        out_ += painted("1", oneLine(view_.name)) + "   " + view_.format.rate.asString() + " fps" +
                 (view_.format.dropFrame ? " drop frame" : "") + "   from " + view_.startTimecode +
                 ", " + timecodeText(view_.durationFrames, view_.format) + " long (" +
                 std::to_string(view_.durationFrames) + " frames)\n";
@@ -149,10 +150,9 @@ private:
             std::string text = marker.name;
             if (!marker.description.empty())
                 text += (text.empty() ? "" : ": ") + marker.description;
-            std::replace(text.begin(), text.end(), '\n', ' ');
             out_ += format("%3d  %s%s%s  ", ++number, marker.startTimecode.c_str(),
                            marker.end ? " - " : "", marker.endTimecode.c_str()) +
-                    painted("2", marker.colour) + "  " + text + '\n';
+                    painted("2", marker.colour) + (text.empty() ? "" : "  " + oneLine(text)) + '\n';
         }
     }
 

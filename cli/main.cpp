@@ -10,12 +10,14 @@
 #include <cstdio>
 #include <new>
 #include <optional>
+#include <sstream>
 #include <string_view>
 #include <vector>
 
 namespace {
 
 using cutroom::cli::Commands;
+using cutroom::cli::oneLine;
 
 constexpr const char* kAbout =
     "Works on real timelines without an editor: takes OTIO and EDL files into a project,\n"
@@ -52,13 +54,15 @@ void addAll(Commands commands) {
 // The parser asks for a command where a word is none; a person wants to hear of the word.
 int sayWrongUsage(const CLI::App& app, const CLI::ParseError& wrong) {
     const auto extras = app.remaining();
-    if (app.get_subcommands().empty() && !extras.empty() && !extras.front().starts_with('-'))
-        std::fprintf(stderr, "cutroom: %s: no such command; `cutroom --help` lists them\n",
-                     extras.front().c_str());
+    if (app.get_subcommands().empty() && !extras.empty())
+        std::fprintf(stderr, "cutroom: %s: no such %s; `cutroom --help` lists them\n",
+                     oneLine(extras.front()).c_str(),
+                     extras.front().starts_with('-') ? "option" : "command");
     else if (app.get_subcommands().empty() && extras.empty())
         std::fprintf(stderr, "cutroom: say what to do; `cutroom --help` lists the commands\n");
     else
-        std::fprintf(stderr, "cutroom: %s; `cutroom %s--help` shows how\n", wrong.what(),
+        std::fprintf(stderr, "cutroom: %s; `cutroom %s--help` shows how\n",
+                     oneLine(wrong.what()).c_str(),
                      app.get_subcommands().empty()
                          ? ""
                          : (app.get_subcommands().front()->get_name() + ' ').c_str());
@@ -72,7 +76,7 @@ std::optional<int> answerPrograms(const CLI::App& app, const std::vector<std::st
     cutroom::cli::print(words.front() == "__manual"
                             ? cutroom::cli::manualCommands(app)
                             : cutroom::cli::completion(app, {words.begin() + 1, words.end()}));
-    return cutroom::cli::kExitDone;
+    return cutroom::cli::outputFailed() ? cutroom::cli::kExitInputOutput : cutroom::cli::kExitDone;
 }
 
 int parseAndRun(int argc, char** argv) {
@@ -94,7 +98,10 @@ int parseAndRun(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
-        return app.exit(asked);
+        std::ostringstream answer;
+        const int code = app.exit(asked, answer);
+        cutroom::cli::print(answer.str());
+        return cutroom::cli::outputFailed() ? cutroom::cli::kExitInputOutput : code;
     } catch (const CLI::ParseError& wrong) {
         return sayWrongUsage(app, wrong);
     }
@@ -105,6 +112,7 @@ int parseAndRun(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
+    const cutroom::cli::WarningLog warnings;
     try {
         return parseAndRun(argc, argv);
     } catch (const std::bad_alloc&) {
