@@ -9,7 +9,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -21,28 +20,34 @@ namespace {
 struct MarkerWords {
     std::string edit;
     std::string action = "list";
-    std::vector<std::size_t> numbers;
+    std::vector<std::string> numbers;
     std::optional<std::string> at;
     std::optional<std::string> end;
     std::optional<std::string> name;
     std::optional<std::string> description;
     std::optional<std::string> colour;
     bool point = false;
+
+    bool describe() const { return at || end || name || description || colour || point; }
 };
 
-Result<double> placeFrom(const std::string& text, const EditPtr& edit) {
-    auto place = parsePlace(text, edit);
-    const double length = edit->getEndTime();
-    if (place && (*place < 0 || *place > length + kTimeTolerance))
-        return Status(StatusCode::wrongUsage, text,
-                      "outside the edit, which runs from " + edit->getTimecode(0) + " to " +
-                          edit->getTimecode(length));
-    return place;
+// Words that the action would not look at are a mistake: what they ask for would not be done.
+Status checkWords(const MarkerWords& words) {
+    const bool choosing = words.action == "change" || words.action == "remove";
+    const bool describing = words.action == "change" || words.action == "add";
+    if (!choosing && !words.numbers.empty())
+        return {StatusCode::wrongUsage, words.action, "takes no numbers of markers"};
+    if (!describing && words.describe())
+        return {StatusCode::wrongUsage, words.action,
+                "takes no place, text or colour; `add` and `change` do"};
+    if (words.action == "change" && !words.describe())
+        return {StatusCode::wrongUsage, words.action, "say what to change (--name, --at ...)"};
+    return {};
 }
 
 Status applyTimes(Cue& cue, const MarkerWords& words, const EditPtr& edit) {
     if (words.at) {
-        const auto place = placeFrom(*words.at, edit);
+        const auto place = parsePlaceInside(*words.at, edit);
         if (!place)
             return place.status();
         cue.slide(*place - cue.getTime());
@@ -50,7 +55,7 @@ Status applyTimes(Cue& cue, const MarkerWords& words, const EditPtr& edit) {
     if (words.point)
         cue.setEndTime(kNoTime);
     if (words.end) {
-        const auto place = placeFrom(*words.end, edit);
+        const auto place = parsePlaceInside(*words.end, edit);
         if (!place)
             return place.status();
         cue.setEndTime(*place);
@@ -89,11 +94,15 @@ Status applyWords(Cue& cue, const MarkerWords& words, const EditPtr& edit) {
 Result<std::vector<Cue>> chosen(const MarkerWords& words, const EditPtr& edit) {
     const CueList cues = edit->getCues();
     std::vector<Cue> found;
-    for (const std::size_t number : words.numbers) {
-        if (number == 0 || number > cues.getNumCuePoints())
-            return Status(StatusCode::notFound, std::to_string(number),
-                          format("no such marker; the edit has %zu", cues.getNumCuePoints()));
-        found.push_back(cues.getCuePoint(number - 1));
+    const auto count = static_cast<long long>(cues.getNumCuePoints());
+    for (const std::string& word : words.numbers) {
+        const auto number = parseInt(word);
+        if (!number)
+            return Status(StatusCode::wrongUsage, word, "not the number of a marker");
+        if (*number < 1 || *number > count)
+            return Status(StatusCode::notFound, word,
+                          format("no such marker; the edit has %lld", count));
+        found.push_back(cues.getCuePoint(static_cast<std::size_t>(*number - 1)));
     }
     if (found.empty())
         return Status(StatusCode::wrongUsage, words.action, "say which markers, by number");
@@ -140,11 +149,9 @@ std::string listText(const EditView& view) {
     std::string text;
     for (std::size_t i = 0; i < view.markers.size(); ++i) {
         const MarkerView& marker = view.markers[i];
-        std::string line = format("%zu\t%s\t%s\t%s\t", i + 1, marker.startTimecode.c_str(),
-                                  marker.endTimecode.c_str(), marker.colour.c_str()) +
-                           marker.name + '\t' + marker.description;
-        std::replace(line.begin(), line.end(), '\n', ' ');
-        text += line + '\n';
+        text += format("%zu\t%s\t%s\t%s\t", i + 1, marker.startTimecode.c_str(),
+                       marker.endTimecode.c_str(), marker.colour.c_str()) +
+                oneLine(marker.name) + '\t' + oneLine(marker.description) + '\n';
     }
     return text;
 }
@@ -165,6 +172,8 @@ Status perform(const MarkerWords& words, const EditPtr& edit) {
 }
 
 int run(const Options& options, const MarkerWords& words) {
+    if (const Status wrong = checkWords(words); !wrong)
+        return fail(wrong);
     const bool lists = words.action == "list";
     return withProject(options, lists ? Workspace::Use::read : Workspace::Use::write,
                        [&](Workspace&) -> Status {

@@ -24,32 +24,46 @@ struct MarksWords {
     bool changes() const { return in || out || clear; }
 };
 
+// The places asked for, read before anything is changed.
+struct Places {
+    std::optional<double> in;
+    std::optional<double> out;
+};
+
+Result<Places> readPlaces(const MarksWords& words, const EditPtr& edit) {
+    Places places;
+    for (const auto& [word, place] :
+         {std::pair{&words.in, &places.in}, {&words.out, &places.out}}) {
+        if (!*word)
+            continue;
+        const auto read = parsePlaceInside(**word, edit);
+        if (!read)
+            return read.status();
+        *place = *read;
+    }
+    if (places.in && places.out && *places.out < *places.in)
+        return Status(StatusCode::wrongUsage, *words.out, "the out mark lies before the in mark");
+    return places;
+}
+
 // Marks belong to how an edit is viewed: they are set on a viewer that has the role for the edit's
 // kind, which keeps them with the edit when it closes.
-Status setMarks(const MarksWords& words, const EditPtr& edit) {
+void setMarks(const Places& places, bool clear, const EditPtr& edit) {
     VobManager& manager = VobManager::instance();
     const Kv::Ptr<Vob> vob = manager.createVob(edit);
     if (edit->getLogType() == kLogTypeEdit)
         manager.setRecordMachine(vob.get(), 0);
     else
         manager.setSourceMachine(vob.get(), 0);
-    Status outcome;
-    if (words.clear) {
+    if (clear) {
         vob->setMarkTime(IdStamp(), kNoTime, Kv::MarkTypes::In);
         vob->setMarkTime(IdStamp(), kNoTime, Kv::MarkTypes::Out);
     }
-    for (const auto& [word, type] :
-         {std::pair{&words.in, Kv::MarkTypes::In}, {&words.out, Kv::MarkTypes::Out}}) {
-        if (!*word || !outcome)
-            continue;
-        const auto place = parsePlace(**word, edit);
-        if (place)
-            vob->setMarkTime(IdStamp(), *place, type);
-        else
-            outcome = place.status();
-    }
+    if (places.in)
+        vob->setMarkTime(IdStamp(), *places.in, Kv::MarkTypes::In);
+    if (places.out)
+        vob->setMarkTime(IdStamp(), *places.out, Kv::MarkTypes::Out);
     manager.closeVob(vob, true);
-    return outcome;
 }
 
 std::string markText(const EditPtr& edit, double seconds) {
@@ -81,8 +95,10 @@ Status perform(const Options& options, const MarksWords& words) {
     if (words.changes()) {
         if ((*edit)->isReadOnly())
             return {StatusCode::failed, words.edit, "the edit is read-only"};
-        if (const Status set = setMarks(words, *edit); !set)
-            return set;
+        const auto places = readPlaces(words, *edit);
+        if (!places)
+            return places.status();
+        setMarks(*places, words.clear, *edit);
     }
     if (options.json)
         print(marksJson(*edit));

@@ -21,12 +21,12 @@ struct Named {
 // All edits and logs whose name is `text`; failing that, whose name holds it, whatever the case.
 std::vector<Named> candidatesFor(std::string_view text, bool* exact) {
     std::vector<Named> same;
-    std::vector<Named> alike;
+    std::vector<Named> alike; // to nothing, every name would be
     const std::string lowered = toLowerUtf8(text);
     projdb::forEach({"cookie", "name"}, [&](const std::vector<std::string>& fields) {
         if (fields[1] == text)
             same.push_back({fields[0], fields[1]});
-        else if (toLowerUtf8(fields[1]).find(lowered) != std::string::npos)
+        else if (!text.empty() && toLowerUtf8(fields[1]).find(lowered) != std::string::npos)
             alike.push_back({fields[0], fields[1]});
         return true;
     });
@@ -97,6 +97,16 @@ Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
         return *seconds;
     return Status(StatusCode::wrongUsage, written,
                   "not a place: give a timecode (01:00:10:12), seconds (12.5) or frames (300f)");
+}
+
+Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit) {
+    auto place = parsePlace(text, edit);
+    const double length = edit->getEndTime();
+    if (place && (*place < 0 || *place > length + kTimeTolerance))
+        return Status(StatusCode::wrongUsage, std::string(text),
+                      "outside the edit, which runs from " + edit->getTimecode(0) + " to " +
+                          edit->getTimecode(length));
+    return place;
 }
 
 Result<std::uint32_t> parseColour(std::string_view text) {

@@ -21,6 +21,8 @@ Result<EditPtr> openEdit(std::string_view text);
 // A place in seconds from the edit's start: "01:00:10:12" by the edit's timecode, "12.5" or "12.5s"
 // seconds, "300f" frames of the edit.
 Result<double> parsePlace(std::string_view text, const EditPtr& edit);
+// The same; `wrongUsage` also for a place outside the edit.
+Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit);
 
 // 24 bits of colour, red high, from a marker colour's name or "#rrggbb".
 Result<std::uint32_t> parseColour(std::string_view text);

@@ -39,7 +39,13 @@ Status Workspace::open(Use use) {
         use == Use::read ? CurrentProject::Access::readOnly : CurrentProject::Access::readWrite;
     const auto ifMissing = use == Use::writeOrCreate ? CurrentProject::IfMissing::create
                                                      : CurrentProject::IfMissing::fail;
-    return project_.open(folder_, access, ifMissing);
+    const Status opened = project_.open(folder_, access, ifMissing);
+    std::error_code failure;
+    if (opened.code() == StatusCode::notFound && use != Use::writeOrCreate &&
+        !fs::exists(fs::path(folder_) / "project.json", failure))
+        return {opened.code(), opened.file(),
+                "there is no project; `cutroom import FILE` makes one"};
+    return opened;
 }
 
 } // namespace cutroom::cli
