@@ -19,8 +19,8 @@ void attachAndDetach(benchmark::State& state) {
     PlainClients plain;
     std::vector<std::unique_ptr<PlainClient>> others;
     for (std::size_t i = 0; i < count; ++i)
-        plain.attach(others.emplace_back(std::make_unique<PlainClient>(spreadPriority(i))).get());
-    PlainClient plainClient(kClientPrioritySynchroniser);
+        plain.attach(others.emplace_back(makeQuietClient(spreadPriority(i))).get());
+    const auto plainClient = makeQuietClient(kClientPrioritySynchroniser);
 
     ViewedEdit viewed(count);
     SummingClient client(nullptr, kClientPrioritySynchroniser, kClientUnmanaged);
@@ -28,8 +28,8 @@ void attachAndDetach(benchmark::State& state) {
     Paired paired(times);
     paired.add("limit", [&] {
         for (int i = 0; i < times; ++i) {
-            plain.attach(&plainClient);
-            plain.detach(&plainClient);
+            plain.attach(plainClient.get());
+            plain.detach(plainClient.get());
         }
     });
     paired.add("Vob", [&] {

@@ -12,19 +12,14 @@ namespace cutroom::bench {
 
 namespace {
 
-struct PlainSum final : PlainListener {
-    void changed(double value) override { sum += value; }
-    double sum = 0;
-};
-
 void inform(benchmark::State& state) {
     const auto count = static_cast<std::size_t>(state.range(0));
     const int changes = static_cast<int>(20000 / (count + 10));
 
     PlainTeller plain;
-    std::vector<std::unique_ptr<PlainSum>> sums; // each on its own, as clients are
+    std::vector<std::unique_ptr<PlainListener>> sums; // each on its own, as clients are
     for (std::size_t i = 0; i < count; ++i)
-        plain.add(sums.emplace_back(std::make_unique<PlainSum>()).get());
+        plain.add(sums.emplace_back(makePlainSum()).get());
     ViewedEdit viewed(count);
     const VobModification change(kVobMarks);
 

@@ -9,7 +9,6 @@
 #include <sigc++/sigc++.h>
 #endif
 
-#include <deque>
 #include <memory>
 #include <vector>
 
@@ -18,11 +17,6 @@ namespace cutroom::bench {
 namespace {
 
 constexpr int kType = 1000;
-
-struct PlainSum final : PlainListener {
-    void changed(double value) override { sum += value; }
-    double sum = 0;
-};
 
 struct Sum final : iCallbackBase<int, NotifierEvent<double>> {
     int call(const NotifierEvent<double>& event) override {
@@ -59,9 +53,9 @@ void tell(benchmark::State& state) {
     const int changes = changesPerRound(count);
 
     PlainTeller plain;
-    std::vector<std::unique_ptr<PlainSum>> sums; // each on its own, as ours and the rivals' are
+    std::vector<std::unique_ptr<PlainListener>> sums; // each on its own, as ours and the rivals' are
     for (std::size_t i = 0; i < count; ++i)
-        plain.add(sums.emplace_back(std::make_unique<PlainSum>()).get());
+        plain.add(sums.emplace_back(makePlainSum()).get());
 
     ValServer<double> server;
     const Listeners followers(server, count, ValServerBase::valChangedMsgType);
@@ -76,9 +70,9 @@ void tell(benchmark::State& state) {
                }));
 #ifdef CUTROOM_RIVAL_SIGCPP
     sigc::signal<void(double)> signal;
-    std::deque<PlainSum> signalled(count);
-    for (PlainSum& each : signalled)
-        signal.connect([&each](double value) { each.changed(value); });
+    std::vector<double> signalled(count);
+    for (double& sum : signalled)
+        signal.connect([&sum](double value) { sum += value; });
     paired.add("sigc++", repeated(changes, [&](double value) { signal.emit(value); }));
 #endif
     paired.run(state);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 namespace cutroom::bench {
@@ -11,12 +12,15 @@ class PlainClient {
 public:
     explicit PlainClient(int priority) : priority_(priority) {}
     virtual ~PlainClient() = default;
-    virtual void clientsChanged() {}
+    virtual void clientsChanged() = 0;
     int priority() const noexcept { return priority_; }
 
 private:
     int priority_;
 };
+
+// A client that does nothing when told; its class stays out of the compiler's sight.
+std::unique_ptr<PlainClient> makeQuietClient(int priority);
 
 class PlainClients {
 public:
