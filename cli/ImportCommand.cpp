@@ -1,5 +1,6 @@
 // cutroom import FILE…
 #include "cli/Command.h"
+#include "cli/Progress.h"
 #include "cli/SubtitlesIn.h"
 #include "interchange/Importer.h"
 #include "platform/base/Strings.h"
@@ -42,9 +43,11 @@ void take(Outcome& outcome, const std::string& file, const ImportReport& report)
         outcome.warnings.push_back(file + ": " + warning);
 }
 
-Outcome importAll(const ImportWords& words, const ImportOptions& options) {
+Outcome importAll(const ImportWords& words, ImportOptions options) {
     Outcome outcome;
     for (const std::string& file : words.files) {
+        Progress progress(file);
+        options.progress = [&](double share) { progress.show(share); };
         const auto report = importFile(file, options);
         if (report)
             take(outcome, file, *report);
