@@ -55,7 +55,7 @@ void addBatchVerbs(VerbTable& verbs) {
     verbs.heading("Batches and history");
     verbs.add({"begin", "", "opens a batch: changes are told when it ends",
                [](Session& session, SessionWords&) { session.viewer()->beginModifications(); }});
-    verbs.add({"end", "", "ends a batch",
+    verbs.add({"end", "", "ends a batch; one end too many holds all later changes",
                [](Session& session, SessionWords&) { session.viewer()->endModifications(); }});
     verbs.add({"forget", "", "drops what is pending in the batch",
                [](Session& session, SessionWords&) { session.viewer()->clearModifications(); }});

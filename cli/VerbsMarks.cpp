@@ -52,6 +52,8 @@ Cue takeCue(Session& session, SessionWords& words) {
     cue.setTime(session.takePlace(words));
     if (words.takeIf("to"))
         cue.setEndTime(session.takePlace(words));
+    if (cue.hasEnd() && cue.getEndTime() < cue.getTime())
+        refuse(StatusCode::wrongUsage, "to", "the cue would end before it begins");
     while (!words.done()) {
         const auto& word =
             words.takeOneOf("a word", {"name", "text", "colour", "flags", "channel", "field"});

@@ -77,12 +77,16 @@ void removeEdits(Session&, SessionWords& words) {
 void exportSrt(Session& session, SessionWords& words) {
     const EditPtr edit = session.edit();
     const std::wstring path = toWide(words.take("a file"));
-    const bool done =
-        words.done()
-            ? AssetMetadataSRTExporter().exportToFile(edit, edit->getCues().cues(), path)
-            : AssetMetadataSRTExporter::exportToFile(edit, session.takeChannel(words), path);
-    if (!done)
-        refuse(StatusCode::failed, toUtf8(path), "nothing to write, or it cannot be written");
+    if (!words.done()) {
+        if (!AssetMetadataSRTExporter::exportToFile(edit, session.takeChannel(words), path))
+            refuse(StatusCode::failed, toUtf8(path), "no texts to write, or it cannot be written");
+        return;
+    }
+    const auto cues = edit->getCues().cues();
+    if (cues.empty())
+        refuse(StatusCode::failed, toUtf8(edit->getName()), "has no markers to write");
+    if (!AssetMetadataSRTExporter().exportToFile(edit, cues, path))
+        refuse(StatusCode::inputOutput, toUtf8(path), "cannot be written");
 }
 
 void preference(Session& session, SessionWords& words) {
@@ -143,7 +147,12 @@ void addProjectVerbs(VerbTable& verbs) {
                }});
     verbs.add({"help", "[VERB]", "tells the verbs, or one of them",
                [](Session& session, SessionWords& words) {
-                   session.say(session.verbs().help(words.takeOr("")));
+                   const std::string name = words.takeOr("");
+                   if (!name.empty() && !session.verbs().find(name))
+                       refuse(StatusCode::wrongUsage, name, "no such verb; `help` tells them all");
+                   std::string text = session.verbs().help(name);
+                   text.pop_back(); // its last line end is added
+                   session.say(text);
                }});
     verbs.add(
         {"quit", "", "ends the session", [](Session& session, SessionWords&) { session.end(); }});
