@@ -46,6 +46,7 @@ void addRenameCommand(Commands commands) {
     CLI::App* command = commands.app.add_subcommand("rename", "Give an edit or log another name");
     command->add_option("edit", words->first, "Name or cookie")->required()->type_name("EDIT");
     command->add_option("name", words->second, "The new name")->required()->type_name("NAME");
+    command->footer("  cutroom rename \"Reel 1\" \"Reel 1 locked\"");
     command->callback([commands, words] {
         commands.action = [&options = commands.options, words] {
             return withProject(options, Workspace::Use::write,
@@ -59,6 +60,7 @@ void addDeleteCommand(Commands commands) {
     CLI::App* command =
         commands.app.add_subcommand("delete", "Delete edits or logs; media files are not touched");
     command->add_option("edits", *names, "Names or cookies")->required()->type_name("EDIT");
+    command->footer("  cutroom delete \"Reel 1\"");
     command->callback([commands, names] {
         commands.action = [&options = commands.options, names] {
             return withProject(options, Workspace::Use::write,

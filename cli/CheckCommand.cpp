@@ -135,6 +135,9 @@ void addCheckCommand(Commands commands) {
     command->add_flag("--repair", *repair,
                       "Put the version before a damaged edit in its place and rebuild "
                       "the project database from the edits' files");
+    command->footer(
+        "What is damaged is kept beside its place as NAME.damaged. Edits that stay lost "
+        "are named; the\nexit code is then 4.");
     command->callback([commands, repair] {
         commands.action = [&options = commands.options, repair] {
             return withProject(options, *repair ? Workspace::Use::write : Workspace::Use::read,

@@ -56,6 +56,8 @@ void addStepCommand(Commands commands, const char* word, const char* about, bool
     CLI::App* command = commands.app.add_subcommand(word, about);
     command->add_option("edit", *edit, "Name or cookie")->required()->type_name("EDIT");
     command->add_option("--times", *times, "How many steps")->check(CLI::Range(1, 100));
+    command->footer(std::string("  cutroom ") + word + " \"Reel 1\"\n  cutroom " + word +
+                    " \"Reel 1\" --times 3\n\n`cutroom history \"Reel 1\"` shows the steps.");
     command->callback([commands, edit, times, back] {
         commands.action = [&options = commands.options, edit, times, back] {
             return withProject(options, Workspace::Use::write,
@@ -73,6 +75,7 @@ void addHistoryCommands(Commands commands) {
     CLI::App* command =
         commands.app.add_subcommand("history", "Show an edit's steps, oldest first");
     command->add_option("edit", *edit, "Name or cookie")->required()->type_name("EDIT");
+    command->footer("Steps that were undone are marked; `cutroom redo` makes them again.");
     command->callback([commands, edit] {
         commands.action = [&options = commands.options, edit] {
             return withProject(options, Workspace::Use::read, [&](Workspace&) -> Status {
