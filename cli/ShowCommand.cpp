@@ -2,7 +2,7 @@
 #include "cli/Command.h"
 #include "cli/EditView.h"
 #include "cli/Names.h"
-#include "platform/files/TextFile.h"
+#include "platform/files/Files.h"
 
 #include <CLI/CLI.hpp>
 
@@ -24,7 +24,7 @@ Status show(const Options& options, const ShowWords& words) {
         return opened.status();
     const EditView view = describe(*opened);
     if (!words.svg.empty())
-        return TextFile::save(words.svg, toSvg(view), Backup::none);
+        return writeOutput(words.svg, toSvg(view));
     print(options.json ? toJson(view)
                        : draw(view, words.width ? words.width : terminalWidth(), colourWanted()));
     return {};
