@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 
 namespace cutroom::cli {
@@ -85,7 +86,7 @@ std::string outcomeJson(const Outcome& outcome) {
 std::string outcomeText(const Outcome& outcome) {
     std::string text;
     for (const auto& edit : outcome.edits)
-        text += edit.made.edit.asString() + '\t' + toUtf8(edit.made.name) + '\n';
+        text += edit.made.edit.asString() + '\t' + oneLine(toUtf8(edit.made.name)) + '\n';
     return text;
 }
 
@@ -120,6 +121,14 @@ int importSubtitleFiles(const Options& options, const ImportWords& words) {
     });
 }
 
+// Whether any of the files is there: no project is made for words that name nothing.
+bool anyExists(const std::vector<std::string>& files) {
+    return std::any_of(files.begin(), files.end(), [](const std::string& file) {
+        std::error_code ignored;
+        return std::filesystem::exists(file, ignored);
+    });
+}
+
 int run(const Options& options, const ImportWords& words) {
     if (!words.subtitlesOf.empty())
         return importSubtitleFiles(options, words);
@@ -130,6 +139,8 @@ int run(const Options& options, const ImportWords& words) {
             return fail({StatusCode::wrongUsage, words.rate,
                          "not a frame rate: give 25, 29.97 or 30000/1001"});
     }
+    if (!anyExists(words.files))
+        return fail({StatusCode::notFound, words.files.front(), "no such file"});
     int worst = kExitDone;
     const int closed = withProject(options, Workspace::Use::writeOrCreate, [&](Workspace&) {
         const Outcome outcome = importAll(words, how);
