@@ -14,13 +14,13 @@ set(CPACK_DEBIAN_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON) # needs dpkg-shlibdeps, of dpkg-dev
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME cutroom)
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION 
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
     "A command that takes OTIO and EDL timelines into a project, shows and changes
 them live, and gets markers, subtitles and timelines out; and the shared
 library that it stands on.")
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME cutroom-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "cutroom (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_DEV_DESCRIPTION 
+set(CPACK_DEBIAN_DEV_DESCRIPTION
     "Development files: the headers of libcutroom, its CMake package and its pkg-config file.")
 include(CPack)
