@@ -421,7 +421,10 @@ private:
     void followExtents();
     void followPoints();
     void followClipboard();
-    void tellReady(const VobModification& change);
+    // Everything that is pending, which it no longer is.
+    VobModification takePending() CUTROOM_REQUIRES(pendingLock_);
+    void tellPending();
+    void tellReady(VobModification change);
     void report(const EditModifications& editChanges, const VobModification& change);
     void handlePostedChange(const Event& event);
     VobModification takeDescription(const EditModifications& editChanges,
@@ -459,6 +462,8 @@ private:
     eTrimViewType trimViewType_ = kTrimViewSplit;
     IdStamp previewTrack_;
     VobModification pending_ CUTROOM_GUARDED_BY(pendingLock_){0};
+    // Kinds added within a batch that came without track and mark time: most do, and need no lock.
+    std::atomic<unsigned> pendingKinds_{0};
     std::atomic<int> batchDepth_{0};
     AVMachine* device_ = nullptr;
     ValServer<unsigned> tabStops_{kStopDefault};

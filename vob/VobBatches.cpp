@@ -6,46 +6,67 @@
 
 #include <utility>
 
+namespace {
+
+bool namesKindsOnly(const VobModification& change) {
+    return change.valid() && !change.hasModifiedTracks() && change.getMarkTime() == kNoTime;
+}
+
+} // namespace
+
 void Vob::beginModifications() noexcept { batchDepth_.fetch_add(1); }
 
 void Vob::endModifications() {
-    if (batchDepth_.fetch_sub(1) != 1)
-        return;
-    VobModification ready(0);
-    {
-        // Looked at and taken in one go, or another thread could take it in between and an empty
-        // change be told.
-        const CriticalSection::Lock lock(pendingLock_);
-        if (!pending_.valid() || batchDepth_.load(std::memory_order_relaxed) != 0)
-            return;
-        std::swap(ready, pending_);
-    }
-    ready.setTime(getCurrentTime());
-    tellReady(ready);
+    if (batchDepth_.fetch_sub(1) == 1)
+        tellPending();
 }
 
 void Vob::addModification(const VobModification& change) {
+    if (namesKindsOnly(change) && batchDepth_.load() != 0) {
+        pendingKinds_.fetch_or(change.getType());
+        if (batchDepth_.load() == 0) // it ended in between, perhaps without these kinds
+            tellPending();
+        return;
+    }
     VobModification ready(0);
     {
         const CriticalSection::Lock lock(pendingLock_);
-        if (pending_.valid())
-            pending_.merge(change);
-        else
-            pending_ = change;
-        if (batchDepth_.load(std::memory_order_relaxed) != 0)
+        pending_.merge(change);
+        if (batchDepth_.load() != 0)
             return;
-        std::swap(ready, pending_);
+        ready = takePending();
     }
-    ready.setTime(getCurrentTime());
-    tellReady(ready);
+    tellReady(ready.valid() ? std::move(ready) : change);
 }
 
 void Vob::clearModifications() {
     const CriticalSection::Lock lock(pendingLock_);
-    pending_ = VobModification(0);
+    takePending();
 }
 
-void Vob::tellReady(const VobModification& change) {
+VobModification Vob::takePending() {
+    VobModification taken = std::exchange(pending_, VobModification(0));
+    if (pendingKinds_.load() != 0)
+        taken.addModification(pendingKinds_.exchange(0));
+    return taken;
+}
+
+// Nothing when a batch is open, or when another thread has told it all.
+void Vob::tellPending() {
+    VobModification ready(0);
+    {
+        const CriticalSection::Lock lock(pendingLock_);
+        if (batchDepth_.load() != 0)
+            return;
+        ready = takePending();
+    }
+    if (ready.valid())
+        tellReady(std::move(ready));
+}
+
+// With the time of the telling.
+void Vob::tellReady(VobModification change) {
+    change.setTime(getCurrentTime());
     const bool mixFollows = change.includes(kVobSelection);
     if (!cutroom::isUiThread()) {
         informClientsAsync(change);

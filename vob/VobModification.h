@@ -59,10 +59,16 @@ public:
     void setMarkTime(double seconds) noexcept { markTime_ = seconds; }
 
     // The channels concerned, in the order added; one may occur more than once.
-    void addModifiedTrack(const IdStamp& track) { tracks_.push_back(track); }
+    void addModifiedTrack(const IdStamp& track) {
+        if (hasTracks_)
+            moreTracks_.push_back(track);
+        else
+            firstTrack_ = track;
+        hasTracks_ = true;
+    }
     bool affectsTrack(const IdStamp& track) const noexcept;
-    std::list<IdStamp> getModifiedTracks() const { return {tracks_.begin(), tracks_.end()}; }
-    bool hasModifiedTracks() const noexcept { return !tracks_.empty(); }
+    std::list<IdStamp> getModifiedTracks() const;
+    bool hasModifiedTracks() const noexcept { return hasTracks_; }
     // The types of the channels concerned, together (EditChanType bits), in `edit`; 0 without edit.
     // Channels that the edit does not have count nothing.
     unsigned getModifiedTrackTypes(const EditPtr& edit) const;
@@ -75,13 +81,19 @@ public:
         type_ |= other.type_;
         if (markTime_ == kNoTime)
             markTime_ = other.markTime_;
-        if (other.hasModifiedTracks())
-            tracks_.insert(tracks_.end(), other.tracks_.begin(), other.tracks_.end());
+        if (other.hasTracks_)
+            addTracksOf(other);
     }
 
 private:
+    void addTracksOf(const VobModification& other); // which has some
+
     unsigned type_;
+    // The tracks: most changes name one or none, and then nothing is allocated; a batch may name
+    // very many, so the others lie densely.
+    IdStamp firstTrack_;
+    bool hasTracks_ = false;
     double time_ = kNoTime;
     double markTime_ = kNoTime;
-    std::vector<IdStamp> tracks_; // dense: a batch may name very many
+    std::vector<IdStamp> moreTracks_;
 };

@@ -5,6 +5,7 @@
 
 using namespace cutroom::test;
 using Kv::MarkTypes::In;
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -138,6 +139,26 @@ TEST_F(VobBatches, ManyThreadsAddWithoutLosingAKind) {
         thread.join();
     vob_->endModifications();
     EXPECT_THAT(calls_, ElementsAre("a: change " + std::to_string(0xFFu << 10) + " time 0"));
+}
+
+TEST_F(VobBatches, ThatEndWhileOthersAddLoseNoKind) {
+    unsigned told = 0;
+    client_.onChange = [&](const VobModification& m) { told |= m.getType(); };
+    for (int round = 0; round < 100; ++round) {
+        told = 0;
+        std::vector<std::thread> threads;
+        for (unsigned i = 0; i < 4; ++i)
+            threads.emplace_back([&, i] {
+                const VobModificationBatch batch(vob_);
+                for (unsigned n = 0; n < 4; ++n)
+                    vob_->addModification(1u << (4 * n + i));
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+        host_.loop().pump();
+        ASSERT_EQ(told, 0xFFFFu) << "in round " << round;
+    }
+    EXPECT_THAT(calls_, Each(testing::Not(testing::HasSubstr("change 0 "))));
 }
 
 TEST_F(VobBatches, TheLastShareDroppedElsewhereDestroysOnTheUiThread) {
