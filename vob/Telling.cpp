@@ -1,8 +1,10 @@
 #include "vob/Telling.h"
 
+#include "platform/base/Log.h"
 #include "vob/VobClient.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace cutroom {
 
@@ -13,6 +15,16 @@ constexpr std::size_t kMostTellingsPerClient = 8;
 
 } // namespace
 
+void logFailedClient(const char* where) noexcept {
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        LogBoth("%s : a client failed: %s\n", where, error.what());
+    } catch (...) {
+        LogBoth("%s : a client failed\n", where);
+    }
+}
+
 Telling::Telling(Telling*& chain, std::size_t clientsAtStart) noexcept
     : chain_(chain), outer_(chain),
       allowance_(std::max(kMostTellings, kMostTellingsPerClient * clientsAtStart)) {
@@ -21,15 +33,16 @@ Telling::Telling(Telling*& chain, std::size_t clientsAtStart) noexcept
 
 void Telling::listWillChange(Telling* innermost, const std::vector<VobClient*>& clients) {
     for (Telling* telling = innermost; telling; telling = telling->outer_) {
-        if (telling->listChanged_)
+        if (telling->listChanged())
             continue;
+        auto told = std::make_unique<std::unordered_set<IdStamp>>();
         for (std::size_t i = 0; i < telling->told_; ++i)
-            telling->toldIds_.insert(clients[i]->uid());
+            told->insert(clients[i]->uid());
         telling->allowance_ -= std::min(telling->told_, telling->allowance_ - 1);
-        telling->listChanged_ = true;
+        telling->toldIds_ = std::move(told);
     }
 }
 
-bool Telling::begin(const VobClient& client) { return toldIds_.insert(client.uid()).second; }
+bool Telling::begin(const VobClient& client) { return toldIds_->insert(client.uid()).second; }
 
 } // namespace cutroom

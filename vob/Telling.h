@@ -9,12 +9,17 @@
 #include "platform/base/IdStamp.h"
 
 #include <cstddef>
+#include <memory>
 #include <unordered_set>
 #include <vector>
 
 class VobClient;
 
 namespace cutroom {
+
+// Writes what is being caught to the log: one client's failure is not the others' business. `where`
+// begins the line. Only inside a catch clause.
+[[gnu::cold]] void logFailedClient(const char* where) noexcept;
 
 // Lives on the stack while clients are told, under the Vob's client lock.
 class Telling {
@@ -30,7 +35,7 @@ public:
     // Once the list has changed: notes that `client` is being told; false when it was already.
     bool begin(const VobClient& client);
     // The list changed during this telling, so that others may stand where it has been.
-    bool listChanged() const noexcept { return listChanged_; }
+    bool listChanged() const noexcept { return toldIds_ != nullptr; }
     // Inside another telling of the same Vob.
     bool isInner() const noexcept { return outer_ != nullptr; }
     // Counts one telling in a changed list; true when there were so many that it is a runaway.
@@ -44,8 +49,7 @@ private:
     Telling* const outer_;
     std::size_t told_ = 0; // the first so many of the list, until it changes
     std::size_t allowance_;
-    bool listChanged_ = false;
-    std::unordered_set<IdStamp> toldIds_; // once it has changed
+    std::unique_ptr<std::unordered_set<IdStamp>> toldIds_; // null until it changes
 };
 
 } // namespace cutroom

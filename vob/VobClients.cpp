@@ -8,7 +8,6 @@
 #include "vob/iImageViewClient.h"
 
 #include <algorithm>
-#include <exception>
 
 namespace {
 
@@ -77,10 +76,8 @@ void Vob::walkClients(VobClient* subject, void (VobClient::*notify)(VobClient*))
         if (client != subject) {
             try {
                 (client->*notify)(subject);
-            } catch (const std::exception& error) {
-                LogBoth("Vob : a client failed: %s\n", error.what());
             } catch (...) {
-                LogBoth("Vob : a client failed\n");
+                cutroom::logFailedClient("Vob");
             }
         }
         if (place < clients_.size() && clients_[place] == client)

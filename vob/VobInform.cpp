@@ -6,7 +6,7 @@
 #include "vob/Vob.h"
 #include "vob/VobInformer.h"
 
-#include <exception>
+#include <utility>
 
 using cutroom::Telling;
 
@@ -142,14 +142,12 @@ template <class Proxy> void Vob::tellChangedList(Proxy& proxy, Telling& telling,
     }
 }
 
-// One client's failure is not the others' business. The client may be gone afterwards.
-template <class Proxy> void Vob::tellOne(Proxy& proxy, VobClient& client) {
+// The client may be gone afterwards.
+template <class Proxy> inline void Vob::tellOne(Proxy& proxy, VobClient& client) {
     try {
         proxy.call(client);
-    } catch (const std::exception& error) {
-        LogBoth("Vob::informClients() : a client failed: %s\n", error.what());
     } catch (...) {
-        LogBoth("Vob::informClients() : a client failed\n");
+        cutroom::logFailedClient("Vob::informClients()");
     }
 }
 
