@@ -73,10 +73,6 @@ void wholeCopy(benchmark::State& state) {
         if (!manager.deleteEdits(own, "done").ok())
             std::abort();
     });
-    paired.add("shared", [&] {
-        for (int track = 0; track < kTracks; ++track)
-            benchmark::DoNotOptimize(tracks.cel(track).copy());
-    });
     paired.add("full", [&] {
         for (int track = 0; track < kTracks; ++track) {
             const Kv::Ptr<Cel> copy = tracks.cel(track).copy();
@@ -91,6 +87,25 @@ void wholeCopy(benchmark::State& state) {
         static_cast<double>(bytes) / static_cast<double>(state.range(0));
 }
 BENCHMARK(wholeCopy)->Arg(1000)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->UseManualTime();
+
+// The tracks of a short and of a long edit, shared in turn: the price knows nothing of their
+// length. Often in a row, since after the copies above a cold cache is all that one alone would
+// show.
+void sharing(benchmark::State& state) {
+    constexpr int kTimes = 1000;
+    const Tracks small(1000, false);
+    const Tracks large(static_cast<std::size_t>(state.range(0)), false);
+    const auto shareAll = [](const Tracks& tracks) {
+        for (int i = 0; i < kTimes; ++i)
+            for (int track = 0; track < kTracks; ++track)
+                benchmark::DoNotOptimize(tracks.cel(track).copy());
+    };
+    Paired paired(kTimes);
+    paired.add("1000 clips", [&] { shareAll(small); });
+    paired.add("all clips", [&] { shareAll(large); });
+    paired.run(state);
+}
+BENCHMARK(sharing)->Arg(1000)->Arg(100'000)->Arg(1'000'000)->UseManualTime();
 
 void middleTenth(benchmark::State& state) {
     const Tracks tracks(static_cast<std::size_t>(state.range(0)), false);

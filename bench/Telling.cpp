@@ -53,7 +53,8 @@ void tell(benchmark::State& state) {
     const int changes = changesPerRound(count);
 
     PlainTeller plain;
-    std::vector<std::unique_ptr<PlainListener>> sums; // each on its own, as ours and the rivals' are
+    std::vector<std::unique_ptr<PlainListener>>
+        sums; // each on its own, as ours and the rivals' are
     for (std::size_t i = 0; i < count; ++i)
         plain.add(sums.emplace_back(makePlainSum()).get());
 
