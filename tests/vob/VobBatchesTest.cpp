@@ -5,7 +5,6 @@
 
 using namespace cutroom::test;
 using Kv::MarkTypes::In;
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -141,24 +140,19 @@ TEST_F(VobBatches, ManyThreadsAddWithoutLosingAKind) {
     EXPECT_THAT(calls_, ElementsAre("a: change " + std::to_string(0xFFu << 10) + " time 0"));
 }
 
-TEST_F(VobBatches, ThatEndWhileOthersAddLoseNoKind) {
-    unsigned told = 0;
-    client_.onChange = [&](const VobModification& m) { told |= m.getType(); };
-    for (int round = 0; round < 100; ++round) {
-        told = 0;
-        std::vector<std::thread> threads;
-        for (unsigned i = 0; i < 4; ++i)
-            threads.emplace_back([&, i] {
-                const VobModificationBatch batch(vob_);
-                for (unsigned n = 0; n < 4; ++n)
-                    vob_->addModification(1u << (4 * n + i));
-            });
-        for (std::thread& thread : threads)
-            thread.join();
-        host_.loop().pump();
-        ASSERT_EQ(told, 0xFFFFu) << "in round " << round;
+TEST_F(VobBatches, TellPlainKindsAndThoseWithTracksAsOneChange) {
+    IdStamp track;
+    client_.onChange = [&](const VobModification& m) { track = m.getModifiedTracks().front(); };
+    VobModification marks(kVobMarks);
+    marks.addModifiedTrack(IdStamp(1, 2, 3));
+    {
+        const VobModificationBatch batch(vob_);
+        vob_->addModification(kVobCuts);
+        vob_->addModification(marks);
+        vob_->addModification(kVobTime);
     }
-    EXPECT_THAT(calls_, Each(testing::Not(testing::HasSubstr("change 0 "))));
+    EXPECT_THAT(calls_, ElementsAre("a: change 14 time 0"));
+    EXPECT_EQ(track, IdStamp(1, 2, 3));
 }
 
 TEST_F(VobBatches, TheLastShareDroppedElsewhereDestroysOnTheUiThread) {
