@@ -175,12 +175,14 @@ template <class Msg> void cutroom::ListenerList::tell(const Msg& message, int ms
         const CallbackInvokerBase* const entries = entries_.data();
         const std::size_t end = walk.stretchEnd();
         std::size_t i = walk.at();
-        for (bool undisturbed = true; i < end && undisturbed; ++i) {
-            if (!entries[i].typeMatch(msgType))
+        while (i < end) {
+            const CallbackInvokerBase& entry = entries[i++];
+            if (!entry.typeMatch(msgType))
                 continue;
-            walk.moveTo(i + 1);
-            callListener(*entries[i].callback(), message);
-            undisturbed = !disturbed_.load(std::memory_order_acquire);
+            walk.moveTo(i);
+            callListener(*entry.callback(), message);
+            if (disturbed_.load(std::memory_order_acquire))
+                break;
         }
         walk.moveTo(i);
     } while (walk.nextStretch());

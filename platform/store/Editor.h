@@ -21,10 +21,10 @@ public:
     //
     // The first selected channel of a type and sub-type goes to the first one of the target (of
     // those selected there, when overlaying), and so on; the levels of audio channels go with
-    // them. Pieces are trimmed at the region's ends, effect graphs that lie inside come along, names
-    // and metadata too. Overlaying lays black where the source has nothing; rebuilding lays what
-    // there is. Channels that are added are selected in `target`. `flags` is 0. The target is left
-    // as it was on failure. The changes wait to be told.
+    // them. Pieces are trimmed at the region's ends, effect graphs that lie inside come along,
+    // names and metadata too. Overlaying lays black where the source has nothing; rebuilding lays
+    // what there is. Channels that are added are selected in `target`. `flags` is 0. The target is
+    // left as it was on failure. The changes wait to be told.
     static cutroom::Status apply(const EditModule& source, EditModule& target, int operation,
                                  int flags);
 };

@@ -11,8 +11,7 @@ namespace cutroom::test {
 
 class TempFolder {
 public:
-    explicit TempFolder(
-        const std::filesystem::path& in = std::filesystem::temp_directory_path()) {
+    explicit TempFolder(const std::filesystem::path& in = std::filesystem::temp_directory_path()) {
         std::string name = (in / "cutroom-XXXXXX").string();
         path_ = ::mkdtemp(name.data());
     }
