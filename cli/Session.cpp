@@ -85,6 +85,8 @@ Session::~Session() {
     host().messages().setPrinter(nullptr);
     while (!clients_.empty())
         removeClient(clients_.back()->name());
+    for (const Kv::Ptr<Vob>& vob : VobManager::instance().getAllVobs())
+        vob->setDevice(nullptr); // the machines go with the session
     viewers_.clear();
 }
 
@@ -289,6 +291,11 @@ Flicks Session::takeLength(SessionWords& words, const char* what) const {
 
 std::string Session::channelName(const IdStamp& channel) const {
     return toUtf8(edit()->getChanDisplayName(channel));
+}
+
+AVMachine& Session::machine(std::unique_ptr<AVMachine> machine) {
+    machines_.push_back(std::move(machine));
+    return *machines_.back();
 }
 
 void Session::watchRoles() {

@@ -122,6 +122,8 @@ public:
     // Frames ("12f") or seconds, as flicks.
     Flicks takeLength(SessionWords& words, const char* what = "a length") const;
     std::string channelName(const IdStamp& channel) const;
+    // Keeps a machine for as long as viewers may name it.
+    AVMachine& machine(std::unique_ptr<AVMachine> machine);
     // Prints the role changes that the manager tells, from now on.
     void watchRoles();
 
@@ -135,6 +137,7 @@ private:
     std::string current_;
     std::vector<std::unique_ptr<PrintingClient>> clients_;
     std::vector<Kv::Ptr<Guard>> roleWatch_;
+    std::vector<std::unique_ptr<AVMachine>> machines_;
     std::string line_;
     bool ended_ = false;
     bool leaving_ = false;

@@ -2,7 +2,10 @@
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 #include "platform/embedded/EmbeddedHost.h"
+#include "platform/host/PlayServer.h"
 #include "platform/host/TransitStatus.h"
+
+#include <memory>
 
 namespace cutroom::cli {
 
@@ -80,6 +83,28 @@ void tellTrimView(Session& session, SessionWords&) {
                 (vob->isTrimViewPossible() ? "possible" : "not possible"));
 }
 
+// A machine on which the viewer is played: says what it is asked to do.
+class SessionMachine final : public AVMachine {
+public:
+    explicit SessionMachine(Printer printer) : printer_(std::move(printer)) {}
+    void locate(double time) override { printer_("machine: at " + timeText(time)); }
+    void play(double time, double speed) override {
+        printer_("machine: plays from " + timeText(time) + " at " + timeText(speed));
+    }
+    void stop(double time) override { printer_("machine: stops at " + timeText(time)); }
+
+private:
+    const Printer printer_;
+};
+
+void device(Session& session, SessionWords& words) {
+    const Kv::Ptr<Vob> vob = session.viewer();
+    if (words.takeOnOff("on or off"))
+        vob->setDevice(&session.machine(std::make_unique<SessionMachine>(session.printer())));
+    else
+        vob->setDevice(nullptr);
+}
+
 } // namespace
 
 void addTimeVerbs(VerbTable& verbs) {
@@ -102,6 +127,10 @@ void addTimeVerbs(VerbTable& verbs) {
                    session.viewer()->setTransientTimeChange(words.takeOnOff("on or off"));
                }});
     verbs.add({"monitor", "current|in|out", "which time the monitor shows", monitor});
+    verbs.add({"trimming", "on|off", "whether the viewer is trimming",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->setTrimming(words.takeOnOff("on or off"));
+               }});
     verbs.add({"trim-view", "off|split|full [default]",
                "how trimming is shown; default: in viewers opened from now on", trimView});
     verbs.add(
@@ -114,6 +143,19 @@ void addTimeVerbs(VerbTable& verbs) {
                [](Session& session, SessionWords& words) {
                    session.viewer()->setNumVideoPreviews(
                        static_cast<unsigned char>(words.takeInt("a number", 0, 255)));
+               }});
+    verbs.add({"time-flags", "BITS",
+               "the time change flags (64: by a synchroniser, 128: suspends it)",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->setTimeChangeFlags(
+                       static_cast<unsigned>(words.takeInt("bits", 0, 255)));
+               }});
+    verbs.add(
+        {"device", "on|off", "a machine that plays the viewer and says what it is asked", device});
+    verbs.add({"trace-tab-stops", "on|off", "whether the log tells of each change of the tab stops",
+               [](Session& session, SessionWords& words) {
+                   session.viewer()->getConsoleTabStopsServer().setDebugMode(
+                       words.takeOnOff("on or off"));
                }});
     verbs.add({"tab-stops", "N", "where stepping from event to event stops, as bits",
                [](Session& session, SessionWords& words) {

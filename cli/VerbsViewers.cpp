@@ -137,6 +137,12 @@ void addViewerVerbs(VerbTable& verbs) {
                    const EditPtr edit = words.takeIf("new") ? EditPtr() : takeEdit(words);
                    session.viewer()->setEdit(edit, words.takeIf("keep"));
                }});
+    verbs.add({"take-module", "VIEWER [quiet]",
+               "takes over the time, marks and selection of another viewer",
+               [](Session& session, SessionWords& words) {
+                   const Kv::Ptr<Vob> from = session.viewerNamed(words.take("a viewer"));
+                   session.viewer()->setEditModule(from->getEditModule(), !words.takeIf("quiet"));
+               }});
     verbs.add({"view-edits", "[EDIT ...]", "edits shown in place of the viewer's own", viewEdits});
     verbs.add({"stills", "N", "gives the viewer N providers of stills",
                [](Session& session, SessionWords& words) {
