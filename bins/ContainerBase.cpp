@@ -2,6 +2,7 @@
 
 #include "platform/base/IdSource.h"
 #include "platform/messaging/NotifyMsgTypeDictionary.h"
+#include "platform/project/Savers.h"
 
 namespace {
 
@@ -13,11 +14,41 @@ LightweightString<char> secondsText(std::uint32_t seconds) {
 
 } // namespace
 
+CUTROOM_NO_THREAD_SAFETY ContainerBase::Change::Change(const ContainerBase& container)
+    : lock_(container.lock_) {
+    cutroom::ChangeLock::section().lock();
+    lock_.lockWrite();
+}
+
+CUTROOM_NO_THREAD_SAFETY ContainerBase::Change::~Change() {
+    lock_.unlockWrite();
+    cutroom::ChangeLock::section().unlock();
+}
+
 ContainerBase::~ContainerBase() = default;
+
+// --- saving --------------------------------------------------------------------------------------
 
 bool ContainerBase::isDirty() const { return dirty_; }
 
-void ContainerBase::setDirty(bool dirty) { dirty_ = dirty; }
+// The flag comes before the count: a save that sees the new count finds the flag set.
+void ContainerBase::setDirty(bool dirty) {
+    dirty_ = dirty;
+    if (!dirty)
+        return;
+    ++changes_;
+    cutroom::Savers::noteChange();
+}
+
+cutroom::Status ContainerBase::stage(cutroom::GroupCommit&) {
+    return {cutroom::StatusCode::wrongUsage, getID().asString(), "cannot be saved with others"};
+}
+
+void ContainerBase::setSaved(std::uint64_t changeCount) {
+    const Change lock(*this);
+    if (changes_ == changeCount)
+        setDirty(false);
+}
 
 // --- identity ------------------------------------------------------------------------------------
 
@@ -27,7 +58,7 @@ Cookie ContainerBase::getID() const {
 }
 
 void ContainerBase::setID(const Cookie& id) {
-    const SharedLock::Write lock(lock_);
+    const Change lock(*this);
     id_ = id;
 }
 
@@ -37,7 +68,7 @@ LightweightString<wchar_t> ContainerBase::getName() const {
 }
 
 bool ContainerBase::setName(const LightweightString<wchar_t>& name) {
-    const SharedLock::Write lock(lock_);
+    const Change lock(*this);
     if (name == name_)
         return false;
     name_ = name;
@@ -51,7 +82,7 @@ LightweightString<wchar_t> ContainerBase::getExternalID() const {
 }
 
 void ContainerBase::setExternalID(const LightweightString<wchar_t>& id) {
-    const SharedLock::Write lock(lock_);
+    const Change lock(*this);
     if (id == externalId_)
         return;
     externalId_ = id;
@@ -69,12 +100,12 @@ std::uint32_t ContainerBase::getModificationTime() const {
 }
 
 void ContainerBase::setCreationTime(std::uint32_t seconds) {
-    const SharedLock::Write lock(lock_);
+    const Change lock(*this);
     creationTime_ = seconds;
 }
 
 void ContainerBase::setModificationTime(std::uint32_t seconds) {
-    const SharedLock::Write lock(lock_);
+    const Change lock(*this);
     modificationTime_ = seconds;
 }
 
@@ -115,7 +146,7 @@ void ContainerBase::beginModifications() { openBatches_.fetch_add(1); }
 void ContainerBase::endModifications(LightweightString<char> reason) {
     if (openBatches_.fetch_sub(1) != 1)
         return;
-    const SharedLock::Write lock(lock_);
+    const Change lock(*this);
     if (!pending_.empty())
         issuePending(std::move(reason));
 }
@@ -123,7 +154,7 @@ void ContainerBase::endModifications(LightweightString<char> reason) {
 void ContainerBase::addModification(const Modification& change) {
     if (!change.valid())
         return;
-    const SharedLock::Write lock(lock_);
+    const Change lock(*this);
     if (pending_.add(change))
         stampTimes(change);
     if ((change.getType() & ~kNotSaved) != 0)
@@ -133,7 +164,7 @@ void ContainerBase::addModification(const Modification& change) {
 }
 
 void ContainerBase::clearModifications() {
-    const SharedLock::Write lock(lock_);
+    const Change lock(*this);
     pending_.clear();
 }
 

@@ -1,15 +1,17 @@
 // `ContainerBase`: what bins, documents and asset groups have in common: identity, name, times, a
 // dirty flag, a lock, and records of change that are merged in batches and told.
 //
-// Held through `Kv::Ptr`, owned by the manager of its kind. Any thread may call: the container's
-// lock is taken as a writer for each change, and as a reader for queries and saves. It lets its
-// writer enter again as writer and as reader.
+// Held through `Kv::Ptr`, owned by the manager of its kind. Any thread may call: for each change
+// the process's change lock (bins/ChangeLock.h) is taken, then the container's lock as a writer;
+// for queries and saves the container's lock as a reader. It lets its writer enter again as writer
+// and as reader.
 //
-// Changes are told on the changing thread while the container's lock is held as a writer. A
-// listener may read the container; it must neither change it nor wait for another thread that uses
-// it.
+// Changes are told on the changing thread under both locks. A listener may read every container
+// and change others, but not the one that tells; it must not save the containers of a manager, nor
+// wait for another thread that changes one.
 #pragma once
 
+#include "bins/ChangeLock.h"
 #include "bins/iAsset.h"
 #include "platform/base/Cookie.h"
 #include "platform/base/Locks.h"
@@ -22,6 +24,10 @@
 #include <cstdint>
 #include <utility>
 #include <vector>
+
+namespace cutroom {
+class GroupCommit;
+}
 
 class CUTROOM_API ContainerBase : public Notifier, public virtual iAsset {
 public:
@@ -121,6 +127,14 @@ public:
     virtual void setDirty(bool dirty);
     // Writes the container's file; the container stays dirty when that fails.
     virtual cutroom::Status save() = 0;
+    // Puts what `save` would write into a group of changes whose root is the project's folder, with
+    // nothing written yet. The container's lock is held as a reader. In the base: `wrongUsage`.
+    virtual cutroom::Status stage(cutroom::GroupCommit& group);
+    // Counts what made it dirty; never falls. Taken before a save, it tells `setSaved` whether
+    // something changed meanwhile.
+    std::uint64_t changeCount() const noexcept { return changes_; }
+    // Everything up to that count is written: clean again, unless something changed since.
+    void setSaved(std::uint64_t changeCount);
 
     // --- identity ------------------------------------------------------------------------------
     Cookie getID() const;
@@ -157,16 +171,30 @@ public:
 protected:
     ContainerBase() = default;
 
+    // What every mutator holds for the whole of its change: the change lock, then the container's
+    // lock as a writer. Nests.
+    class CUTROOM_API CUTROOM_SCOPED_CAPABILITY Change {
+    public:
+        explicit Change(const ContainerBase& container) CUTROOM_ACQUIRE(container.lock_);
+        ~Change() CUTROOM_RELEASE();
+        Change(const Change&) = delete;
+        Change& operator=(const Change&) = delete;
+
+    private:
+        SharedLock& lock_;
+    };
+
     // Tells the container's own listeners with a message of the general change type whose object is
     // a copy of `changes` with that reason; makes nothing when nobody listens. Heirs tell their
-    // manager first, then call this. The container's lock is held as a writer.
+    // manager first, then call this. Both locks of a change are held.
     virtual void issueModificationNotification(const Modifications& changes,
                                                LightweightString<char> reason);
     // Set the times as they were stored, without a record.
     void setCreationTime(std::uint32_t seconds);
     void setModificationTime(std::uint32_t seconds);
 
-    // Guards this object and what heirs add.
+    // Guards this object and what heirs add. Taken as a writer through `Change` only. As a reader
+    // it is held for one container at a time, save by who holds the change lock.
     mutable SharedLock lock_{LockRank::container};
 
 private:
@@ -178,6 +206,7 @@ private:
     std::uint32_t modificationTime_ CUTROOM_GUARDED_BY(lock_) = 0;
     std::uint32_t creationTime_ CUTROOM_GUARDED_BY(lock_) = 0;
     std::atomic<bool> dirty_{false};
+    std::atomic<std::uint64_t> changes_{0};
     LightweightString<wchar_t> name_ CUTROOM_GUARDED_BY(lock_);
     LightweightString<wchar_t> externalId_ CUTROOM_GUARDED_BY(lock_);
     Cookie id_ CUTROOM_GUARDED_BY(lock_);

@@ -40,6 +40,7 @@ ContainerManagerBase::~ContainerManagerBase() = default;
 void ContainerManagerBase::issueNotification(Kv::Ptr<iObject> payload) const {
     if (Telling::underWay(*this))
         return;
+    const cutroom::ChangeLock oneAtATime;
     const Telling telling(*this);
     call(NotifyMsg(std::move(payload)), changeMsgType_);
 }

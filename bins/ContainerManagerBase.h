@@ -2,8 +2,10 @@
 // in any of them.
 #pragma once
 
+#include "bins/ChangeLock.h"
 #include "platform/base/Locks.h"
 #include "platform/base/Ptr.h"
+#include "platform/host/ProcessLife.h"
 #include "platform/messaging/Notifier.h"
 #include "platform/store/ProjectListener.h"
 
@@ -19,9 +21,19 @@ public:
 protected:
     ContainerManagerBase();
 
-    // Tells every listener of the change type, on this thread; `payload` is the message's object.
-    // Dropped while this thread is telling the same manager's listeners already. Containers call it
-    // under their own lock, so a listener must not wait for another thread that changes one.
+    // The one `Manager` of a life, for the heirs' `instance()`. Making it takes the change lock
+    // first, so no thread that changes a container waits for a manager that waits for the change.
+    template <class Manager> static Manager& single() {
+        if (Manager* const made = cutroom::ProcessSingleton<Manager>::find())
+            return *made;
+        const cutroom::ChangeLock first;
+        return cutroom::ProcessSingleton<Manager>::get();
+    }
+
+    // Tells every listener of the change type, on this thread, under the change lock; `payload` is
+    // the message's object. Dropped while this thread is telling the same manager's listeners
+    // already. A container that changes calls it under its own lock. What a listener may do stands
+    // in bins/ContainerBase.h. Not to be called under the maps' lock.
     void issueNotification(Kv::Ptr<iObject> payload) const;
 
     // Guards the heirs' maps. A leaf towards containers: none of their locks is taken under it.

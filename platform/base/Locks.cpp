@@ -41,6 +41,13 @@ struct HeldLocks {
         }
         return nullptr;
     }
+    bool holds(LockRank rank) const noexcept {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (locks[i].rank == rank)
+                return true;
+        }
+        return false;
+    }
     void enter(const void* lock, LockRank rank) noexcept {
         if (Held* held = find(lock)) {
             ++held->entries;
@@ -69,13 +76,20 @@ bool isHeldWhileTelling(LockRank rank) noexcept {
     return rank == LockRank::vobClients || rank == LockRank::notifier;
 }
 
+// Who holds the change lock is the only one to hold several containers, so it may take the lock of
+// one under that of another.
+bool isContainerInChange(LockRank outer, LockRank inner) noexcept {
+    return outer == LockRank::container && inner == outer && heldLocks.holds(LockRank::change);
+}
+
 // Stops the program when this thread may not wait for the lock.
 void checkRank(const void* lock, LockRank rank) noexcept {
     if (rank == LockRank::unranked || heldLocks.find(lock))
         return;
     for (std::size_t i = 0; i < heldLocks.count; ++i) {
         const LockRank outer = heldLocks.locks[i].rank;
-        if (outer == LockRank::unranked || isHeldWhileTelling(outer) || outer < rank)
+        if (outer == LockRank::unranked || isHeldWhileTelling(outer) || outer < rank ||
+            isContainerInChange(outer, rank))
             continue;
         std::fprintf(stderr, "lock order: a lock of rank %d is taken under one of rank %d\n",
                      static_cast<int>(rank), static_cast<int>(outer));
@@ -138,8 +152,11 @@ CUTROOM_NO_THREAD_SAFETY void SharedLock::unlockRead() {
 
 CUTROOM_NO_THREAD_SAFETY void SharedLock::lockWrite() {
     [[maybe_unused]] const bool again = heldLocks.find(this) != nullptr;
-    if (kCheckRanks)
+    if (kCheckRanks) {
         checkRank(this, rank_);
+        assert((rank_ != LockRank::container || heldLocks.holds(LockRank::change)) &&
+               "a container is changed without the change lock");
+    }
     {
         std::unique_lock lock(mutex_);
         if (writer_ != std::this_thread::get_id()) {

@@ -5,6 +5,8 @@
 // with a rank may only be taken while every ranked lock held by the thread has a lower rank, or is
 // the same object. The two locks that are held while others are told (vobClients, notifier) obey
 // that when they are taken, and allow everything inside: a listener may do what it likes.
+// Containers have one lock each: a writer holds the change lock first, and so does who takes the
+// lock of one container under that of another.
 #pragma once
 
 #include "platform/base/Annotations.h"
@@ -20,6 +22,7 @@
 enum class LockRank : int {
     unranked = 0,
     saveAll = 10,     // one whole save of a manager's containers
+    change = 15,      // a change of any container, and its telling: one for the whole process
     container = 20,   // a container's contents
     vobClients = 30,  // a Vob's client list; held while its clients are told
     notifier = 40,    // a listener list; held while its listeners are told

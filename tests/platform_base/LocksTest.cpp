@@ -24,7 +24,7 @@ TEST(CriticalSectionTest, TheHolderEntersAgainAndOthersWait) {
 }
 
 TEST(SharedLockTest, TheWriterEntersAgainAsWriterAndReader) {
-    SharedLock lock(LockRank::container);
+    SharedLock lock;
     int value = 0;
     {
         const SharedLock::Write write(lock);
@@ -140,6 +140,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         OrderRow{"inwards", LockRank::container, LockRank::managerMaps, true},
         OrderRow{"outwards", LockRank::managerMaps, LockRank::container, false},
+        OrderRow{"aChangeUnderAContainer", LockRank::container, LockRank::change, false},
         OrderRow{"twoOfOneRank", LockRank::container, LockRank::container, false},
         OrderRow{"underAnUnranked", LockRank::unranked, LockRank::container, true},
         OrderRow{"unrankedUnderALeaf", LockRank::leaf, LockRank::unranked, true},
@@ -148,6 +149,24 @@ INSTANTIATE_TEST_SUITE_P(
         OrderRow{"tellingUnderAContainer", LockRank::container, LockRank::notifier, true},
         OrderRow{"tellingUnderAMap", LockRank::managerMaps, LockRank::notifier, false}),
     [](const auto& row) { return row.param.name; });
+
+TEST(ContainerLocks, AreWrittenAndHeldTogetherUnderTheChangeLockOnly) {
+    CriticalSection change(LockRank::change);
+    SharedLock one(LockRank::container);
+    SharedLock other(LockRank::container);
+    const auto write = [&] { const SharedLock::Write lock(one); };
+    const auto readBoth = [&] {
+        const SharedLock::Read first(one);
+        const SharedLock::Read second(other);
+    };
+    EXPECT_DEATH(write(), "without the change lock");
+    EXPECT_DEATH(readBoth(), "lock order");
+    const CriticalSection::Lock held(change);
+    write();
+    readBoth();
+    EXPECT_TRUE(change.tryLock());
+    change.unlock();
+}
 
 #endif
 
