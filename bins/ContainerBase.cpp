@@ -99,6 +99,13 @@ std::uint32_t ContainerBase::getModificationTime() const {
     return modificationTime_;
 }
 
+void ContainerBase::setStoredNames(LightweightString<wchar_t> name,
+                                   LightweightString<wchar_t> externalId) {
+    const Change change(*this);
+    name_ = std::move(name);
+    externalId_ = std::move(externalId);
+}
+
 void ContainerBase::setCreationTime(std::uint32_t seconds) {
     const Change lock(*this);
     creationTime_ = seconds;

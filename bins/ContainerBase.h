@@ -189,7 +189,8 @@ protected:
     // manager first, then call this. Both locks of a change are held.
     virtual void issueModificationNotification(const Modifications& changes,
                                                LightweightString<char> reason);
-    // Set the times as they were stored, without a record.
+    // Set name, external id and times as they were stored, without a record.
+    void setStoredNames(LightweightString<wchar_t> name, LightweightString<wchar_t> externalId);
     void setCreationTime(std::uint32_t seconds);
     void setModificationTime(std::uint32_t seconds);
 
