@@ -31,23 +31,10 @@ ContainerBase::~ContainerBase() = default;
 
 bool ContainerBase::isDirty() const { return dirty_; }
 
-// The flag comes before the count: a save that sees the new count finds the flag set.
 void ContainerBase::setDirty(bool dirty) {
     dirty_ = dirty;
-    if (!dirty)
-        return;
-    ++changes_;
-    cutroom::Savers::noteChange();
-}
-
-cutroom::Status ContainerBase::stage(cutroom::GroupCommit&) {
-    return {cutroom::StatusCode::wrongUsage, getID().asString(), "cannot be saved with others"};
-}
-
-void ContainerBase::setSaved(std::uint64_t changeCount) {
-    const Change lock(*this);
-    if (changes_ == changeCount)
-        setDirty(false);
+    if (dirty)
+        cutroom::Savers::noteChange();
 }
 
 // --- identity ------------------------------------------------------------------------------------

@@ -1,0 +1,165 @@
+// `BinManager`: the single owner of the project's bins and groups of bins.
+//
+//   groups/<cookie>.bin            the bins
+//   groups/<project cookie>.odb    the bins cache: a summary of each (docs/formats/bins-cache.md)
+//
+// Any thread may call, with two restrictions that come from the order of the locks
+// (docs/threads.md): nothing is asked under a container's lock as a reader, and what reads or
+// writes all files (saveAll, destroy, reInit) is not called by a listener of a container. Look-ups
+// of one cookie give one object, whichever thread asks. Project events arrive on the
+// user-interface thread.
+//
+// Listeners of `changeMsgType()` are given a `ContainerNotice`, on the thread that made the change,
+// under the change lock: `changed` for a bin, made, added or changed; `destroyed`, `saved`,
+// `reset`.
+#pragma once
+
+#include "bins/AssetReference.h"
+#include "bins/BinData.h"
+#include "bins/BinSummary.h"
+#include "bins/ContainerManagerBase.h"
+#include "export/iAssetMetadataExporter.h"
+#include "platform/base/Status.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class CUTROOM_API BinManager final : public ContainerManagerBase {
+public:
+    using BinSummary = ::BinSummary;
+
+    // Made at the first call, best before a project is opened; sets itself up at once when one is
+    // open.
+    static BinManager& instance();
+
+    // --- bins ----------------------------------------------------------------------------------
+    // The bin, loaded from its file at the first request. A file that cannot be read gives a bin
+    // that is not `valid`; without a file (and for what is no bin's cookie) empty.
+    Kv::Ptr<BinData> getData(const Cookie& bin);
+    // A new, empty bin in the default gallery view, put under management; under a fresh cookie when
+    // none is given. The bin that is there when the cookie is taken; empty when it is no bin's
+    // ('G', 'M').
+    Kv::Ptr<BinData> newBin(const Cookie& bin = {});
+    // Puts a bin under management, and gives the one managed under its cookie: that one, or another
+    // that was there before. One without a file is recorded as created, with that reason, and
+    // saved with the next `saveAll`. Empty for no bin.
+    Kv::Ptr<BinData> addBin(Kv::Ptr<BinData> bin, LightweightString<char> reason = {});
+    // Is loaded.
+    bool isManaged(const Cookie& bin) const;
+    // Removes the bin's file (it stays as ".bak"), forgets the bin, takes it out of the bins that
+    // hold it, and tells. `notFound` for a bin that is not known; on failure everything stays. The
+    // object lives on with those who hold it.
+    cutroom::Status destroy(const Cookie& bin, const LightweightString<char>& reason);
+    // Reads a loaded bin again from its file: what was not saved is lost. Tells it as changed, with
+    // a record of replaced contents and the reason "reload". `notFound` when it is not loaded.
+    cutroom::Status reload(const Cookie& bin);
+
+    // --- saving --------------------------------------------------------------------------------
+    // Writes every dirty bin, and the cache, as one group: all or none, with few flushes. Then
+    // tells `saved`. On failure all stay dirty and nothing is told; what changes meanwhile stays
+    // dirty. Without a project bins live in memory only: nothing is written, nothing fails.
+    cutroom::Status saveAll();
+    // Some loaded bin is dirty.
+    bool anyDirty() const;
+
+    // --- summaries -----------------------------------------------------------------------------
+    static BinSummary getSummary(const BinData& bin) { return BinSummary(bin); }
+    // Invalid when the bin is not known.
+    BinSummary getSummary(const Cookie& bin);
+    // Puts the summaries of all bins of the project, loaded or not, in place of what is in `bins`.
+    void getAllBins(std::map<Cookie, BinSummary>& bins);
+    // The bins whose children hold the bin, in the order of the cookies. Opens none.
+    CookieVec findBinsContainingBin(const Cookie& bin);
+    // The bins that hold the asset, in the order of the cookies. Loads those not loaded yet that
+    // hold any asset of its kind.
+    std::vector<Kv::Ptr<BinData>> findBinsContainingLog(const Cookie& asset);
+
+    // --- what it is told -----------------------------------------------------------------------
+    // By every bin that changes, under its lock: its summary is read again when it is asked for
+    // next, and the listeners are told once.
+    void handleBinModification(const Cookie& bin, const ContainerBase::Modifications& changes,
+                               LightweightString<char> reason);
+    // All three are passed to the loaded bins.
+    void handleLogsDeletion(const CookieVec& logs, const LightweightString<char>& reason) override;
+    void handleLogsModification(const std::vector<EditManager::Modification>& changes) override;
+    void handleDocumentModifications(const NotifyMsg& message);
+    // Sets up for the project.
+    void handleProjectEntry() override;
+    // Saves, writes the cache where it is out of date, and forgets all bins. The close of the
+    // project gives what failed (`cutroom::Savers`).
+    void handleProjectExit() override;
+    // Sets up again for the current project: saves, reads all summaries anew, and drops every
+    // loaded bin that nobody else holds and that is not dirty. Tells `reset`.
+    void reInit();
+
+    // --- metadata exporters --------------------------------------------------------------------
+    // Appends; one of the same name is replaced. Null is ignored.
+    void registerMetadataExporter(Kv::Ptr<iAssetMetadataExporter> exporter);
+    // By the name of its format; unknown ones are ignored.
+    void deRegisterMetadataExporter(const LightweightString<wchar_t>& name);
+    // In the order of registration.
+    std::vector<Kv::Ptr<iAssetMetadataExporter>> getMetadataExporters() const;
+
+private:
+    friend class cutroom::ProcessSingleton<BinManager>;
+
+    // A bin in memory. Its summary is up to date when it was read at this count of changes.
+    struct Loaded {
+        Kv::Ptr<BinData> bin;
+        std::uint64_t changes = 1;
+        std::uint64_t summarised = 0;
+    };
+    using LoadedBins = std::vector<Kv::Ptr<BinData>>;
+
+    BinManager();
+    ~BinManager() override;
+
+    static LightweightString<wchar_t> getBinsCacheFilename();
+    static Cookie getCookieFromFileName(const LightweightString<wchar_t>& name);
+    // The extension of the files of such a cookie; empty for what is no bin's.
+    static std::string getFileTypeFromID(const Cookie& bin);
+    static Kv::Ptr<BinData> load(const Cookie& bin);
+    static bool importAssets(const LightweightVector<AssetReference>& assets, const Cookie& bin);
+
+    // The loaded bin, or the one that is entered in its place; `entered` tells which.
+    Kv::Ptr<BinData> enter(const Kv::Ptr<BinData>& bin, bool& entered);
+    Kv::Ptr<BinData> findLoaded(const Cookie& bin) const;
+    LoadedBins loadedBins() const;
+    // Reads again the summaries of loaded bins that have changed. Takes containers' locks.
+    void refreshSummaries();
+    bool summariseOne(const Cookie& bin);
+    void noteChanged(const Cookie& bin);
+    // Forgets a bin; false when it was not known.
+    bool forget(const Cookie& bin);
+    void forgetAll();
+
+    cutroom::Status saveDirty(bool& wrote) CUTROOM_REQUIRES(saving_);
+    cutroom::Status removeFile(const Cookie& bin) CUTROOM_REQUIRES(saving_);
+    void setupFromCacheFile();
+    cutroom::Status writeBinsCacheFile() CUTROOM_REQUIRES(saving_);
+    cutroom::Status updateBinsCacheFile() CUTROOM_REQUIRES(saving_);
+
+    // Held while all files are written, removed or read again.
+    CriticalSection saving_{LockRank::saveAll};
+    std::unordered_map<Cookie, Loaded> loaded_ CUTROOM_GUARDED_BY(mapsLock_);
+    cutroom::BinSummaries summaries_ CUTROOM_GUARDED_BY(mapsLock_);
+    // Counts what took bins away: who loads one meanwhile begins again.
+    std::uint64_t removals_ CUTROOM_GUARDED_BY(mapsLock_) = 0;
+    // The cache on the disk says what `summaries_` does.
+    bool cacheIsCurrent_ CUTROOM_GUARDED_BY(mapsLock_) = true;
+    std::vector<Kv::Ptr<iAssetMetadataExporter>> exporters_ CUTROOM_GUARDED_BY(mapsLock_);
+    std::vector<Kv::Ptr<Guard>> registrations_;
+};
+
+namespace cutroom {
+
+// Makes an empty bin object for the cookies of one kind; its id and contents follow.
+using BinMaker = Kv::Ptr<BinData> (*)();
+// Has bins of that kind made by `maker` (null: as plain bins), for folders that lie higher and have
+// bins of their own; gives the maker before. Any thread.
+CUTROOM_API BinMaker installBinMaker(CookieType type, BinMaker maker) noexcept;
+
+} // namespace cutroom
