@@ -8,6 +8,8 @@
 #include "platform/project/PermissionsManager.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
+#include "vob/CueStops.h"
+#include "vob/SubframeCheck.h"
 #include "vob/TrimObj.h"
 #include "vob/VobManager.h"
 #include "vob/VobPlayable.h"
@@ -75,7 +77,9 @@ void Vob::init() {
     trimViewType_ = defaultTrimViewType();
     if (groupId_.empty())
         groupId_ = makeUniqueID();
+    cutroom::readSubframeWarnings();
     cueFilter_ = CueFilter(4, -2049);
+    cueStops_ = std::make_unique<cutroom::CueStops>();
     playable_ = std::make_unique<cutroom::VobPlayable>(*this);
     keepRegistration(CurrentProject::addListener(
         makeUIThreadCallback<NotifyMsg>([this](const NotifyMsg& m) { handleProjectExit(m); }),

@@ -26,6 +26,7 @@
 #include "platform/store/Cue.h"
 #include "platform/store/EditModifications.h"
 #include "platform/store/EditModule.h"
+#include "vob/EventInfo.h"
 #include "vob/TrackSelections.h"
 #include "vob/VobClient.h"
 #include "vob/VobModification.h"
@@ -33,6 +34,7 @@
 #include "vob/notify/ValServer.h"
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -40,6 +42,9 @@
 class CelEventPair;
 
 namespace cutroom {
+class CueStops;
+class EditReader;
+class EventSearch;
 class Telling;
 class VobPlayable;
 } // namespace cutroom
@@ -161,6 +166,27 @@ public:
     unsigned getTimeChangeFlags() const noexcept { return timeChangeFlags_; }
     void setTimeChangeFlags(unsigned flags) noexcept { timeChangeFlags_ = flags; }
     void setTransientTimeChange(bool on) noexcept;
+
+    // --- from event to event -------------------------------------------------------------------
+    // The nearest event later, or earlier, than `seconds` (by more than the tolerance of times):
+    // the cuts of the selected channels and, by the console tab stops, the marks of all channels,
+    // the visible cues and the ends of their ranges (at least a frame away), the middles of
+    // transitions, and the current time if `includeCurrent`. With unjoined cuts, unless
+    // `ignoreUnjoined`, cuts count only from the unjoined cut nearest to `seconds` on, and marks at
+    // their nearest frame. Without event, and without edit, the time is `seconds`.
+    // O(log n) a channel; allocates nothing unless cuts are unjoined or the edit has changed.
+    EventInfo getNextEvent(double seconds, bool ignoreUnjoined, bool includeCurrent);
+    EventInfo getPrevEvent(double seconds, bool ignoreUnjoined, bool includeCurrent);
+    // Move the current time to an event, of the whole edit for the first and the last one; tell
+    // whether it moved.
+    bool setTimeToNextEvent();
+    bool setTimeToPrevEvent();
+    bool setTimeToFirstEvent();
+    bool setTimeToLastEvent();
+    // The preference "Transitions stops": each search puts kStopTransitionMidPoints among the tab
+    // stops, or takes it from them, accordingly.
+    static bool getStopAtTransitionMidPoints();
+    static void setStopAtTransitionMidPoints(bool on);
 
     // --- playing -------------------------------------------------------------------------------
     bool isPlaying() const noexcept { return playing_; }
@@ -300,6 +326,20 @@ public:
     void setConsoleTabStops(unsigned stops);
     ValServer<unsigned>& getConsoleTabStopsServer() noexcept { return tabStops_; }
 
+    // --- edit operations -----------------------------------------------------------------------
+    // What changes an edit opened for writing; on failure it leaves it as it was.
+    using EditOperation = std::function<cutroom::Status(const EditModifier&)>;
+    // Has `operation` change the edit, then runs the subframe check; what both changed is told
+    // together. Fails, doing nothing, unless the Vob is editable. Makes no step of the history.
+    cutroom::Status performEdit(const EditOperation& operation,
+                                const LightweightString<char>& description = {});
+    // Finds video and audio channels with a cut off the frame boundaries of the edit (one at the
+    // first or last event does not count), moves their cuts to frames, and reports them to the
+    // user; what was repaired stands in the log. Configuration: "check_quantise" (1) switches the
+    // check, "auto_fix_subframe_errors" (1) the repair, "disable_subframe_warnings" (0) the message
+    // off. Derived channels are reported only.
+    void checkQuantisation();
+
     // --- batches and telling (any thread) ------------------------------------------------------
     // Batches nest. See `VobModificationBatch`. An end without a beginning holds every later change
     // back until it is made up for.
@@ -399,6 +439,12 @@ private:
     void releaseEdit();
     void handleProjectExit(const NotifyMsg& message);
     void storeTime(double seconds);
+    EventInfo findEvent(cutroom::EventSearch& search, double from, bool ignoreUnjoined,
+                        bool includeCurrent);
+    void offerMarks(cutroom::EventSearch& search, const cutroom::EditReader& edit,
+                    const IdStamp& channel, bool toFrames) const;
+    void offerCues(cutroom::EventSearch& search, const cutroom::EditReader& edit, unsigned stops);
+    bool moveTimeTo(const EventInfo& event);
     bool setSelectedInternal(const IdStamp& channel, bool on);
     bool selectWithLevels(const IdStamp& channel, bool on);
     void tellSelection(bool changed, const IdStamp& channel = {});
@@ -476,6 +522,7 @@ private:
     std::atomic<double> timeMirror_{kNoTime}; // the exact current time, for other threads
     cutroom::Telling* tellings_ CUTROOM_GUARDED_BY(clientLock_) = nullptr; // innermost first
     std::unique_ptr<cutroom::VobPlayable> playable_;
+    std::unique_ptr<cutroom::CueStops> cueStops_; // of edit_
     Kv::Ptr<Guard> editRegistration_;
     mutable std::atomic<bool> dying_{false};
     mutable bool diesAfterTelling_ = false; // user-interface thread

@@ -4,6 +4,7 @@
 #include "platform/base/Log.h"
 #include "platform/messaging/UIThreadCallback.h"
 #include "platform/store/Edit.h"
+#include "vob/CueStops.h"
 #include "vob/Vob.h"
 #include "vob/VobManager.h"
 #include "vob/VobModificationBatch.h"
@@ -87,6 +88,7 @@ void Vob::releaseEdit() {
     editRegistration_.reset();
     selections_.clear();
     levelNodes_.clear();
+    cueStops_ = std::make_unique<cutroom::CueStops>();
     module_ = EditModule();
     timeMirror_ = kNoTime;
     celCuesLoaded_ = false;

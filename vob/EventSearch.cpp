@@ -1,0 +1,96 @@
+#include "vob/EventSearch.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace cutroom {
+
+namespace {
+
+// No event lies here or further away.
+constexpr double kSentinel = 1e12;
+
+// The last flick not after, or the first not before, a time that may lie far outside.
+Flicks flicksWithin(double seconds, bool down) noexcept {
+    constexpr double kFar = 2.0 * static_cast<double>(kMaxSeconds);
+    const double flicks = std::clamp(seconds, -kFar, kFar) * static_cast<double>(kFlicksPerSecond);
+    return static_cast<Flicks>(down ? std::floor(flicks) : std::ceil(flicks));
+}
+
+} // namespace
+
+EventSearch::EventSearch(Direction direction, double from) noexcept
+    : direction_(direction),
+      limit_(direction == kForward ? from + kTimeTolerance : from - kTimeTolerance),
+      nearest_(direction == kForward ? kSentinel : -kSentinel) {}
+
+double EventSearch::nearest(double otherwise) const noexcept {
+    return nearest_ == (forward() ? kSentinel : -kSentinel) ? otherwise : nearest_;
+}
+
+void EventSearch::offer(double seconds) noexcept {
+    if (forward() ? seconds > limit_ && seconds < nearest_ : seconds < limit_ && seconds > nearest_)
+        nearest_ = seconds;
+}
+
+// What events lie strictly beyond when they are looked for from elsewhere.
+double EventSearch::beyond(double from) const noexcept {
+    return forward() ? std::max(limit_, from + kTimeTolerance)
+                     : std::min(limit_, from - kTimeTolerance);
+}
+
+void EventSearch::offerCuts(const EditReader& edit, std::size_t channel, double from) noexcept {
+    const Flicks limit = flicksWithin(beyond(from), forward());
+    const std::optional<Flicks> cut =
+        forward() ? edit.cutAfter(channel, limit) : edit.cutBefore(channel, limit);
+    if (cut)
+        offer(toSeconds(*cut));
+}
+
+void EventSearch::offerSorted(const std::vector<double>& times, double step) noexcept {
+    // A step from frame to frame is not exact in seconds; what misses it by less than the
+    // tolerance is a whole step away.
+    const double reach = std::max(step - 2 * kTimeTolerance, 0.0);
+    if (forward()) {
+        const auto found = std::upper_bound(times.begin(), times.end(), limit_ + reach);
+        if (found != times.end())
+            offer(*found);
+    } else {
+        const auto found = std::lower_bound(times.begin(), times.end(), limit_ - reach);
+        if (found != times.begin())
+            offer(*(found - 1));
+    }
+}
+
+//     |---A---|---B---|       a transition over the cut reaches `inOffset` into A, `outOffset` into
+//          |==.====|          B; its middle lies in one of them
+void EventSearch::offerMidPoint(const EditReader& edit, const Cel& cel, std::uint32_t event,
+                                double limit) noexcept {
+    const std::uint32_t count = cel.get_num_events();
+    if (event >= count)
+        return;
+    const ChannelEvent at = cel.get_event(event);
+    const EffectGraph* const graph = edit.findEffectGraph(at.effectGraph);
+    if (!graph || !graph->isTransition())
+        return;
+    const std::uint32_t after = at.isOut() ? event + 1 : event; // the in point of B
+    const Flicks earliest = after >= 2 ? cel.get_event(after - 2).time : at.time;
+    const Flicks latest = after + 1 < count ? cel.get_event(after + 1).time : at.time;
+    const Flicks middle = at.time + (graph->outOffset - graph->inOffset) / 2;
+    const double seconds = toSeconds(std::clamp(middle, earliest, latest));
+    if (forward() ? seconds > limit : seconds < limit)
+        offer(seconds);
+}
+
+void EventSearch::offerMidPoints(const EditReader& edit, std::size_t channel,
+                                 double from) noexcept {
+    const Cel& cel = edit.getCel(channel);
+    const double limit = beyond(from);
+    const Flicks last = forward() ? flicksWithin(limit, true) : flicksWithin(limit, false) - 1;
+    const std::uint32_t next = cel.nextAfter(last);
+    // The two points of the cut before, and of the cut after.
+    for (std::uint32_t event = next - std::min(next, 2u); event < next + 2; ++event)
+        offerMidPoint(edit, cel, event, limit);
+}
+
+} // namespace cutroom

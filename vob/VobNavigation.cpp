@@ -1,0 +1,122 @@
+// A Vob's way from event to event.
+#include "platform/prefs/EditorPreferences.h"
+#include "platform/store/EditReader.h"
+#include "vob/CueStops.h"
+#include "vob/EventSearch.h"
+#include "vob/TrimObj.h"
+#include "vob/Vob.h"
+
+#include <cmath>
+#include <limits>
+
+using cutroom::CueStops;
+using cutroom::EditReader;
+using cutroom::EventSearch;
+
+namespace {
+
+constexpr char kTransitionStops[] = "Transitions stops";
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+double nearestFrame(double seconds, const Kv::FrameRate& rate) {
+    if (!rate.valid() || !cutroom::isStorableTime(seconds))
+        return seconds;
+    return cutroom::toSeconds(
+        rate.frameToFlicks(rate.flicksToFrameNearest(cutroom::toFlicks(seconds))));
+}
+
+} // namespace
+
+// --- looking -------------------------------------------------------------------------------------
+
+void Vob::offerMarks(EventSearch& search, const EditReader& edit, const IdStamp& channel,
+                     bool toFrames) const {
+    for (const auto type : {Kv::MarkTypes::In, Kv::MarkTypes::Out}) {
+        const double mark = module_.getMark(channel, type);
+        if (mark != kNoTime)
+            search.offer(toFrames ? nearestFrame(mark, edit.getFrameRate()) : mark);
+    }
+}
+
+void Vob::offerCues(EventSearch& search, const EditReader& edit, unsigned stops) {
+    if ((stops & (kStopCues | kStopSecondCues)) == 0)
+        return;
+    cueStops_->follow(edit.getCues(), edit.changeCount());
+    const double frame = edit.getFrameRate().frameDuration();
+    if ((stops & kStopCues) != 0)
+        search.offerSorted(cueStops_->times(CueStops::kOrdinary), frame);
+    if ((stops & kStopSecondCues) != 0)
+        search.offerSorted(cueStops_->times(CueStops::kSecond), frame);
+}
+
+EventInfo Vob::findEvent(EventSearch& search, double from, bool ignoreUnjoined,
+                         bool includeCurrent) {
+    const unsigned midPoints =
+        getStopAtTransitionMidPoints() ? unsigned{kStopTransitionMidPoints} : 0u;
+    setConsoleTabStops((getConsoleTabStops() & ~unsigned{kStopTransitionMidPoints}) | midPoints);
+    const unsigned stops = getConsoleTabStops();
+    EventInfo info{from, from, {}, 0};
+    if (!edit_ || std::isnan(from))
+        return info;
+
+    const bool trimming = !ignoreUnjoined && getNumUnjoinedCuts() > 0;
+    double cutsFrom = from;
+    if (trimming)
+        if (const double unjoined = TrimObj(*this).getNearestCutTime(from); unjoined != kNoTime)
+            cutsFrom = unjoined;
+    const EditReader edit(*edit_);
+    for (std::size_t i = 0; i < edit.getNumChans(); ++i) {
+        const IdStamp& channel = edit.getId(i);
+        if (module_.isSelected(channel)) {
+            if (!info.channel.valid())
+                info.channel = channel;
+            search.offerCuts(edit, i, cutsFrom);
+            if ((stops & kStopTransitionMidPoints) != 0)
+                search.offerMidPoints(edit, i, cutsFrom);
+        }
+        if ((stops & kStopMarks) != 0)
+            offerMarks(search, edit, channel, trimming);
+    }
+    if ((stops & kStopCurrent) != 0 && includeCurrent)
+        search.offer(getCurrentTime());
+    offerCues(search, edit, stops);
+    info.time = search.nearest(from);
+    return info;
+}
+
+EventInfo Vob::getNextEvent(double seconds, bool ignoreUnjoined, bool includeCurrent) {
+    EventSearch search(EventSearch::kForward, seconds);
+    return findEvent(search, seconds, ignoreUnjoined, includeCurrent);
+}
+
+EventInfo Vob::getPrevEvent(double seconds, bool ignoreUnjoined, bool includeCurrent) {
+    EventSearch search(EventSearch::kBackward, seconds);
+    return findEvent(search, seconds, ignoreUnjoined, includeCurrent);
+}
+
+bool Vob::getStopAtTransitionMidPoints() {
+    return EditorPreferences::getPreference(kTransitionStops, false);
+}
+
+void Vob::setStopAtTransitionMidPoints(bool on) {
+    EditorPreferences::setPreference(kTransitionStops, on);
+}
+
+// --- going ---------------------------------------------------------------------------------------
+
+bool Vob::moveTimeTo(const EventInfo& event) {
+    const double before = getCurrentTime();
+    if (!event.found() || event.time == before)
+        return false;
+    const Kv::Ptr<Vob> self = keepAlive();
+    setCurrentTime(event.time);
+    return getCurrentTime() != before;
+}
+
+bool Vob::setTimeToNextEvent() { return moveTimeTo(getNextEvent(getCurrentTime(), false, false)); }
+
+bool Vob::setTimeToPrevEvent() { return moveTimeTo(getPrevEvent(getCurrentTime(), false, false)); }
+
+bool Vob::setTimeToFirstEvent() { return moveTimeTo(getNextEvent(-kInfinity, true, false)); }
+
+bool Vob::setTimeToLastEvent() { return moveTimeTo(getPrevEvent(kInfinity, true, false)); }
