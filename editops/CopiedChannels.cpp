@@ -1,0 +1,42 @@
+#include "editops/CopiedChannels.h"
+
+#include "platform/store/Edit.h"
+
+namespace cutroom {
+
+namespace {
+
+constexpr unsigned kShown = kSubAll & ~static_cast<unsigned>(kSubDerived);
+
+bool allSelected(const EditModule& module, unsigned type) {
+    const int selected = module.getNumSelectedChans(type, kShown);
+    return selected > 0 && selected == module.getEdit()->getNumChans(type, kShown);
+}
+
+} // namespace
+
+EditModule withDerivedChannels(const EditModule& module) {
+    EditModule whole = module;
+    const EditPtr& edit = module.getEdit();
+    if (!edit)
+        return whole;
+    for (const IdStamp& channel : edit->getChans(kChanAllTypes, kSubDerived)) {
+        const IdStamp audio = edit->getAudioChanForLevels(channel);
+        if (module.isSelected(channel))
+            continue;
+        if (audio.valid() ? module.isSelected(audio)
+                          : allSelected(module, edit->getChanType(channel)))
+            whole.selectChan(channel, true);
+    }
+    return whole;
+}
+
+void removeUnselected(EditModifier& copy, const EditModule& source, unsigned types) {
+    EditModule kept{EditPtr(copy)};
+    kept.makeSimilarTrackSelections(withDerivedChannels(source));
+    for (const IdStamp& channel : copy->getChans(types))
+        if (!kept.isSelected(channel))
+            copy->removeChan(channel, false);
+}
+
+} // namespace cutroom

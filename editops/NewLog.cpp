@@ -1,0 +1,28 @@
+#include "editops/NewLog.h"
+
+#include "editops/CopyMetadata.h"
+#include "editops/UnfinishedEdit.h"
+#include "platform/store/Edit.h"
+#include "platform/store/Editor.h"
+
+namespace cutroom {
+
+EditModifier buildLog(const EditModule& source, eLogType type, const Cookie& cookie) {
+    const EditPtr& edit = source.getEdit();
+    UnfinishedEdit log(EditManager::instance().makeNewEdit(
+        cookie.valid() ? cookie : makeNewEditCookie(), 0, 0, 0, edit->getFrameRate()));
+    if (!log)
+        return {};
+    log->setLogType(type);
+    EditModule whole = source;
+    whole.selectAll();
+    EditModule target{EditPtr(log.get())};
+    if (!Editor::apply(whole, target, kEditRebuild, 0).ok())
+        return {};
+    copyDetails(edit, log.get(), source.getMarkedRegion().getStart());
+    log->setName(edit->getName());
+    log->addModification(kModMetadata, false);
+    return log.finish();
+}
+
+} // namespace cutroom

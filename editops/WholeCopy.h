@@ -1,0 +1,19 @@
+// The steps that all whole copies share. Internal to the edit operations.
+#pragma once
+
+#include "editops/UnfinishedEdit.h"
+#include "platform/base/Strings.h"
+
+namespace cutroom {
+
+// Makes `copy` writable and stamps its maker and time; without one logs that there is none.
+EditModifier beginCopy(EditModifier copy);
+// The whole of `source` as an edit, begun as above. Empty and logged when there is no source, or
+// no copy could be made.
+EditModifier beginWholeCopy(const EditPtr& source);
+// The errors of channels, index by index.
+void copySyncErrors(const Edit& source, Edit& copy);
+// Names the copy, tells of it, and hands it out.
+EditModifier finishWholeCopy(UnfinishedEdit& copy, const LightweightString<wchar_t>& name);
+
+} // namespace cutroom
