@@ -60,7 +60,8 @@ void addDeleteCommand(Commands commands) {
     CLI::App* command =
         commands.app.add_subcommand("delete", "Delete edits or logs; media files are not touched");
     command->add_option("edits", *names, "Names or cookies")->required()->type_name("EDIT");
-    command->footer("  cutroom delete \"Reel 1\"");
+    command->footer("The last state of a deleted edit stays in the project as "
+                    "edits/COOKIE.edit.bak.\n\n  cutroom delete \"Reel 1\"");
     command->callback([commands, names] {
         commands.action = [&options = commands.options, names] {
             return withProject(options, Workspace::Use::write,

@@ -1,4 +1,6 @@
 // cutroom undo, redo, history EDIT
+#include "cli/History.h"
+
 #include "cli/Command.h"
 #include "cli/Names.h"
 #include "platform/base/Strings.h"
@@ -14,27 +16,66 @@ namespace cutroom::cli {
 
 namespace {
 
-Status step(const std::string& name, int times, bool back) {
+using Steps = std::vector<EditManager::HistoryStep>;
+
+// Takes up to `times` steps and adds them to `taken`.
+Status takeSteps(const std::string& name, int times, bool back, Steps& taken) {
     const auto edit = openEdit(name);
     if (!edit)
         return edit.status();
     EditManager& manager = EditManager::instance();
-    for (int i = 0; i < times; ++i)
-        if (!(back ? manager.undo(*edit) : manager.redo(*edit)))
+    for (int i = 0; i < times; ++i) {
+        const auto next = nextStep(*edit, back);
+        if (!next || !(back ? manager.undo(*edit) : manager.redo(*edit)))
             return {StatusCode::failed, name,
                     i ? format("only %d step%s could be %sne", i, i == 1 ? "" : "s",
                                back ? "undo" : "redo")
                       : std::string("nothing to ") + (back ? "undo" : "redo")};
+        taken.push_back(*next);
+    }
     return {};
 }
 
-std::string historyJson(const std::vector<EditManager::HistoryStep>& steps) {
+void addStep(JSON::Builder& json, const EditManager::HistoryStep& one) {
+    json.add("description", one.description);
+    json.add("when", one.when);
+}
+
+std::string takenJson(const Steps& taken, bool back) {
+    JSON::Builder json;
+    json.beginObject();
+    json.beginArray(back ? "undone" : "redone");
+    for (const auto& one : taken) {
+        json.beginObject();
+        addStep(json, one);
+        json.endObject();
+    }
+    json.endArray();
+    json.endObject();
+    return json.take();
+}
+
+std::string takenText(const Steps& taken, bool back) {
+    std::string text;
+    for (const auto& one : taken)
+        text += (back ? "undone: " : "redone: ") + oneLine(one.description) + '\n';
+    return text;
+}
+
+Status step(const Options& options, const std::string& name, int times, bool back) {
+    Steps taken;
+    const Status done = takeSteps(name, times, back, taken);
+    if (done || !taken.empty())
+        print(options.json ? takenJson(taken, back) : takenText(taken, back));
+    return done;
+}
+
+std::string historyJson(const Steps& steps) {
     JSON::Builder json;
     json.beginArray();
     for (const auto& one : steps) {
         json.beginObject();
-        json.add("description", one.description);
-        json.add("when", one.when);
+        addStep(json, one);
         json.add("undone", one.undone);
         json.endObject();
     }
@@ -42,7 +83,7 @@ std::string historyJson(const std::vector<EditManager::HistoryStep>& steps) {
     return json.take();
 }
 
-std::string historyText(const std::vector<EditManager::HistoryStep>& steps) {
+std::string historyText(const Steps& steps) {
     std::string text;
     for (std::size_t i = 0; i < steps.size(); ++i)
         text += format("%3zu  %s%s\n", i + 1, steps[i].undone ? "(undone) " : "",
@@ -61,12 +102,22 @@ void addStepCommand(Commands commands, const char* word, const char* about, bool
     command->callback([commands, edit, times, back] {
         commands.action = [&options = commands.options, edit, times, back] {
             return withProject(options, Workspace::Use::write,
-                               [&](Workspace&) { return step(*edit, *times, back); });
+                               [&](Workspace&) { return step(options, *edit, *times, back); });
         };
     });
 }
 
 } // namespace
+
+std::optional<EditManager::HistoryStep> nextStep(const EditPtr& edit, bool back) {
+    std::optional<EditManager::HistoryStep> last;
+    for (const auto& one : EditManager::instance().getHistory(edit)) {
+        if (one.undone)
+            return back ? last : one;
+        last = one;
+    }
+    return back ? last : std::nullopt;
+}
 
 void addHistoryCommands(Commands commands) {
     addStepCommand(commands, "undo", "Take the last change of an edit back", true);

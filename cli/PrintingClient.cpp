@@ -120,6 +120,11 @@ PrintingClient::PrintingClient(std::string name, eClientPriority priority,
     setManagementDetails(details);
 }
 
+PrintingClient::PrintingClient(std::string name, const Cookie& edit, eClientPriority priority,
+                               eClientManagementDetails details, Printer printer)
+    : VobClient(edit, nullptr, priority, details), name_(std::move(name)),
+      printer_(std::move(printer)) {}
+
 PrintingClient::~PrintingClient() = default;
 
 void PrintingClient::forget(const VobClient* client) { std::erase(managed_, client); }

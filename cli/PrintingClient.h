@@ -24,6 +24,10 @@ public:
     // Unattached, so that it has its name when it is attached and others hear of it.
     PrintingClient(std::string name, eClientPriority priority, eClientManagementDetails details,
                    Printer printer);
+    // Attached to a viewer of `edit`, made when there is none; joins it as "VobClient", since it
+    // has no name of its own before it is whole.
+    PrintingClient(std::string name, const Cookie& edit, eClientPriority priority,
+                   eClientManagementDetails details, Printer printer);
     ~PrintingClient() override;
 
     const std::string& name() const noexcept { return name_; }

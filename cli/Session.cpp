@@ -2,6 +2,7 @@
 
 #include "cli/Command.h"
 #include "cli/Names.h"
+#include "cli/VerbUsage.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
@@ -116,6 +117,7 @@ void Session::perform(SessionWords& words) {
     const Verb* verb = verbs_.find(name);
     if (!verb)
         refuse(StatusCode::wrongUsage, name, "no such verb; `help` tells them all");
+    require(VerbUsage(verb->words).check(name, words.rest()));
     verb->run(*this, words);
     words.expectEnd();
 }

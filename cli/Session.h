@@ -5,6 +5,7 @@
 #include "cli/PrintingClient.h"
 #include "cli/SessionWords.h"
 #include "cli/Workspace.h"
+#include "editops/basics/IndexIndependentEventList.h"
 #include "platform/base/Ptr.h"
 #include "vob/Vob.h"
 #include "vob/VobManager.h"
@@ -21,7 +22,8 @@ namespace cutroom::cli {
 
 class Session;
 
-// One verb: its words as shown by `help`, what it does, and how.
+// One verb: its words as shown by `help` and as the line must have them (see VerbUsage.h), what it
+// does, and how.
 struct Verb {
     const char* name;
     const char* words;
@@ -124,6 +126,8 @@ public:
     std::string channelName(const IdStamp& channel) const;
     // Keeps a machine for as long as viewers may name it.
     AVMachine& machine(std::unique_ptr<AVMachine> machine);
+    // A segment that is found again by its points, whatever changed since.
+    IndexIndependentEventList& remembered() noexcept { return remembered_; }
     // Prints the role changes that the manager tells, from now on.
     void watchRoles();
 
@@ -138,6 +142,7 @@ private:
     std::vector<std::unique_ptr<PrintingClient>> clients_;
     std::vector<Kv::Ptr<Guard>> roleWatch_;
     std::vector<std::unique_ptr<AVMachine>> machines_;
+    IndexIndependentEventList remembered_;
     std::string line_;
     bool ended_ = false;
     bool leaving_ = false;

@@ -61,6 +61,10 @@ SessionWords SessionWords::parse(std::string_view line) {
     }
 }
 
+std::vector<std::string> SessionWords::rest() const {
+    return {words_.begin() + static_cast<std::ptrdiff_t>(next_), words_.end()};
+}
+
 const std::string& SessionWords::take(const char* what) {
     if (done())
         refuse(StatusCode::wrongUsage, what, "missing");

@@ -35,6 +35,8 @@ public:
 
     bool done() const noexcept { return next_ == words_.size(); }
     std::size_t left() const noexcept { return words_.size() - next_; }
+    // The words that are left.
+    std::vector<std::string> rest() const;
     // The next word; refuses when there is none, naming what is missing.
     const std::string& take(const char* what);
     // The next word, or `otherwise` at the end.

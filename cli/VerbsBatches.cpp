@@ -1,4 +1,5 @@
 // Verbs for batches, threads and the history.
+#include "cli/History.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 #include "platform/store/EditManager.h"
@@ -39,14 +40,14 @@ void history(Session& session, SessionWords&) {
 }
 
 void step(Session& session, bool back) {
-    EditManager& manager = EditManager::instance();
-    const EditPtr edit = session.edit();
-    if (!(back ? manager.canUndo(edit) : manager.canRedo(edit)))
+    const auto taken = nextStep(session.edit(), back);
+    if (!taken)
         refuse(StatusCode::failed, back ? "undo" : "redo", "there is no step to take");
     if (back)
         session.viewer()->undoRequest();
     else
         session.viewer()->redoRequest();
+    session.say((back ? "undone: " : "redone: ") + taken->description);
 }
 
 } // namespace

@@ -127,8 +127,8 @@ void font(Session& session, SessionWords& words) {
 
 void addChannelVerbs(VerbTable& verbs) {
     verbs.heading("Channels (each change is one step of undo)");
-    verbs.add({"add-channel", "video|audio|subtitle|other|levels [SUBTYPE|AUDIO]", "adds a channel",
-               addChannel});
+    verbs.add({"add-channel", "video|audio|subtitle|other [SUBTYPE] | levels AUDIO",
+               "adds a channel", addChannel});
     verbs.add({"remove-channel", "CHANNEL", "removes a channel",
                [](Session& session, SessionWords& words) {
                    const IdStamp channel = session.takeChannel(words);
@@ -143,7 +143,8 @@ void addChannelVerbs(VerbTable& verbs) {
     verbs.add({"sync-error", "CHANNEL T", "notes how far a channel is out of sync",
                [](Session& session, SessionWords& words) {
                    const IdStamp channel = session.takeChannel(words);
-                   session.editForChange()->setSyncError(channel, words.takeNumber("seconds"));
+                   const double seconds = words.takeNumber("seconds");
+                   session.editForChange()->setSyncError(channel, seconds);
                }});
     verbs.add(
         {"group-channels", "on|off CHANNEL ...", "groups channels, or parts them", groupChannels});

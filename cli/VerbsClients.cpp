@@ -1,7 +1,9 @@
 // Verbs that attach, order, move and drop clients.
 #include "bins/CachedCookieContainer.h"
+#include "cli/Names.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
+#include "platform/store/Edit.h"
 
 namespace cutroom::cli {
 
@@ -31,39 +33,93 @@ Kv::Ptr<Vob> takeGroup(SessionWords& words, bool legacy) {
     return vob;
 }
 
-void attach(Session& session, SessionWords& words) {
-    const std::string name = words.take("a name");
-    if (session.hasClient(name))
-        refuse(StatusCode::wrongUsage, name, "a client of this name is attached");
+// How a client is to be attached.
+struct Attachment {
+    std::string name;
     eClientPriority priority = kClientPriorityLowest;
     eClientManagementDetails details = kClientUnmanaged;
     PrintingClient* manager = nullptr;
     bool image = false;
-    Kv::Ptr<Vob> vob = session.viewer();
+    Kv::Ptr<Vob> vob;      // to this viewer
+    std::string on, group; // else to one of this edit, or on a new edit ("new")
+    std::string from;      // else, as it is constructed, to one of this edit
+};
+
+Attachment takeAttachment(Session& session, SessionWords& words) {
+    Attachment how;
+    how.name = words.take("a name");
+    if (session.hasClient(how.name))
+        refuse(StatusCode::wrongUsage, how.name, "a client of this name is attached");
     while (!words.done()) {
-        const auto& word =
-            words.takeOneOf("a word", {"priority", "managed", "by", "image", "group", "legacy"});
+        const auto& word = words.takeOneOf("a word", {"priority", "managed", "by", "image", "group",
+                                                      "legacy", "in", "on", "from"});
         if (word == "priority")
-            priority = takePriority(words);
+            how.priority = takePriority(words);
         else if (word == "managed")
-            details = kClientManaged;
+            how.details = kClientManaged;
         else if (word == "by")
-            manager = &session.clientNamed(words.take("a client"));
+            how.manager = &session.clientNamed(words.take("a client"));
         else if (word == "image")
-            image = true;
+            how.image = true;
+        else if (word == "in")
+            how.vob = session.viewerNamed(words.take("a viewer"));
+        else if (word == "on" || word == "from")
+            (word == "on" ? how.on : how.from) = words.take("an edit");
+        else if (word == "group" && !how.on.empty())
+            how.group = words.take("a group");
         else
-            vob = takeGroup(words, word == "legacy");
+            how.vob = takeGroup(words, word == "legacy");
     }
-    if (image)
-        session.addClient(
-            std::make_unique<PrintingImageClient>(name, priority, details, session.printer()));
+    if (!how.vob && how.on.empty() && how.from.empty())
+        how.vob = session.viewer();
+    return how;
+}
+
+std::unique_ptr<PrintingClient> makeClient(Session& session, const Attachment& how) {
+    if (!how.from.empty())
+        return std::make_unique<PrintingClient>(how.name, require(findEditCookie(how.from)),
+                                                how.priority, how.details, session.printer());
+    if (how.image)
+        return std::make_unique<PrintingImageClient>(how.name, how.priority, how.details,
+                                                     session.printer());
+    return std::make_unique<PrintingClient>(how.name, how.priority, how.details, session.printer());
+}
+
+// The viewer that the manager gave the client, named when the session did not know it.
+void nameViewer(Session& session, const Kv::Ptr<Vob>& vob) {
+    for (const auto& [name, known] : session.viewers())
+        if (known == vob)
+            return session.say("in " + name);
+    const std::string name = session.freeName("viewer");
+    session.addViewer(name, vob);
+    session.say(name + ": " + toUtf8(vob->getEdit()->getName()));
+}
+
+void attach(Session& session, SessionWords& words) {
+    const Attachment how = takeAttachment(session, words);
+    VobManager& manager = VobManager::instance();
+    const Cookie edit =
+        how.on.empty() || how.on == "new" ? Cookie() : require(findEditCookie(how.on));
+    session.addClient(makeClient(session, how));
+    PrintingClient& client = session.clientNamed(how.name);
+    if (edit.valid())
+        nameViewer(session, manager.create(&client, edit, how.group));
+    else if (!how.on.empty())
+        nameViewer(session, manager.create(&client, Kv::Ptr<Vob>()));
+    else if (how.from.empty())
+        manager.open(&client, how.vob);
     else
-        session.addClient(
-            std::make_unique<PrintingClient>(name, priority, details, session.printer()));
-    PrintingClient& client = session.clientNamed(name);
-    VobManager::instance().open(&client, vob);
-    if (manager)
-        manager->manage(&client);
+        nameViewer(session, Kv::Ptr<Vob>(client.getVob()));
+    if (how.manager)
+        how.manager->manage(&client);
+}
+
+void tellDestroyable(Session& session, SessionWords& words) {
+    const PrintingClient& client = session.clientNamed(words.take("a client"));
+    PrintingClient* const requester =
+        words.takeIf("for") ? &session.clientNamed(words.take("a client")) : nullptr;
+    session.say(client.isAutoDestroyable(requester) ? "  may be destroyed"
+                                                    : "  may not be destroyed");
 }
 
 void listClients(Session& session, SessionWords&) {
@@ -116,8 +172,14 @@ void transfer(Session& session, SessionWords& words) {
 
 void addClientVerbs(VerbTable& verbs) {
     verbs.heading("Clients");
-    verbs.add({"client", "NAME [priority N] [managed] [by CLIENT] [image] [group ID | legacy N]",
-               "attaches a client that prints what it is told", attach});
+    verbs.add({"client",
+               "NAME [priority N] [managed] [by CLIENT] [image] [in VIEWER] [on EDIT|new] "
+               "[from EDIT] [group ID | legacy N]",
+               "attaches a client that prints what it is told: to the viewer, to one of an edit "
+               "(made if need be), or as it is constructed",
+               attach});
+    verbs.add({"destroyable?", "CLIENT [for CLIENT]",
+               "tells whether a client may be destroyed on behalf of another", tellDestroyable});
     verbs.add({"holds?", "CLIENT", "tells the assets that a client holds", tellContents});
     verbs.add(
         {"clients", "", "lists the viewer's clients in the order of their telling", listClients});

@@ -83,10 +83,13 @@ void trim(Session& session, SessionWords& words) {
 
 void trimCuts(Session& session, SessionWords& words) {
     const double by = toSeconds(session.takeLength(words, "how far"));
-    const bool rejoin = words.takeIf("rejoin");
+    bool rejoin = false;
     TrimObj trim(*session.viewer());
-    if (!words.done())
-        trim.setSnapChannel(session.takeChannel(words));
+    while (!words.done())
+        if (words.takeIf("rejoin"))
+            rejoin = true;
+        else
+            trim.setSnapChannel(session.takeChannel(words));
     const double nearest = trim.getNearestCutTime(session.viewer()->getCurrentTime());
     if (nearest == kNoTime)
         refuse(StatusCode::notFound, "trim-cuts", "no cut is unjoined");

@@ -9,13 +9,50 @@
 #include "platform/store/Edit.h"
 #include "platform/store/Effects.h"
 
+#include <functional>
+#include <utility>
+
 namespace cutroom::cli {
 
 namespace {
 
+constexpr std::pair<eLabelType, std::string_view> kLabelNames[] = {
+    {kLabelFrames, "frames"},
+    {kLabelFeet, "feet"},
+    {kLabelVideoTimecode, "video"},
+    {kLabelAudioTimecode, "audio"},
+    {kLabelKeycode, "keycode"},
+    {kLabelTimecode24, "timecode24"},
+    {kLabelTimecode25, "timecode25"},
+    {kLabelTimecode30, "timecode30"},
+    {kLabelInk, "ink"},
+};
+
+eLabelType takeLabelType(SessionWords& words) {
+    const std::string& word = words.take("a kind of label");
+    for (const auto& [type, name] : kLabelNames)
+        if (word == name)
+            return type;
+    refuse(StatusCode::wrongUsage, word, "no such kind of label; `help label` tells them");
+}
+
+std::string labelName(eLabelType type) {
+    for (const auto& [known, name] : kLabelNames)
+        if (type == known)
+            return std::string(name);
+    return format("kind %d", type);
+}
+
+Kv::FrameRate takeRate(SessionWords& words) {
+    const std::string& rate = words.take("a rate");
+    const auto parsed = Kv::FrameRate::fromString(rate);
+    if (!parsed)
+        refuse(StatusCode::wrongUsage, rate, "not a frame rate");
+    return *parsed;
+}
+
 void label(Session& session, SessionWords& words) {
-    const auto type =
-        static_cast<eLabelType>(words.takeInt("a label type", kLabelFrames, kLabelInk));
+    const eLabelType type = takeLabelType(words);
     const std::string& start = words.take("a start");
     TimecodeFormat format{session.edit()->getFrameRate(), false};
     MediumRoll roll{2, 1};
@@ -23,15 +60,11 @@ void label(Session& session, SessionWords& words) {
         const auto& word = words.takeOneOf("a word", {"rate", "drop", "roll"});
         if (word == "drop")
             format.dropFrame = true;
-        else if (word == "roll") {
+        else if (word == "rate")
+            format.rate = takeRate(words);
+        else {
             roll.first = static_cast<std::int32_t>(words.takeInt("a medium", 0, 1000));
             roll.second = static_cast<std::int32_t>(words.takeInt("a roll", 0, 1000));
-        } else {
-            const std::string& rate = words.take("a rate");
-            const auto parsed = Kv::FrameRate::fromString(rate);
-            if (!parsed)
-                refuse(StatusCode::wrongUsage, rate, "not a frame rate");
-            format.rate = *parsed;
         }
     }
     std::optional<long long> frame;
@@ -47,9 +80,10 @@ void label(Session& session, SessionWords& words) {
 void listLabels(Session& session, SessionWords& words) {
     const double at = words.done() ? 0 : session.takePlace(words);
     for (const EditLabel& one : session.edit()->getLabels())
-        session.say(format("  type %d roll %d,%d ", one.type(), one.get_MediumRoll().first,
-                           one.get_MediumRoll().second) +
-                    one.pointAt(at).removePadding());
+        session.say(
+            "  " + labelName(one.type()) +
+            format(" roll %d,%d ", one.get_MediumRoll().first, one.get_MediumRoll().second) +
+            one.pointAt(at).removePadding());
 }
 
 void config(Session& session, SessionWords& words) {
@@ -132,6 +166,31 @@ void burnIn(Session& session, SessionWords& words) {
     }
 }
 
+// What a property is to become; the edit is not touched before all words are known to be right.
+std::function<void(Edit&)> takeProperty(const std::string& what, SessionWords& words) {
+    if (what == "imported" || what == "drop")
+        return [what, on = words.takeOnOff("on or off")](Edit& edit) {
+            what == "drop" ? edit.setDropFrame(on) : edit.setImported(on);
+        };
+    if (what == "reel")
+        return [reel = words.take("a reel")](Edit& edit) { edit.setVideoReelId(reel); };
+    if (what == "media") {
+        LightweightVector<LightweightString<wchar_t>> locations;
+        while (!words.done())
+            locations.push_back(toWide(words.take("a location")));
+        return [locations](Edit& edit) { edit.setMediaLocations(locations); };
+    }
+    if (what == "log-type")
+        return [type = static_cast<eLogType>(words.takeInt("a log type", 1, 1024))](Edit& edit) {
+            edit.setLogType(type);
+        };
+    if (what == "original")
+        return [number = static_cast<int>(words.takeInt("a number", 0, 1000))](Edit& edit) {
+            edit.set_original_material(number);
+        };
+    return [rate = takeRate(words)](Edit& edit) { edit.setFrameRate(rate); };
+}
+
 void setFlag(Session& session, SessionWords& words) {
     const std::string what = words.takeOneOf(
         "what", {"read-only", "imported", "log-type", "original", "rate", "drop", "reel", "media"});
@@ -139,37 +198,18 @@ void setFlag(Session& session, SessionWords& words) {
         session.edit()->setReadOnly(words.takeOnOff("on or off"));
         return;
     }
-    const EditModifier modifier = session.editForChange();
-    if (what == "imported")
-        modifier->setImported(words.takeOnOff("on or off"));
-    else if (what == "drop")
-        modifier->setDropFrame(words.takeOnOff("on or off"));
-    else if (what == "reel")
-        modifier->setVideoReelId(words.take("a reel"));
-    else if (what == "media") {
-        LightweightVector<LightweightString<wchar_t>> locations;
-        while (!words.done())
-            locations.push_back(toWide(words.take("a location")));
-        modifier->setMediaLocations(locations);
-    } else if (what == "log-type")
-        modifier->setLogType(static_cast<eLogType>(words.takeInt("a log type", 1, 1024)));
-    else if (what == "original")
-        modifier->set_original_material(static_cast<int>(words.takeInt("a number", 0, 1000)));
-    else {
-        const std::string& rate = words.take("a rate");
-        const auto parsed = Kv::FrameRate::fromString(rate);
-        if (!parsed)
-            refuse(StatusCode::wrongUsage, rate, "not a frame rate");
-        modifier->setFrameRate(*parsed);
-    }
+    const auto change = takeProperty(what, words);
+    change(*session.editForChange());
 }
 
 } // namespace
 
 void addDetailVerbs(VerbTable& verbs) {
     verbs.heading("Labels, effects and the rest of an edit");
-    verbs.add(
-        {"label", "TYPE START [rate R] [drop] [roll M R]", "numbers the edit from a start", label});
+    verbs.add({"label",
+               "video|audio|timecode24|timecode25|timecode30|frames|feet|keycode|ink START "
+               "[rate R] [drop] [roll M R]",
+               "numbers the edit from a start", label});
     verbs.add({"labels", "[T]", "lists the labels, as they show at a time", listLabels});
     verbs.add({"remove-labels", "", "removes all labels", [](Session& session, SessionWords&) {
                    session.editForChange()->remove_all_labels();
@@ -178,11 +218,12 @@ void addDetailVerbs(VerbTable& verbs) {
     verbs.add(
         {"transition", "CHANNEL T TEMPLATE BEFORE AFTER", "puts an effect on a cut", transition});
     verbs.add({"effects", "", "lists the edit's effects and the templates", listEffects});
-    verbs.add({"burn-in", "add [PREFIX]|clear|list|save NAME|load NAME|default [NAME]",
+    verbs.add({"burn-in", "add [PREFIX] | clear | list | save NAME | load NAME | default [NAME]",
                "burnt-in timecode and its layouts", burnIn});
-    verbs.add({"set",
-               "read-only|imported|drop on|off, log-type|original N, rate R, reel X, media X ...",
-               "properties of the edit", setFlag});
+    verbs.add(
+        {"set",
+         "read-only|imported|drop on|off | log-type|original N | rate R | reel X | media X ...",
+         "properties of the edit", setFlag});
 }
 
 } // namespace cutroom::cli

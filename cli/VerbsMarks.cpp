@@ -50,14 +50,12 @@ void tellMarks(Session& session, SessionWords&) {
 Cue takeCue(Session& session, SessionWords& words) {
     Cue cue;
     cue.setTime(session.takePlace(words));
-    if (words.takeIf("to"))
-        cue.setEndTime(session.takePlace(words));
-    if (cue.hasEnd() && cue.getEndTime() < cue.getTime())
-        refuse(StatusCode::wrongUsage, "to", "the cue would end before it begins");
     while (!words.done()) {
-        const auto& word =
-            words.takeOneOf("a word", {"name", "text", "colour", "flags", "channel", "field"});
-        if (word == "name")
+        const auto& word = words.takeOneOf(
+            "a word", {"to", "name", "text", "colour", "flags", "channel", "field"});
+        if (word == "to")
+            cue.setEndTime(session.takePlace(words));
+        else if (word == "name")
             cue.setName(toWide(words.take("a name")));
         else if (word == "text")
             cue.setDescription(toWide(words.take("a text")));
@@ -72,6 +70,8 @@ Cue takeCue(Session& session, SessionWords& words) {
             cue.setCustomMetadata(key, toWide(words.take("a value")));
         }
     }
+    if (cue.hasEnd() && cue.getEndTime() < cue.getTime())
+        refuse(StatusCode::wrongUsage, "to", "the cue would end before it begins");
     return cue;
 }
 
@@ -148,9 +148,12 @@ void addMarkVerbs(VerbTable& verbs) {
                    session.viewer()->alignMarks(takeMarkType(words));
                }});
     verbs.add({"marks?", "", "tells each channel's marks and selection", tellMarks});
-    verbs.add({"cue", "T [to T] [name N] [text X] [colour C] [flags N] [channel CH] [field K V]",
+    verbs.add({"cue",
+               "T [to T] [name N] [text X] [colour C] [flags N] [channel CH] [field K V] ...",
                "adds a cue", addCue});
-    verbs.add({"change-cue", "N T [to T] ...", "replaces cue N", changeCue});
+    verbs.add({"change-cue",
+               "N T [to T] [name N] [text X] [colour C] [flags N] [channel CH] [field K V] ...",
+               "replaces cue N", changeCue});
     verbs.add({"remove-cue", "N", "removes cue N", [](Session& session, SessionWords& words) {
                    const Cue cue = cueNumber(session, words);
                    session.editForChange()->removeCue(cue.getExtID());

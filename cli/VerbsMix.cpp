@@ -7,6 +7,8 @@
 #include "platform/files/KvIniFile.h"
 #include "platform/store/Edit.h"
 
+#include <functional>
+
 namespace cutroom::cli {
 
 namespace {
@@ -31,38 +33,54 @@ float takeGain(SessionWords& words) { return static_cast<float>(words.takeNumber
 
 // --- changing ------------------------------------------------------------------------------------
 
-void setChannel(AudioMixWriter& writer, SessionWords& words) {
-    const auto channel = static_cast<unsigned char>(words.takeInt("an audio channel", 1, 256) - 1);
-    const auto& what = words.takeOneOf("a word", {"level", "pan", "mute", "solo", "to"});
-    if (what == "level")
-        writer.setChannelLevel(channel, takeGain(words));
-    else if (what == "pan")
-        writer.setChannelPan(channel, static_cast<float>(words.takeNumber("a pan")));
-    else if (what == "mute")
-        writer.setChannelMuteState(channel, words.takeOnOff("on or off"));
-    else if (what == "solo")
-        writer.setChannelSoloState(channel, words.takeOnOff("on or off"));
-    else {
-        const signed char mix = takeMix(words);
-        writer.setChannelRoutedToMix(channel, mix, words.takeOnOff("on or off"));
-    }
+// A setting, read before the edit is touched.
+using MixChange = std::function<void(AudioMixWriter&)>;
+
+unsigned char takeAudioChannel(const Edit& edit, SessionWords& words) {
+    const int channels = edit.getNumChans(kChanAudio);
+    const std::string word = words.peek();
+    const long long number = words.takeInt("an audio channel", 1, 256);
+    if (number > channels)
+        refuse(StatusCode::notFound, word,
+               format("no such audio channel; the edit has %d", channels));
+    return static_cast<unsigned char>(number - 1);
 }
 
-void setMix(AudioMixWriter& writer, SessionWords& words) {
-    const signed char mix = takeMix(words);
+MixChange takeChannelChange(const Edit& edit, SessionWords& words) {
+    const unsigned char channel = takeAudioChannel(edit, words);
+    const auto& what = words.takeOneOf("a word", {"level", "pan", "mute", "solo", "to"});
+    if (what == "level")
+        return [=, level = takeGain(words)](auto& mix) { mix.setChannelLevel(channel, level); };
+    if (what == "pan")
+        return [=, pan = static_cast<float>(words.takeNumber("a pan"))](auto& mix) {
+            mix.setChannelPan(channel, pan);
+        };
+    if (what == "to") {
+        const signed char target = takeMix(words);
+        return [=, on = words.takeOnOff("on or off")](auto& mix) {
+            mix.setChannelRoutedToMix(channel, target, on);
+        };
+    }
+    return [=, mute = what == "mute", on = words.takeOnOff("on or off")](auto& mix) {
+        mute ? mix.setChannelMuteState(channel, on) : mix.setChannelSoloState(channel, on);
+    };
+}
+
+MixChange takeMixChange(SessionWords& words) {
+    const signed char target = takeMix(words);
     const auto& what = words.takeOneOf("a word", {"level", "mute", "solo", "output"});
     if (what == "level")
-        writer.setMixLevel(mix, takeGain(words));
-    else if (what == "mute")
-        writer.setMixMuteState(mix, words.takeOnOff("on or off"));
-    else if (what == "solo")
-        writer.setMixSoloState(mix, words.takeOnOff("on or off"));
-    else {
+        return [=, level = takeGain(words)](auto& mix) { mix.setMixLevel(target, level); };
+    if (what == "output") {
         const auto output = static_cast<signed char>(words.takeInt("an output", 1, kMostOutputs));
         const bool on = words.takeOnOff("on or off");
-        writer.setMixRoutedToOutput(mix, static_cast<signed char>(output - 1), on,
-                                    words.takeIf("monitor"));
+        return [=, monitor = words.takeIf("monitor")](auto& mix) {
+            mix.setMixRoutedToOutput(target, static_cast<signed char>(output - 1), on, monitor);
+        };
     }
+    return [=, mute = what == "mute", on = words.takeOnOff("on or off")](auto& mix) {
+        mute ? mix.setMixMuteState(target, on) : mix.setMixSoloState(target, on);
+    };
 }
 
 void load(Session& session, const std::string& path) {
@@ -140,9 +158,10 @@ void mix(Session& session, SessionWords& words) {
         return load(session, words.take("a file"));
     if (words.takeIf("save"))
         return save(session, words.take("a file"));
-    const bool isMix = !parseInt(words.peek());
+    const MixChange change =
+        parseInt(words.peek()) ? takeChannelChange(*session.edit(), words) : takeMixChange(words);
     AudioMixWriter writer(session.editForChange(), "mix");
-    isMix ? setMix(writer, words) : setChannel(writer, words);
+    change(writer);
 }
 
 void pair(Session& session, SessionWords& words) {

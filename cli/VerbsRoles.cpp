@@ -10,7 +10,7 @@ namespace {
 void role(Session& session, SessionWords& words) {
     const std::string role = words.takeOneOf("a role", {"source", "record", "play"});
     Kv::Ptr<Vob> vob = session.viewer();
-    bool makeSource = false;
+    bool makeSource = false, raw = false;
     unsigned flags = VobManager::kTellOld | VobManager::kTellNew;
     while (!words.done()) {
         const std::string word = words.take("a word");
@@ -22,11 +22,17 @@ void role(Session& session, SessionWords& words) {
             flags &= ~unsigned{word == "quiet-old" ? VobManager::kTellOld : VobManager::kTellNew};
         else if (word == "as-source")
             makeSource = true;
+        else if (word == "raw")
+            raw = true;
         else
             vob = session.viewerNamed(word);
     }
     VobManager& manager = VobManager::instance();
-    if (role == "source")
+    if (raw)
+        (manager.*(role == "source"   ? &VobManager::setSourceMachineRaw
+                   : role == "record" ? &VobManager::setRecordMachineRaw
+                                      : &VobManager::setPlayMachineRaw))(vob.get());
+    else if (role == "source")
         manager.setSourceMachine(vob.get(), flags);
     else if (role == "record")
         manager.setRecordMachine(vob.get(), flags);
@@ -83,9 +89,17 @@ void tellEditable(Session& session, SessionWords&) {
 
 void addRoleVerbs(VerbTable& verbs) {
     verbs.heading("Roles and permissions");
-    verbs.add({"role", "source|record|play [VIEWER|none] [quiet|quiet-old|quiet-new] [as-source]",
-               "gives a role to the viewer, another one, or nobody", role});
+    verbs.add({"role",
+               "source|record|play [VIEWER|none] [quiet|quiet-old|quiet-new] [as-source] [raw]",
+               "gives a role to the viewer, another one, or nobody; raw: only moves it", role});
     verbs.add({"roles?", "", "tells who has which role", tellRoles});
+    verbs.add({"give-up-roles", "[VIEWER]", "takes every role away from the viewer or another one",
+               [](Session& session, SessionWords& words) {
+                   const Kv::Ptr<Vob> vob = words.done()
+                                                ? session.viewer()
+                                                : session.viewerNamed(words.take("a viewer"));
+                   VobManager::instance().removeFocusFrom(vob.get());
+               }});
     verbs.add({"watch-roles", "", "prints changes of roles from now on",
                [](Session& session, SessionWords&) { session.watchRoles(); }});
     verbs.add({"auto-record", "", "gives the record role, taking over a lock of another user",
@@ -96,7 +110,8 @@ void addRoleVerbs(VerbTable& verbs) {
                eligible});
     verbs.add({"focus", "", "gives the viewer the console focus",
                [](Session& session, SessionWords&) { setConsoleFocus(session.viewer().get()); }});
-    verbs.add({"permit", "lock|unlock|protect|free|user NAME", "who may change the edit", protect});
+    verbs.add(
+        {"permit", "lock|unlock|protect|free | user NAME", "who may change the edit", protect});
     verbs.add({"editable?", "", "tells whether the viewer can change its edit", tellEditable});
 }
 

@@ -11,11 +11,13 @@ namespace {
 
 void setChannels(Session& session, SessionWords& words, bool on) {
     if (words.takeIf("all")) {
+        words.expectEnd();
         session.viewer()->setSelected(kChanAllSelected, on);
         return;
     }
     for (const auto& [word, type] : {std::pair{"video", kChanVideo}, {"audio", kChanAudio}})
         if (words.takeIf(word)) {
+            words.expectEnd();
             session.viewer()->setSelected(type, kSubNormal, on);
             return;
         }
@@ -127,13 +129,29 @@ void tellSelection(Session& session, SessionWords&) {
         session.say("  level nodes are selected");
 }
 
+void remember(Session& session, SessionWords& words) {
+    session.remembered().buildFrom(takeSegment(session, words));
+}
+
+void tellRemembered(Session& session, SessionWords&) {
+    const IndexIndependentEventList& segment = session.remembered();
+    if (segment.size() == 0)
+        refuse(StatusCode::failed, "remembered?", "no segment is remembered");
+    for (std::size_t i = 0; i < segment.size(); ++i) {
+        const ce_handle point = segment.getHandleFor(i);
+        session.say("  " + timeText(toSeconds(segment.getEvent(i).time)) +
+                    (point.valid() ? format(": event %u", point.getIndex())
+                                   : std::string(": not there any more")));
+    }
+}
+
 } // namespace
 
 void addSelectionVerbs(VerbTable& verbs) {
     verbs.heading("Selection");
-    verbs.add({"select", "CHANNEL ...|all|video|audio", "selects channels",
+    verbs.add({"select", "CHANNEL ... | all | video | audio", "selects channels",
                [](Session& session, SessionWords& words) { setChannels(session, words, true); }});
-    verbs.add({"deselect", "CHANNEL ...|all|video|audio", "deselects channels",
+    verbs.add({"deselect", "CHANNEL ... | all | video | audio", "deselects channels",
                [](Session& session, SessionWords& words) { setChannels(session, words, false); }});
     verbs.add({"solo", "CHANNEL", "selects this channel and no other of its type",
                [](Session& session, SessionWords& words) {
@@ -143,7 +161,8 @@ void addSelectionVerbs(VerbTable& verbs) {
                [](Session& session, SessionWords& words) {
                    session.viewer()->setSelectedFrom(session.takeChannelNumber(words));
                }});
-    verbs.add({"segment", "add|remove|toggle|clear [CHANNEL T ...]", "selects segments", segment});
+    verbs.add(
+        {"segment", "add|remove|toggle (CHANNEL T) ... | clear", "selects segments", segment});
     verbs.add({"unjoin", "CHANNEL T [out] [flags N]", "unjoins a cut for trimming",
                [](Session& session, SessionWords& words) {
                    const IdStamp channel = session.takeChannel(words);
@@ -152,6 +171,7 @@ void addSelectionVerbs(VerbTable& verbs) {
                        words.takeIf("flags")
                            ? static_cast<unsigned>(words.takeInt("bits", 0, 0xFFFF))
                            : 0;
+                   words.expectEnd();
                    session.viewer()->unjoinCut(channel, point, flags);
                }});
     verbs.add({"toggle-cut", "CHANNEL T [out]", "unjoins a cut, or joins it again",
@@ -165,7 +185,8 @@ void addSelectionVerbs(VerbTable& verbs) {
                reEstablishCuts});
     verbs.add({"rejoin", "", "joins all cuts again",
                [](Session& session, SessionWords&) { session.viewer()->rejoinCuts(); }});
-    verbs.add({"node", "CHANNEL T [off]|clear", "selects a level node of a levels channel, or none",
+    verbs.add({"node", "CHANNEL T [off] | clear",
+               "selects a level node of a levels channel, or none",
                [](Session& session, SessionWords& words) {
                    if (words.takeIf("clear")) {
                        session.viewer()->clearSelectedLevelNodes();
@@ -175,6 +196,9 @@ void addSelectionVerbs(VerbTable& verbs) {
                    const double seconds = session.takePlace(words);
                    session.viewer()->selectLevelNode(channel, seconds, !words.takeIf("off"));
                }});
+    verbs.add(
+        {"remember", "CHANNEL T", "remembers a segment by what its two points are", remember});
+    verbs.add({"remembered?", "", "tells where these points are now", tellRemembered});
     verbs.add({"selection?", "", "tells what is selected", tellSelection});
     verbs.add({"bind-levels", "on|off", "whether levels channels follow their audio channels",
                [](Session& session, SessionWords& words) {

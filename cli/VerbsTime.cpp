@@ -115,10 +115,10 @@ void addTimeVerbs(VerbTable& verbs) {
     verbs.add({"play", "[SPEED]", "plays the play machine (the viewer, when there is none)", play});
     verbs.add({"stop", "", "stops playing",
                [](Session& session, SessionWords&) { session.host().transport().stop(); }});
-    verbs.add(
-        {"wait", "2s", "lets the loop run for a time", [](Session& session, SessionWords& words) {
-             session.host().loop().runFor(takeDuration(words));
-         }});
+    verbs.add({"wait", "TIME", "lets the loop run for a time: 2s, 500ms",
+               [](Session& session, SessionWords& words) {
+                   session.host().loop().runFor(takeDuration(words));
+               }});
     verbs.add({"transit?", "", "tells what the transport does", transit});
     verbs.add({"preview", "on|off [remember]", "previewing; remember: with the time it began at",
                preview});

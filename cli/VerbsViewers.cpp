@@ -50,18 +50,32 @@ void openViewer(Session& session, SessionWords& words) {
 }
 
 void again(Session& session, SessionWords& words) {
-    const bool sameModule = !words.takeIf("fresh");
+    bool sameModule = true;
+    std::string name = session.freeName("viewer");
+    while (!words.done())
+        if (words.takeOneOf("a word", {"fresh", "as"}) == "fresh")
+            sameModule = false;
+        else
+            name = words.take("a name");
+    if (session.viewers().contains(name))
+        refuse(StatusCode::wrongUsage, name, "a viewer of this name is open");
     const Kv::Ptr<Vob> from = session.viewer();
     VobManager& manager = VobManager::instance();
     const Kv::Ptr<Vob> vob = sameModule
                                  ? manager.createVob(from->getEditModule(), from->getGroupId())
                                  : manager.createVob(from->getCookie());
-    session.addViewer(words.takeIf("as") ? words.take("a name") : session.freeName("viewer"), vob);
+    session.addViewer(name, vob);
 }
 
 void closeViewer(Session& session, SessionWords& words) {
-    const std::string name = words.takeOr(session.viewerName());
-    if (!VobManager::instance().closeVob(session.viewerNamed(name), words.takeIf("force")))
+    std::string name = session.viewerName();
+    bool force = false;
+    while (!words.done())
+        if (words.takeIf("force"))
+            force = true;
+        else
+            name = words.take("a viewer");
+    if (!VobManager::instance().closeVob(session.viewerNamed(name), force))
         refuse(StatusCode::failed, name, "clients are attached to it; drop them or say `force`");
     session.removeViewer(name);
 }
@@ -99,6 +113,18 @@ void viewEdits(Session& session, SessionWords& words) {
     session.say("shows " + (master ? toUtf8(master->getName()) : std::string("nothing")));
 }
 
+void use(Session& session, SessionWords& words) {
+    if (words.left() == 1 || !words.takeIf("on")) {
+        session.useViewer(words.take("a viewer"));
+        return;
+    }
+    const std::string& name = words.take("an edit");
+    const Kv::Ptr<Vob> vob = VobManager::instance().getVobWithCookie(require(findEditCookie(name)));
+    if (!vob)
+        refuse(StatusCode::notFound, name, "no viewer shows it");
+    session.useViewer(session.nameOf(vob.get()));
+}
+
 void group(Session& session, SessionWords& words) {
     const Kv::Ptr<Vob> vob = session.viewer();
     VobManager& manager = VobManager::instance();
@@ -126,9 +152,8 @@ void addViewerVerbs(VerbTable& verbs) {
                "opens a viewer; the names source and record give the role too", openViewer});
     verbs.add({"again", "[fresh] [as NAME]",
                "a second viewer of the same edit, with the same time, marks and selection", again});
-    verbs.add(
-        {"use", "NAME", "makes a viewer the one that the verbs act on",
-         [](Session& session, SessionWords& words) { session.useViewer(words.take("a viewer")); }});
+    verbs.add({"use", "NAME | on EDIT",
+               "makes a viewer, or the first on an edit, the one to act on", use});
     verbs.add({"viewers", "", "lists the viewers with their time and roles", listViewers});
     verbs.add({"viewing?", "EDIT", "tells which viewers show an edit", tellViewing});
     verbs.add({"view", "EDIT|new [keep]",
