@@ -31,10 +31,23 @@ ContainerBase::~ContainerBase() = default;
 
 bool ContainerBase::isDirty() const { return dirty_; }
 
+// Counted first: whoever finds the flag set finds the count that goes with it.
 void ContainerBase::setDirty(bool dirty) {
+    if (dirty)
+        ++changes_;
     dirty_ = dirty;
     if (dirty)
         cutroom::Savers::noteChange();
+}
+
+cutroom::Status ContainerBase::stage(cutroom::GroupCommit&) {
+    return {cutroom::StatusCode::wrongUsage, getID().asString(), "cannot be saved with others"};
+}
+
+void ContainerBase::setSaved(std::uint64_t changeCount) {
+    const Change lock(*this);
+    if (changes_ == changeCount)
+        setDirty(false);
 }
 
 // --- identity ------------------------------------------------------------------------------------

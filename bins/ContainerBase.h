@@ -25,6 +25,10 @@
 #include <utility>
 #include <vector>
 
+namespace cutroom {
+class GroupCommit;
+}
+
 class CUTROOM_API ContainerBase : public Notifier, public virtual iAsset {
 public:
     // Kinds of change (bits).
@@ -123,6 +127,14 @@ public:
     virtual void setDirty(bool dirty);
     // Writes the container's file; the container stays dirty when that fails.
     virtual cutroom::Status save() = 0;
+    // Puts what `save` would write into a group of changes whose root is the project's folder;
+    // nothing is written yet. In the base: `wrongUsage`.
+    virtual cutroom::Status stage(cutroom::GroupCommit& group);
+    // Counts what made it dirty; never falls. Taken before a save, it tells `setSaved` whether
+    // something changed meanwhile.
+    std::uint64_t changeCount() const noexcept { return changes_; }
+    // What was there at that count is written: clean again, unless something changed since.
+    void setSaved(std::uint64_t changeCount);
 
     // --- identity ------------------------------------------------------------------------------
     Cookie getID() const;
@@ -195,6 +207,7 @@ private:
     std::uint32_t modificationTime_ CUTROOM_GUARDED_BY(lock_) = 0;
     std::uint32_t creationTime_ CUTROOM_GUARDED_BY(lock_) = 0;
     std::atomic<bool> dirty_{false};
+    std::atomic<std::uint64_t> changes_{0};
     LightweightString<wchar_t> name_ CUTROOM_GUARDED_BY(lock_);
     LightweightString<wchar_t> externalId_ CUTROOM_GUARDED_BY(lock_);
     Cookie id_ CUTROOM_GUARDED_BY(lock_);
