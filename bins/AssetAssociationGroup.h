@@ -25,7 +25,7 @@ public:
     eType getType() const;
     std::vector<Cookie> getConstituents() const;
     bool contains(const Cookie& asset) const;
-    // Replaces the members: records 768 with the cookies that came and those that went. Nothing
+    // Replaces the members: records 768 with the cookies that came, then those that went. Nothing
     // happens when the members are the same in the same order.
     void setConstituents(const std::vector<Cookie>& constituents);
     // Appends one, recording 256; false when it is a member already or invalid.
@@ -34,22 +34,19 @@ public:
     // a member.
     bool remove(const std::vector<Cookie>& assets);
 
-    // --- the description (see docs/formats/asset-group.md) -------------------------------------
+    // --- the description (docs/formats/asset-group.md) -----------------------------------------
     void write(JSON::Builder& out) const override;
-    // Replaces everything, without a record of change. False, and nothing changes, when the element
-    // is empty or describes no group.
-    bool read(const Kv::Ptr<JSON::Element>& description);
     cutroom::Status take(const JSON::Element& from, const std::string& file) override;
 
 protected:
     // Tells the manager first, when it belongs to it.
     void issueModificationNotification(const Modifications& changes,
                                        LightweightString<char> reason) override;
-    std::vector<std::string> keys() const override;
+    cutroom::DescribedContainerManager& manager() const override;
+    // Its members.
+    std::vector<std::string> keys() const override CUTROOM_REQUIRES_SHARED(lock_);
 
 private:
-    void replaceMembers(std::vector<Cookie> members) CUTROOM_REQUIRES(lock_);
-
     eType type_ CUTROOM_GUARDED_BY(lock_) = kUserGroup;
     std::vector<Cookie> constituents_ CUTROOM_GUARDED_BY(lock_);
 };

@@ -14,57 +14,63 @@ namespace cutroom {
 
 class DescribedContainerManager;
 
-// Any thread, as `ContainerBase`.
+// Any thread, as `ContainerBase`. The cookie of one that is managed is not to be changed.
 class CUTROOM_API DescribedContainer : public ContainerBase {
 public:
-    // Written under the container's lock, and clean afterwards only when nothing changed meanwhile.
-    struct Image {
-        std::string text;
-        std::uint64_t changes = 0;
-    };
-
     ~DescribedContainer() override;
-
-    // Replaces the description's file crash-safely, by way of the manager when it has one. All well
-    // without an open project: nothing is written and nothing becomes clean. Not to be called under
-    // a container's lock.
-    Status save() override;
-    void setDirty(bool dirty) override;
 
     // Writes the description as one JSON object.
     virtual void write(JSON::Builder& out) const = 0;
     // Replaces the contents by a description, without a record of change. `damaged`, and nothing
     // changes, when `from` is none; `file` is for the message.
     virtual Status take(const JSON::Element& from, const std::string& file) = 0;
-    // The file's text, with a count of changes.
-    Image image() const;
-    // `image` has been saved: clean, unless it changed since.
-    void noteSaved(const Image& image);
-    // The keys under which its manager finds it; the container's lock is held.
-    virtual std::vector<std::string> keys() const = 0;
+    // As `take`, by hand: the next save writes it. False, and nothing changes, when the element is
+    // empty or no description of this kind.
+    bool read(const Kv::Ptr<JSON::Element>& description);
+
+    // Puts the description's file into a group; on failure nothing is put there.
+    Status stage(GroupCommit& group) override;
+    // Writes the description's file alone, crash-safely. All well without an open project: nothing
+    // is written, and it stays dirty. `wrongUsage` when it has left its manager. Not to be called
+    // under a container's lock.
+    Status save() override;
 
 protected:
-    DescribedContainer() = default;
-
-    // The manager that it belongs to; null: none.
-    DescribedContainerManager* manager() const;
-    // What the manager finds it by has changed; the lock is held as a writer.
-    void keysChanged() CUTROOM_REQUIRES(lock_);
-    // Sets what all descriptions hold, without a record of change.
+    // What every description holds.
     struct Identity {
         Cookie id;
         LightweightString<wchar_t> name;
         LightweightString<wchar_t> externalId;
-        std::uint32_t created = 0;
+        std::uint32_t created = 0; // seconds since 1970, as the next
         std::uint32_t modified = 0;
     };
-    void restoreIdentity(const Identity& identity);
+
+    DescribedContainer() = default;
+
+    // The manager of the kind.
+    virtual DescribedContainerManager& manager() const = 0;
+    // The keys under which the manager finds it.
+    virtual std::vector<std::string> keys() const CUTROOM_REQUIRES_SHARED(lock_) = 0;
+    // To be called when they have changed, before the record of the change.
+    void keysChanged() CUTROOM_REQUIRES(lock_);
+    // It belongs to the manager, so that one is told of its changes.
+    bool managed() const;
+    // Takes an identity over without a record of change; a managed one keeps its cookie.
+    void restore(const Identity& identity) CUTROOM_REQUIRES(lock_);
+    // A managed container cannot take the description of another one.
+    Status checkIdentity(const Identity& identity, const std::string& file) const;
 
 private:
     friend class DescribedContainerManager;
 
-    DescribedContainerManager* manager_ CUTROOM_GUARDED_BY(lock_) = nullptr;
-    std::uint64_t changes_ CUTROOM_GUARDED_BY(lock_) = 0; // times it was made dirty
+    enum class Membership { none, managed, left };
+
+    // Enter and leave the manager; false when it has one, has left it, or its cookie is taken.
+    bool join(DescribedContainerManager& manager);
+    void leave(DescribedContainerManager& manager);
+    bool hasLeft() const;
+
+    Membership membership_ CUTROOM_GUARDED_BY(lock_) = Membership::none;
 };
 
 } // namespace cutroom

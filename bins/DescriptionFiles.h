@@ -7,27 +7,25 @@
 #include "platform/base/Cookie.h"
 #include "platform/base/Locks.h"
 #include "platform/base/Status.h"
+#include "platform/files/GroupCommit.h"
 #include "platform/files/JsonElement.h"
 
+#include <cstdint>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace cutroom {
 
-// Used by one thread at a time, save for `damaged`.
+// Any thread; who reads and writes one file from two threads orders that himself.
 class DescriptionFiles {
 public:
-    // The longest description in bytes.
+    // The longest description in bytes; a longer one is neither read nor written.
     static constexpr std::uint64_t kMaxBytes = std::uint64_t{16} << 20;
 
-    // A file to be replaced by `text`, or to be removed.
-    struct Change {
-        Cookie id;
-        std::optional<std::string> text;
-    };
     // Takes one description; its failure makes the file a damaged one.
     using Reader = std::function<Status(const JSON::Element& description, const std::string& file)>;
 
@@ -36,17 +34,17 @@ public:
 
     // "<folder>/<cookie>.<extension>", relative to the project.
     std::string name(const Cookie& id) const;
-    // The cookies of the files that there are, in the order of the cookies. A file whose name is no
-    // cookie, or one that `takes` refuses, is damaged.
-    Result<std::vector<Cookie>> list(const std::function<bool(const Cookie&)>& takes);
+    // The cookies of the files that there are, in the order of the names. A file that is not named
+    // by a cookie that `takes` accepts counts as damaged.
+    Result<CookieVec> list(const std::function<bool(const Cookie&)>& takes);
     // Reads one file; what is wrong with it is logged and remembered.
     Status read(const Cookie& id, const Reader& reader);
-    // Makes the changes, and removes the files `others` (relative to the project) with them: all or
-    // none. Damaged files that are to be replaced are moved aside first.
-    Status write(const std::vector<Change>& changes, const std::vector<std::string>& others = {});
+    // Puts a new text for the file into a group below the project's folder. A damaged file is moved
+    // aside at once.
+    Status stage(GroupCommit& group, const Cookie& id, std::string_view text);
     // Forgets which files are damaged.
     void reset();
-    // What is wrong with the damaged files, in the order of their names. Any thread.
+    // What is wrong with the damaged files, in the order of their names.
     std::vector<Status> damaged() const;
 
 private:

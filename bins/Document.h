@@ -39,20 +39,19 @@ public:
     // storage under its own name, numbered where that is taken, puts the copy before the other
     // locations and takes its size. All well, and nothing happens, when the first location is such
     // a copy already. `notFound` when no location leads to a file, `wrongUsage` for a document that
-    // the manager does not know; on failure the document is as it was. Not to be called under a
+    // is not in an open project; on failure the document is as it was. Not to be called under a
     // container's lock; the document's own is not held while the file is copied.
     cutroom::Status localise();
 
-    // --- the description (see docs/formats/document.md) ----------------------------------------
+    // --- the description (docs/formats/document.md) --------------------------------------------
     void write(JSON::Builder& out) const override;
-    // Replaces everything but `isImported`, without a record of change. False, and nothing changes,
-    // when the element is empty or describes no document.
-    bool read(const Kv::Ptr<JSON::Element>& description);
+    // Everything but `isImported`.
     cutroom::Status take(const JSON::Element& from, const std::string& file) override;
 
     // Description and first location beside what every container has.
     LightweightString<char> getAttribute(const LogAttribute& attribute) const override;
     using ContainerBase::setAttribute;
+    // Description beside what every container lets be set.
     void setAttribute(const LogAttribute& attribute,
                       const LightweightString<wchar_t>& value) override;
 
@@ -60,9 +59,15 @@ protected:
     // Tells the manager first, when it belongs to it.
     void issueModificationNotification(const Modifications& changes,
                                        LightweightString<char> reason) override;
-    std::vector<std::string> keys() const override;
+    cutroom::DescribedContainerManager& manager() const override;
+    // Its locations.
+    std::vector<std::string> keys() const override CUTROOM_REQUIRES_SHARED(lock_);
 
 private:
+    friend class DocumentManager;
+    // Takes locations as if they had been read, without a record of change.
+    void restoreLocations(LightweightVector<LightweightString<wchar_t>> locations);
+
     LightweightString<wchar_t> description_ CUTROOM_GUARDED_BY(lock_);
     std::uint64_t size_ CUTROOM_GUARDED_BY(lock_) = 0;
     LightweightVector<LightweightString<wchar_t>> locations_ CUTROOM_GUARDED_BY(lock_);

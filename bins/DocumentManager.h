@@ -98,8 +98,12 @@ private:
 
     ContainerPtr makeEmpty() const override;
     bool takes(const Cookie& id) const override;
-    std::vector<std::string> filesOf(const Cookie& id) const override;
+    void afterReading(cutroom::DescribedContainer& container) const override;
+    cutroom::Result<std::vector<std::string>> filesOf(const Cookie& id) const override;
+    void afterDestruction(const Cookie& id) const override;
 
-    // Held while a file is copied into the project, so that two copies never take one name.
-    CriticalSection localising_;
+    ContainerModifier<Document> beginDocument(const Cookie& id);
+    cutroom::Status localise(Document& document);
+    // Puts a copy that has been made before the document's other locations.
+    cutroom::Status takeCopy(Document& document, const std::string& copy, std::uint64_t bytes);
 };

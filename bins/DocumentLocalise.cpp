@@ -1,0 +1,185 @@
+// Copying an outside file into the project.
+//
+// The copy is written under a temporary name, flushed, and then given its name by a link, which
+// never replaces a file that is there. Until the document's locations name it nobody knows it.
+#include "bins/DocumentManager.h"
+#include "platform/base/IdSource.h"
+#include "platform/base/Log.h"
+#include "platform/files/Files.h"
+#include "platform/project/CurrentProject.h"
+
+#include <algorithm>
+
+using cutroom::iFileSystem;
+using cutroom::OpenMode;
+using cutroom::Result;
+using cutroom::Status;
+using cutroom::StatusCode;
+
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{1} << 20;
+constexpr std::size_t kLongestName = 240; // bytes, with room for a number
+
+Status writeBlock(iFileSystem& files, iFileSystem::Handle to, const char* data, std::size_t size) {
+    while (size != 0) {
+        const Result<std::size_t> written = files.write(to, data, size);
+        if (!written)
+            return written.status();
+        data += *written;
+        size -= *written;
+    }
+    return {};
+}
+
+// The file is copied at the length that it had: one that grows meanwhile, or a device, ends.
+Status copyBytes(iFileSystem& files, const std::string& source, iFileSystem::Handle from,
+                 iFileSystem::Handle to, std::uint64_t bytes) {
+    std::vector<char> block(static_cast<std::size_t>(std::min<std::uint64_t>(kBlock, bytes)));
+    while (bytes != 0) {
+        const auto most = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), bytes));
+        const Result<std::size_t> got = files.read(from, block.data(), most);
+        if (!got)
+            return got.status();
+        if (*got == 0)
+            return {StatusCode::failed, source, "became shorter while it was copied"};
+        if (Status written = writeBlock(files, to, block.data(), *got); !written)
+            return written;
+        bytes -= *got;
+    }
+    return files.flush(to);
+}
+
+Status copyTo(iFileSystem& files, const std::string& source, const std::string& target,
+              std::uint64_t bytes) {
+    const auto from = files.open(source, OpenMode::read);
+    if (!from)
+        return from.status();
+    const auto to = files.open(target, OpenMode::createNew);
+    Status status = to.status();
+    if (to) {
+        status = copyBytes(files, source, *from, *to, bytes);
+        if (Status closed = files.close(*to); status)
+            status = closed;
+        if (!status)
+            (void)files.remove(target); // litter at the worst, which the next opening removes
+    }
+    (void)files.close(*from); // nothing was written through it
+    return status;
+}
+
+Status flushFolder(iFileSystem& files, const std::string& folder) {
+    const auto open = files.openFolder(folder);
+    if (!open)
+        return open.status();
+    const Status flushed = files.flush(*open);
+    const Status closed = files.close(*open);
+    return flushed ? closed : flushed;
+}
+
+// `name` as number `number` of that name, cut where it is too long for a file system.
+std::string numbered(const std::string& name, int number) {
+    std::string extension = cutroom::extensionOf(name);
+    if (!extension.empty())
+        extension.insert(0, ".");
+    if (extension.size() > kLongestName / 2)
+        extension.clear();
+    std::string stem = name.substr(0, name.size() - extension.size());
+    stem.resize(std::min(stem.size(), kLongestName - extension.size()));
+    while (!cutroom::isUtf8(stem))
+        stem.pop_back();
+    if (number > 1)
+        stem += cutroom::format(" (%d)", number);
+    return stem + extension + (cutroom::isTemporaryName(name) ? "_" : "");
+}
+
+// Gives the finished copy a free name like `name` in its folder, and gives its path.
+Result<std::string> settle(iFileSystem& files, const std::string& temporary,
+                           const std::string& name) {
+    const std::string folder = cutroom::folderOf(temporary);
+    for (int number = 1;; ++number) {
+        std::string path = cutroom::joinPath(folder, numbered(name, number));
+        if (cutroom::fileExists(path))
+            continue;
+        if (Status linked = files.link(temporary, path); !linked) {
+            if (cutroom::fileExists(path))
+                continue; // taken in between
+            (void)files.remove(temporary);
+            return linked;
+        }
+        (void)files.remove(temporary); // its other name; litter at the worst
+        if (Status flushed = flushFolder(files, folder); !flushed) {
+            (void)files.remove(path);
+            return flushed;
+        }
+        return path;
+    }
+}
+
+struct Source {
+    std::string path;
+    std::uint64_t bytes = 0;
+};
+
+Result<Source> findSource(const Document& document) {
+    for (const auto& location : document.getLocations()) {
+        const auto path = cutroom::narrowPath(location);
+        if (!path)
+            continue;
+        const auto info = cutroom::fileSystem().stat(*path);
+        if (info && !info->folder)
+            return Source{*path, info->size};
+    }
+    const std::string first = cutroom::toUtf8(document.getFileName());
+    return Status(StatusCode::notFound, first.empty() ? document.getID().asString() : first,
+                  first.empty() ? "has no location" : "there is no such file");
+}
+
+} // namespace
+
+Status Document::localise() {
+    if (!managed() || !CurrentProject::isOpen())
+        return {StatusCode::wrongUsage, getID().asString(), "is not in an open project"};
+    if (CurrentProject::isReadOnly())
+        return {StatusCode::failed, CurrentProject::getFolder(),
+                "the project is open for reading only"};
+    return DocumentManager::instance().localise(*this);
+}
+
+Status DocumentManager::localise(Document& document) {
+    const Cookie id = document.getID();
+    if (isLocal(id) && cutroom::fileExists(cutroom::toUtf8(document.getFileName())))
+        return {};
+    const Result<Source> source = findSource(document);
+    if (!source)
+        return source.status();
+    iFileSystem& files = cutroom::fileSystem();
+    const std::string folder = cutroom::toUtf8(getLocalLocation(id));
+    if (Status made = cutroom::makeFolders(folder); !made)
+        return made;
+    const std::string temporary = cutroom::joinPath(
+        folder, cutroom::format("copy.%016llx.tmp~",
+                                static_cast<unsigned long long>(cutroom::idSource().nextId())));
+    if (Status copied = copyTo(files, source->path, temporary, source->bytes); !copied)
+        return copied;
+    const Result<std::string> copy = settle(files, temporary, cutroom::nameOf(source->path));
+    if (!copy)
+        return copy.status();
+    Status taken = takeCopy(document, *copy, source->bytes);
+    if (!taken)
+        (void)cutroom::removeFile(*copy); // the failure that counts is being reported
+    return taken;
+}
+
+// The document may have gone while its file was copied.
+Status DocumentManager::takeCopy(Document& document, const std::string& copy, std::uint64_t bytes) {
+    const CriticalSection::Lock whole(filesLock_);
+    if (!document.managed())
+        return {StatusCode::wrongUsage, document.getID().asString(), "is no longer in the project"};
+    const ContainerModifier<Document> batch(Kv::Ptr<Document>(&document), "localise");
+    auto locations = document.getLocations();
+    locations.insert(locations.begin(), cutroom::toWide(copy));
+    document.setLocations(locations);
+    document.setSize(bytes);
+    return {};
+}
