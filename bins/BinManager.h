@@ -58,9 +58,10 @@ public:
     cutroom::Status reload(const Cookie& bin);
 
     // --- saving --------------------------------------------------------------------------------
-    // Writes every dirty bin, and the cache, as one group: all or none, with few flushes. Then
-    // tells `saved`. On failure all stay dirty and nothing is told; what changes meanwhile stays
-    // dirty. Without a project bins live in memory only: nothing is written, nothing fails.
+    // Writes every dirty bin as one group: all or none, with few flushes. Then tells `saved`,
+    // whether any was dirty or not. On failure all stay dirty and nothing is told; what changes
+    // meanwhile stays dirty. Without a project bins live in memory only: nothing is written or
+    // told, nothing fails.
     cutroom::Status saveAll();
     // Some loaded bin is dirty.
     bool anyDirty() const;
@@ -112,6 +113,10 @@ private:
         std::uint64_t changes = 1;
         std::uint64_t summarised = 0;
     };
+    struct Exporter {
+        LightweightString<wchar_t> name;
+        Kv::Ptr<iAssetMetadataExporter> exporter;
+    };
     using LoadedBins = std::vector<Kv::Ptr<BinData>>;
 
     BinManager();
@@ -128,15 +133,18 @@ private:
     Kv::Ptr<BinData> enter(const Kv::Ptr<BinData>& bin, bool& entered);
     Kv::Ptr<BinData> findLoaded(const Cookie& bin) const;
     LoadedBins loadedBins() const;
-    // Reads again the summaries of loaded bins that have changed. Takes containers' locks.
-    void refreshSummaries();
-    bool summariseOne(const Cookie& bin);
-    void noteChanged(const Cookie& bin);
-    // Forgets a bin; false when it was not known.
-    bool forget(const Cookie& bin);
+    bool isKnown(const Cookie& bin) const;
+    void forget(const Cookie& bin);
     void forgetAll();
 
-    cutroom::Status saveDirty(bool& wrote) CUTROOM_REQUIRES(saving_);
+    // A loaded bin has changed.
+    void noteChanged(const Cookie& bin);
+    // Stores the summary of a bin as it is now. Takes the bin's lock.
+    void summarise(const Cookie& id, const Loaded& seen);
+    // The same for all loaded bins that have changed.
+    void refreshSummaries();
+
+    cutroom::Status saveDirty() CUTROOM_REQUIRES(saving_);
     cutroom::Status removeFile(const Cookie& bin) CUTROOM_REQUIRES(saving_);
     void setupFromCacheFile();
     cutroom::Status writeBinsCacheFile() CUTROOM_REQUIRES(saving_);
@@ -150,7 +158,7 @@ private:
     std::uint64_t removals_ CUTROOM_GUARDED_BY(mapsLock_) = 0;
     // The cache on the disk says what `summaries_` does.
     bool cacheIsCurrent_ CUTROOM_GUARDED_BY(mapsLock_) = true;
-    std::vector<Kv::Ptr<iAssetMetadataExporter>> exporters_ CUTROOM_GUARDED_BY(mapsLock_);
+    std::vector<Exporter> exporters_ CUTROOM_GUARDED_BY(mapsLock_);
     std::vector<Kv::Ptr<Guard>> registrations_;
 };
 

@@ -46,8 +46,11 @@ cutroom::Status ContainerBase::stage(cutroom::GroupCommit&) {
 
 void ContainerBase::setSaved(std::uint64_t changeCount) {
     const Change lock(*this);
-    if (changes_ == changeCount)
-        setDirty(false);
+    if (changes_ != changeCount)
+        return;
+    setDirty(false);
+    if (changes_ != changeCount) // made dirty by hand in between
+        dirty_ = true;
 }
 
 // --- identity ------------------------------------------------------------------------------------

@@ -26,6 +26,8 @@ Status oledb::save(const std::string& fileName) const {
     return table_.save(fileName, kTableKind, cutroom::Backup::none);
 }
 
+std::string oledb::bytes() const { return table_.bytes(kTableKind); }
+
 std::optional<std::string> oledb::getParameter(std::string_view name) const {
     const std::string* text = table_.attribute(name);
     return text ? std::optional(*text) : std::nullopt;

@@ -21,6 +21,8 @@ public:
     // Rewrites the whole file crash-safely. No backup is kept: what is in a table can be rebuilt.
     cutroom::Status save(const LightweightString<wchar_t>& fileName) const;
     cutroom::Status save(const std::string& fileName) const;
+    // The bytes that `save` writes, for a group commit.
+    std::string bytes() const;
 
     // Named texts of the table as a whole; nothing when missing.
     std::optional<std::string> getParameter(std::string_view name) const;
