@@ -6,32 +6,40 @@
 
 namespace cutroom {
 
+// Changes of edits are counted with all others.
 Autosave::Autosave(iEventLoop& loop)
-    : loop_(loop), registration_(EditManager::instance().registerNotification(
-                       makeCallback<NotifyMsg>([this](const NotifyMsg&) { noteChange(); }),
-                       kNoticeModifications)) {}
+    : loop_(loop), edits_(EditManager::instance().registerNotification(
+                       makeCallback<NotifyMsg>([](const NotifyMsg&) { Savers::noteChange(); }),
+                       kNoticeModifications)),
+      changes_(Savers::addListener(
+          makeCallback<NotifyMsg>([this](const NotifyMsg&) { noteChange(); }))) {
+    if (Savers::takeChanges() != 0)
+        noteChange();
+}
 
 Autosave::~Autosave() = default;
 
 // Saving waits for the loop: a change is told in the middle of what somebody is doing.
 void Autosave::noteChange() {
-    ++changes_;
-    if (changes_ == kChanges)
+    if (Savers::changes() >= kChanges)
         timer_ = loop_.addTimer(0, 0, [this] { save(); });
     else if (!timer_)
         timer_ = loop_.addTimer(kSeconds, 0, [this] { save(); });
 }
 
 void Autosave::save() {
-    changes_ = 0;
+    Savers::takeChanges();
     timer_.reset();
-    Status saved = EditManager::instance().flushChanges(false);
-    if (saved.ok())
-        saved = EditorPreferences::flush();
-    if (saved)
-        return;
-    LogBoth("autosave: %s\n", saved.text().c_str());
-    timer_ = loop_.addTimer(kSeconds, 0, [this] { save(); });
+    bool failed = false;
+    for (const Status& saved : {EditManager::instance().flushChanges(false), Savers::saveAll(),
+                                EditorPreferences::flush()}) {
+        if (saved)
+            continue;
+        failed = true;
+        LogBoth("autosave: %s\n", saved.text().c_str());
+    }
+    if (failed)
+        timer_ = loop_.addTimer(kSeconds, 0, [this] { save(); });
 }
 
 } // namespace cutroom

@@ -3,16 +3,18 @@
 
 #include "platform/base/Guard.h"
 #include "platform/host/EventLoop.h"
+#include "platform/project/Savers.h"
 
 namespace cutroom {
 
-// Writes every dirty edit, and the preferences, at the latest `kSeconds` after a change or after
-// `kChanges` changes. A save that fails is logged and tried again after the same time. Lives as
-// long as the project is open for writing; user-interface thread only.
+// Writes every dirty edit, whatever registered with `Savers` (bins, documents, groups), and the
+// preferences, at the latest `kSeconds` after a change or after `kChanges` changes. What fails is
+// logged, does not keep the rest from being written, and is tried again after the same time. Lives
+// as long as the project is open for writing; user-interface thread only.
 class CUTROOM_API Autosave {
 public:
     static constexpr double kSeconds = 60;
-    static constexpr int kChanges = 25;
+    static constexpr int kChanges = Savers::kManyChanges;
 
     // `loop` outlives it.
     explicit Autosave(iEventLoop& loop);
@@ -25,8 +27,8 @@ private:
     void save();
 
     iEventLoop& loop_;
-    int changes_ = 0; // since the last save
-    Kv::Ptr<Guard> registration_;
+    Kv::Ptr<Guard> edits_;
+    Kv::Ptr<Guard> changes_;
     Kv::Ptr<Guard> timer_; // runs while changes wait
 };
 

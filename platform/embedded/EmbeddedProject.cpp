@@ -3,6 +3,7 @@
 #include "platform/base/Log.h"
 #include "platform/prefs/Configuration.h"
 #include "platform/prefs/EditorPreferences.h"
+#include "platform/project/Savers.h"
 #include "platform/store/EditManager.h"
 
 namespace cutroom {
@@ -41,6 +42,7 @@ Status EmbeddedProject::close() {
     host_.transport().stop();
     Status outcome = EditManager::instance().handleProjectExit();
     host_.loop().pump();
+    outcome = firstFailure(outcome, Savers::takeFailure());
     if (!CurrentProject::isReadOnly())
         outcome = firstFailure(outcome, EditorPreferences::flush());
     return firstFailure(outcome, CurrentProject::close());

@@ -27,8 +27,9 @@ public:
     Status open(const std::string& folder, CurrentProject::Access access,
                 CurrentProject::IfMissing ifMissing);
     // Stops the transport, tells the project's exit (viewed edits close and leave how they were
-    // viewed with their edits), writes what is dirty, and closes. Gives the first failure; the
-    // project is closed all the same. All well without a project.
+    // viewed with their edits, containers are saved), writes what is dirty, and closes. Gives the
+    // first failure, also of what could not be saved at the exit (`Savers`); the project is closed
+    // all the same. All well without a project.
     Status close();
 
 private:
