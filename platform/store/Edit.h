@@ -131,7 +131,7 @@ public:
     IdStamp addChan(EditChanType type, EditChanSubType subType = kSubNormal,
                     const IdStamp& id = {});
     // `notify` tells the removal. False when the edit has no such channel. The levels channel of an
-    // audio channel goes with it.
+    // audio channel goes with it, and its input of the mix.
     bool removeChan(const IdStamp& channel, bool notify);
     void removeChans(unsigned types, unsigned subTypes);
     // "V1", "A2" … by type and index, or the user's own name.

@@ -27,6 +27,14 @@ char letterOf(EditChanType type) {
     }
 }
 
+// The mix without the input of an audio channel that goes.
+Kv::Ptr<Aud::SimpleMixState> withoutInput(const Aud::SimpleMixState& mix, int input) {
+    auto rest = Kv::makePtr<Aud::SimpleMixState>(mix);
+    if (static_cast<std::size_t>(input) < rest->numInputs())
+        rest->removeInput(static_cast<unsigned char>(input));
+    return rest;
+}
+
 } // namespace
 
 int Edit::getNumChans(unsigned types, unsigned subTypes) const {
@@ -144,6 +152,13 @@ bool Edit::removeChan(const IdStamp& channel, bool notify) {
     if (levels.valid())
         removeChan(levels, false);
     EditChannel* found = impl_->state.find(channel);
+    if (found->type == kChanAudio && impl_->state.mix && impl_->state.mix->valid()) {
+        auto mix = withoutInput(*impl_->state.mix, getIndexWithinType(channel));
+        if (!(*mix == *impl_->state.mix)) {
+            impl_->state.mix = std::move(mix);
+            impl_->record(kModAudioMix);
+        }
+    }
     found->cel->edit_ = nullptr;
     found->cel->renumber();
     impl_->state.channels.erase(impl_->state.channels.begin() +

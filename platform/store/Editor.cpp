@@ -3,6 +3,7 @@
 #include "platform/store/CelStorage.h"
 #include "platform/store/EditImpl.h"
 #include "platform/store/EditorLevels.h"
+#include "platform/store/EditorPieces.h"
 
 #include <algorithm>
 #include <map>
@@ -11,8 +12,6 @@ namespace cutroom {
 
 namespace {
 
-using GraphTable = std::map<IdStamp, EffectGraph>;
-
 // What is taken of the source: its channels (lists shared), its effects, the region in flicks.
 struct Taken {
     std::vector<EditChannel> channels;
@@ -20,6 +19,19 @@ struct Taken {
     Shared<GraphTable> graphs;
     Flicks from = 0;
     Flicks to = 0;
+
+    Piece pieceOf(const EditChannel& channel, Flicks at) const {
+        return {*channel.cel, from, to, at - from};
+    }
+    // No channel goes on beyond the region.
+    bool isWhole() const {
+        return std::all_of(channels.begin(), channels.end(), [&](const EditChannel& channel) {
+            const Cel& cel = *channel.cel;
+            const std::uint32_t events = cel.get_num_events();
+            return events == 0 ||
+                   (cel.get_event(0).time >= from && cel.get_event(events - 1).time <= to);
+        });
+    }
 };
 
 // One channel of the target with what it is to hold.
@@ -28,6 +40,10 @@ struct Laid {
     IdStamp target; // empty: to be added
     Kv::Ptr<Cel> contents;
 };
+
+Status outsideOfEdits() {
+    return {StatusCode::failed, {}, "a piece lies outside the range of an edit"};
+}
 
 Status take(const EditModule& source, Taken& taken) {
     const TimeRange region = source.getMarkedRegion();
@@ -46,26 +62,6 @@ Status take(const EditModule& source, Taken& taken) {
     }
     taken.graphs = state.graphs;
     return {};
-}
-
-// The part of a list inside the region, moved to begin at 0. Shares the list that lies inside as a
-// whole.
-Kv::Ptr<Cel> partOf(const Cel& cel, Flicks from, Flicks to) {
-    const Flicks start = cel.get_num_events() > 0 ? cel.get_event(0).time : to;
-    const Flicks end = cel.get_num_events() > 0 ? cel.get_event(cel.get_num_events() - 1).time : to;
-    if (start >= from && end <= to) {
-        Kv::Ptr<Cel> whole = cel.copy();
-        if (const Status moved = whole->slide(-toSeconds(from)); moved.ok())
-            return whole;
-    }
-    auto part = Kv::makePtr<Cel>();
-    part->setFlags(cel.getFlags());
-    const Flicks first = std::max(from, start);
-    const Flicks last = std::min(to, end);
-    if (first < last)
-        if (const Status laid = part->overwriteFrom(cel, first, last, first - from); !laid)
-            return {};
-    return part;
 }
 
 // The target's channels that take the source's, the first for the first of each type and so on.
@@ -92,7 +88,7 @@ std::vector<Laid> match(const Taken& taken, const EditModule& target, bool selec
 
 // Brings the effects on a list's points along. One whose id the target has for another effect gets
 // an id of its own.
-void bringGraphs(Edit& edit, Cel& cel, const GraphTable& source) {
+void bringGraphs(Shared<GraphTable>& target, Cel& cel, const GraphTable& source) {
     if (source.empty())
         return;
     std::map<IdStamp, IdStamp> ids;
@@ -104,10 +100,12 @@ void bringGraphs(Edit& edit, Cel& cel, const GraphTable& source) {
         const auto [entry, fresh] = ids.try_emplace(graph->first, graph->first);
         if (fresh) {
             EffectGraph copy = graph->second;
-            const auto known = edit.getEffectGraph(copy.id);
-            if (known && !(*known == copy))
-                copy.id = IdStamp();
-            entry->second = edit.setEffectGraph(std::move(copy));
+            const auto known = target->find(copy.id);
+            if (known != target->end() && !(known->second == copy))
+                copy.id = IdStamp::make();
+            entry->second = copy.id;
+            if (target->count(copy.id) == 0)
+                target.write()[copy.id] = std::move(copy);
         }
         if (entry->second == graph->first)
             continue;
@@ -115,6 +113,14 @@ void bringGraphs(Edit& edit, Cel& cel, const GraphTable& source) {
         if (const Status set = cel.setEvent(i, event); !set.ok())
             return;
     }
+}
+
+void setGraphs(const Edit& edit, Shared<GraphTable> graphs) {
+    auto& impl = EditAccess::impl(edit);
+    if (graphs == impl.state.graphs)
+        return;
+    impl.state.graphs = std::move(graphs);
+    impl.record(kModEffects);
 }
 
 enum class Levels { replace, overlay };
@@ -140,38 +146,54 @@ void bringLevels(Edit& edit, const Taken& taken, const std::vector<Laid>& pairs,
 }
 
 // The target's channels become the part of the source's.
-Status rebuild(const Taken& taken, EditModule& target) {
+Status rebuild(Taken& taken, EditModule& target) {
     std::vector<Laid> pairs = match(taken, target, false);
     for (Laid& pair : pairs) {
-        pair.contents = partOf(*pair.source->cel, taken.from, taken.to);
+        pair.contents = filledPart(taken.pieceOf(*pair.source, 0), taken.graphs);
         if (!pair.contents)
-            return {StatusCode::failed, {}, "a piece lies outside the range of an edit"};
+            return outsideOfEdits();
     }
     Edit& edit = *target.getEdit();
     const Edit::Lock lock(edit);
     auto& impl = EditAccess::impl(edit);
-    const bool takeAllGraphs = impl.state.graphs->empty();
+    Shared<GraphTable> graphs = impl.state.graphs;
+    if (graphs->empty() && taken.isWhole())
+        graphs = taken.graphs;
+    else
+        for (const Laid& pair : pairs)
+            bringGraphs(graphs, *pair.contents, *taken.graphs);
     for (Laid& pair : pairs) {
         if (!pair.target.valid()) {
             pair.target = edit.addChan(pair.source->type, pair.source->subType);
             target.selectChan(pair.target, true);
         }
-        if (!takeAllGraphs)
-            bringGraphs(edit, *pair.contents, *taken.graphs);
         edit.set_edit_cel_p(pair.target, *pair.contents);
         EditChannel& channel = *impl.state.find(pair.target);
         channel.metadata = pair.source->metadata;
         channel.font = pair.source->font;
     }
-    if (takeAllGraphs)
-        impl.state.graphs = taken.graphs;
+    setGraphs(edit, std::move(graphs));
     bringLevels(edit, taken, pairs, 0, Levels::replace);
     impl.record(kModFlattened);
     return {};
 }
 
+// A target's list with the region laid over it; its effects are entered in `graphs`. Null when that
+// cannot be.
+Kv::Ptr<Cel> withRegion(const Cel& list, const EditChannel& channel, Taken& taken, Flicks at,
+                        Shared<GraphTable>& graphs) {
+    const Kv::Ptr<Cel> piece = wholePart(taken.pieceOf(channel, at), taken.graphs);
+    if (!piece)
+        return {};
+    bringGraphs(graphs, *piece, *taken.graphs);
+    Kv::Ptr<Cel> contents = laidOver(list, *piece, at, at + (taken.to - taken.from), graphs);
+    if (contents)
+        contents->setFlags(list.getFlags() | channel.cel->getFlags());
+    return contents;
+}
+
 // The region is laid over the target's channels.
-Status overlay(const Taken& taken, EditModule& target) {
+Status overlay(Taken& taken, EditModule& target) {
     const double current = target.getCurrentTime();
     if (taken.from >= taken.to)
         return {StatusCode::failed, {}, "the marked region is empty"};
@@ -181,20 +203,16 @@ Status overlay(const Taken& taken, EditModule& target) {
     std::vector<Laid> pairs = match(taken, target, true);
     Edit& edit = *target.getEdit();
     const Edit::Lock lock(edit);
+    Shared<GraphTable> graphs = EditAccess::impl(edit).state.graphs;
     for (Laid& pair : pairs) {
-        auto piece = Kv::makePtr<Cel>();
-        if (Status laid = piece->overwriteFrom(*pair.source->cel, taken.from, taken.to, at); !laid)
-            return laid;
-        bringGraphs(edit, *piece, *taken.graphs);
-        pair.contents = edit.get_edit_cel_p(pair.target)->copy();
-        if (Status laid =
-                pair.contents->overwriteFrom(*piece, at, at + (taken.to - taken.from), at);
-            !laid)
-            return laid;
-        pair.contents->setFlags(pair.contents->getFlags() | pair.source->cel->getFlags());
+        pair.contents =
+            withRegion(*edit.get_edit_cel_p(pair.target), *pair.source, taken, at, graphs);
+        if (!pair.contents)
+            return outsideOfEdits();
     }
     for (const Laid& pair : pairs)
         edit.set_edit_cel_p(pair.target, *pair.contents);
+    setGraphs(edit, std::move(graphs));
     bringLevels(edit, taken, pairs, at, Levels::overlay);
     return {};
 }

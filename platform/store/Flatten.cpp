@@ -2,6 +2,7 @@
 #include "platform/store/CelStorage.h"
 #include "platform/store/EditImpl.h"
 #include "platform/store/Editor.h"
+#include "platform/store/EditorPieces.h"
 
 #include <algorithm>
 #include <deque>
@@ -13,8 +14,8 @@ namespace {
 // Walks the segments of one layer that are not black, each by its events moved to edit time.
 class Layer {
 public:
-    Layer(const Cel& cel, CelStorage& result)
-        : storage_(CelAccess::storage(cel)), offset_(CelAccess::offset(cel)),
+    Layer(const Cel& cel, const GraphTable& graphs, CelStorage& result)
+        : storage_(CelAccess::storage(cel)), offset_(CelAccess::offset(cel)), graphs_(graphs),
           details_(*storage_, result) {
         skipBlack();
     }
@@ -38,6 +39,8 @@ public:
         in.time += offset_;
         out.time += offset_;
         EventPair pair = trimmedPair(in, out, from, to);
+        if (!graphs_.empty())
+            keepClipEffects(pair, in, out, graphs_);
         details_.adopt(pair[0]);
         pair[1].detail = pair[0].detail;
         return pair;
@@ -51,6 +54,7 @@ private:
 
     Shared<CelStorage> storage_;
     Flicks offset_;
+    const GraphTable& graphs_;
     DetailAdopter details_;
     std::size_t segment_ = 0;
 };
@@ -100,7 +104,7 @@ Status flattenEdit(const EditModifier& edit, const EditModule& selection, int mo
         celFlags |= cel->getFlags();
         if (cel->get_num_events() == 0)
             continue;
-        layers.emplace_back(*cel, result);
+        layers.emplace_back(*cel, *EditAccess::impl(*edit).state.graphs, result);
         start = std::min(start, cel->get_event(0).time);
         end = std::max(end, cel->get_event(cel->get_num_events() - 1).time);
     }
