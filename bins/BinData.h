@@ -16,9 +16,10 @@
 #include "platform/base/LogType.h"
 #include "platform/store/EditManager.h"
 
-#include <cstdint>
+#include <atomic>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -63,7 +64,7 @@ public:
     BinData& operator=(const BinData& other);
     ~BinData() override;
 
-    // False after a load that could not read the file, until one can or a save succeeds.
+    // False after a load that could not read the file, until one can.
     bool valid() const;
 
     // --- items ---------------------------------------------------------------------------------
@@ -248,19 +249,36 @@ protected:
 
 private:
     friend class Reading;
-    // What the last load or save found in the bin's own file.
+    // Whether the bin's own file holds what is not known here.
     enum class FileState { unknown, plain, withUnknown };
 
     template <class Key> int indexOf(const Key& key) const CUTROOM_REQUIRES_SHARED(lock_);
-    template <class Key> bool removeOne(const Key& key);
-    template <class Test> bool changeTags(const Test& tagOf);
-    void appendMissing(Items& found);
-    void recordItems(unsigned type, CookieVec assets = {});
+    template <class Key> BinItem itemOf(const Key& key) const;
+    template <class Key> bool taggedOf(const Key& key) const;
+    template <class Key> bool removeFirst(const Key& key);
+    template <class Test> unsigned count(const Test& test) const;
+    // Gives each item the tag that `tagOf` says for index and item; records what changed.
+    template <class TagOf> bool changeTags(const TagOf& tagOf);
+    // Takes out the items for which `goes` is true; gives their assets.
+    template <class Test> CookieVec takeOut(const Test& goes) CUTROOM_REQUIRES(lock_);
+    Items copyOfItems() const;
+    CookieVec missing(const CookieVec& assets) const;
+    void replaceItems(Items items);
+    void append(Items items) CUTROOM_REQUIRES(lock_);
+    // Clears the tags and appends what is not there yet; true when anything was.
+    bool appendMissing(Items items);
+    bool holdsNested(const Cookie& asset, std::set<Cookie>& visited) const;
+    bool isWithin(const Cookie& bin) const;
+    void tellAssetsChanged(CookieVec assets);
+    cutroom::Status write(const Cookie& file, FileImage* image) const;
 
     cutroom::BinContents contents_ CUTROOM_GUARDED_BY(lock_);
     unsigned caps_ CUTROOM_GUARDED_BY(lock_) = kDefaultCaps;
     std::vector<LogAttribute> columns_ CUTROOM_GUARDED_BY(lock_);
-    FileState fileState_ CUTROOM_GUARDED_BY(lock_) = FileState::unknown;
-    // Made when first asked, dropped or kept up by changes; has a lock of its own.
+    // Where items are found; made when it is asked, dropped or kept up by every change. Has a lock
+    // of its own.
     const std::unique_ptr<cutroom::BinIndex> index_;
+    // Held while the file is written.
+    mutable CriticalSection writing_;
+    mutable std::atomic<FileState> fileState_{FileState::unknown};
 };

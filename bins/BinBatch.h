@@ -1,0 +1,26 @@
+// `cutroom::BinBatch`: a batch of one container's changes that ends with the scope.
+#pragma once
+
+#include "bins/ContainerBase.h"
+
+#include <utility>
+
+namespace cutroom {
+
+// For operations of a container on itself, which hold no share of it.
+class BinBatch {
+public:
+    explicit BinBatch(ContainerBase& container, LightweightString<char> reason = {})
+        : container_(container), reason_(std::move(reason)) {
+        container_.beginModifications();
+    }
+    ~BinBatch() { container_.endModifications(reason_); }
+    BinBatch(const BinBatch&) = delete;
+    BinBatch& operator=(const BinBatch&) = delete;
+
+private:
+    ContainerBase& container_;
+    const LightweightString<char> reason_;
+};
+
+} // namespace cutroom
