@@ -1,5 +1,8 @@
 #include "platform/files/KVContainerFile.h"
 
+#include <algorithm>
+#include <utility>
+
 using cutroom::kContainerKind;
 using cutroom::Result;
 using cutroom::Status;
@@ -8,6 +11,10 @@ namespace {
 
 constexpr std::string_view kNameWord = "name";
 constexpr std::string_view kPermanentWord = "permanent";
+
+bool holds(const std::vector<std::string_view>& names, std::string_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
 
 } // namespace
 
@@ -62,6 +69,23 @@ long long KVContainerFile::Reader::getIntAttribute(std::string_view name,
     return text ? cutroom::parseInt(*text).value_or(otherwise) : otherwise;
 }
 
+bool KVContainerFile::Reader::holdsMoreThan(const ItemField* fields,
+                                            const std::vector<std::string_view>& attributes) const {
+    std::vector<std::string_view> names;
+    for (; fields->name && *fields->name; ++fields)
+        names.emplace_back(fields->name);
+    for (const cutroom::RecordFile::Field& field : table_.fields())
+        if (!holds(names, field.name))
+            return true;
+    for (const cutroom::RecordFile::Attribute& one : table_.attributes())
+        if (!holds(attributes, one.name))
+            return true;
+    for (const cutroom::RecordFile::Attribute& one : table_.properties())
+        if (one.name != kNameWord && one.name != kPermanentWord)
+            return true;
+    return false;
+}
+
 int KVContainerFile::Reader::getFieldIndex(std::string_view name) const noexcept {
     return table_.findField(name);
 }
@@ -83,8 +107,10 @@ void KVContainerFile::Writer::addAttribute(std::string_view name, std::string_vi
     table_.setAttribute(name, text);
 }
 
-void KVContainerFile::Writer::keepUnknown(const Reader& older) {
+void KVContainerFile::Writer::keepUnknown(const Reader& older,
+                                          std::vector<std::string_view> known) {
     older_ = &older;
+    knownAttributes_ = std::move(known);
     const std::vector<cutroom::RecordFile::Field>& fields = older.table_.fields();
     for (std::size_t i = 0; i < fields.size(); ++i)
         if (table_.findField(fields[i].name) < 0)
@@ -129,7 +155,7 @@ void KVContainerFile::Writer::finish() {
         if (!table_.property(one.name))
             table_.setProperty(one.name, one.text);
     for (const cutroom::RecordFile::Attribute& one : older_->table_.attributes())
-        if (!table_.attribute(one.name))
+        if (!table_.attribute(one.name) && !holds(knownAttributes_, one.name))
             table_.setAttribute(one.name, one.text);
     olderItems_.clear(); // the last item is complete
 }

@@ -44,6 +44,11 @@ public:
         // The whole text as a decimal integer; `otherwise` when absent or no such number.
         long long getIntAttribute(std::string_view name, long long otherwise = 0) const;
 
+        // Tells whether the file holds a property, an attribute or an item field beyond those
+        // named: something that `Writer::keepUnknown` would keep.
+        bool holdsMoreThan(const ItemField* fields,
+                           const std::vector<std::string_view>& attributes) const;
+
         // The index of an item field by name; -1 when the file lacks it.
         int getFieldIndex(std::string_view name) const noexcept;
         std::size_t getNumItems() const noexcept { return table_.size(); }
@@ -77,9 +82,10 @@ public:
         void addAttribute(std::string_view name, std::string_view text);
         // Keeps what `older` has and this writer is not given by the time of `save`: attributes and
         // properties, and of an item with the same text in field 0 the fields that are not
-        // described here. So what a later version wrote survives being saved by this one. Called
-        // before the first item; `older` must live as long as the writer.
-        void keepUnknown(const Reader& older);
+        // described here. So what a later version wrote survives being saved by this one. Of the
+        // attributes in `known` nothing is kept: not writing them means to have none. Called before
+        // the first item; `older` must live as long as the writer.
+        void keepUnknown(const Reader& older, std::vector<std::string_view> known = {});
 
         // Begins an item whose field 0 is `text`.
         void addItem(std::string_view text);
@@ -104,6 +110,7 @@ public:
 
         cutroom::RecordFile table_;
         const Reader* older_ = nullptr;
+        std::vector<std::string_view> knownAttributes_;
         std::vector<Kept> keptFields_;
         std::unordered_map<std::string_view, std::size_t> olderItems_; // by field 0
     };
