@@ -4,6 +4,7 @@
 #include "platform/files/Files.h"
 #include "platform/files/KvIniFile.h"
 
+#include <atomic>
 #include <limits>
 #include <optional>
 
@@ -13,6 +14,11 @@ using cutroom::StatusCode;
 namespace {
 
 constexpr std::string_view kSection = "preferences";
+
+// Over all lives. Raised after a value has changed.
+std::atomic<std::uint64_t> changes{0};
+
+void noteChange() { changes.fetch_add(1, std::memory_order_release); }
 
 } // namespace
 
@@ -33,6 +39,7 @@ struct EditorPreferences::State {
             return;
         values.set(kSection, key, text);
         dirty = true;
+        noteChange();
     }
     Status write() CUTROOM_REQUIRES(writing) {
         std::string file, text;
@@ -53,7 +60,7 @@ struct EditorPreferences::State {
     }
 };
 
-EditorPreferences::EditorPreferences() : state_(std::make_unique<State>()) {}
+EditorPreferences::EditorPreferences() : state_(std::make_unique<State>()) { noteChange(); }
 
 EditorPreferences::~EditorPreferences() {
     CriticalSection::Lock writing(state_->writing);
@@ -124,6 +131,12 @@ void EditorPreferences::removePreference(std::string_view key) {
         return;
     state.values.remove(kSection, key);
     state.dirty = true;
+    noteChange();
+}
+
+std::uint64_t EditorPreferences::changeCount() {
+    instance();
+    return changes.load(std::memory_order_acquire);
 }
 
 Status EditorPreferences::open(const std::string& path) {
@@ -139,6 +152,7 @@ Status EditorPreferences::open(const std::string& path) {
     state.values = std::move(file);
     state.path = path;
     state.dirty = false;
+    noteChange();
     return {};
 }
 

@@ -34,6 +34,10 @@ public:
     // Takes the value away, so that the reader's default holds.
     static void removePreference(std::string_view key);
 
+    // Grows whenever a value may have changed, never to come back: for those who ask so often that
+    // they keep what they read. Never 0.
+    static std::uint64_t changeCount();
+
     // Reads the file and keeps to it from now on; one that is not there is made at the first
     // `flush`. A damaged file is an error: nothing is taken from it, and it is never overwritten.
     static cutroom::Status open(const std::string& path);

@@ -105,6 +105,27 @@ TEST_F(PreferencesTest, AreWrittenOnlyWhenSomethingChanged) {
     EXPECT_THAT(readFile(path).value(), testing::HasSubstr("a = 2\n"));
 }
 
+TEST_F(PreferencesTest, CountTheirChanges) {
+    ASSERT_TRUE(Preferences::open(path).ok());
+    std::uint64_t last = Preferences::changeCount();
+    const auto grew = [&] {
+        const std::uint64_t before = std::exchange(last, Preferences::changeCount());
+        return last > before;
+    };
+    EXPECT_GT(last, 0u);
+    Preferences::setPreference("a", 1);
+    EXPECT_TRUE(grew());
+    Preferences::setPreference("a", 1);
+    Preferences::removePreference("b");
+    EXPECT_FALSE(grew());
+    Preferences::removePreference("a");
+    EXPECT_TRUE(grew());
+    ASSERT_TRUE(Preferences::open(path).ok());
+    EXPECT_TRUE(grew());
+    endLife();
+    EXPECT_TRUE(grew());
+}
+
 TEST_F(PreferencesTest, InADamagedFileAreNeverOverwritten) {
     const std::string damaged = "; cutroom ini 1\n[preferences]\na = 1\n; checksum 00000000\n";
     ASSERT_TRUE(writeFile(path, damaged).ok());
