@@ -6,6 +6,7 @@
 #include "vob/TrimObj.h"
 #include "vob/Vob.h"
 
+#include <atomic>
 #include <cmath>
 #include <limits>
 
@@ -94,8 +95,17 @@ EventInfo Vob::getPrevEvent(double seconds, bool ignoreUnjoined, bool includeCur
     return findEvent(search, seconds, ignoreUnjoined, includeCurrent);
 }
 
+// Asked for at every step, so it is kept until a preference changes: the value below the count at
+// which it was read.
 bool Vob::getStopAtTransitionMidPoints() {
-    return EditorPreferences::getPreference(kTransitionStops, false);
+    static std::atomic<std::uint64_t> kept{0};
+    const std::uint64_t count = EditorPreferences::changeCount();
+    std::uint64_t known = kept.load(std::memory_order_relaxed);
+    if (known >> 1 != count) {
+        known = count << 1 | (EditorPreferences::getPreference(kTransitionStops, false) ? 1u : 0u);
+        kept.store(known, std::memory_order_relaxed);
+    }
+    return (known & 1) != 0;
 }
 
 void Vob::setStopAtTransitionMidPoints(bool on) {

@@ -1,0 +1,22 @@
+#include "tests/support/Allocations.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local std::size_t count = 0;
+
+} // namespace
+
+std::size_t cutroom::test::allocations() noexcept { return count; }
+
+void* operator new(std::size_t size) {
+    ++count;
+    if (void* const memory = std::malloc(size > 0 ? size : 1))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
