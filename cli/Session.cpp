@@ -36,6 +36,7 @@ VerbTable::VerbTable() {
     addRoleVerbs(*this);
     addBatchVerbs(*this);
     addCutVerbs(*this);
+    addCueVerbs(*this);
     addChannelVerbs(*this);
     addDetailVerbs(*this);
     addMixVerbs(*this);

@@ -60,6 +60,7 @@ void addSelectionVerbs(VerbTable& verbs);
 void addRoleVerbs(VerbTable& verbs);
 void addBatchVerbs(VerbTable& verbs);
 void addCutVerbs(VerbTable& verbs);
+void addCueVerbs(VerbTable& verbs);
 void addChannelVerbs(VerbTable& verbs);
 void addDetailVerbs(VerbTable& verbs);
 void addMixVerbs(VerbTable& verbs);
