@@ -38,38 +38,41 @@ BinData::BinData(const CookieVec& assets) : BinData() {
 }
 
 BinData::BinData(const BinData& other) : BinData() {
-    const SharedLock::Read lock(other.lock_);
-    contents_ = other.contents_;
-    caps_ = other.caps_;
-    columns_ = other.columns_;
     setStoredNames(other.getName(), other.getExternalID());
     setCreationTime(other.getCreationTime());
     setModificationTime(other.getModificationTime());
+    takeOver(other);
 }
 
 BinData& BinData::operator=(const BinData& other) {
     if (this == &other)
         return *this;
     const LightweightString<wchar_t> name = other.getName(), externalId = other.getExternalID();
+    const Change change(*this);
+    const BinBatch batch(*this);
+    takeOver(other);
+    setName(name);
+    setExternalID(externalId);
+    addModifications(kModItemsAdded | kModItemsRemoved);
+    return *this;
+}
+
+// Reads the other bin before this one is locked, or under the change lock.
+void BinData::takeOver(const BinData& other) {
     cutroom::BinContents contents;
     unsigned caps = 0;
     std::vector<LogAttribute> columns;
     {
-        const SharedLock::Read lock(other.lock_); // let go before this bin's own
+        const SharedLock::Read lock(other.lock_);
         contents = other.contents_;
         caps = other.caps_;
         columns = other.columns_;
     }
     const Change change(*this);
-    const BinBatch batch(*this);
-    setName(name);
-    setExternalID(externalId);
     std::swap(contents_, contents);
     caps_ = caps;
     columns_.swap(columns);
     index_->drop();
-    addModifications(kModItemsAdded | kModItemsRemoved);
-    return *this;
 }
 
 BinData::~BinData() = default;

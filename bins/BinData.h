@@ -261,6 +261,7 @@ private:
     template <class TagOf> bool changeTags(const TagOf& tagOf);
     // Takes out the items for which `goes` is true; gives their assets.
     template <class Test> CookieVec takeOut(const Test& goes) CUTROOM_REQUIRES(lock_);
+    void takeOver(const BinData& other);
     Items copyOfItems() const;
     CookieVec missing(const CookieVec& assets) const;
     void replaceItems(Items items);
