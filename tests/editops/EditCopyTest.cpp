@@ -1,0 +1,190 @@
+#include "editops/EditCopy.h"
+
+#include "CopyFixture.h"
+#include "editops/CopyKinds.h"
+#include "editops/SequenceMaking.h"
+#include "platform/files/Files.h"
+#include "tests/support/FaultyFiles.h"
+
+using namespace cutroom;
+using namespace cutroom::test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class EditCopy : public CopyFixture {};
+
+// How each makes a whole copy, named.
+using Copying = EditModifier (*)(const EditPtr&);
+const std::map<std::string, Copying> kWholeCopies = {
+    {"copyEdit",
+     [](const EditPtr& edit) {
+         EditModule all(edit);
+         all.selectAll();
+         return copyEdit(all, L"(again)", false);
+     }},
+    {"copySequenceEdit", [](const EditPtr& edit) { return copySequenceEdit(edit, L"(again)"); }},
+    {"makeSequenceFromSource",
+     [](const EditPtr& edit) { return makeSequenceFromSource(EditModule(edit), L"(again)"); }},
+    {"edcopy_basic_copy", [](const EditPtr& edit) { return edcopy_basic_copy(edit.getCookie()); }},
+};
+
+TEST_F(EditCopy, aWholeCopyIsAnEditOfItsOwnWithEverythingInIt) {
+    const EditModifier reel = makeReel();
+    reel->setReadOnly(true);
+    reel->setConfig("CLIPBOARD", 1);
+    reel->setConfig("scene", "12");
+    reel->setSyncError(reel->getId(3), 0.25);
+    reel->groupChannels(reel->getChans(kChanAudio), true);
+    const auto mix = Kv::makePtr<Aud::SimpleMixState>(std::size_t{2});
+    mix->setInputPan(1, 0.75F);
+    reel->setAudioMix(mix);
+    for (const auto& [name, make] : kWholeCopies) {
+        SCOPED_TRACE(name);
+        const EditModifier copy = make(reel);
+        ASSERT_TRUE(copy);
+        EXPECT_EQ(contents(copy), "axrstL");
+        for (int i = 0; i < copy->getNumChans(); ++i)
+            EXPECT_TRUE(copy->get_edit_cel_p(i)->sameContents(*reel->get_edit_cel_p(i))) << i;
+        EXPECT_EQ(copy->getName(), name == "edcopy_basic_copy" ? L"Reel" : L"Reel (again)");
+        EXPECT_EQ(copy->getLogType(), kLogTypeEdit);
+        EXPECT_EQ(copy->getSyncError(copy->getId(3)), 0.25);
+        EXPECT_EQ(copy->openObjectInternal()->getGroupContents(0), copy->getChans(kChanAudio));
+        EXPECT_EQ(*copy->getAudioMix(), *mix);
+        EXPECT_FALSE(copy->isReadOnly());
+        EXPECT_EQ(config(copy, "scene"), "12");
+        EXPECT_EQ(config(copy, "CLIPBOARD"), "(none)");
+        EXPECT_EQ(copy->getTimecode(1), "10:00:01:00");
+        EXPECT_FALSE(manager().canUndo(copy));
+    }
+    EXPECT_THAT(log_.lines, IsEmpty());
+}
+
+struct SelectionRow {
+    const char* name;
+    const char* selected; // of V1 V2 D A1 A2 L1; "fresh": as a module begins
+    const char* copied;
+    const char* fromSource; // by makeSequenceFromSource, which keeps what is neither V nor A
+};
+class EditCopySelection : public EditCopy, public testing::WithParamInterface<SelectionRow> {};
+
+TEST_P(EditCopySelection, DecidesWhichChannelsStay) {
+    const EditModifier reel = makeReel();
+    EditModule module{EditPtr(reel)};
+    if (GetParam().selected != std::string("fresh"))
+        for (int i = 0; i < 6; ++i)
+            module.selectChan(reel->getId(i), GetParam().selected[i] == '1');
+    EXPECT_EQ(contents(copyEdit(module, {}, false)), GetParam().copied);
+    EXPECT_EQ(contents(makeSequenceFromSource(module, {})), GetParam().fromSource);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, EditCopySelection,
+                         testing::Values(SelectionRow{"all", "111111", "axrstL", "axrstL"},
+                                         SelectionRow{"fresh", "fresh", "axrstL", "axrstL"},
+                                         SelectionRow{"none", "000000", "", ""},
+                                         SelectionRow{"onePicture", "100000", "a", "a"},
+                                         SelectionRow{"allPictures", "110000", "axr", "axr"},
+                                         SelectionRow{"levelled", "000100", "sL", "sL"},
+                                         SelectionRow{"levelsAlone", "000011", "t", "t"},
+                                         SelectionRow{"derivedAlone", "001000", "r", "r"}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(EditCopy, whatIsMaterialIsCopiedAsAFile) {
+    struct Row {
+        eLogType type;
+        int material;
+        bool strips;
+        bool asFile;
+        bool ownStrips;
+    };
+    const Row rows[] = {{kLogTypeSource, 1, false, true, false},
+                        {kLogTypeSource, 1, true, true, true},
+                        {kLogTypeFileCopy, 0, true, true, false},
+                        {kLogTypeSource, 0, true, false, false},
+                        {kLogTypeSubclip, 7, true, true, true}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.type << " " << row.material);
+        const EditModifier clip = makeClip(row.type, row.material);
+        clip->setConfig("anything", "else");
+        manager().makeBackup(clip, "a step of the clip's own");
+        const EditModifier copy = copyEdit(EditModule(EditPtr(clip)), L"", row.strips);
+        ASSERT_TRUE(copy);
+        EXPECT_EQ(copy->getLogType(), row.asFile ? row.type : kLogTypeEdit);
+        EXPECT_EQ(copy->get_original_material(), row.asFile ? row.material : 0);
+        EXPECT_EQ(config(copy, "anything"), row.asFile ? "else" : "(none)");
+        const EditPtr plays = row.ownStrips ? EditPtr(copy) : EditPtr(clip);
+        EXPECT_EQ(copy->get_edit_cel_p(0)->get_strip_cookie(0), strip(plays, 'V', 1));
+        EXPECT_EQ(copy->get_edit_cel_p(1)->get_strip_cookie(0), strip(plays, 'S', 1));
+        EXPECT_EQ(row.ownStrips ? plays->getChanForStrip(strip(plays, 'S', 1)) : copy->getId(1),
+                  copy->getId(1));
+        EXPECT_FALSE(manager().canUndo(copy));
+    }
+}
+
+TEST_F(EditCopy, aCopiedFileStaysWhenTheProjectIsOpenedAgain) {
+    EditModifier clip = makeClip();
+    EditModifier copy = copyEdit(EditModule(EditPtr(clip)), L"(2)", true);
+    const Cookie cookie = copy.getCookie();
+    clip.release();
+    copy.release();
+    ASSERT_TRUE(project_.close().ok());
+    ASSERT_TRUE(open(CurrentProject::Access::readWrite).ok());
+    ASSERT_TRUE(manager().checkFiles(cookie).ok());
+    const EditPtr again(cookie);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->getName(), L"Clip (2)");
+    EXPECT_EQ(again->get_edit_cel_p(0)->get_strip_cookie(0), strip(again, 'V', 1));
+}
+
+TEST_F(EditCopy, failureIsLoggedAndLeavesNothing) {
+    EXPECT_FALSE(copyEdit(EditModule(), L"", false));
+    EXPECT_FALSE(copySequenceEdit(EditPtr(), L""));
+    EXPECT_FALSE(makeSequenceFromSource(EditModule(), L""));
+    EXPECT_FALSE(edcopy_basic_copy(Cookie('E', 77)));
+    EXPECT_THAT(log_.lines, testing::Each("copyEdit() : Unable to open source edit\n"));
+    EXPECT_EQ(log_.lines.size(), 4u);
+    log_.lines.clear();
+
+    EditModifier clip = makeClip();
+    const Cookie cookie = clip.getCookie();
+    ASSERT_TRUE(manager().flushChanges(false).ok());
+    const auto before = holdings();
+    FaultyFiles faulty(systemFiles());
+    iFileSystem* const files = installFileSystem(&faulty);
+    faulty.arm(0, FaultyFiles::Span::allForEver);
+    EXPECT_FALSE(edcopy_basic_copy(cookie));
+    faulty.disarm();
+    installFileSystem(files);
+    EXPECT_THAT(log_.lines, ElementsAre("copyEdit() : failed to open copy"));
+    EXPECT_EQ(holdings(), before);
+
+    clip.release();
+    ASSERT_TRUE(project_.close().ok());
+    ASSERT_TRUE(open(CurrentProject::Access::readOnly).ok());
+    EXPECT_FALSE(edcopy_basic_copy(cookie)) << "no file is written into a project being read";
+    EXPECT_EQ(holdings(), before);
+}
+
+TEST_F(EditCopy, flatteningACopyLeavesTheSourceAlone) {
+    const EditModifier reel = makeReel();
+    reel->setConfig("CACHE_x", "1");
+    const std::string before = reel->canonicalContents();
+    const EditModifier flat = flatten(EditModule(EditPtr(reel)));
+    ASSERT_TRUE(flat);
+    EXPECT_EQ(flat->getName(), L"Reel (Flattened)");
+    EXPECT_EQ(contents(flat), "arstL");
+    EXPECT_EQ(flat->get_edit_cel_p(0)->get_strip_cookie(1.5), materialOf(L"x"));
+    EXPECT_EQ(flat->get_edit_cel_p(0)->get_strip_cookie(3.5), materialOf(L"b"));
+    EXPECT_EQ(config(flat, "IS_DUPE"), "0");
+    EXPECT_EQ(config(flat, "CACHE_x"), "(none)");
+    EXPECT_EQ(reel->canonicalContents(), before);
+
+    EditModule lower{EditPtr(reel)};
+    lower.selectChan(reel->getId(1), false);
+    EXPECT_EQ(contents(flatten(lower)), "axrstL") << "one selected layer is flat already";
+    EXPECT_FALSE(flatten(EditModule()));
+    EXPECT_THAT(log_.lines, IsEmpty());
+}
+
+} // namespace
