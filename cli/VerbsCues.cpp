@@ -186,11 +186,10 @@ void syncBuild(Session& session, SessionWords& words) {
 void addCueVerbs(VerbTable& verbs) {
     // Kept for as long as there are verbs.
     static const std::string byLabel =
-        std::string("EDIT video|audio EDIT video|audio [general] ") + kRuleWords;
-    static const std::string byTime = std::string("EDIT EDIT T T [general] ") + kRuleWords;
-    static const std::string offset =
-        std::string("EDIT video|audio EDIT video|audio ") + kRuleWords;
-    static const std::string build = std::string("EDIT EDIT OFFSET [all-channels] ") + kRuleWords;
+        join({"EDIT video|audio EDIT video|audio [general]", kRuleWords}, " ");
+    static const std::string byTime = join({"EDIT EDIT T T [general]", kRuleWords}, " ");
+    static const std::string offset = join({"EDIT video|audio EDIT video|audio", kRuleWords}, " ");
+    static const std::string build = join({"EDIT EDIT OFFSET [all-channels]", kRuleWords}, " ");
 
     verbs.heading("Logs and edits of cues, groups");
     verbs.add({"regions", "", "lists the regions that the cues mark", regions});
