@@ -34,7 +34,6 @@ AssetAssociationGroupManager::AssetAssociationGroupManager()
     documents_ = documents.registerNotification(
         makeCallback(this, &AssetAssociationGroupManager::handleDocumentModifications),
         documents.changeMsgType());
-    const CriticalSection::Unshared alone(filesLock_); // made under the change lock
     setUp();
 }
 

@@ -24,12 +24,15 @@ void DescribedContainerManager::setUp() {
     letGo();
     if (!CurrentProject::isOpen())
         return;
-    if (const auto read = readFiles(); !read)
+    if (const auto read = readUnknown(); !read)
         LogBoth("%s\n", read.status().text().c_str());
 }
 
 void DescribedContainerManager::handleProjectEntry() {
-    setUp();
+    {
+        const CriticalSection::Lock whole(filesLock_);
+        setUp();
+    }
     issueNotification(Kv::makePtr<ContainerNotice>(ContainerNotice::What::reset, CookieVec()));
 }
 
@@ -53,6 +56,11 @@ DescribedContainerManager::ContainerPtr DescribedContainerManager::readOne(const
 Result<std::vector<DescribedContainerManager::ContainerPtr>>
 DescribedContainerManager::readFiles() {
     const CriticalSection::Lock whole(filesLock_);
+    return readUnknown();
+}
+
+Result<std::vector<DescribedContainerManager::ContainerPtr>>
+DescribedContainerManager::readUnknown() {
     const auto ids = descriptions_.list([this](const Cookie& id) { return takes(id); });
     if (!ids)
         return ids.status();

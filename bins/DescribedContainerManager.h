@@ -53,7 +53,8 @@ protected:
     // Called when a container and its files have gone, for what may go without being asked for.
     virtual void afterDestruction(const Cookie& id) const;
 
-    // Heirs' constructors end with it: reads the files of the project that is open, if one is.
+    // Heirs' constructors end with it: drops what is in memory and reads the files of the project
+    // that is open, if one is.
     void setUp();
     // Called by heirs' destructors: no container belongs to the manager any longer.
     void letGo() noexcept;
@@ -100,6 +101,8 @@ private:
     std::vector<ContainerPtr> dirtyOnes() const;
     Status writeAll(const std::vector<ContainerPtr>& containers, const CookieVec& removals);
     Status removeFiles(const std::vector<ContainerPtr>& containers);
+    // `readFiles`, without the lock: nobody else knows the manager yet, or the caller holds it.
+    Result<std::vector<ContainerPtr>> readUnknown();
     ContainerPtr readOne(const Cookie& id);
 
     const std::string name_;

@@ -64,7 +64,6 @@ DocumentManager& DocumentManager::instance() { return single<DocumentManager>();
 
 DocumentManager::DocumentManager()
     : DescribedContainerManager("documents", cutroom::kDocumentsFolder, getFileExtension()) {
-    const CriticalSection::Unshared alone(filesLock_); // made under the change lock
     setUp();
 }
 
