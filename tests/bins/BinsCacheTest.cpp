@@ -1,0 +1,262 @@
+#include "bins/BinsCache.h"
+#include "platform/files/KVContainerFile.h"
+#include "platform/files/oledb.h"
+#include "tests/bins/BinProject.h"
+
+#include <chrono>
+#include <filesystem>
+
+using namespace cutroom::test;
+using cutroom::BinSummaries;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+BinSummary summaryOf(std::uint64_t id, const std::wstring& name) {
+    BinSummary summary;
+    summary.id = Cookie('G', id);
+    summary.name = name;
+    summary.logCount = 12;
+    summary.permanent = id % 2 == 0;
+    summary.extID = L"ext|" + name;
+    summary.modTime = 4'294'967'295u;
+    summary.created = 7;
+    summary.children = {Cookie('G', 5), Cookie('M', 6)};
+    return summary;
+}
+
+BinSummaries someSummaries() {
+    BinSummaries summaries;
+    for (const auto& name : {L"plain", L"", L"bars | and\nlines \\ \u00e9\u4e2d\U0001F600"})
+        summaries.emplace(Cookie('G', summaries.size() + 1), summaryOf(summaries.size() + 1, name));
+    summaries.emplace(Cookie('M', 1), BinSummary()).first->second.id = Cookie('M', 1);
+    return summaries;
+}
+
+// A table written by hand.
+std::string table(const std::string& version, const std::vector<std::string>& fields,
+                  const std::vector<std::vector<std::string>>& rows) {
+    oledb made;
+    if (!version.empty())
+        made.setParameter("Version", version);
+    for (const std::string& field : fields)
+        made.addField(field);
+    for (const auto& row : rows) {
+        made.addRecord();
+        for (std::size_t field = 0; field < row.size(); ++field)
+            made.setField(static_cast<int>(field), row[field]);
+    }
+    return made.bytes();
+}
+
+class BinsCacheFile : public testing::Test {
+protected:
+    cutroom::Result<BinSummaries> read(const std::string& bytes) {
+        EXPECT_TRUE(cutroom::writeFile(path_, bytes, cutroom::Backup::none).ok());
+        return cutroom::readBinsCache(path_);
+    }
+    TempFolder folder_{TempFolder::inMemory()};
+    const std::string path_ = folder_ / "bins.odb";
+};
+
+TEST_F(BinsCacheFile, KeepsEverySummary) {
+    const BinSummaries summaries = someSummaries();
+    const auto back = read(cutroom::binsCacheBytes(summaries));
+    ASSERT_TRUE(back.ok()) << back.status().text();
+    EXPECT_EQ(*back, summaries);
+    EXPECT_EQ(cutroom::binsCacheBytes(*back), cutroom::binsCacheBytes(summaries));
+}
+
+TEST_F(BinsCacheFile, OfAnotherVersionIsIgnoredAsAWhole) {
+    const std::string id = Cookie('G', 1).asString();
+    for (const std::string version : {"", "5", "7", "66", "6x", "-6", "six"})
+        EXPECT_FALSE(read(table(version, {"id"}, {{id}})).ok()) << version;
+    EXPECT_THAT(*read(table("6", {"id"}, {{id}})), SizeIs(1));
+}
+
+TEST_F(BinsCacheFile, FieldsAreFoundByNameAndMayBeMissing) {
+    const std::string a = Cookie('G', 1).asString(), b = Cookie('M', 2).asString();
+    const auto found = read(table("6", {"children", "new", "id", "permanent", "logCount"},
+                                  {{a + "||" + b + "|I|nonsense|", "?", b, "yes", "3"},
+                                   {"", "", a, "YES", "99999999999"},
+                                   {a, "", "", "yes", "1"},
+                                   {a, "", "garbage", "yes", "1"}}));
+    ASSERT_TRUE(found.ok());
+    ASSERT_THAT(*found, SizeIs(2));
+    const BinSummary& full = found->at(Cookie('M', 2));
+    EXPECT_THAT(full.children, ElementsAre(Cookie('G', 1), Cookie('M', 2)));
+    EXPECT_TRUE(full.permanent);
+    EXPECT_EQ(full.logCount, 3);
+    EXPECT_EQ(full.name, L"");
+    BinSummary plain;
+    plain.id = Cookie('G', 1);
+    EXPECT_EQ(found->at(plain.id), plain);
+}
+
+TEST_F(BinsCacheFile, CutShortOrChangedItIsRefusedWithItsPlace) {
+    const std::string whole = cutroom::binsCacheBytes(someSummaries());
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const auto cut = read(whole.substr(0, size));
+        ASSERT_FALSE(cut.ok()) << size;
+        EXPECT_THAT(cut.status().text(), HasSubstr(path_)) << size;
+    }
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        std::string flipped = whole;
+        flipped[at] = static_cast<char>(flipped[at] ^ (1 << (at % 8)));
+        ASSERT_FALSE(read(flipped).ok()) << at;
+    }
+}
+
+// --- bins found by a process that starts ---------------------------------------------------------
+
+class BinsFound : public BinProject {
+protected:
+    BinsFound() {
+        edit_ = newEdit();
+        for (const auto& [id, name] : {std::pair(1u, L"one"), std::pair(2u, L"two")}) {
+            const Kv::Ptr<BinData> bin = bins().newBin(Cookie('G', id));
+            bin->setName(name);
+            bin->add(edit_);
+        }
+        reopen();
+        cache_ = cacheFile();
+    }
+    static std::vector<std::wstring> names() {
+        std::map<Cookie, BinSummary> all;
+        bins().getAllBins(all);
+        std::vector<std::wstring> names;
+        for (const auto& [id, summary] : all)
+            names.push_back(summary.name + L" " + std::to_wstring(summary.logCount));
+        return names;
+    }
+    // What others do to the files, a while after the cache was written.
+    void behindItsBack(const std::function<void(const std::string& groups)>& change) {
+        end();
+        files_.arm(-1, FaultyFiles::Span::once);
+        namespace fs = std::filesystem;
+        const std::string groups = folder_ / "film/groups/";
+        if (fs::exists(cache_))
+            for (const auto& file : fs::directory_iterator(groups))
+                fs::last_write_time(file, fs::last_write_time(file) -
+                                              (file.path() == cache_ ? std::chrono::hours(1)
+                                                                     : std::chrono::hours(2)));
+        change(groups);
+    }
+    long openings() const {
+        return std::count_if(files_.operations().begin(), files_.operations().end(),
+                             [](const std::string& operation) {
+                                 return operation.starts_with("open ") &&
+                                        operation.ends_with(".bin");
+                             });
+    }
+
+    Cookie edit_;
+    std::string cache_;
+};
+
+TEST_F(BinsFound, AreListedWithoutOpeningOne) {
+    behindItsBack([](const std::string&) {});
+    open();
+    EXPECT_THAT(names(), ElementsAre(L"one 1", L"two 1"));
+    EXPECT_EQ(openings(), 0);
+    EXPECT_FALSE(bins().isManaged(Cookie('G', 1)));
+}
+
+TEST_F(BinsFound, AddedReplacedAndRemovedFilesAreNoticed) {
+    behindItsBack([](const std::string& groups) {
+        namespace fs = std::filesystem;
+        fs::remove(groups + Cookie('G', 1).asString() + ".bin");
+        const std::string two = groups + Cookie('G', 2).asString() + ".bin";
+        fs::copy_file(two, groups + Cookie('G', 3).asString() + ".bin");
+        fs::copy_file(two, groups + "no cookie.bin");
+        fs::copy_file(two, groups + Cookie('E', 3).asString() + ".bin");
+        KVContainerFile::ItemField fields[] = {{"Cookie", 'a'}, {nullptr, 'a'}};
+        KVContainerFile::Writer writer(fields);
+        writer.setName("replaced");
+        for (const Cookie& asset : {Cookie('E', 404), Cookie('G', 7), Cookie('D', 5)})
+            writer.addItem(asset.asString());
+        EXPECT_TRUE(writer.save(two).ok());
+    });
+    open();
+    EXPECT_THAT(names(), ElementsAre(L"replaced 0", L"two 1"));
+    EXPECT_EQ(openings(), 2);
+    reopen();
+    const auto cached = cutroom::readBinsCache(cache_);
+    ASSERT_TRUE(cached.ok());
+    EXPECT_THAT(*cached, ElementsAre(testing::Key(Cookie('G', 2)), testing::Key(Cookie('G', 3))));
+}
+
+struct CacheRow {
+    const char* name;
+    std::function<void(const std::string& path)> damage;
+    const char* logged;
+};
+
+class BinsFoundWithoutACache : public BinsFound, public testing::WithParamInterface<CacheRow> {};
+
+TEST_P(BinsFoundWithoutACache, AreReadFromTheirFilesAndOnlyTheLogSaysSo) {
+    behindItsBack([&](const std::string&) { GetParam().damage(cache_); });
+    const auto before = cutroom::readFile(cache_);
+    open(CurrentProject::Access::readOnly);
+    EXPECT_THAT(names(), ElementsAre(L"one 1", L"two 1"));
+    EXPECT_THAT(log_.lines, ElementsAre(HasSubstr(GetParam().logged)));
+    log_.lines.clear();
+    end();
+    const auto after = cutroom::readFile(cache_);
+    EXPECT_EQ(before.ok(), after.ok());
+    EXPECT_EQ(before ? *before : "", after ? *after : "") << "a reader wrote";
+
+    open(); // a writer mends it
+    log_.lines.clear();
+    end();
+    EXPECT_TRUE(cutroom::readBinsCache(cache_).ok());
+    EXPECT_THAT(log_.lines, IsEmpty());
+    open();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Bins, BinsFoundWithoutACache,
+    testing::Values(
+        CacheRow{"missing", [](const std::string& path) { std::filesystem::remove(path); }, ".odb"},
+        CacheRow{"old",
+                 [](const std::string& path) {
+                     EXPECT_TRUE(cutroom::writeFile(path, table("5", {"id"}, {{"G"}})).ok());
+                 },
+                 "version"},
+        CacheRow{
+            "damaged",
+            [](const std::string& path) { EXPECT_TRUE(cutroom::writeFile(path, "nonsense").ok()); },
+            ".odb"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(BinsFound, ADamagedBinKeepsItsSummaryAndItsFile) {
+    const std::string path = fileOf(Cookie('G', 1));
+    behindItsBack(
+        [&](const std::string&) { EXPECT_TRUE(cutroom::writeFile(path, "nonsense").ok()); });
+    open();
+    EXPECT_THAT(names(), ElementsAre(L"one 1", L"two 1"));
+    EXPECT_THAT(log_.lines, ElementsAre(HasSubstr(path)));
+    const Kv::Ptr<BinData> bin = bins().getData(Cookie('G', 1));
+    ASSERT_TRUE(bin);
+    EXPECT_FALSE(bin->valid());
+    EXPECT_EQ(bins().getSummary(bin->getID()).name, L"one");
+    EXPECT_TRUE(bins().saveAll().ok());
+    EXPECT_EQ(file(path), "nonsense");
+}
+
+TEST_F(BinsFound, ACacheThatCannotBeWrittenCostsNothingButTime) {
+    const Kv::Ptr<BinData> bin = newBin(L"three");
+    EXPECT_TRUE(bins().saveAll().ok());
+    for (long at = 0; at < 60; ++at) {
+        files_.arm(at, FaultyFiles::Span::sameForEver);
+        bins().handleProjectExit();
+        files_.disarm();
+        bins().handleProjectEntry();
+        EXPECT_THAT(names(), SizeIs(3)) << at;
+    }
+}
+
+} // namespace
