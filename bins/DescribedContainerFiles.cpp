@@ -166,7 +166,11 @@ Status DescribedContainerManager::removeFiles(const std::vector<ContainerPtr>& c
             if (Status removed = group.remove(file); !removed)
                 return removed;
     }
-    return group.commit();
+    Status committed = group.commit();
+    if (!committed) // should it be decided nevertheless, the next save writes them again
+        for (const ContainerPtr& container : containers)
+            container->setDirty(true);
+    return committed;
 }
 
 Status DescribedContainerManager::destroyAll(const CookieVec& ids,
@@ -184,8 +188,14 @@ Status DescribedContainerManager::destroyAll(const CookieVec& ids,
         if (gone.empty())
             return {StatusCode::notFound, ids.empty() ? name_ : ids.front().asString(),
                     "is not in the project"};
-        if (Status removed = removeFiles(containers); !removed)
-            return removed;
+        if (Status removed = removeFiles(containers); !removed) {
+            if (!GroupCommit::pending(CurrentProject::getFolder()))
+                return removed;
+            // Decided, and completed by the next save or opening: nothing takes it back.
+            LogBoth("%s\n", removed.text().c_str());
+            const CriticalSection::Lock lock(mapsLock_);
+            removals_.insert(gone.begin(), gone.end());
+        }
         for (const ContainerPtr& container : containers)
             container->leave(*this);
         if (CurrentProject::isOpen())

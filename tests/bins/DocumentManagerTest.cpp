@@ -1,0 +1,443 @@
+// The project's documents: finding, telling, going, and their files.
+#include "bins/DocumentManager.h"
+#include "bins/DocumentListener.h"
+#include "tests/bins/DescribedFixture.h"
+
+#include <fstream>
+#include <thread>
+
+using namespace cutroom::test;
+using cutroom::Status;
+using cutroom::StatusCode;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+const Cookie kOne('D', 1), kTwo('D', 2), kOther('A', 1);
+
+class DocumentManagerTest : public DescribedFixture {
+protected:
+    static DocumentManager& manager() { return DocumentManager::instance(); }
+    static Kv::Ptr<Document> make(const Cookie& id, const std::wstring& name = L"") {
+        const auto document = manager().createDocument(id);
+        if (document)
+            document->setName(name);
+        return document.getContainer();
+    }
+    std::string file(const Cookie& id) const {
+        return path("documents/" + id.asString() + ".KvDoc");
+    }
+    std::string outside(const std::string& name, const std::string& content) {
+        std::filesystem::create_directory(folder_ / "outside");
+        std::ofstream(folder_ / ("outside/" + name)) << content;
+        return folder_ / ("outside/" + name);
+    }
+    std::vector<std::string> localCopies(const Cookie& id) const {
+        const auto names = cutroom::listFiles(path("documents/local/" + id.asString()));
+        return names ? *names : std::vector<std::string>{names.status().text()};
+    }
+};
+
+// --- making and finding --------------------------------------------------------------------------
+
+TEST_F(DocumentManagerTest, ANewDocumentIsNamedAndSizedAfterItsFile) {
+    const std::wstring source = cutroom::toWide(outside("Caf\u00e9.txt", "12345"));
+    listen(manager());
+    {
+        const auto document = manager().createDocument(source, 'D');
+        ASSERT_TRUE(document);
+        EXPECT_EQ(document->getID().type(), 'D');
+        EXPECT_EQ(document->getName(), L"Caf\u00e9.txt");
+        EXPECT_THAT(document->getLocations(), ElementsAre(source));
+        EXPECT_EQ(document->getSize(), 5u);
+        EXPECT_NE(document->getCreationTime(), 0u);
+        EXPECT_THAT(told_, IsEmpty());
+        EXPECT_EQ(manager().findDocumentReferringToFile(source), document.getContainer());
+    }
+    EXPECT_THAT(told_, ElementsAre(HasSubstr(" 2 32/1 'create document'")));
+    EXPECT_EQ(manager().createDocument(L"/not/there", 'A')->getSize(), 0u);
+    EXPECT_EQ(manager().getNumDocuments('D'), 1u);
+    EXPECT_EQ(manager().getNumDocuments('A'), 1u);
+    EXPECT_FALSE(manager().createDocument(source, 'E'));
+}
+
+TEST_F(DocumentManagerTest, ACookieIsTakenOnceAndOnlyForDocuments) {
+    EXPECT_TRUE(make(kOne));
+    EXPECT_FALSE(make(kOne));
+    EXPECT_FALSE(make(Cookie('E', 1)));
+    EXPECT_FALSE(make(Cookie()));
+    EXPECT_TRUE(manager().exists(kOne));
+    EXPECT_FALSE(manager().getDocument(kTwo));
+    EXPECT_FALSE(manager().getDocument(Cookie()));
+}
+
+TEST_F(DocumentManagerTest, DocumentsAreFoundByDateAndByEachLocation) {
+    const auto two = make(kTwo), one = make(kOne), other = make(kOther);
+    one->setCreationTime(100);
+    two->setCreationTime(200);
+    EXPECT_THAT(manager().getDocuments(), ElementsAre(other, one, two));
+    EXPECT_THAT(manager().getDocuments(DateRange(100, 199)), ElementsAre(one));
+    EXPECT_THAT(manager().getDocuments(DateRange(100, 200)), ElementsAre(one, two));
+    EXPECT_THAT(manager().getDocuments(DateRange(200, 100)), IsEmpty());
+    EXPECT_EQ(manager().getDocuments(DateRange()).size(), 3u);
+
+    one->setLocations({L"/a", L"/b"});
+    two->setLocations({L"/b"});
+    EXPECT_EQ(manager().findDocumentReferringToFile(L"/b"), one);
+    one->setLocations({L"/c"});
+    EXPECT_EQ(manager().findDocumentReferringToFile(L"/b"), two);
+    EXPECT_FALSE(manager().findDocumentReferringToFile(L"/a"));
+    EXPECT_FALSE(manager().findDocumentReferringToFile(L""));
+}
+
+TEST_F(DocumentManagerTest, PlacesLieInTheProjectAndAreEmptyWithoutOne) {
+    const auto wide = [&](const char* name) { return cutroom::toWide(path(name)); };
+    const Cookie project = CurrentProject::getCookie();
+    EXPECT_EQ(manager().getStorageLocation(), wide("documents"));
+    EXPECT_EQ(manager().getStorageLocation(project, kOne), wide("documents/D0000000000001.KvDoc"));
+    EXPECT_EQ(manager().getStorageLocation(Cookie(), kOther),
+              wide("documents/A0000000000001.KvDoc"));
+    EXPECT_EQ(manager().getStorageLocation(Cookie('P', 1), kOne), L"");
+    EXPECT_EQ(manager().getStorageLocation(project, Cookie('E', 1)), L"");
+    EXPECT_EQ(manager().getLocalLocation(kOne), wide("documents/local/D0000000000001"));
+    EXPECT_EQ(manager().getLocalLocation(Cookie('E', 1)), L"");
+    EXPECT_EQ(manager().getCacheLocation(), wide("documents/cache"));
+    EXPECT_EQ(manager().getCacheLocation(make(kOne)), wide("documents/cache/D0000000000001"));
+    EXPECT_EQ(manager().getCacheLocation(nullptr), L"");
+    ASSERT_TRUE(project_.close().ok());
+    EXPECT_EQ(manager().getStorageLocation(), L"");
+    EXPECT_EQ(manager().getLocalLocation(kOne), L"");
+    EXPECT_EQ(manager().getCacheLocation(), L"");
+}
+
+// --- telling -------------------------------------------------------------------------------------
+
+TEST_F(DocumentManagerTest, ChangesReachTheManagersListenersBeforeTheDocumentsOwn) {
+    const auto one = make(kOne);
+    listen(manager());
+    const auto own = one->registerNotification(
+        makeCallback<NotifyMsg>([&](const NotifyMsg&) { told_.push_back("own"); }),
+        NotifyMsgTypeDictionary::kGeneralChange);
+    {
+        const ContainerModifier<Document> batch(one, "batch");
+        one->setDescription(L"x");
+        one->setImported(true);
+    }
+    manager().handleLogsDeletion({Cookie('E', 5)}, "gone");
+    manager().handleLogsModification({{Cookie('E', 6), {}}});
+    EXPECT_THAT(told_, ElementsAre("changed D1 32/23 128 'batch'", "own", "logsDeleted E5 'gone'",
+                                   "logsModified E6"));
+}
+
+class Follower final : public DocumentListener {
+public:
+    using DocumentListener::DocumentListener;
+    ~Follower() override { stopListening(); }
+    std::vector<std::string> told;
+
+protected:
+    void handleModificationsInternal(const ContainerNotice& notice) override {
+        told.push_back(noticeText(notice));
+    }
+};
+
+TEST_F(DocumentManagerTest, AListenerFollowsOneDocument) {
+    Follower follower(kOne);
+    const auto one = make(kOne), two = make(kTwo);
+    one->setName(L"n");
+    two->setName(L"n");
+    follower.setAssetID(kTwo);
+    EXPECT_EQ(follower.getAssetID(), kTwo);
+    EXPECT_TRUE(manager().destroy({kOne, kTwo}, "end").ok());
+    two->setName(L"m"); // no longer of the project
+    EXPECT_THAT(follower.told, ElementsAre("changed D1 2 'create document'", "changed D1 32/1",
+                                           "destroyed D1 D2 'end'"));
+}
+
+// --- files ---------------------------------------------------------------------------------------
+
+TEST_F(DocumentManagerTest, WhatIsSavedIsThereWhenTheProjectOpensAgain) {
+    make(kOne, L"one");
+    make(kTwo, L"two");
+    listen(manager());
+    EXPECT_TRUE(manager().anyDirty());
+    ASSERT_TRUE(manager().saveAll().ok());
+    ASSERT_TRUE(manager().saveAll().ok()); // nothing to do
+    EXPECT_FALSE(manager().anyDirty());
+    const std::string saved = contentOf(file(kOne));
+    const auto kept = manager().getDocument(kTwo);
+    kept->setName(L"at exit");
+    told_.clear();
+    reopen();
+    EXPECT_THAT(told_, ElementsAre("saved", "reset"));
+    ASSERT_EQ(manager().getDocuments().size(), 2u);
+    EXPECT_EQ(manager().getDocument(kTwo)->getName(), L"at exit");
+    EXPECT_FALSE(manager().anyDirty());
+    EXPECT_EQ(textOf(*manager().getDocument(kOne)), saved);
+    EXPECT_EQ(kept->save().code(), StatusCode::wrongUsage); // of a project that was closed
+    EXPECT_THAT(log_.lines, IsEmpty());
+}
+
+TEST_F(DocumentManagerTest, DamagedFilesAreNamedAndNeverWrittenOver) {
+    make(kTwo, L"two");
+    ASSERT_TRUE(manager().saveAll().ok());
+    const std::string sound = contentOf(file(kTwo));
+    put(file(kOne), "{\n\"id\": nonsense}");
+    put(file(kOther), sound);
+    put(path("documents/Copy of it.KvDoc"), sound);
+    reopen();
+    EXPECT_THAT(manager().getDocuments(), testing::SizeIs(1));
+    std::vector<std::string> texts;
+    for (const Status& status : manager().getDamaged())
+        texts.push_back(status.text());
+    ASSERT_THAT(texts, ElementsAre(HasSubstr("A0000000000001.KvDoc: describes D0000000000002"),
+                                   HasSubstr("Copy of it.KvDoc: is not named by a cookie"),
+                                   HasSubstr("D0000000000001.KvDoc:2: ")));
+    EXPECT_EQ(log_.lines.size(), 3u);
+    EXPECT_EQ(*manager().scan(), 0);
+    EXPECT_EQ(log_.lines.size(), 3u); // told once
+
+    ASSERT_TRUE(make(kOne, L"new"));
+    ASSERT_TRUE(manager().saveAll().ok());
+    EXPECT_EQ(contentOf(file(kOne) + ".damaged"), "{\n\"id\": nonsense}");
+    EXPECT_THAT(contentOf(file(kOne)), HasSubstr("\"name\": \"new\""));
+    EXPECT_EQ(manager().getDamaged().size(), 2u);
+}
+
+TEST_F(DocumentManagerTest, AFileCutAnywhereIsDamagedAndTheOthersLoad) {
+    make(kOne, L"one")->setLocations({L"/a\u00e9"});
+    make(kTwo);
+    ASSERT_TRUE(manager().saveAll().ok());
+    const std::string whole = contentOf(file(kOne));
+    ASSERT_TRUE(project_.close().ok());
+    for (std::size_t size = 0; size < whole.size() - 1; ++size) { // without the line feed: sound
+        put(file(kOne), whole.substr(0, size));
+        open(Access::readOnly);
+        EXPECT_THAT(manager().getDocuments(), testing::SizeIs(1)) << size;
+        EXPECT_THAT(manager().getDamaged(), testing::SizeIs(1)) << size;
+        ASSERT_TRUE(project_.close().ok());
+        EXPECT_EQ(contentOf(file(kOne)), whole.substr(0, size));
+    }
+}
+
+TEST_F(DocumentManagerTest, ADescriptionThatIsTooLongIsNeitherWrittenNorRead) {
+    const auto one = make(kOne);
+    one->setDescription(std::wstring(cutroom::DescriptionFiles::kMaxBytes, L'x'));
+    EXPECT_THAT(manager().saveAll().text(), HasSubstr("larger than 16 MiB"));
+    EXPECT_TRUE(one->isDirty());
+    one->setDescription(L"");
+    put(file(kTwo), std::string(cutroom::DescriptionFiles::kMaxBytes + 1, ' '));
+    EXPECT_EQ(*manager().scan(), 0);
+    EXPECT_THAT(manager().getDamaged(), testing::SizeIs(1));
+}
+
+TEST_F(DocumentManagerTest, AScanFindsFilesThatCameFromElsewhere) {
+    listen(manager());
+    put(path("documents/D0000000000007.KvDoc"), golden("documents/document.KvDoc"));
+    EXPECT_EQ(*manager().scan(), 1);
+    EXPECT_EQ(*manager().scan(), 0);
+    EXPECT_THAT(told_, ElementsAre("changed D7 2 'scan'"));
+    EXPECT_FALSE(manager().anyDirty());
+    EXPECT_EQ(manager().findDocumentReferringToFile(L"//server/film/Drehbuch.pdf"),
+              manager().getDocument(Cookie('D', 7)));
+}
+
+TEST_F(DocumentManagerTest, AProjectForReadingOnlyWritesNothing) {
+    make(kOne, L"one")->setLocations({cutroom::toWide(outside("a.txt", "a"))});
+    reopen(Access::readOnly);
+    const auto one = manager().getDocument(kOne);
+    EXPECT_FALSE(one->localise().ok());
+    EXPECT_FALSE(manager().destroy(kOne, "").ok());
+    EXPECT_TRUE(manager().exists(kOne));
+    one->setName(L"changed");
+    EXPECT_FALSE(manager().saveAll().ok());
+    EXPECT_FALSE(one->save().ok());
+    EXPECT_THAT(contentOf(file(kOne)), HasSubstr("\"name\": \"one\""));
+    one->setDirty(false);
+}
+
+TEST_F(DocumentManagerTest, EachFailingOperationOfASaveLeavesAllOldOrAllNew) {
+    const auto one = make(kOne), two = make(kTwo);
+    failEach(
+        [&](long at) {
+            one->setName(std::to_wstring(at));
+            two->setName(std::to_wstring(at));
+        },
+        [] { return manager().saveAll(); },
+        [&](long at, const Status& status) {
+            EXPECT_EQ(one->isDirty(), !status.ok()) << at;
+            EXPECT_EQ(two->isDirty(), !status.ok()) << at;
+            const Status retried = manager().saveAll();
+            ASSERT_TRUE(retried.ok()) << at << retried.text();
+            EXPECT_EQ(contentOf(file(kOne)), textOf(*one));
+            EXPECT_EQ(contentOf(file(kTwo)), textOf(*two));
+        });
+}
+
+TEST_F(DocumentManagerTest, ChangesOfManyThreadsAreSavedWhileTheyAreMade) {
+    std::vector<Kv::Ptr<Document>> documents;
+    for (std::uint64_t i = 1; i <= 4; ++i)
+        documents.push_back(make(Cookie('D', i)));
+    std::atomic<int> changed{0}, told{0};
+    const auto counting = manager().registerNotification(
+        makeCallback<NotifyMsg>([&](const NotifyMsg& message) {
+            const auto* notice = message.getObjectAs<ContainerNotice>();
+            told += notice->what() == ContainerNotice::What::changed;
+            EXPECT_FALSE(documents[0]->getName() == L"never"); // reads another document
+        }),
+        manager().changeMsgType());
+    std::vector<std::thread> threads;
+    for (const auto& document : documents)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 50; ++i) {
+                document->setLocations({std::to_wstring(i), L"/common"});
+                document->setName(std::to_wstring(i));
+                changed += 2;
+            }
+        });
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_TRUE(manager().saveAll().ok());
+        EXPECT_TRUE(manager().findDocumentReferringToFile(L"/common") || changed < 8);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(told, changed);
+    ASSERT_TRUE(manager().saveAll().ok());
+    EXPECT_FALSE(manager().anyDirty());
+    for (const auto& document : documents)
+        EXPECT_EQ(contentOf(file(document->getID())), textOf(*document));
+}
+
+// --- going ---------------------------------------------------------------------------------------
+
+TEST_F(DocumentManagerTest, DestroyingRemovesTheFilesAndTellsOnce) {
+    const std::string source = outside("a.txt", "a");
+    const auto one = make(kOne, L"one"), two = make(kTwo);
+    one->setLocations({cutroom::toWide(source)});
+    ASSERT_TRUE(one->localise().ok());
+    ASSERT_TRUE(manager().saveAll().ok());
+    put(path("documents/cache/D0000000000001/tile.png"), "x");
+    listen(manager());
+    EXPECT_EQ(manager().destroy(kOther, "no").code(), StatusCode::notFound);
+    EXPECT_TRUE(manager().destroy({kTwo, kOther, kOne, kTwo}, "tidy").ok());
+    EXPECT_THAT(told_, ElementsAre("destroyed D2 D1 'tidy'"));
+    EXPECT_THAT(manager().getDocuments(), IsEmpty());
+    EXPECT_FALSE(manager().findDocumentReferringToFile(cutroom::toWide(source)));
+    EXPECT_FALSE(cutroom::fileExists(file(kOne)));
+    EXPECT_TRUE(cutroom::fileExists(file(kOne) + ".bak"));
+    EXPECT_THAT(localCopies(kOne), ElementsAre("a.txt.bak"));
+    EXPECT_FALSE(cutroom::fileExists(path("documents/cache/D0000000000001")));
+    EXPECT_EQ(contentOf(source), "a");
+    one->setName(L"ghost");
+    EXPECT_EQ(one->save().code(), StatusCode::wrongUsage);
+    EXPECT_EQ(one->localise().code(), StatusCode::wrongUsage);
+    ASSERT_TRUE(manager().saveAll().ok());
+    reopen();
+    EXPECT_THAT(manager().getDocuments(), IsEmpty());
+}
+
+TEST_F(DocumentManagerTest, ADestructionThatFailsTakesNothingAway) {
+    std::uint64_t next = 10;
+    CookieVec now;
+    failEach(
+        [&](long) {
+            now = {Cookie('D', next++), Cookie('D', next++)};
+            for (const Cookie& id : now)
+                make(id);
+            ASSERT_TRUE(manager().saveAll().ok());
+        },
+        [&] { return manager().destroy(now, ""); },
+        [&](long at, const Status& status) {
+            for (const Cookie& id : now)
+                EXPECT_EQ(manager().exists(id), !status.ok()) << at;
+            ASSERT_TRUE(manager().saveAll().ok()) << at;
+            for (const Cookie& id : now)
+                EXPECT_EQ(cutroom::fileExists(file(id)), manager().exists(id)) << at;
+        });
+}
+
+// --- copies in the project -----------------------------------------------------------------------
+
+TEST_F(DocumentManagerTest, LocalisingCopiesTheFileAndPutsTheCopyFirst) {
+    const std::string source = outside("a.b.txt", "content");
+    const auto one = make(kOne);
+    EXPECT_EQ(one->localise().code(), StatusCode::notFound);
+    one->setLocations({L"/not/there", cutroom::toWide(folder_.path()), cutroom::toWide(source)});
+    listen(manager());
+    ASSERT_TRUE(one->localise().ok());
+    EXPECT_THAT(told_, ElementsAre("changed D1 32/15 'localise'"));
+    const std::wstring copy = manager().getLocalLocation(kOne) + L"/a.b.txt";
+    EXPECT_EQ(one->getFileName(), copy);
+    EXPECT_EQ(one->getLocations().size(), 4u);
+    EXPECT_EQ(one->getSize(), 7u);
+    EXPECT_TRUE(manager().isLocal(kOne));
+    EXPECT_EQ(contentOf(cutroom::toUtf8(copy)), "content");
+    ASSERT_TRUE(one->localise().ok()); // is there already
+    EXPECT_EQ(told_.size(), 1u);
+
+    one->setLocations({cutroom::toWide(source)});
+    EXPECT_FALSE(manager().isLocal(kOne));
+    ASSERT_TRUE(one->localise().ok());
+    EXPECT_THAT(localCopies(kOne), ElementsAre("a.b (2).txt", "a.b.txt"));
+    EXPECT_EQ(one->getFileName(), manager().getLocalLocation(kOne) + L"/a.b (2).txt");
+    EXPECT_FALSE(manager().isLocal(kTwo));
+}
+
+TEST_F(DocumentManagerTest, CopiesOfStrangeNamesAreFilesOfTheProject) {
+    std::string accents;
+    for (int i = 0; i < 125; ++i)
+        accents += "\u00e9";
+    const std::pair<std::string, std::string> rows[] = {
+        {"copy.tmp~", "copy.tmp~_"},
+        {".hidden", ".hidden"},
+        {accents + ".txt", accents.substr(0, 236) + ".txt"},
+    };
+    std::uint64_t id = 20;
+    for (const auto& [name, copy] : rows) {
+        const auto document = make(Cookie('D', ++id));
+        document->setLocations({cutroom::toWide(outside(name, "x"))});
+        const Status localised = document->localise();
+        EXPECT_TRUE(localised.ok()) << localised.text();
+        EXPECT_THAT(localCopies(document->getID()), ElementsAre(copy));
+    }
+}
+
+TEST_F(DocumentManagerTest, AProjectFolderThatMovedKeepsItsCopies) {
+    const auto one = make(kOne);
+    one->setLocations({cutroom::toWide(outside("a.txt", "a"))});
+    ASSERT_TRUE(one->localise().ok());
+    const std::wstring outsideToo = one->getLocations()[1];
+    ASSERT_TRUE(project_.close().ok());
+    std::filesystem::rename(path(""), folder_ / "moved");
+    ASSERT_TRUE(
+        project_.open(folder_ / "moved", Access::readWrite, CurrentProject::IfMissing::fail).ok());
+    EXPECT_TRUE(manager().isLocal(kOne));
+    EXPECT_THAT(manager().getDocument(kOne)->getLocations(),
+                ElementsAre(manager().getLocalLocation(kOne) + L"/a.txt", outsideToo));
+    EXPECT_FALSE(manager().anyDirty());
+}
+
+TEST_F(DocumentManagerTest, EachFailingOperationOfALocalisationLeavesTheDocumentAsItWas) {
+    const auto one = make(kOne);
+    const LightweightVector<LightweightString<wchar_t>> before = {
+        cutroom::toWide(outside("a.txt", std::string(1500000, 'a')))};
+    failEach(
+        [&](long) {
+            std::filesystem::remove_all(path("documents/local"));
+            one->setLocations(before);
+            one->setSize(1);
+        },
+        [&] { return one->localise(); },
+        [&](long at, const Status& status) {
+            EXPECT_EQ(one->getLocations().size(), status.ok() ? 2u : 1u) << at;
+            EXPECT_EQ(one->getSize(), status.ok() ? 1500000u : 1u) << at;
+            EXPECT_EQ(manager().isLocal(kOne), status.ok()) << at;
+            if (!status.ok())
+                return;
+            EXPECT_EQ(contentOf(cutroom::toUtf8(one->getFileName())).size(), 1500000u) << at;
+        });
+}
+
+} // namespace
