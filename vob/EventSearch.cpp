@@ -19,12 +19,17 @@ Flicks flicksWithin(double seconds, bool down) noexcept {
 
 } // namespace
 
-EventSearch::EventSearch(Direction direction, double from) noexcept
+EventSearch::EventSearch(Direction direction, double from, double cutsFrom) noexcept
     : direction_(direction),
       limit_(direction == kForward ? from + kTimeTolerance : from - kTimeTolerance),
+      cutLimit_(direction == kForward
+                    ? flicksWithin(std::max(from, cutsFrom) + kTimeTolerance, true)
+                    : flicksWithin(std::min(from, cutsFrom) - kTimeTolerance, false)),
       nearest_(direction == kForward ? kSentinel : -kSentinel) {}
 
-double EventSearch::nearest(double otherwise) const noexcept {
+double EventSearch::nearest(double otherwise) noexcept {
+    if (nearestCut_ != kNoCut)
+        offer(toSeconds(nearestCut_));
     return nearest_ == (forward() ? kSentinel : -kSentinel) ? otherwise : nearest_;
 }
 
@@ -33,18 +38,17 @@ void EventSearch::offer(double seconds) noexcept {
         nearest_ = seconds;
 }
 
-// What events lie strictly beyond when they are looked for from elsewhere.
-double EventSearch::beyond(double from) const noexcept {
-    return forward() ? std::max(limit_, from + kTimeTolerance)
-                     : std::min(limit_, from - kTimeTolerance);
+void EventSearch::offerCut(Flicks time) noexcept {
+    if (forward() ? time > cutLimit_ && (nearestCut_ == kNoCut || time < nearestCut_)
+                  : time < cutLimit_ && (nearestCut_ == kNoCut || time > nearestCut_))
+        nearestCut_ = time;
 }
 
-void EventSearch::offerCuts(const EditReader& edit, std::size_t channel, double from) noexcept {
-    const Flicks limit = flicksWithin(beyond(from), forward());
+void EventSearch::offerCuts(const EditReader& edit, std::size_t channel) noexcept {
     const std::optional<Flicks> cut =
-        forward() ? edit.cutAfter(channel, limit) : edit.cutBefore(channel, limit);
+        forward() ? edit.cutAfter(channel, cutLimit_) : edit.cutBefore(channel, cutLimit_);
     if (cut)
-        offer(toSeconds(*cut));
+        offerCut(*cut);
 }
 
 void EventSearch::offerSorted(const std::vector<double>& times, double step) noexcept {
@@ -64,8 +68,8 @@ void EventSearch::offerSorted(const std::vector<double>& times, double step) noe
 
 //     |---A---|---B---|       a transition over the cut reaches `inOffset` into A, `outOffset` into
 //          |==.====|          B; its middle lies in one of them
-void EventSearch::offerMidPoint(const EditReader& edit, const Cel& cel, std::uint32_t event,
-                                double limit) noexcept {
+void EventSearch::offerMidPoint(const EditReader& edit, const Cel& cel,
+                                std::uint32_t event) noexcept {
     const std::uint32_t count = cel.get_num_events();
     if (event >= count)
         return;
@@ -77,20 +81,15 @@ void EventSearch::offerMidPoint(const EditReader& edit, const Cel& cel, std::uin
     const Flicks earliest = after >= 2 ? cel.get_event(after - 2).time : at.time;
     const Flicks latest = after + 1 < count ? cel.get_event(after + 1).time : at.time;
     const Flicks middle = at.time + (graph->outOffset - graph->inOffset) / 2;
-    const double seconds = toSeconds(std::clamp(middle, earliest, latest));
-    if (forward() ? seconds > limit : seconds < limit)
-        offer(seconds);
+    offerCut(std::clamp(middle, earliest, latest));
 }
 
-void EventSearch::offerMidPoints(const EditReader& edit, std::size_t channel,
-                                 double from) noexcept {
+void EventSearch::offerMidPoints(const EditReader& edit, std::size_t channel) noexcept {
     const Cel& cel = edit.getCel(channel);
-    const double limit = beyond(from);
-    const Flicks last = forward() ? flicksWithin(limit, true) : flicksWithin(limit, false) - 1;
-    const std::uint32_t next = cel.nextAfter(last);
+    const std::uint32_t next = cel.nextAfter(forward() ? cutLimit_ : cutLimit_ - 1);
     // The two points of the cut before, and of the cut after.
     for (std::uint32_t event = next - std::min(next, 2u); event < next + 2; ++event)
-        offerMidPoint(edit, cel, event, limit);
+        offerMidPoint(edit, cel, event);
 }
 
 } // namespace cutroom

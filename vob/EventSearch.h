@@ -3,6 +3,7 @@
 
 #include "platform/store/EditReader.h"
 
+#include <limits>
 #include <vector>
 
 namespace cutroom {
@@ -15,30 +16,34 @@ class EventSearch {
 public:
     enum Direction { kForward, kBackward };
 
-    // `from` is a number, and may be infinite.
-    EventSearch(Direction direction, double from) noexcept;
+    // `from` is a number, and may be infinite. Cuts, and what belongs to them, count only beyond
+    // `cutsFrom` as well.
+    EventSearch(Direction direction, double from, double cutsFrom) noexcept;
 
     void offer(double seconds) noexcept;
-    // The cuts of a channel that lie beyond `from` as well as beyond the start.
-    void offerCuts(const EditReader& edit, std::size_t channel, double from) noexcept;
-    // The middles of the transitions over those cuts. A middle lies at most in the neighbour of its
-    // cut, so that only the two around the start need be looked at.
-    void offerMidPoints(const EditReader& edit, std::size_t channel, double from) noexcept;
+    // The cuts of a channel.
+    void offerCuts(const EditReader& edit, std::size_t channel) noexcept;
+    // The middles of the transitions over them. A middle lies at most in the neighbour of its cut,
+    // so that only the two around the start need be looked at.
+    void offerMidPoints(const EditReader& edit, std::size_t channel) noexcept;
     // Ascending times, of which only those count that lie at least `step` beyond the start.
     void offerSorted(const std::vector<double>& times, double step) noexcept;
 
     // The nearest event offered; `otherwise` when there was none.
-    double nearest(double otherwise) const noexcept;
+    double nearest(double otherwise) noexcept;
 
 private:
+    static constexpr Flicks kNoCut = std::numeric_limits<Flicks>::max();
+
     bool forward() const noexcept { return direction_ == kForward; }
-    double beyond(double from) const noexcept;
-    void offerMidPoint(const EditReader& edit, const Cel& cel, std::uint32_t event,
-                       double limit) noexcept;
+    void offerCut(Flicks time) noexcept;
+    void offerMidPoint(const EditReader& edit, const Cel& cel, std::uint32_t event) noexcept;
 
     const Direction direction_;
-    const double limit_; // events lie strictly beyond it
+    const double limit_;    // events lie strictly beyond it
+    const Flicks cutLimit_; // and cuts beyond this
     double nearest_;
+    Flicks nearestCut_ = kNoCut;
 };
 
 } // namespace cutroom

@@ -439,10 +439,9 @@ private:
     void releaseEdit();
     void handleProjectExit(const NotifyMsg& message);
     void storeTime(double seconds);
-    EventInfo findEvent(cutroom::EventSearch& search, double from, bool ignoreUnjoined,
-                        bool includeCurrent);
-    void offerMarks(cutroom::EventSearch& search, const cutroom::EditReader& edit,
-                    const IdStamp& channel, bool toFrames) const;
+    EventInfo findEvent(bool forward, double from, bool ignoreUnjoined, bool includeCurrent);
+    void offerChannels(cutroom::EventSearch& search, const cutroom::EditReader& edit,
+                       unsigned stops, bool marksToFrames, IdStamp& firstSelected) const;
     void offerCues(cutroom::EventSearch& search, const cutroom::EditReader& edit, unsigned stops);
     bool moveTimeTo(const EventInfo& event);
     bool setSelectedInternal(const IdStamp& channel, bool on);

@@ -30,12 +30,22 @@ double nearestFrame(double seconds, const Kv::FrameRate& rate) {
 
 // --- looking -------------------------------------------------------------------------------------
 
-void Vob::offerMarks(EventSearch& search, const EditReader& edit, const IdStamp& channel,
-                     bool toFrames) const {
-    for (const auto type : {Kv::MarkTypes::In, Kv::MarkTypes::Out}) {
-        const double mark = module_.getMark(channel, type);
-        if (mark != kNoTime)
-            search.offer(toFrames ? nearestFrame(mark, edit.getFrameRate()) : mark);
+void Vob::offerChannels(EventSearch& search, const EditReader& edit, unsigned stops,
+                        bool marksToFrames, IdStamp& firstSelected) const {
+    for (std::size_t i = 0; i < edit.getNumChans(); ++i) {
+        const IdStamp& channel = edit.getId(i);
+        const EditModule::ChannelState state = module_.getChannelState(channel, i);
+        if (state.selected) {
+            if (!firstSelected.valid())
+                firstSelected = channel;
+            search.offerCuts(edit, i);
+            if ((stops & kStopTransitionMidPoints) != 0)
+                search.offerMidPoints(edit, i);
+        }
+        if ((stops & kStopMarks) != 0)
+            for (const double mark : {state.markIn, state.markOut})
+                if (mark != kNoTime)
+                    search.offer(marksToFrames ? nearestFrame(mark, edit.getFrameRate()) : mark);
     }
 }
 
@@ -50,8 +60,7 @@ void Vob::offerCues(EventSearch& search, const EditReader& edit, unsigned stops)
         search.offerSorted(cueStops_->times(CueStops::kSecond), frame);
 }
 
-EventInfo Vob::findEvent(EventSearch& search, double from, bool ignoreUnjoined,
-                         bool includeCurrent) {
+EventInfo Vob::findEvent(bool forward, double from, bool ignoreUnjoined, bool includeCurrent) {
     const unsigned midPoints =
         getStopAtTransitionMidPoints() ? unsigned{kStopTransitionMidPoints} : 0u;
     setConsoleTabStops((getConsoleTabStops() & ~unsigned{kStopTransitionMidPoints}) | midPoints);
@@ -65,19 +74,9 @@ EventInfo Vob::findEvent(EventSearch& search, double from, bool ignoreUnjoined,
     if (trimming)
         if (const double unjoined = TrimObj(*this).getNearestCutTime(from); unjoined != kNoTime)
             cutsFrom = unjoined;
+    EventSearch search(forward ? EventSearch::kForward : EventSearch::kBackward, from, cutsFrom);
     const EditReader edit(*edit_);
-    for (std::size_t i = 0; i < edit.getNumChans(); ++i) {
-        const IdStamp& channel = edit.getId(i);
-        if (module_.isSelected(channel)) {
-            if (!info.channel.valid())
-                info.channel = channel;
-            search.offerCuts(edit, i, cutsFrom);
-            if ((stops & kStopTransitionMidPoints) != 0)
-                search.offerMidPoints(edit, i, cutsFrom);
-        }
-        if ((stops & kStopMarks) != 0)
-            offerMarks(search, edit, channel, trimming);
-    }
+    offerChannels(search, edit, stops, trimming, info.channel);
     if ((stops & kStopCurrent) != 0 && includeCurrent)
         search.offer(getCurrentTime());
     offerCues(search, edit, stops);
@@ -86,13 +85,11 @@ EventInfo Vob::findEvent(EventSearch& search, double from, bool ignoreUnjoined,
 }
 
 EventInfo Vob::getNextEvent(double seconds, bool ignoreUnjoined, bool includeCurrent) {
-    EventSearch search(EventSearch::kForward, seconds);
-    return findEvent(search, seconds, ignoreUnjoined, includeCurrent);
+    return findEvent(true, seconds, ignoreUnjoined, includeCurrent);
 }
 
 EventInfo Vob::getPrevEvent(double seconds, bool ignoreUnjoined, bool includeCurrent) {
-    EventSearch search(EventSearch::kBackward, seconds);
-    return findEvent(search, seconds, ignoreUnjoined, includeCurrent);
+    return findEvent(false, seconds, ignoreUnjoined, includeCurrent);
 }
 
 // Asked for at every step, so it is kept until a preference changes: the value below the count at

@@ -40,6 +40,14 @@ EditModule::Channel& EditModule::findOrAdd(const IdStamp& id) {
     return channels_.emplace_back(fresh);
 }
 
+EditModule::ChannelState EditModule::getChannelState(const IdStamp& channel,
+                                                     std::size_t hint) const noexcept {
+    if (hint < channels_.size() && channels_[hint].id == channel)
+        return channels_[hint];
+    const Channel* known = find(channel);
+    return known ? ChannelState(*known) : ChannelState();
+}
+
 bool EditModule::isSelected(const IdStamp& channel) const noexcept {
     const Channel* known = find(channel);
     return known && known->selected;

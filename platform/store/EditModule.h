@@ -55,6 +55,17 @@ public:
     // Selects in this module what `other` selects in its own edit, channel by channel index.
     void makeSimilarTrackSelections(const EditModule& other);
 
+    // --- one channel, in one look --------------------------------------------------------------
+    struct ChannelState {
+        double markIn = kNoTime;
+        double markOut = kNoTime;
+        bool selected = false;
+        friend bool operator==(const ChannelState&, const ChannelState&) = default;
+    };
+    // `hint`: where the module may know the channel, which only makes this quick. For a module of
+    // all channels that is the channel's index.
+    ChannelState getChannelState(const IdStamp& channel, std::size_t hint) const noexcept;
+
     // --- marks ---------------------------------------------------------------------------------
     // kNoTime when unset.
     double getMark(const IdStamp& channel, Kv::MarkTypes::MarkType type) const noexcept;
@@ -82,12 +93,8 @@ public:
     friend bool operator==(const EditModule& a, const EditModule& b);
 
 private:
-    struct Channel {
+    struct Channel : ChannelState {
         IdStamp id;
-        double markIn = kNoTime;
-        double markOut = kNoTime;
-        bool selected = false;
-        friend bool operator==(const Channel&, const Channel&) = default;
     };
     const Channel* find(const IdStamp& id) const noexcept;
     Channel& findOrAdd(const IdStamp& id);
