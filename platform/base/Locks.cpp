@@ -124,14 +124,6 @@ CUTROOM_NO_THREAD_SAFETY void CriticalSection::unlock() {
     mutex_.unlock();
 }
 
-CUTROOM_NO_THREAD_SAFETY CriticalSection::Unshared::Unshared(CriticalSection& section)
-    : section_(section) {
-    [[maybe_unused]] const bool taken = section_.tryLock();
-    assert(taken && "the section of an object that is being made is held by another thread");
-}
-
-CUTROOM_NO_THREAD_SAFETY CriticalSection::Unshared::~Unshared() { section_.unlock(); }
-
 CUTROOM_NO_THREAD_SAFETY void SharedLock::lockRead() {
     const bool again = heldLocks.find(this) != nullptr;
     if (kCheckRanks)

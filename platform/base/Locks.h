@@ -59,18 +59,6 @@ public:
     private:
         CriticalSection& section_;
     };
-    // The same for the section of an object that is being made, which no other thread can hold yet
-    // (asserted): needs no waiting, so ranks do not matter.
-    class CUTROOM_API CUTROOM_SCOPED_CAPABILITY Unshared {
-    public:
-        explicit Unshared(CriticalSection& section) CUTROOM_ACQUIRE(section);
-        ~Unshared() CUTROOM_RELEASE();
-        Unshared(const Unshared&) = delete;
-        Unshared& operator=(const Unshared&) = delete;
-
-    private:
-        CriticalSection& section_;
-    };
 
 private:
     std::recursive_mutex mutex_;
