@@ -1,5 +1,6 @@
 // Processes killed at random moments of their work: what they acknowledged is there, nothing is
 // torn, and the next one opens the project without a question.
+#include "bins/BinManager.h"
 #include "platform/embedded/EmbeddedProject.h"
 #include "platform/store/EditManager.h"
 #include "tests/crash/Writer.h"
@@ -29,7 +30,7 @@ constexpr long kMoments = 200;
 using Access = CurrentProject::Access;
 using IfMissing = CurrentProject::IfMissing;
 
-class KillTest : public testing::Test {
+class KillTest : public testing::TestWithParam<const char*> {
 protected:
     KillTest() {
         EmbeddedHost host;
@@ -37,6 +38,8 @@ protected:
         const Status opened = project.open(folder_, Access::readWrite, IfMissing::create);
         EXPECT_TRUE(opened.ok()) << opened.text();
         importTimelines();
+        BinManager::instance().newBin();
+        EXPECT_TRUE(BinManager::instance().saveAll().ok());
         acknowledged_ = stateOfProject();
         const Status closed = project.close();
         EXPECT_TRUE(closed.ok()) << closed.text();
@@ -45,7 +48,7 @@ protected:
     // Lets a process work and kills it: at any moment from its start on, or a little after some
     // line of its, which is in the midst of a save.
     void killOne(unsigned seed) {
-        WriterProcess writer("edit", folder_, seed);
+        WriterProcess writer(GetParam(), folder_, seed);
         if (random_() % 8 == 0)
             writer.read(1000, microseconds(random_() % 60'000));
         else
@@ -74,6 +77,7 @@ protected:
         EXPECT_THAT(CurrentProject::getWarnings(), IsEmpty());
         EXPECT_THAT(litterAmong(filesBelow(folder_)), IsEmpty());
         EXPECT_EQ(databaseTrouble(), "");
+        EXPECT_EQ(summaryTrouble(), "");
         const ProjectState found = stateOfProject();
         cutOff_ += !tried_.empty();
         if (tried_.empty() || found != tried_) {
@@ -98,7 +102,10 @@ protected:
     long cutOff_ = 0; // kills in the midst of a save
 };
 
-TEST_F(KillTest, whatWasAcknowledgedIsThereAndNothingIsTorn) {
+INSTANTIATE_TEST_SUITE_P(Work, KillTest, testing::Values("edits", "bins"),
+                         [](const auto& test) { return test.param; });
+
+TEST_P(KillTest, whatWasAcknowledgedIsThereAndNothingIsTorn) {
     const long moments = rounds(kMoments, 10'000);
     for (long i = 0; i < moments && !HasFatalFailure() && !HasNonfatalFailure(); ++i) {
         SCOPED_TRACE(i);

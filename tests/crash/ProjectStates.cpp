@@ -1,5 +1,6 @@
 #include "tests/crash/ProjectStates.h"
 
+#include "bins/BinManager.h"
 #include "interchange/Importer.h"
 #include "platform/files/Files.h"
 #include "platform/project/CurrentProject.h"
@@ -36,13 +37,35 @@ std::string stampOf(const EditPtr& edit) {
     return stamp;
 }
 
+std::string stampOf(const BinData& bin) {
+    std::string text = toUtf8(bin.getName());
+    for (const BinItem& item : bin.items())
+        text += ' ' + item.getAssetID().asString() + ' ' + toText(item.time);
+    return checksumOf(text);
+}
+
 ProjectState stateOfProject() {
     ProjectState state{{"name", toUtf8(CurrentProject::getName())}};
     for (const Cookie& cookie : EditManager::instance().getAllEdits()) {
         const EditPtr edit(cookie);
         state[cookie.asString()] = edit ? stampOf(edit) : "-";
     }
+    BinSummaries bins;
+    BinManager::instance().getAllBins(bins);
+    for (const auto& [cookie, summary] : bins) {
+        const Kv::Ptr<BinData> bin = BinManager::instance().getData(cookie);
+        state[cookie.asString()] = bin && bin->valid() ? stampOf(*bin) : "-";
+    }
     return state;
+}
+
+std::string summaryTrouble() {
+    BinSummaries bins;
+    BinManager::instance().getAllBins(bins);
+    for (const auto& [cookie, summary] : bins)
+        if (!(summary == BinSummary(BinData(cookie))))
+            return cookie.asString() + ": " + toUtf8(summary.name);
+    return {};
 }
 
 std::string textOf(const ProjectState& state) {

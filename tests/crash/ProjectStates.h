@@ -1,6 +1,7 @@
 // What a project holds, as text that two processes can compare.
 #pragma once
 
+#include "bins/BinData.h"
 #include "platform/base/Cookie.h"
 #include "platform/store/EditPtr.h"
 
@@ -10,12 +11,14 @@
 
 namespace cutroom::test {
 
-// Cookie of an edit ("name" for the project's own name) to a stamp of its content and history.
+// Cookie of an edit or bin ("name" for the project's own name) to a stamp of its content and
+// history.
 using ProjectState = std::map<std::string, std::string>;
 
 // Checksum of the edit's contents and its history's steps: descriptions, and which can be redone.
 std::string stampOf(const EditPtr& edit);
-// Of every edit of the open project, each opened for it; one that cannot be has "-".
+std::string stampOf(const BinData& bin);
+// Of every edit and bin of the open project, each opened for it; one that cannot be has "-".
 ProjectState stateOfProject();
 // One line, without its end, and back.
 std::string textOf(const ProjectState& state);
@@ -33,6 +36,8 @@ std::vector<std::string> litterAmong(const std::map<std::string, std::string>& f
 
 // What the project database has wrong about the edits in the project's folder; empty when nothing.
 std::string databaseTrouble();
+// Where the summary of a bin does not say what the bin does; empty when they agree.
+std::string summaryTrouble();
 // Undoes all there is and takes it back: empty when every state is sound and the last one is the
 // first again.
 std::string historyTrouble(const EditPtr& edit);

@@ -51,7 +51,7 @@ TEST_F(TwoProcessesTest, aReaderBesideAWriterSeesTheProjectAndTouchesNothing) {
 
 // What is saved beside a reader is seen by the next reader, and never half of it.
 TEST_F(TwoProcessesTest, readersBesideAWorkingWriterFindWholeEdits) {
-    WriterProcess writer("edit", folder_, 5);
+    WriterProcess writer("edits", folder_, 5);
     for (std::size_t line = 1; line < 40; line += 3) {
         writer.read(line, std::chrono::seconds(20));
         ASSERT_GE(writer.lines().size(), line);

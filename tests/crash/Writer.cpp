@@ -1,5 +1,7 @@
 #include "tests/crash/Writer.h"
 
+#include "bins/BinManager.h"
+#include "interchange/Importer.h"
 #include "platform/embedded/EmbeddedProject.h"
 #include "platform/store/EditManager.h"
 #include "tests/crash/RandomWork.h"
@@ -23,11 +25,21 @@ class Worker {
 public:
     explicit Worker(unsigned seed) : work_(seed), state_(stateOfProject()) {
         for (const auto& [key, stamp] : state_)
-            if (key != "name")
-                edits_.push_back(Cookie::fromString(key).value());
+            if (const Cookie cookie(key); cookie.valid())
+                (cookie.type() == 'E' ? edits_ : bins_).push_back(cookie);
     }
 
-    // One thing a user does and saves.
+    // One thing a user does with bins, and saves.
+    Status turnOfBins() {
+        if (bins_.size() > 8 && work_.number(3) == 0)
+            return destroyBin();
+        if (bins_.size() < 6 || work_.number(4) == 0)
+            bins_.push_back(BinManager::instance().newBin()->getID());
+        for (int i = 1 + work_.number(5); i > 0; --i)
+            changeBin();
+        return saved([] { return BinManager::instance().saveAll(); });
+    }
+    // One thing a user does with edits, and saves.
     Status turn() {
         switch (work_.number(12)) {
         case 0:
@@ -78,6 +90,22 @@ private:
         }
         return save(changed);
     }
+    void changeBin() {
+        const auto which = static_cast<std::size_t>(work_.number(static_cast<int>(bins_.size())));
+        const Kv::Ptr<BinData> bin = BinManager::instance().getData(bins_[which]);
+        bin->setName(L"bin " + std::to_wstring(work_.number(1000)));
+        const Cookie asset('G', static_cast<std::uint64_t>(1 + work_.number(50)));
+        if (!bin->remove(asset))
+            bin->add(BinItem(asset, work_.number(100)));
+        for (const Cookie& changed : {bins_[which], bins_.back()}) // the last one may be new
+            state_[changed.asString()] = stampOf(*BinManager::instance().getData(changed));
+    }
+    Status destroyBin() {
+        const Cookie gone = bins_.back();
+        bins_.pop_back();
+        state_.erase(gone.asString());
+        return saved([&] { return BinManager::instance().destroy(gone, "test"); });
+    }
     Status save(const std::vector<EditPtr>& edits) {
         for (const EditPtr& edit : edits)
             if (edit->isDirty()) // a step alone, with no change after it, is nothing to save
@@ -88,7 +116,23 @@ private:
     RandomWork work_;
     ProjectState state_;
     CookieVec edits_;
+    CookieVec bins_;
 };
+
+// Imports the timeline beside the project, telling each hundredth of it.
+Status importTold(const std::string& folder) {
+    int told = -1;
+    ImportOptions options;
+    options.progress = [&](double share) {
+        const int hundredths = static_cast<int>(share * 100);
+        if (hundredths != told)
+            say("at " + std::to_string(told = hundredths));
+    };
+    const auto report = importFile(folder + "/../timeline.otio", options);
+    if (report)
+        say("done");
+    return report.status();
+}
 
 } // namespace
 
@@ -102,9 +146,16 @@ int runWriter(const std::string& work, const std::string& folder, unsigned seed)
         say("ready");
     while (status && work == "hold")
         pause();
+    if (status && work == "import") {
+        status = importTold(folder);
+        if (status)
+            status = project.close();
+        if (status)
+            return 0;
+    }
     if (status)
         for (Worker worker(seed); status;)
-            status = worker.turn();
+            status = work == "bins" ? worker.turnOfBins() : worker.turn();
     say("failed " + status.text());
     return 1;
 }

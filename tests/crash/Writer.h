@@ -17,8 +17,9 @@ namespace cutroom::test {
 // <reason>" and its end.
 class WriterProcess {
 public:
-    // Starts this program anew. `work` is "edit" (random work for ever) or "hold" (opens the
-    // project for writing and waits).
+    // Starts this program anew. `work` is "edits" or "bins" (random work on them for ever) or
+    // "hold" (opens the project for writing and waits) or "import" (takes in "timeline.otio" beside
+    // the project's folder and ends; it writes "at <hundredths>" and, once it is in, "done").
     WriterProcess(const std::string& work, const std::string& folder, unsigned seed);
     ~WriterProcess();
     WriterProcess(const WriterProcess&) = delete;
