@@ -21,8 +21,8 @@ enum trans_posn : int {
     kTransToHere = 1,
     kTransCentredHere = 2,
     kTransUseMark = 3,
-    kTransFromStart = 4, // these two have no text of their own and are not
-    kTransToEnd = 5,     // restored from one
+    kTransFromStart = 4, // this and the next have no text of their own
+    kTransToEnd = 5,
     kTransCurrentSection = 6,
     kTransCurrentSectionUnfolded = 7,
     kTransMultipleSections = 8,

@@ -1,0 +1,239 @@
+#include "editops/TransitionsEditor.h"
+#include "platform/embedded/EmbeddedHost.h"
+#include "platform/host/StringTable.h"
+#include "platform/prefs/EditorPreferences.h"
+#include "platform/store/Edit.h"
+#include "platform/store/Effects.h"
+#include "tests/support/Edits.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace cutroom;
+using namespace cutroom::test;
+
+namespace {
+
+constexpr char kPreference[] = "Last transition";
+
+class Transitions : public testing::Test {
+protected:
+    Transitions() : host_(EmbeddedHost::repeatable()) {}
+    EmbeddedHost host_;
+};
+
+std::string show(const LastTransition& last) {
+    const auto effect = EffectTemplateManager::instance().getTemplate(last.getFXID());
+    return (effect         ? toUtf8(effect->name)
+            : last.valid() ? "unknown"
+                           : "invalid") +
+           "|" + transPosnToString(last.getPosn()) + "|" + std::to_string(last.getLen());
+}
+
+} // namespace
+
+TEST_F(Transitions, CutTypesHaveTextsThatComeBack) {
+    const char* const texts[] = {"ct_cut",           "ct_mix",  "ct_video_dissolve",
+                                 "ct_film_dissolve", "ct_wipe", "ct_chequer",
+                                 "ct_none"};
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(cutTypeToString(static_cast<cut_type>(i)), texts[i]);
+        EXPECT_EQ(stringToCutType(texts[i]), i);
+    }
+    for (const int wrong : {7, 1000, -1})
+        EXPECT_EQ(cutTypeToString(static_cast<cut_type>(wrong)), "ct_none");
+    for (const char* const wrong : {"", "CT_CUT", "ct_cut ", "cut"})
+        EXPECT_EQ(stringToCutType(wrong), kCutTypeNone) << wrong;
+}
+
+TEST_F(Transitions, PositionsHaveTextsAndSomeHaveNone) {
+    const struct {
+        const char* text;
+        int back; // what the text reads as
+        ResId display;
+    } rows[] = {{"eFromHere", 0, 11692},
+                {"eToHere", 1, 11695},
+                {"eCentredHere", 2, 11687},
+                {"eUseMark", 3, 11696},
+                {"eNone", 10, 11697},
+                {"eNone", 10, 11698},
+                {"eCurrentSection", 6, 11690},
+                {"eCurrentSectionUnfolded", 7, 11691},
+                {"eMultipleSections", 8, 11693},
+                {"eSelectedSegments", 9, 12713}};
+    for (int i = 0; i < 10; ++i) {
+        const auto position = static_cast<trans_posn>(i);
+        EXPECT_EQ(transPosnToString(position), rows[i].text);
+        EXPECT_EQ(stringToTransPosn(rows[i].text), rows[i].back);
+        EXPECT_EQ(getDisplayString(position), resourceStrW(rows[i].display));
+        EXPECT_EQ(getTransPosnFromDisplayString(getDisplayString(position)), i);
+    }
+    for (const int wrong : {10, 11, -1}) {
+        EXPECT_EQ(transPosnToString(static_cast<trans_posn>(wrong)), "eNone");
+        EXPECT_EQ(getDisplayString(static_cast<trans_posn>(wrong)), L"");
+    }
+    EXPECT_EQ(stringToTransPosn(""), kTransNone);
+    EXPECT_EQ(stringToTransPosn("efromhere"), kTransNone);
+    EXPECT_EQ(getTransPosnFromDisplayString(L""), kTransNone);
+    EXPECT_EQ(getTransPosnFromDisplayString(L"elsewhere"), kTransNone);
+}
+
+TEST_F(Transitions, TheLastOneIsReadFromTexts) {
+    const std::string wipe = EffectTemplateManager::instance().getTemplate(L"Wipe")->id.asString();
+    const struct {
+        std::string text;
+        const char* shown; // of one 25 long before
+    } rows[] = {
+        {"", "Dissolve|eCentredHere|25"},
+        {wipe + ",eToHere,12", "Wipe|eToHere|12"},
+        {wipe + ",eToHere,-3x", "Wipe|eToHere|-3"},
+        {wipe + ",somewhere,", "Wipe|eNone|0"},
+        {"nothing,eFromHere,1", "invalid|eFromHere|1"},
+        {Cookie('X', 99).asString() + ",eFromHere,1", "unknown|eFromHere|1"},
+        {wipe + ",eToHere", "Speed|eUseMark|25"},
+        {wipe + ",eToHere,12,", "Speed|eUseMark|25"},
+    };
+    const Cookie speed = EffectTemplateManager::instance().getTemplate(L"Speed")->id;
+    for (const auto& row : rows) {
+        LastTransition last(speed, kTransUseMark, 25);
+        last.restoreFrom(row.text);
+        EXPECT_EQ(show(last), row.shown) << row.text;
+    }
+    EXPECT_EQ(show(LastTransition(std::string())), "Dissolve|eCentredHere|10");
+    EXPECT_EQ(show(LastTransition(std::string("two,pieces"))), "invalid|eNone|10");
+}
+
+TEST_F(Transitions, TheLastOneIsRemembered) {
+    EXPECT_EQ(show(LastTransition(0)), "Dissolve|eCentredHere|10");
+    EXPECT_EQ(show(LastTransition(7)), "Dissolve|eCentredHere|7");
+    const Cookie wipe = EffectTemplateManager::instance().getTemplate(L"Wipe")->id;
+    LastTransition(wipe, kTransToHere, 12).persist();
+    EXPECT_EQ(EditorPreferences::getPreference(kPreference, ""), wipe.asString() + ",eToHere,12");
+    EXPECT_EQ(show(LastTransition(7)), "Wipe|eToHere|12");
+    EditorPreferences::setPreference(kPreference, "too,many,pieces,here");
+    EXPECT_EQ(show(LastTransition(7)), "invalid|eNone|7");
+}
+
+// --- at a cut ------------------------------------------------------------------------------------
+
+namespace {
+
+// A from 0 to 4 s, of the source's 10 s on; B from 4 to 6 s, of 20 s on at double speed, backwards;
+// black to 8 s. The current time is 3, marked in at 4.4.
+class TransitionAtACut : public Transitions {
+protected:
+    TransitionAtACut()
+        : edit_(makeEdit(1, 0)), channel_(edit_->getId(0)), cel_(edit_->get_edit_cel_p(0)) {
+        layPieces(edit_, channel_, {{L"A", 100, 250}, {L"B", 50, 500}, {L"", 50}});
+        ChannelEvent b = cel_->get_event(2);
+        b.speed = -2;
+        EXPECT_TRUE(cel_->setEvent(2, b).ok());
+        module_ = EditModule(edit_);
+        module_.setCurrentTime(3);
+        module_.setMark(channel_, 4.4, Kv::MarkTypes::In);
+    }
+    static std::string text(const std::optional<TimeRange>& range) {
+        return range ? toText(range->getStart()) + "-" + toText(range->getEnd()) : "none";
+    }
+
+    EditModifier edit_;
+    IdStamp channel_;
+    Kv::Ptr<Cel> cel_;
+    EditModule module_;
+};
+
+} // namespace
+
+TEST_F(TransitionAtACut, LiesByItsPositionAndNeedsMoreOfTheSources) {
+    const struct {
+        trans_posn position;
+        int length;
+        const char *region, *ofA, *ofB;
+    } rows[] = {
+        {kTransFromHere, 10, "4-4.4", "10-14.4", "16-20"},
+        {kTransToHere, 10, "3.6-4", "10-14", "16-20.8"},
+        {kTransCentredHere, 10, "3.8-4.2", "10-14.2", "16-20.4"},
+        {kTransCentredHere, 5, "3.92-4.12", "10-14.12", "16-20.16"},
+        {kTransFromHere, 75, "4-7", "10-17", "14-20"}, // longer than B
+        {kTransFromHere, 0, "none", "none", "none"},
+        {kTransToHere, -5, "none", "none", "none"},
+        {kTransUseMark, 0, "3-4.4", "10-14.4", "16-22"},
+        {kTransFromStart, 0, "0-4", "10-14", "16-28"},
+        {kTransToEnd, 0, "4-6", "10-16", "16-20"},
+        {kTransCurrentSection, 0, "0-4", "10-14", "16-28"},
+        {kTransCurrentSectionUnfolded, 0, "0-4", "10-14", "16-28"},
+        {kTransMultipleSections, 0, "0-6", "10-16", "16-28"},
+        {kTransSelectedSegments, 10, "none", "none", "none"},
+        {kTransNone, 10, "none", "none", "none"},
+    };
+    for (const auto& row : rows) {
+        const auto needed = [&](std::uint32_t index) {
+            return text(TransitionsEditor::calcRequiredSourceClipRegion(
+                module_, cel_->getHandle(index), row.position, row.length));
+        };
+        for (const std::uint32_t point : {1u, 2u})
+            EXPECT_EQ(text(TransitionsEditor::calcRegion(module_, cel_->getHandle(point),
+                                                         row.position, row.length)),
+                      row.region);
+        EXPECT_EQ(needed(1), row.ofA) << row.position;
+        EXPECT_EQ(needed(2), row.ofB) << row.position;
+    }
+}
+
+TEST_F(TransitionAtACut, NeedsACutWithSomethingBesideIt) {
+    const auto region = [&](std::uint32_t index, trans_posn position) {
+        return text(TransitionsEditor::calcRegion(module_, cel_->getHandle(index), position, 10));
+    };
+    EXPECT_EQ(region(0, kTransFromHere), "0-0.4"); // in from black
+    EXPECT_EQ(region(5, kTransToHere), "7.6-8");
+    EXPECT_EQ(region(0, kTransFromStart), "none");
+    EXPECT_EQ(region(5, kTransToEnd), "none");
+    EXPECT_EQ(region(5, kTransMultipleSections), "none");
+    EXPECT_EQ(region(3, kTransUseMark), "none");        // 6 is not between 3 and 4.4
+    EXPECT_EQ(region(3, kTransCurrentSection), "none"); // the current time lies in A
+    EXPECT_EQ(region(77, kTransFromHere), "none");
+    module_.clearMarks();
+    EXPECT_EQ(region(2, kTransUseMark), "none");
+    module_.setMark(channel_, 5, Kv::MarkTypes::Out);
+    EXPECT_EQ(region(2, kTransUseMark), "3-5");
+    EXPECT_EQ(text(TransitionsEditor::calcRequiredSourceClipRegion(module_, cel_->getHandle(4),
+                                                                   kTransFromHere, 10)),
+              "none"); // black
+    ChannelEvent still = cel_->get_event(0);
+    still.flags |= kEventFreeze;
+    ASSERT_TRUE(cel_->setEvent(0, still).ok());
+    EXPECT_EQ(text(TransitionsEditor::calcRequiredSourceClipRegion(module_, cel_->getHandle(1),
+                                                                   kTransFromHere, 10)),
+              "10-10");
+}
+
+TEST_F(TransitionAtACut, IsLaidAndRemembered) {
+    const auto id = [](const wchar_t* name) {
+        return EffectTemplateManager::instance().getTemplate(name)->id;
+    };
+    const auto lay = [&](std::uint32_t index, const LastTransition& last) {
+        return TransitionsEditor::apply(edit_, module_, channel_, cel_->getHandle(index), last)
+            .ok();
+    };
+    EXPECT_TRUE(lay(1, {id(L"Wipe"), kTransCentredHere, 5})); // goes on the in point beside it
+    EXPECT_TRUE(lay(2, {id(L"Dip"), kTransToHere, 8}));
+    EXPECT_TRUE(lay(5, {id(L"Dissolve"), kTransToHere, 4})); // the end: there is no in point
+    EXPECT_EQ(show(LastTransition(0)), "Dissolve|eToHere|4");
+    EXPECT_FALSE(lay(2, {id(L"Speed"), kTransToHere, 8}));
+    EXPECT_FALSE(lay(2, {id(L"Wipe"), kTransNone, 8}));
+    EXPECT_FALSE(lay(2, {Cookie(), kTransToHere, 8}));
+    EXPECT_FALSE(TransitionsEditor::apply(edit_, module_, IdStamp(1, 2, 3), cel_->getHandle(2),
+                                          {id(L"Wipe"), kTransToHere, 8})
+                     .ok());
+    EXPECT_FALSE(TransitionsEditor::apply(EditModifier(), module_, channel_, cel_->getHandle(2),
+                                          {id(L"Wipe"), kTransToHere, 8})
+                     .ok());
+    EXPECT_EQ(show(LastTransition(0)), "Dissolve|eToHere|4");
+    EXPECT_EQ(edit_->getEffectGraphs().size(), 2u); // the wipe was replaced
+    const auto graph = edit_->getEffectGraph(cel_->get_event(2).effectGraph);
+    ASSERT_TRUE(graph);
+    EXPECT_EQ(graph->name, L"Dip");
+    EXPECT_EQ(graph->inOffset, 8 * kFlicksPerSecond / 25);
+    EXPECT_EQ(graph->outOffset, 0);
+    EXPECT_TRUE(cel_->get_event(5).effectGraph.valid());
+}
