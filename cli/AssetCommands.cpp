@@ -1,4 +1,8 @@
 // cutroom rename, delete
+#include "bins/AssetAssociationGroupManager.h"
+#include "bins/BinManager.h"
+#include "bins/DocumentManager.h"
+#include "cli/Assets.h"
 #include "cli/Command.h"
 #include "cli/Names.h"
 #include "platform/base/Strings.h"
@@ -13,10 +17,7 @@ namespace cutroom::cli {
 
 namespace {
 
-Status rename(const std::string& name, const std::string& newName) {
-    const auto wide = toWideStrict(newName);
-    if (!wide || wide->empty())
-        return {StatusCode::wrongUsage, newName, "a name is UTF-8 text that is not empty"};
+Status renameEdit(const std::string& name, const std::wstring& newName) {
     const auto edit = openEdit(name);
     if (!edit)
         return edit.status();
@@ -24,27 +25,70 @@ Status rename(const std::string& name, const std::string& newName) {
         return {StatusCode::failed, name, "the edit is read-only"};
     EditManager::instance().makeBackup(*edit, "Rename");
     EditModifier modifier(*edit, "Rename");
-    modifier->setName(*wide);
+    modifier->setName(newName);
     return {};
 }
 
-Status deleteAll(const std::vector<std::string>& names) {
-    CookieVec cookies;
-    for (const std::string& name : names) {
-        const auto cookie = findEditCookie(name);
-        if (!cookie)
-            return cookie.status();
-        cookies.push_back(*cookie);
+template <class Container>
+Status renameContainer(const Result<Kv::Ptr<Container>>& container, const std::wstring& newName) {
+    if (container)
+        (*container)->setName(newName);
+    return container.status();
+}
+
+Status rename(const std::string& name, const std::string& newName) {
+    const auto wide = toWideStrict(newName);
+    if (!wide || wide->empty())
+        return {StatusCode::wrongUsage, newName, "a name is UTF-8 text that is not empty"};
+    const auto asset = findAsset(name, kAnyAsset);
+    if (!asset)
+        return asset.status();
+    const std::string cookie = asset->cookie.asString();
+    switch (asset->kind) {
+    case kBins:
+        return renameContainer(openBin(cookie), *wide);
+    case kGroups:
+        return renameContainer(openGroup(cookie), *wide);
+    case kDocuments:
+        return renameContainer(openDocument(cookie), *wide);
+    default:
+        return renameEdit(cookie, *wide);
     }
-    return EditManager::instance().deleteEdits(cookies, "deleted by command");
+}
+
+Status deleteAll(const std::vector<std::string>& names) {
+    const std::string reason = "deleted by command";
+    CookieVec edits, bins, documents;
+    std::vector<Kv::Ptr<AssetAssociationGroup>> groups;
+    for (const std::string& name : names) {
+        const auto asset = findAsset(name, kAnyAsset);
+        if (!asset)
+            return asset.status();
+        if (asset->kind == kGroups)
+            groups.push_back(AssetAssociationGroupManager::instance().getGroup(asset->cookie));
+        else
+            (asset->kind == kEdits  ? edits
+             : asset->kind == kBins ? bins
+                                    : documents)
+                .push_back(asset->cookie);
+    }
+    Status done = EditManager::instance().deleteEdits(edits, reason);
+    for (std::size_t i = 0; i < bins.size() && done.ok(); ++i)
+        done = BinManager::instance().destroy(bins[i], reason);
+    for (std::size_t i = 0; i < groups.size() && done.ok(); ++i)
+        done = AssetAssociationGroupManager::instance().removeGroup(groups[i], reason);
+    if (done && !documents.empty())
+        done = DocumentManager::instance().destroy(documents, reason);
+    return done;
 }
 
 } // namespace
 
 void addRenameCommand(Commands commands) {
     auto words = std::make_shared<std::pair<std::string, std::string>>();
-    CLI::App* command = commands.app.add_subcommand("rename", "Give an edit or log another name");
-    command->add_option("edit", words->first, "Name or cookie")->required()->type_name("EDIT");
+    CLI::App* command = commands.app.add_subcommand(
+        "rename", "Give an edit, log, bin, group or document another name");
+    command->add_option("asset", words->first, "Name or cookie")->required()->type_name("ASSET");
     command->add_option("name", words->second, "The new name")->required()->type_name("NAME");
     command->footer("  cutroom rename \"Reel 1\" \"Reel 1 locked\"");
     command->callback([commands, words] {
@@ -57,9 +101,10 @@ void addRenameCommand(Commands commands) {
 
 void addDeleteCommand(Commands commands) {
     auto names = std::make_shared<std::vector<std::string>>();
-    CLI::App* command =
-        commands.app.add_subcommand("delete", "Delete edits or logs; media files are not touched");
-    command->add_option("edits", *names, "Names or cookies")->required()->type_name("EDIT");
+    CLI::App* command = commands.app.add_subcommand(
+        "delete",
+        "Delete edits, logs, bins, groups or documents; media and outside files are not touched");
+    command->add_option("assets", *names, "Names or cookies")->required()->type_name("ASSET");
     command->footer("The last state of a deleted edit stays in the project as "
                     "edits/COOKIE.edit.bak.\n\n  cutroom delete \"Reel 1\"");
     command->callback([commands, names] {

@@ -1,9 +1,12 @@
 #include "cli/Command.h"
 
+#include <CLI/CLI.hpp>
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -107,6 +110,15 @@ int withProject(const Options& options, Workspace::Use use,
     if (!closed)
         return fail(closed);
     return outputFailed() ? kExitInputOutput : kExitDone;
+}
+
+void runsWithProject(Commands commands, CLI::App* command, Workspace::Use use,
+                     std::function<Status(const Options&)> body) {
+    command->callback([commands, use, body = std::move(body)] {
+        commands.action = [&options = commands.options, use, body] {
+            return withProject(options, use, [&](Workspace&) { return body(options); });
+        };
+    });
 }
 
 } // namespace cutroom::cli

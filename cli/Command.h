@@ -43,6 +43,9 @@ void addMarkersCommand(Commands commands);
 void addRenameCommand(Commands commands);
 void addDeleteCommand(Commands commands);
 void addHistoryCommands(Commands commands);
+void addBinCommand(Commands commands);
+void addGroupCommand(Commands commands);
+void addDocumentCommand(Commands commands);
 void addCheckCommand(Commands commands);
 void addShellCommand(Commands commands);
 
@@ -81,5 +84,9 @@ int terminalWidth();
 // Opens the project, runs `body` in it, closes it; the first failure is said and decides the code.
 int withProject(const Options& options, Workspace::Use use,
                 const std::function<Status(Workspace&)>& body);
+
+// Has a command do `body` with the project open.
+void runsWithProject(Commands commands, CLI::App* command, Workspace::Use use,
+                     std::function<Status(const Options&)> body);
 
 } // namespace cutroom::cli

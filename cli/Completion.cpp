@@ -1,4 +1,5 @@
 #include "cli/Completion.h"
+#include "cli/Assets.h"
 #include "cli/Workspace.h"
 #include "platform/base/LogType.h"
 #include "platform/project/ProjDb.h"
@@ -138,18 +139,31 @@ void addOptions(const CLI::App* command, Answer& answer) {
         }
 }
 
-void addEditNames(const std::string& project, Answer& answer) {
+// The kinds of assets that a value of that type names; 0 for another type.
+unsigned assetKinds(const std::string& type) {
+    return type == "EDIT"       ? kEdits
+           : type == "BIN"      ? kBins
+           : type == "GROUP"    ? kGroups
+           : type == "DOCUMENT" ? kDocuments
+           : type == "ASSET"    ? kAnyAsset
+                                : 0u;
+}
+
+void addAssetNames(unsigned kinds, const std::string& project, Answer& answer) {
     Options options;
     options.project = project;
     Workspace workspace(options);
     if (!workspace.open(Workspace::Use::read))
         return;
     std::set<std::string> names;
-    projdb::forEach([&](const projdb::Record& record) {
-        if (record.logType != kLogTypeSource)
-            names.insert(record.name());
-        return true;
-    });
+    if (kinds & kEdits) // edits are asked for far more often than logs
+        projdb::forEach([&](const projdb::Record& record) {
+            if (record.logType != kLogTypeSource)
+                names.insert(record.name());
+            return true;
+        });
+    for (const NamedAsset& asset : allAssets(kinds & ~unsigned{kEdits}))
+        names.insert(asset.name);
     for (const auto& name : names)
         answer.add(name);
 }
@@ -174,8 +188,8 @@ void addValues(const CLI::Option& option, const std::string& project, Answer& an
         answer.setPaths("files");
     else if (type == "FOLDER")
         answer.setPaths("folders");
-    else if (type == "EDIT")
-        addEditNames(project, answer);
+    else if (const unsigned kinds = assetKinds(type))
+        addAssetNames(kinds, project, answer);
     else
         addChoices(whole, answer);
 }

@@ -1,5 +1,6 @@
-// cutroom list [edits|logs]
+// cutroom list [edits|logs|bins|groups|documents]
 #include "cli/Command.h"
+#include "cli/ContainerText.h"
 #include "platform/base/Strings.h"
 #include "platform/base/Timecode.h"
 #include "platform/files/JsonBuilder.h"
@@ -70,19 +71,31 @@ std::string listText(const std::vector<projdb::Record>& found) {
     return text;
 }
 
+std::string listed(const std::string& what, bool json) {
+    if (what == "bins")
+        return listBins(json);
+    if (what == "groups")
+        return listGroups(json);
+    if (what == "documents")
+        return listDocuments(json);
+    const auto found = records(what == "logs");
+    return json ? listJson(found) : listText(found);
+}
+
 } // namespace
 
 void addListCommand(Commands commands) {
     auto what = std::make_shared<std::string>("edits");
     CLI::App* command = commands.app.add_subcommand("list", "Show what the project holds");
-    command->add_option("what", *what, "edits (the default) or logs")
-        ->check(CLI::IsMember({"edits", "logs"}));
-    command->footer("One line each: cookie, length, picture and sound tracks, name.");
+    command->add_option("what", *what, "edits (the default), logs, bins, groups or documents")
+        ->check(CLI::IsMember({"edits", "logs", "bins", "groups", "documents"}));
+    command->footer("One line each: cookie, then length, picture and sound tracks of edits and "
+                    "logs, the number of\nitems of bins and groups, the size of documents; and "
+                    "the name.");
     command->callback([commands, what] {
         commands.action = [&options = commands.options, what] {
             return withProject(options, Workspace::Use::read, [&](Workspace&) {
-                const auto found = records(*what == "logs");
-                print(options.json ? listJson(found) : listText(found));
+                print(listed(*what, options.json));
                 return Status();
             });
         };

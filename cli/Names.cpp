@@ -1,67 +1,19 @@
 #include "cli/Names.h"
 
+#include "cli/Assets.h"
 #include "export/AssetMetadataExporterBase.h"
 #include "interchange/Timeline.h"
 #include "platform/base/Strings.h"
-#include "platform/project/ProjDb.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
-#include <vector>
-
 namespace cutroom::cli {
 
-namespace {
-
-struct Named {
-    std::string cookie;
-    std::string name;
-};
-
-// All edits and logs whose name is `text`; failing that, whose name holds it, whatever the case.
-std::vector<Named> candidatesFor(std::string_view text, bool* exact) {
-    std::vector<Named> same;
-    std::vector<Named> alike; // to nothing, every name would be
-    const std::string lowered = toLowerUtf8(text);
-    projdb::forEach({"cookie", "name"}, [&](const std::vector<std::string>& fields) {
-        if (fields[1] == text)
-            same.push_back({fields[0], fields[1]});
-        else if (!text.empty() && toLowerUtf8(fields[1]).find(lowered) != std::string::npos)
-            alike.push_back({fields[0], fields[1]});
-        return true;
-    });
-    *exact = !same.empty();
-    return same.empty() ? alike : same;
-}
-
-std::string listed(const std::vector<Named>& candidates) {
-    constexpr std::size_t kMost = 8;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(candidates.size(), kMost); ++i)
-        text += (i ? ", " : "") + candidates[i].cookie + " \"" + candidates[i].name + '"';
-    if (candidates.size() > kMost)
-        text += format(" and %zu more", candidates.size() - kMost);
-    return text;
-}
-
-} // namespace
-
 Result<Cookie> findEditCookie(std::string_view text) {
-    if (const auto cookie = Cookie::fromString(text);
-        cookie && EditManager::instance().exists(*cookie))
-        return *cookie;
-    bool exact = false;
-    const auto candidates = candidatesFor(text, &exact);
-    if (exact && candidates.size() == 1)
-        return Cookie(candidates.front().cookie);
-    const std::string what(text);
-    if (exact)
-        return Status(StatusCode::notFound, what, "several have this name: " + listed(candidates));
-    if (!candidates.empty())
-        return Status(StatusCode::notFound, what,
-                      "no edit has this name; near it: " + listed(candidates));
-    return Status(StatusCode::notFound, what,
-                  "no edit has this name or cookie; `cutroom list` shows what there is");
+    const auto found = findAsset(text, kEdits);
+    if (!found)
+        return found.status();
+    return found->cookie;
 }
 
 Result<EditPtr> openEdit(std::string_view text) {

@@ -1,5 +1,9 @@
 #include "cli/Workspace.h"
 
+#include "bins/AssetAssociationGroupManager.h"
+#include "bins/BinManager.h"
+#include "bins/DocumentManager.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -39,6 +43,11 @@ Status Workspace::open(Use use) {
         use == Use::read ? CurrentProject::Access::readOnly : CurrentProject::Access::readWrite;
     const auto ifMissing = use == Use::writeOrCreate ? CurrentProject::IfMissing::create
                                                      : CurrentProject::IfMissing::fail;
+    if (use != Use::read) { // otherwise made by who asks for them
+        DocumentManager::instance();
+        AssetAssociationGroupManager::instance();
+        BinManager::instance();
+    }
     const Status opened = project_.open(folder_, access, ifMissing);
     std::error_code failure;
     if (opened.code() == StatusCode::notFound && use != Use::writeOrCreate &&

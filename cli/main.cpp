@@ -47,8 +47,18 @@ void addAll(Commands commands) {
     addRenameCommand(commands);
     addDeleteCommand(commands);
     addHistoryCommands(commands);
+    addBinCommand(commands);
+    addGroupCommand(commands);
+    addDocumentCommand(commands);
     addShellCommand(commands);
     addCheckCommand(commands);
+}
+
+// The words of the innermost command that was named, each with a blank behind it.
+std::string commandWords(const CLI::App& app) {
+    const auto named = app.get_subcommands();
+    return named.empty() ? std::string()
+                         : named.front()->get_name() + ' ' + commandWords(*named.front());
 }
 
 // The parser asks for a command where a word is none; a person wants to hear of the word.
@@ -62,10 +72,7 @@ int sayWrongUsage(const CLI::App& app, const CLI::ParseError& wrong) {
         std::fprintf(stderr, "cutroom: say what to do; `cutroom --help` lists the commands\n");
     else
         std::fprintf(stderr, "cutroom: %s; `cutroom %s--help` shows how\n",
-                     oneLine(wrong.what()).c_str(),
-                     app.get_subcommands().empty()
-                         ? ""
-                         : (app.get_subcommands().front()->get_name() + ' ').c_str());
+                     oneLine(wrong.what()).c_str(), commandWords(app).c_str());
     return cutroom::cli::kExitUsage;
 }
 
