@@ -54,10 +54,9 @@ Status BinManager::reload(const Cookie& bin) {
         return {cutroom::StatusCode::notFound, bin.asString(), "the bin is not loaded"};
     if (Status read = loaded->load(); !read)
         return read;
-    ContainerBase::Modifications replaced;
-    replaced.add(ContainerBase::Modification(ContainerBase::kModItemsAdded |
-                                             ContainerBase::kModItemsRemoved));
-    handleBinModification(bin, replaced, "reload");
+    loaded->tellModification(ContainerBase::Modification(ContainerBase::kModItemsAdded |
+                                                         ContainerBase::kModItemsRemoved),
+                             "reload");
     return {};
 }
 

@@ -178,6 +178,13 @@ void ContainerBase::clearModifications() {
     pending_.clear();
 }
 
+void ContainerBase::tellModification(const Modification& change, LightweightString<char> reason) {
+    const Change lock(*this);
+    Modifications told;
+    if (told.add(change))
+        issueModificationNotification(told, std::move(reason));
+}
+
 void ContainerBase::stampTimes(const Modification& change) {
     const std::uint32_t now = cutroom::idSource().secondsNow();
     if (change.includes(kModCreated) && creationTime_ == 0)

@@ -167,6 +167,9 @@ public:
     void addModifications(unsigned types) { addModification(Modification(types)); }
     // Forgets what is pending.
     void clearModifications();
+    // Tells a record at once that is no change to be saved: neither times nor the dirty flag
+    // follow. For what was read anew. Ignores type 0.
+    void tellModification(const Modification& change, LightweightString<char> reason = {});
 
 protected:
     ContainerBase() = default;

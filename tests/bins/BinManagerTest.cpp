@@ -1,6 +1,7 @@
 #include "bins/CachedCookieContainer.h"
 #include "bins/DocumentManager.h"
 #include "bins/iBinDataContainer.h"
+#include "platform/messaging/NotifyMsgTypeDictionary.h"
 #include "platform/prefs/EditorPreferences.h"
 #include "tests/bins/BinProject.h"
 
@@ -108,7 +109,12 @@ TEST_F(BinManagerTest, ReloadingTakesWhatTheFileSays) {
     EXPECT_TRUE(bins().saveAll().ok());
     bin->setName(L"changed");
     told_.clear();
+    int toldByTheBin = 0;
+    const Kv::Ptr<Guard> listener = bin->registerNotification(
+        makeCallback<NotifyMsg>([&](const NotifyMsg&) { ++toldByTheBin; }),
+        NotifyMsgTypeDictionary::instance().generalChangeMsgType());
     EXPECT_TRUE(bins().reload(bin->getID()).ok());
+    EXPECT_EQ(toldByTheBin, 1);
     EXPECT_EQ(bin->getName(), L"saved");
     EXPECT_EQ(bins().getSummary(bin->getID()).name, L"saved");
     EXPECT_FALSE(bin->isDirty());

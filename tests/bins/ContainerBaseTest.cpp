@@ -288,3 +288,24 @@ TEST_F(ContainerBaseTest, AttributesAreItsIdentityAndTimes) {
         EXPECT_EQ(box_->getAttribute(LogAttribute(attribute)), text) << attribute;
     EXPECT_EQ(Box().getAttribute(LogAttribute(LogAttribute::created)), "");
 }
+
+// Each listener looks at the other container, while that one changes on another thread.
+TEST(ContainerThreads, ListenersReadOtherContainersWhileThoseChange) {
+    const Kv::Ptr<Box> boxes[] = {Kv::makePtr<Box>(), Kv::makePtr<Box>()};
+    std::atomic<int> told{0};
+    std::vector<Kv::Ptr<Guard>> guards;
+    for (int i = 0; i < 2; ++i)
+        guards.push_back(boxes[i]->registerNotification(
+            makeCallback<NotifyMsg>(
+                [&, i](const NotifyMsg&) { told += boxes[1 - i]->getName().size() < 10; }),
+            NotifyMsgTypeDictionary::instance().generalChangeMsgType()));
+    std::vector<std::thread> changers;
+    for (const Kv::Ptr<Box>& box : boxes)
+        changers.emplace_back([&box] {
+            for (int i = 0; i < 2000; ++i)
+                box->setName(std::to_wstring(i));
+        });
+    for (std::thread& changer : changers)
+        changer.join();
+    EXPECT_EQ(told, 4000);
+}
