@@ -34,7 +34,7 @@ AssetAssociationGroupManager::AssetAssociationGroupManager()
     documents_ = documents.registerNotification(
         makeCallback(this, &AssetAssociationGroupManager::handleDocumentModifications),
         documents.changeMsgType());
-    setUp();
+    catchUp();
 }
 
 AssetAssociationGroupManager::~AssetAssociationGroupManager() { letGo(); }

@@ -20,19 +20,30 @@ Status checkWritable() {
 
 // --- reading -------------------------------------------------------------------------------------
 
+// Other listeners of a project's entry may be told before this manager, and ask for containers.
+void DescribedContainerManager::catchUp() const {
+    const Cookie open = CurrentProject::getCookie();
+    const auto done = [&] {
+        const CriticalSection::Lock lock(mapsLock_);
+        return !open.valid() || project_ == open;
+    };
+    if (done())
+        return;
+    const ChangeLock oneAtATime;
+    if (!done())
+        const_cast<DescribedContainerManager*>(this)->setUp(); // as if it had been told
+}
+
 void DescribedContainerManager::setUp() {
     letGo();
-    if (!CurrentProject::isOpen())
-        return;
     if (const auto read = readUnknown(); !read)
         LogBoth("%s\n", read.status().text().c_str());
+    const CriticalSection::Lock lock(mapsLock_);
+    project_ = CurrentProject::getCookie();
 }
 
 void DescribedContainerManager::handleProjectEntry() {
-    {
-        const CriticalSection::Lock whole(filesLock_);
-        setUp();
-    }
+    catchUp();
     issueNotification(Kv::makePtr<ContainerNotice>(ContainerNotice::What::reset, CookieVec()));
 }
 
@@ -50,7 +61,7 @@ DescribedContainerManager::ContainerPtr DescribedContainerManager::readOne(const
     if (!read)
         return nullptr;
     afterReading(*container);
-    return enter(container) ? container : nullptr;
+    return container->join(*this) ? container : nullptr;
 }
 
 Result<std::vector<DescribedContainerManager::ContainerPtr>>

@@ -34,16 +34,23 @@ bool DescribedContainerManager::anyDirty() const {
 }
 
 bool DescribedContainerManager::enter(const ContainerPtr& container) {
+    catchUp();
     return takes(container->getID()) && container->join(*this);
 }
 
 DescribedContainerManager::ContainerPtr DescribedContainerManager::find(const Cookie& id) const {
+    catchUp();
     const CriticalSection::Lock lock(mapsLock_);
     const auto entry = entries_.find(id);
     return entry == entries_.end() ? nullptr : entry->second.container;
 }
 
 std::vector<DescribedContainerManager::ContainerPtr> DescribedContainerManager::all() const {
+    catchUp();
+    return held();
+}
+
+std::vector<DescribedContainerManager::ContainerPtr> DescribedContainerManager::held() const {
     const CriticalSection::Lock lock(mapsLock_);
     std::vector<ContainerPtr> containers;
     containers.reserve(entries_.size());
@@ -53,6 +60,7 @@ std::vector<DescribedContainerManager::ContainerPtr> DescribedContainerManager::
 }
 
 std::size_t DescribedContainerManager::countOf(CookieType type) const {
+    catchUp();
     const CriticalSection::Lock lock(mapsLock_);
     return static_cast<std::size_t>(
         std::count_if(entries_.begin(), entries_.end(),
@@ -61,6 +69,7 @@ std::size_t DescribedContainerManager::countOf(CookieType type) const {
 
 std::vector<DescribedContainerManager::ContainerPtr>
 DescribedContainerManager::findByKey(const std::string& key) const {
+    catchUp();
     const CriticalSection::Lock lock(mapsLock_);
     std::vector<ContainerPtr> containers;
     for (auto at = keys_.lower_bound({key, Cookie('A', 0, 0)}); at != keys_.end(); ++at) {
@@ -72,11 +81,12 @@ DescribedContainerManager::findByKey(const std::string& key) const {
 }
 
 void DescribedContainerManager::letGo() noexcept {
-    for (const ContainerPtr& container : all())
+    for (const ContainerPtr& container : held())
         container->leave(*this);
     descriptions_.reset();
     const CriticalSection::Lock lock(mapsLock_);
     removals_.clear();
+    project_ = {};
 }
 
 // --- called by containers ------------------------------------------------------------------------

@@ -2,9 +2,9 @@
 // into it, and their files.
 //
 // Any thread may call. What reads or writes files, and says so, is not to be called under a
-// container's lock: so not from a listener either. The files are read when a project is entered (or
-// when the manager is made while one is open), so every description is in memory. Without a project
-// containers live in memory only, until the next one is entered.
+// container's lock: so not from a listener either. The files are read when a project is entered, or
+// earlier when somebody asks before the manager has heard of that, so every description is in
+// memory. Without a project containers live in memory only, until the next one is entered.
 #pragma once
 
 #include "bins/ContainerManagerBase.h"
@@ -31,7 +31,7 @@ public:
     // ("<name>.damaged").
     std::vector<Status> getDamaged() const { return descriptions_.damaged(); }
 
-    // Drops what is in memory and reads the project's files; then tells one notice (`reset`).
+    // Tells one notice (`reset`): what was in memory has gone, the project's files have been read.
     void handleProjectEntry() override;
     // Saves; a failure is logged and given by the project's close.
     void handleProjectExit() override;
@@ -53,9 +53,9 @@ protected:
     // Called when a container and its files have gone, for what may go without being asked for.
     virtual void afterDestruction(const Cookie& id) const;
 
-    // Heirs' constructors end with it: drops what is in memory and reads the files of the project
-    // that is open, if one is.
-    void setUp();
+    // Reads the files of the open project, if one is and they have not been read; heirs'
+    // constructors end with it.
+    void catchUp() const;
     // Called by heirs' destructors: no container belongs to the manager any longer.
     void letGo() noexcept;
     // Puts a container under management; false when its cookie is taken or not of the kind, or it
@@ -98,15 +98,18 @@ private:
 
     void removeKeys(const Cookie& id, const Entry& entry) CUTROOM_REQUIRES(mapsLock_);
     void addKeys(const Cookie& id, const Entry& entry) CUTROOM_REQUIRES(mapsLock_);
+    void setUp();
+    std::vector<ContainerPtr> held() const; // all that there are now
     std::vector<ContainerPtr> dirtyOnes() const;
     Status writeAll(const std::vector<ContainerPtr>& containers, const CookieVec& removals);
     Status removeFiles(const std::vector<ContainerPtr>& containers);
-    // `readFiles`, without the lock: nobody else knows the manager yet, or the caller holds it.
+    // `readFiles`, without the lock: for a project that nobody works on yet.
     Result<std::vector<ContainerPtr>> readUnknown();
     ContainerPtr readOne(const Cookie& id);
 
     const std::string name_;
     DescriptionFiles descriptions_;
+    Cookie project_ CUTROOM_GUARDED_BY(mapsLock_); // whose files have been read
     std::map<Cookie, Entry> entries_ CUTROOM_GUARDED_BY(mapsLock_);
     std::set<std::pair<std::string, Cookie>> keys_ CUTROOM_GUARDED_BY(mapsLock_);
     // Containers that have gone and whose files go with the next save.

@@ -64,7 +64,7 @@ DocumentManager& DocumentManager::instance() { return single<DocumentManager>();
 
 DocumentManager::DocumentManager()
     : DescribedContainerManager("documents", cutroom::kDocumentsFolder, getFileExtension()) {
-    setUp();
+    catchUp();
 }
 
 DocumentManager::~DocumentManager() { letGo(); }

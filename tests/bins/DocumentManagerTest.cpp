@@ -180,6 +180,19 @@ TEST_F(DocumentManagerTest, WhatIsSavedIsThereWhenTheProjectOpensAgain) {
     EXPECT_THAT(log_.lines, IsEmpty());
 }
 
+TEST_F(DocumentManagerTest, WhoHearsOfAProjectFirstFindsItsDocuments) {
+    bool found = false;
+    const auto entered = CurrentProject::addListener(
+        makeCallback<NotifyMsg>([&](const NotifyMsg&) { found = manager().exists(kOne); }),
+        CurrentProject::enteredMsgType());
+    const auto one = make(kOne);
+    listen(manager());
+    reopen();
+    EXPECT_TRUE(found);
+    EXPECT_NE(manager().getDocument(kOne), one);
+    EXPECT_THAT(told_, ElementsAre("saved", "reset"));
+}
+
 TEST_F(DocumentManagerTest, DamagedFilesAreNamedAndNeverWrittenOver) {
     make(kTwo, L"two");
     ASSERT_TRUE(manager().saveAll().ok());
