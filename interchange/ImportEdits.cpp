@@ -76,13 +76,19 @@ ImportedFile::~ImportedFile() {
 
 void ImportedFile::noteSources(const Timeline& timeline) {
     for (const Track& track : timeline.tracks) {
-        items_ += track.items.size();
+        todo_ += track.items.size();
         for (const Item& item : track.items)
             if (item.type == ItemType::clip && item.duration > 0)
                 sources_.note(item, track.kind, importedChannel(item, track), timeline.rate.rate);
     }
     for (const Timeline& inside : timeline.nested)
         noteSources(inside);
+}
+
+void ImportedFile::tellDone(std::size_t more) {
+    done_ += more;
+    if (progress_ && todo_ > 0)
+        progress_(static_cast<double>(done_) / static_cast<double>(todo_));
 }
 
 std::string ImportedFile::nameOfEdit(const Timeline& timeline, bool isRoot) const {
@@ -104,14 +110,9 @@ void ImportedFile::describeEdit(const EditPtr& edit, const Timeline& timeline) c
     edit->setCues(importedCues(timeline), false);
 }
 
-Status ImportedFile::layContents(const EditPtr& edit, const Timeline& timeline,
-                                 const CookieVec& inside) {
+Status ImportedFile::layContents(const EditPtr& edit, Timeline& timeline, const CookieVec& inside) {
     const ImportScene scene{sources_, inside, losses_};
-    const auto laid = [this](const Track& track) {
-        itemsLaid_ += track.items.size();
-        if (progress_ && items_ > 0)
-            progress_(static_cast<double>(itemsLaid_) / static_cast<double>(items_));
-    };
+    const auto laid = [this](const Track& track) { tellDone(track.items.size()); };
     if (Status status = layTracks(edit, timeline, scene, laid); !status)
         return status;
     Flicks end = timeline.duration;
@@ -124,9 +125,9 @@ Status ImportedFile::layContents(const EditPtr& edit, const Timeline& timeline,
     return extendWithBlack(edit, edit->getId(0), end);
 }
 
-Status ImportedFile::makeEdit(const Timeline& timeline, bool isRoot, Cookie& made) {
+Status ImportedFile::makeEdit(Timeline& timeline, bool isRoot, Cookie& made) {
     CookieVec inside;
-    for (const Timeline& nested : timeline.nested) {
+    for (Timeline& nested : timeline.nested) {
         inside.emplace_back();
         if (Status status = makeEdit(nested, false, inside.back()); !status)
             return status;
@@ -141,21 +142,26 @@ Status ImportedFile::makeEdit(const Timeline& timeline, bool isRoot, Cookie& mad
     (isRoot ? roots_ : nested_).push_back(made);
     edit->setName(toWide(name));
     describeEdit(edit, timeline);
-    return layContents(edit, timeline, inside);
+    const Status laid = layContents(edit, timeline, inside);
+    timeline.markers = std::vector<Marker>();
+    return laid;
 }
 
-Status ImportedFile::make(const std::vector<Timeline>& timelines,
+Status ImportedFile::make(std::vector<Timeline>& timelines,
                           const std::function<void(double)>& progress) {
     progress_ = progress;
     bool dropFrame = false;
-    for (const Timeline& timeline : timelines) {
+    for (Timeline& timeline : timelines) {
         noteSources(timeline);
         dropFrame = dropFrame || timeline.dropFrame;
+        if (timeline.tracks.empty() && !timeline.markers.empty())
+            addWarning(timeline, "it holds markers only; its edit is black");
     }
-    if (Status status = sources_.makeLogs(dropFrame, made_); !status)
+    todo_ += sources_.count();
+    if (Status status = sources_.makeLogs(dropFrame, made_, [this] { tellDone(1); }); !status)
         return status;
     logs_ = made_.size();
-    for (const Timeline& timeline : timelines) {
+    for (Timeline& timeline : timelines) {
         Cookie made;
         if (Status status = makeEdit(timeline, true, made); !status)
             return status;
@@ -163,16 +169,15 @@ Status ImportedFile::make(const std::vector<Timeline>& timelines,
     return {};
 }
 
-Status ImportedFile::save() { return EditManager::instance().save({made_.begin(), made_.end()}); }
+Status ImportedFile::save(const std::function<void(double)>& progress) {
+    return EditManager::instance().save({made_.begin(), made_.end()}, progress);
+}
 
 std::vector<std::string> ImportedFile::warnings(const std::vector<Timeline>& timelines) const {
     Timeline all; // says each once
-    for (const Timeline& timeline : timelines) {
+    for (const Timeline& timeline : timelines)
         for (const std::string& warning : timeline.warnings)
             addWarning(all, warning);
-        if (timeline.tracks.empty() && !timeline.markers.empty())
-            addWarning(all, "it holds markers only; its edit is black");
-    }
     const auto say = [&](long times, const char* what) {
         if (times > 0)
             addWarning(all, std::string(what) + ": " + toText(static_cast<long long>(times)));

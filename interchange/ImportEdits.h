@@ -19,11 +19,11 @@ public:
     ImportedFile(const ImportedFile&) = delete;
     ImportedFile& operator=(const ImportedFile&) = delete;
 
-    // Makes logs and edits; `progress` is told from 0 to 1.
-    Status make(const std::vector<Timeline>& timelines,
-                const std::function<void(double)>& progress);
-    // Writes all that was made as one group.
-    Status save();
+    // Makes logs and edits; `progress` is told from 0 to 1. Items and markers leave `timelines` as
+    // they are laid.
+    Status make(std::vector<Timeline>& timelines, const std::function<void(double)>& progress);
+    // Writes all that was made as one group; `progress` is told from 0 to 1.
+    Status save(const std::function<void(double)>& progress);
     // Lets it stay.
     void keep() { kept_ = true; }
 
@@ -33,10 +33,11 @@ public:
     std::vector<std::string> warnings(const std::vector<Timeline>& timelines) const;
 
 private:
+    void tellDone(std::size_t more);
     void noteSources(const Timeline& timeline);
-    Status makeEdit(const Timeline& timeline, bool isRoot, Cookie& made);
+    Status makeEdit(Timeline& timeline, bool isRoot, Cookie& made);
     void describeEdit(const EditPtr& edit, const Timeline& timeline) const;
-    Status layContents(const EditPtr& edit, const Timeline& timeline, const CookieVec& inside);
+    Status layContents(const EditPtr& edit, Timeline& timeline, const CookieVec& inside);
     std::string nameOfEdit(const Timeline& timeline, bool isRoot) const;
 
     const std::string path_;
@@ -46,8 +47,8 @@ private:
     CookieVec roots_;
     CookieVec nested_;
     std::size_t logs_ = 0;
-    std::size_t items_ = 0;
-    std::size_t itemsLaid_ = 0;
+    std::size_t todo_ = 0; // items and sources
+    std::size_t done_ = 0;
     std::function<void(double)> progress_;
     bool kept_ = false;
 };

@@ -278,7 +278,8 @@ Status ImportSources::chooseLog(ImportSource& source) {
     return {};
 }
 
-Status ImportSources::makeLogs(bool dropFrame, std::vector<EditModifier>& made) {
+Status ImportSources::makeLogs(bool dropFrame, std::vector<EditModifier>& made,
+                               const std::function<void()>& done) {
     findLogs();
     for (ImportSource& source : sources_) {
         if (Status status = chooseLog(source); !status)
@@ -286,6 +287,7 @@ Status ImportSources::makeLogs(bool dropFrame, std::vector<EditModifier>& made) 
         if (!source.log.valid())
             if (Status status = makeLog(source, dropFrame, made); !status)
                 return status;
+        done();
     }
     return {};
 }

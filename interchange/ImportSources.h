@@ -8,6 +8,7 @@
 #include "platform/store/EditPtr.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -46,9 +47,11 @@ class ImportSources {
 public:
     // Takes note of a clip on a track of `kind`; `rate` counts where its media states none.
     void note(const Item& item, TrackKind kind, int channel, const Kv::FrameRate& rate);
+    std::size_t count() const noexcept { return sources_.size(); }
     // Gives each source its log: one that the project has with all channels that are needed, else
-    // a new one, appended to `made`.
-    Status makeLogs(bool dropFrame, std::vector<EditModifier>& made);
+    // a new one, appended to `made`. `done` is called after each.
+    Status makeLogs(bool dropFrame, std::vector<EditModifier>& made,
+                    const std::function<void()>& done);
     // The material of a noted clip: a strip of its log, or the log itself on tracks that are
     // neither picture nor sound.
     Cookie materialOf(const Item& item, TrackKind kind, int channel) const;

@@ -207,9 +207,9 @@ bool hasMaterial(const std::vector<CelSegment>& segments) {
 
 } // namespace
 
-Status layTracks(const EditPtr& edit, const Timeline& timeline, const ImportScene& scene,
+Status layTracks(const EditPtr& edit, Timeline& timeline, const ImportScene& scene,
                  const std::function<void(const Track&)>& laid) {
-    for (const Track& track : timeline.tracks) {
+    for (Track& track : timeline.tracks) {
         const IdStamp channel = edit->addChan(typeOf(track.kind));
         describeChannel(*edit, channel, track);
         scene.losses.disabledTracks += !track.enabled;
@@ -220,6 +220,7 @@ Status layTracks(const EditPtr& edit, const Timeline& timeline, const ImportScen
         if (hasMaterial(segments))
             cel->setFlags(kCelHasMaterial);
         laid(track);
+        track.items = std::vector<Item>();
     }
     return {};
 }

@@ -32,8 +32,9 @@ struct ImportScene {
 //   OTIO   |--in--|======clip A======|--out--|       transitions at head and tail
 //   cel    |-pad--|--------A---------|--pad--|       graphs on the in points of A and the last pad
 //
-// `laid` is told after each track. The edit is as far as it came on failure.
-Status layTracks(const EditPtr& edit, const Timeline& timeline, const ImportScene& scene,
+// `laid` is told after each track, whose items then go, for a long timeline is large. The edit is
+// as far as it came on failure.
+Status layTracks(const EditPtr& edit, Timeline& timeline, const ImportScene& scene,
                  const std::function<void(const Track&)>& laid);
 
 } // namespace cutroom

@@ -13,8 +13,9 @@ namespace {
 
 constexpr std::uint64_t kMaxBytes = std::uint64_t{512} << 20;
 // Shares of the whole work at whose end reading and making lie.
-constexpr double kRead = 0.4;
-constexpr double kMade = 0.6;
+constexpr double kRead = 0.3;
+constexpr double kMade = 0.5;
+constexpr double kWritten = 0.9;
 
 bool isOtioName(const std::string& path) {
     const std::string extension = toLowerUtf8(extensionOf(path));
@@ -79,7 +80,7 @@ Result<ImportReport> importFile(const std::string& path, const ImportOptions& op
     if (Status status = writable(path); !status)
         return status;
     tell(0);
-    const auto timelines = readTimelines(path, options);
+    auto timelines = readTimelines(path, options);
     if (!timelines)
         return timelines.status();
     tell(kRead);
@@ -87,7 +88,8 @@ Result<ImportReport> importFile(const std::string& path, const ImportOptions& op
     const auto making = [&](double done) { tell(kRead + done * (kMade - kRead)); };
     if (const Status status = file.make(*timelines, making); !status)
         return about(path, status);
-    if (const Status status = file.save(); !status)
+    const auto saving = [&](double done) { tell(kMade + done * (kWritten - kMade)); };
+    if (const Status status = file.save(saving); !status)
         return about(path, status);
     file.keep();
     tell(1);

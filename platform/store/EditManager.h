@@ -71,8 +71,9 @@ public:
     // edit's lock.
     cutroom::Status flushChanges(bool all);
     cutroom::Status save(const EditPtr& edit);
-    // The same for several: all or none.
-    cutroom::Status save(const std::vector<EditPtr>& edits);
+    // The same for several: all or none. `progress`, if any, is told which share is written.
+    cutroom::Status save(const std::vector<EditPtr>& edits,
+                         const std::function<void(double)>& progress = {});
     // Takes back edits that were made and could not be completed or saved: out of memory, and what
     // a failed save left of them out of database and folder (on failure the next save does so
     // first). Nothing is told of them. Handles that are still held keep theirs alive, known to

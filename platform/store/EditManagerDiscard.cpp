@@ -4,7 +4,8 @@
 
 using cutroom::Status;
 
-Status EditManager::save(const std::vector<EditPtr>& edits) {
+Status EditManager::save(const std::vector<EditPtr>& edits,
+                         const std::function<void(double)>& progress) {
     std::vector<Kv::Ptr<Edit>> due;
     due.reserve(edits.size());
     for (const EditPtr& edit : edits)
@@ -12,7 +13,7 @@ Status EditManager::save(const std::vector<EditPtr>& edits) {
             due.emplace_back(edit.get());
     if (Status discarded = discardRest(); !discarded)
         return discarded;
-    return impl_->saveAll(due);
+    return impl_->saveAll(due, progress);
 }
 
 Status EditManager::discard(const CookieVec& edits) {

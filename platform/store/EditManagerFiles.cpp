@@ -56,7 +56,8 @@ Status EditManager::Impl::putRecords(const std::vector<SavedEdit>& saved) {
 }
 
 // State and history go into one group, so that after a crash both are old or both are new.
-Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits) {
+Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits,
+                                  const std::function<void(double)>& progress) {
     if (edits.empty() || !CurrentProject::isOpen())
         return {};
     if (CurrentProject::isReadOnly())
@@ -67,6 +68,8 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits) {
     std::vector<SavedEdit> saved;
     for (const Kv::Ptr<Edit>& edit : edits) {
         saved.push_back(beginSave(edit));
+        if (progress)
+            progress(static_cast<double>(saved.size()) / static_cast<double>(edits.size()));
         const SavedEdit& now = saved.back();
         const Cookie& cookie = edit->getCookie();
         if (Status status = group.write(EditFile::name(cookie),

@@ -49,7 +49,8 @@ struct EditManager::Impl {
     // Takes out what nobody holds and no save needs.
     void dropUnused();
 
-    cutroom::Status saveAll(const std::vector<Kv::Ptr<Edit>>& edits);
+    cutroom::Status saveAll(const std::vector<Kv::Ptr<Edit>>& edits,
+                            const std::function<void(double)>& progress = {});
     static SavedEdit beginSave(const Kv::Ptr<Edit>& edit);
     static void endSave(const SavedEdit& saved, bool recorded);
     static cutroom::Status putRecords(const std::vector<SavedEdit>& saved);

@@ -19,9 +19,10 @@ void EditManager::Impl::tell(int notice, const Kv::Ptr<iObject>& object,
 
 namespace {
 
-// A new name is found in the project at once, not only after the next save.
+// A new name is found in the project at once, not only after the next save. The save of an edit
+// that is clean has brought it.
 void putName(const Edit& edit) {
-    if (!CurrentProject::isOpen() || CurrentProject::isReadOnly())
+    if (!CurrentProject::isOpen() || CurrentProject::isReadOnly() || !edit.isDirty())
         return;
     auto record = projdb::find(edit.getCookie());
     if (!record)
