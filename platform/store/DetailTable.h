@@ -29,9 +29,9 @@ public:
     std::size_t bytes() const noexcept;
 
 private:
-    // Chunk k holds kFirstChunk << k entries and never moves.
-    static constexpr std::uint32_t kFirstChunk = 16;
-    static constexpr std::size_t kChunks = 27;
+    // Chunk k holds kFirstChunk << k entries and never moves. Most tables hold one or two.
+    static constexpr std::uint32_t kFirstChunk = 1;
+    static constexpr std::size_t kChunks = 31;
 
     CriticalSection lock_{LockRank::leaf}; // guards changes
     std::array<std::atomic<EventDetail*>, kChunks> chunks_{};
