@@ -9,6 +9,7 @@ namespace cutroom {
 namespace {
 
 constexpr std::size_t kMostCues = 1'000'000;
+constexpr std::size_t kMostWarnings = 100;
 
 struct TextLine {
     std::string_view text;
@@ -88,6 +89,19 @@ std::optional<SrtCue> timeLine(const TextLine& line) {
     return cue;
 }
 
+// Times in another form ("01:00:00;12 --> 01:00:02;00"): no text, though nobody can tell when.
+bool looksLikeTimes(std::string_view text) {
+    const auto arrow = text.find("-->");
+    if (arrow == text.npos)
+        return false;
+    const auto isClock = [](std::string_view part) {
+        part = trim(part);
+        return !part.empty() && part.front() >= '0' && part.front() <= '9' &&
+               part.find(':') != part.npos;
+    };
+    return isClock(text.substr(0, arrow)) && isClock(text.substr(arrow + 3));
+}
+
 bool isNumber(std::string_view text) {
     text = trim(text);
     return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
@@ -103,6 +117,10 @@ public:
                 noteNumber();
                 ++at_;
                 takeText(*cue);
+            } else if (looksLikeTimes(lines_[at_].text)) {
+                warn("times of no known form, their subtitle is left out", lines_[at_].number);
+                ++at_;
+                textLines();
             } else {
                 ++at_;
             }
@@ -114,7 +132,8 @@ public:
 
 private:
     void warn(const std::string& text, long line) {
-        file_.warnings.push_back("line " + std::to_string(line) + ": " + text);
+        if (file_.warnings.size() < kMostWarnings)
+            file_.warnings.push_back("line " + std::to_string(line) + ": " + text);
     }
 
     void noteNumber() {
@@ -125,16 +144,29 @@ private:
             warn("the number " + number + " stands twice", lines_[at_ - 1].number);
     }
 
-    // Lines up to an empty one, the end, or the number and times of the next subtitle.
-    void takeText(SrtCue cue) {
-        for (; at_ < lines_.size() && !trim(lines_[at_].text).empty(); ++at_) {
-            const bool nextBegins = timeLine(lines_[at_]).has_value() ||
-                                    (isNumber(lines_[at_].text) && at_ + 1 < lines_.size() &&
-                                     timeLine(lines_[at_ + 1]).has_value());
-            if (nextBegins)
+    bool isTimes(std::size_t at) const {
+        return at < lines_.size() && (timeLine(lines_[at]) || looksLikeTimes(lines_[at].text));
+    }
+
+    // Lines up to the number or the times of the next subtitle. Empty ones between them are left
+    // out, as players do, and a number that a cut file ends with.
+    std::vector<std::wstring> textLines() {
+        std::vector<std::wstring> text;
+        bool afterEmpty = false;
+        for (; at_ < lines_.size(); ++at_) {
+            const std::string_view line = trim(lines_[at_].text);
+            const bool last = at_ + 1 == lines_.size();
+            if (isTimes(at_) || (isNumber(line) && (isTimes(at_ + 1) || (last && afterEmpty))))
                 break;
-            cue.lines.push_back(toWide(trim(lines_[at_].text)));
+            afterEmpty = line.empty();
+            if (!afterEmpty)
+                text.push_back(toWide(line));
         }
+        return text;
+    }
+
+    void takeText(SrtCue cue) {
+        cue.lines = textLines();
         if (cue.lines.empty())
             warn("a subtitle without text is left out", cue.line);
         else if (cue.end <= cue.start)

@@ -65,6 +65,16 @@ TEST(SrtReader, TakesWhatPlayersTake) {
               "00:00:04,000\nx\n\n3\n00:00:05,000 --> 00:00:06,000 X1:1\ny\n",
               {L"5000-6000 y"},
               2},
+             {"an empty line in the text, an arrow in it, a number at the end",
+              "1\n00:00:01,000 --> 00:00:02,000\na\n\nb --> c\n\n2\n00:00:03,000 --> "
+              "00:00:04,000\n\nd\n\n3\n",
+              {L"1000-2000 a/b --> c", L"3000-4000 d"},
+              0},
+             {"timecodes in place of times",
+              "1\n00:00:01,000 --> 00:00:02,000\na\n\n2\n01:00:00;12 --> 01:00:02:00\nb\n\n"
+              "3\n00:00:05,000 --> 00:00:06,000\nc\n",
+              {L"1000-2000 a", L"5000-6000 c"},
+              1},
              {"long hours", "100:00:00,000 --> 100:00:01,000\nx\n", {L"360000000-360001000 x"}, 0},
          }) {
         const auto read = readSrt(row.text, "f.srt");
