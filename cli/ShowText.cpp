@@ -15,6 +15,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
+#include <vector>
 
 namespace cutroom::cli {
 
@@ -35,9 +37,35 @@ std::wstring fitted(std::wstring_view text, int width, wchar_t fill) {
     return out;
 }
 
+int columnsOf(std::wstring_view text) {
+    int columns = 0;
+    for (const wchar_t c : text)
+        columns += displayWidth(c);
+    return columns;
+}
+
+// `text` broken at blanks into lines of `width` columns, the first of which is used up to `used`; a
+// longer word stands alone.
+std::vector<std::wstring> wrapped(const std::wstring& text, int width, int used) {
+    std::vector<std::wstring> lines(1);
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find(L' ', at), text.size());
+        const std::wstring word = text.substr(at, end - at);
+        if (used > 0 && used + 1 + columnsOf(word) > width) {
+            lines.emplace_back();
+            used = 0;
+        }
+        lines.back() += (lines.back().empty() ? L"" : L" ") + word;
+        used += 1 + columnsOf(word);
+        at = end + 1;
+    }
+    return lines;
+}
+
 class Drawing {
 public:
-    Drawing(const EditView& view, int width, bool colour) : view_(view), colour_(colour) {
+    Drawing(const EditView& view, int width, bool colour)
+        : view_(view), colour_(colour), width_(width) {
         for (const TrackView& track : view.tracks)
             labelWidth_ = std::max(labelWidth_, static_cast<int>(toWide(track.name).size()));
         labelWidth_ = std::clamp(labelWidth_ + 2, 6, std::max(width / 4, 6));
@@ -81,10 +109,16 @@ private:
     }
 
     void heading() {
-        out_ += painted("1", oneLine(view_.name)) + "   " + view_.format.rate.asString() + " fps" +
-                (view_.format.dropFrame ? " drop frame" : "") + "   from " + view_.startTimecode +
-                ", " + timecodeText(view_.durationFrames, view_.format) + " long (" +
-                std::to_string(view_.durationFrames) + " frames)\n";
+        const std::string name = oneLine(view_.name);
+        const std::string about = view_.format.rate.asString() + " fps" +
+                                  (view_.format.dropFrame ? " drop frame" : "") + "   from " +
+                                  view_.startTimecode + ", " +
+                                  timecodeText(view_.durationFrames, view_.format) + " long (" +
+                                  std::to_string(view_.durationFrames) + " frames)";
+        const bool fits = columnsOf(toWide(name + "   " + about)) <= width_;
+        out_ += painted("1", name) + (fits ? "   " : "\n");
+        for (const std::wstring& part : wrapped(toWide(about), width_, 0))
+            out_ += toUtf8(part) + '\n';
     }
     void ruler() {
         constexpr int kMarkWidth = 14;
@@ -100,21 +134,31 @@ private:
     }
     void row(const TrackView& track) {
         std::wstring cells(static_cast<std::size_t>(span_), L' ');
-        for (const ItemView& item : track.items)
+        const ItemView* before = nullptr; // the transition into the next clip
+        for (const ItemView& item : track.items) {
             if (item.type != ItemView::Type::transition)
-                box(cells, item);
+                box(cells, item, before);
+            before = item.type == ItemView::Type::transition ? &item : nullptr;
+        }
         for (const ItemView& item : track.items)
             if (item.type == ItemView::Type::transition)
                 cross(cells, item);
         line(label(track.name) + cells);
     }
-    void box(std::wstring& cells, const ItemView& item) const {
+    // The name stands behind the transition that lies over the clip's head.
+    void box(std::wstring& cells, const ItemView& item, const ItemView* into) const {
         const int from = column(static_cast<double>(item.start));
         const int to = column(static_cast<double>(item.start + item.duration));
         if (to <= from)
             return;
         const bool clip = item.type == ItemView::Type::clip;
-        std::wstring content = clip ? L"[" + toWide(item.name) : L"";
+        std::wstring content = clip ? L"[" : L"";
+        if (clip && into)
+            content.append(
+                static_cast<std::size_t>(std::max(
+                    column(static_cast<double>(into->start + into->duration)) - from - 1, 0)),
+                L'─');
+        content += clip ? toWide(item.name) : L"";
         content = fitted(content, to - from, clip ? (item.enabled ? L'─' : L'╌') : L'·');
         if (clip && to - from > 1)
             content.back() = L']';
@@ -150,14 +194,22 @@ private:
             std::string text = marker.name;
             if (!marker.description.empty())
                 text += (text.empty() ? "" : ": ") + marker.description;
-            out_ += format("%3d  %s%s%s  ", ++number, marker.startTimecode.c_str(),
-                           marker.end ? " - " : "", marker.endTimecode.c_str()) +
-                    painted("2", marker.colour) + (text.empty() ? "" : "  " + oneLine(text)) + '\n';
+            const std::string place =
+                format("%3d  %s%s%s  ", ++number, marker.startTimecode.c_str(),
+                       marker.end ? " - " : "", marker.endTimecode.c_str());
+            out_ += place + painted("2", marker.colour);
+            constexpr int kIndent = 5;
+            const int used = static_cast<int>(place.size() + marker.colour.size()) + 2 - kIndent;
+            const auto lines = wrapped(toWide(oneLine(text)), width_ - kIndent, used);
+            out_ += (lines.front().empty() ? "" : "  " + toUtf8(lines.front())) + '\n';
+            for (std::size_t i = 1; i < lines.size(); ++i)
+                out_ += std::string(kIndent, ' ') + toUtf8(lines[i]) + '\n';
         }
     }
 
     const EditView& view_;
     const bool colour_;
+    const int width_;
     int labelWidth_ = 0;
     int span_ = 0;
     std::string out_;
