@@ -6,8 +6,6 @@
 
 #include <rapidcheck.h>
 
-#include <thread>
-
 using namespace cutroom::test;
 using cutroom::Status;
 using cutroom::StatusCode;
@@ -232,44 +230,6 @@ TEST_F(AssetGroupTest, EachFailingOperationOfAFlushLeavesAllOldOrAllNew) {
             EXPECT_EQ(contentOf(file(2)), textOf(*two)) << at;
             EXPECT_FALSE(cutroom::fileExists(file(next++))) << at;
         });
-}
-
-TEST_F(AssetGroupTest, ThreadsChangeGroupsAndDocumentsWhileBothAreSaved) {
-    const auto group = make(1, {}), other = make(2, {kDocument});
-    DocumentManager::instance().createDocument(kDocument).release();
-    // Each listener reads what the other thread changes.
-    const auto document = DocumentManager::instance().getDocument(kDocument);
-    const auto byGroup = group->registerNotification(
-        makeCallback<NotifyMsg>([&](const NotifyMsg&) { (void)document->getName(); }),
-        NotifyMsgTypeDictionary::kGeneralChange);
-    const auto byDocument = document->registerNotification(
-        makeCallback<NotifyMsg>([&](const NotifyMsg&) { (void)group->getConstituents(); }),
-        NotifyMsgTypeDictionary::kGeneralChange);
-    std::vector<std::thread> threads;
-    threads.emplace_back([&] {
-        for (std::uint64_t i = 1; i <= 100; ++i)
-            group->add(Cookie('E', i));
-    });
-    threads.emplace_back([&] {
-        for (int i = 0; i < 100; ++i)
-            document->setName(std::to_wstring(i));
-    });
-    threads.emplace_back([&] {
-        for (std::uint64_t i = 10; i < 30; ++i) {
-            const auto passing = make(i, {kB});
-            EXPECT_TRUE(manager().removeGroup(passing, "").ok());
-        }
-    });
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_TRUE(manager().flushChanges().ok());
-        EXPECT_TRUE(DocumentManager::instance().saveAll().ok());
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_THAT(manager().getGroups(), ElementsAre(group, other));
-    EXPECT_EQ(group->getConstituents().size(), 100u);
-    ASSERT_TRUE(manager().flushChanges().ok());
-    EXPECT_EQ(contentOf(file(1)), textOf(*group));
 }
 
 } // namespace
