@@ -19,6 +19,7 @@ public:
     // Brings the times into line with `cues`, unless that was done at this `changeCount` of the
     // edit. O(n log n) after a change, else O(1) without allocation.
     void follow(const CueList& cues, std::uint64_t changeCount);
+    bool empty() const noexcept { return times_[kOrdinary].empty() && times_[kSecond].empty(); }
     // In ascending order, in seconds.
     const std::vector<double>& times(Kind kind) const noexcept { return times_[kind]; }
 

@@ -44,9 +44,10 @@ void EventSearch::offerCut(Flicks time) noexcept {
         nearestCut_ = time;
 }
 
-void EventSearch::offerCuts(const EditReader& edit, std::size_t channel) noexcept {
-    const std::optional<Flicks> cut =
-        forward() ? edit.cutAfter(channel, cutLimit_) : edit.cutBefore(channel, cutLimit_);
+void EventSearch::offerCuts(const EditReader& edit, std::size_t channel,
+                            std::size_t& hint) noexcept {
+    const std::optional<Flicks> cut = forward() ? edit.cutAfter(channel, cutLimit_, hint)
+                                                : edit.cutBefore(channel, cutLimit_, hint);
     if (cut)
         offerCut(*cut);
 }

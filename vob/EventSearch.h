@@ -21,8 +21,8 @@ public:
     EventSearch(Direction direction, double from, double cutsFrom) noexcept;
 
     void offer(double seconds) noexcept;
-    // The cuts of a channel.
-    void offerCuts(const EditReader& edit, std::size_t channel) noexcept;
+    // The cuts of a channel. `hint`: see EditReader.
+    void offerCuts(const EditReader& edit, std::size_t channel, std::size_t& hint) noexcept;
     // The middles of the transitions over them. A middle lies at most in the neighbour of its cut,
     // so that only the two around the start need be looked at.
     void offerMidPoints(const EditReader& edit, std::size_t channel) noexcept;

@@ -8,7 +8,7 @@
 #include "platform/project/PermissionsManager.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
-#include "vob/CueStops.h"
+#include "vob/EventMemory.h"
 #include "vob/SubframeCheck.h"
 #include "vob/TrimObj.h"
 #include "vob/VobManager.h"
@@ -79,7 +79,7 @@ void Vob::init() {
         groupId_ = makeUniqueID();
     cutroom::readSubframeWarnings();
     cueFilter_ = CueFilter(4, -2049);
-    cueStops_ = std::make_unique<cutroom::CueStops>();
+    eventMemory_ = std::make_unique<cutroom::EventMemory>();
     playable_ = std::make_unique<cutroom::VobPlayable>(*this);
     keepRegistration(CurrentProject::addListener(
         makeUIThreadCallback<NotifyMsg>([this](const NotifyMsg& m) { handleProjectExit(m); }),

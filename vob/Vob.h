@@ -42,9 +42,9 @@
 class CelEventPair;
 
 namespace cutroom {
-class CueStops;
 class EditReader;
 class EventSearch;
+struct EventMemory;
 class Telling;
 class VobPlayable;
 } // namespace cutroom
@@ -441,7 +441,7 @@ private:
     void storeTime(double seconds);
     EventInfo findEvent(bool forward, double from, bool ignoreUnjoined, bool includeCurrent);
     void offerChannels(cutroom::EventSearch& search, const cutroom::EditReader& edit,
-                       unsigned stops, bool marksToFrames, IdStamp& firstSelected) const;
+                       unsigned stops, bool marksToFrames, IdStamp& firstSelected);
     void offerCues(cutroom::EventSearch& search, const cutroom::EditReader& edit, unsigned stops);
     bool moveTimeTo(const EventInfo& event);
     bool setSelectedInternal(const IdStamp& channel, bool on);
@@ -521,7 +521,7 @@ private:
     std::atomic<double> timeMirror_{kNoTime}; // the exact current time, for other threads
     cutroom::Telling* tellings_ CUTROOM_GUARDED_BY(clientLock_) = nullptr; // innermost first
     std::unique_ptr<cutroom::VobPlayable> playable_;
-    std::unique_ptr<cutroom::CueStops> cueStops_; // of edit_
+    std::unique_ptr<cutroom::EventMemory> eventMemory_; // of edit_; never null
     Kv::Ptr<Guard> editRegistration_;
     mutable std::atomic<bool> dying_{false};
     mutable bool diesAfterTelling_ = false; // user-interface thread

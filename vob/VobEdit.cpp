@@ -4,7 +4,7 @@
 #include "platform/base/Log.h"
 #include "platform/messaging/UIThreadCallback.h"
 #include "platform/store/Edit.h"
-#include "vob/CueStops.h"
+#include "vob/EventMemory.h"
 #include "vob/Vob.h"
 #include "vob/VobManager.h"
 #include "vob/VobModificationBatch.h"
@@ -88,7 +88,7 @@ void Vob::releaseEdit() {
     editRegistration_.reset();
     selections_.clear();
     levelNodes_.clear();
-    cueStops_ = std::make_unique<cutroom::CueStops>();
+    eventMemory_ = std::make_unique<cutroom::EventMemory>();
     module_ = EditModule();
     timeMirror_ = kNoTime;
     celCuesLoaded_ = false;

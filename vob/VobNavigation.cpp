@@ -1,7 +1,7 @@
 // A Vob's way from event to event.
 #include "platform/prefs/EditorPreferences.h"
 #include "platform/store/EditReader.h"
-#include "vob/CueStops.h"
+#include "vob/EventMemory.h"
 #include "vob/EventSearch.h"
 #include "vob/TrimObj.h"
 #include "vob/Vob.h"
@@ -31,14 +31,15 @@ double nearestFrame(double seconds, const Kv::FrameRate& rate) {
 // --- looking -------------------------------------------------------------------------------------
 
 void Vob::offerChannels(EventSearch& search, const EditReader& edit, unsigned stops,
-                        bool marksToFrames, IdStamp& firstSelected) const {
+                        bool marksToFrames, IdStamp& firstSelected) {
+    eventMemory_->cuts.resize(edit.getNumChans());
     for (std::size_t i = 0; i < edit.getNumChans(); ++i) {
         const IdStamp& channel = edit.getId(i);
         const EditModule::ChannelState state = module_.getChannelState(channel, i);
         if (state.selected) {
             if (!firstSelected.valid())
                 firstSelected = channel;
-            search.offerCuts(edit, i);
+            search.offerCuts(edit, i, eventMemory_->cuts[i]);
             if ((stops & kStopTransitionMidPoints) != 0)
                 search.offerMidPoints(edit, i);
         }
@@ -52,12 +53,15 @@ void Vob::offerChannels(EventSearch& search, const EditReader& edit, unsigned st
 void Vob::offerCues(EventSearch& search, const EditReader& edit, unsigned stops) {
     if ((stops & (kStopCues | kStopSecondCues)) == 0)
         return;
-    cueStops_->follow(edit.getCues(), edit.changeCount());
+    CueStops& cues = eventMemory_->cues;
+    cues.follow(edit.getCues(), edit.changeCount());
+    if (cues.empty())
+        return;
     const double frame = edit.getFrameRate().frameDuration();
     if ((stops & kStopCues) != 0)
-        search.offerSorted(cueStops_->times(CueStops::kOrdinary), frame);
+        search.offerSorted(cues.times(CueStops::kOrdinary), frame);
     if ((stops & kStopSecondCues) != 0)
-        search.offerSorted(cueStops_->times(CueStops::kSecond), frame);
+        search.offerSorted(cues.times(CueStops::kSecond), frame);
 }
 
 EventInfo Vob::findEvent(bool forward, double from, bool ignoreUnjoined, bool includeCurrent) {

@@ -7,6 +7,21 @@
 
 namespace cutroom {
 
+namespace {
+
+// Index of the first start later than `time`; the number of starts when there is none. Who steps
+// finds it at the hint, or beside it.
+std::size_t firstAfter(const std::vector<Flicks>& starts, Flicks time, std::size_t& hint) noexcept {
+    for (const std::size_t at : {hint, hint + 1, hint - 1})
+        if (at <= starts.size() && (at == 0 || starts[at - 1] <= time) &&
+            (at == starts.size() || starts[at] > time))
+            return hint = at;
+    const auto found = std::upper_bound(starts.begin(), starts.end(), time);
+    return hint = static_cast<std::size_t>(found - starts.begin());
+}
+
+} // namespace
+
 EditReader::EditReader(const Edit& edit)
     : edit_(edit), lock_(edit), state_(EditAccess::impl(edit).state) {}
 
@@ -22,28 +37,30 @@ const Cel& EditReader::getCel(std::size_t index) const noexcept {
 
 // Only the dense list of starts is searched, and the end beside it: an event is never touched but
 // the last.
-std::optional<Flicks> EditReader::cutAfter(std::size_t index, Flicks time) const noexcept {
+std::optional<Flicks> EditReader::cutAfter(std::size_t index, Flicks time,
+                                           std::size_t& hint) const noexcept {
     const Cel& cel = getCel(index);
     const CelStorage& list = *CelAccess::storage(cel);
     const Flicks offset = CelAccess::offset(cel);
-    const auto found = std::upper_bound(list.starts.begin(), list.starts.end(), time - offset);
-    if (found != list.starts.end())
-        return *found + offset;
+    const std::size_t at = firstAfter(list.starts, time - offset, hint);
+    if (at < list.starts.size())
+        return list.starts[at] + offset;
     if (list.empty() || list.end() + offset <= time)
         return std::nullopt;
     return list.end() + offset;
 }
 
-std::optional<Flicks> EditReader::cutBefore(std::size_t index, Flicks time) const noexcept {
+std::optional<Flicks> EditReader::cutBefore(std::size_t index, Flicks time,
+                                            std::size_t& hint) const noexcept {
     const Cel& cel = getCel(index);
     const CelStorage& list = *CelAccess::storage(cel);
     const Flicks offset = CelAccess::offset(cel);
-    const auto found = std::lower_bound(list.starts.begin(), list.starts.end(), time - offset);
-    if (found == list.starts.begin())
+    const std::size_t at = firstAfter(list.starts, time - 1 - offset, hint);
+    if (at == 0)
         return std::nullopt;
-    if (found == list.starts.end() && list.end() + offset < time)
+    if (at == list.starts.size() && list.end() + offset < time)
         return list.end() + offset;
-    return *(found - 1) + offset;
+    return list.starts[at - 1] + offset;
 }
 
 const CueList& EditReader::getCues() const noexcept { return *state_.cues; }

@@ -22,9 +22,12 @@ public:
     const IdStamp& getId(std::size_t index) const noexcept;
     const Cel& getCel(std::size_t index) const noexcept;
     // The first cut of a channel (or end of its list) later than `time`, and the last one earlier
-    // than it; nothing when there is none. O(log n).
-    std::optional<Flicks> cutAfter(std::size_t index, Flicks time) const noexcept;
-    std::optional<Flicks> cutBefore(std::size_t index, Flicks time) const noexcept;
+    // than it; nothing when there is none. O(log n), and O(1) near `hint`: any number, better one
+    // that an earlier search left there.
+    std::optional<Flicks> cutAfter(std::size_t index, Flicks time,
+                                   std::size_t& hint) const noexcept;
+    std::optional<Flicks> cutBefore(std::size_t index, Flicks time,
+                                    std::size_t& hint) const noexcept;
 
     const CueList& getCues() const noexcept;
     // Null when the edit has no such graph.
