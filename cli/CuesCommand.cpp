@@ -8,9 +8,11 @@
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
 #include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 
@@ -44,18 +46,28 @@ Status checkWords(const CuesWords& words) {
     return {};
 }
 
-Result<std::vector<Cue>> chosenCues(const CuesWords& words, const EditPtr& edit) {
-    const CueList list = edit->getCues();
+// The region of each marker that was asked for: one without end reaches to the next of the edit,
+// chosen or not.
+Result<std::vector<NamedRegion>> chosenRegions(const CuesWords& words, const EditPtr& edit) {
     if (words.markers.empty())
-        return list.cues();
-    std::vector<Cue> cues;
+        return getRegionsFromCues(edit);
+    const CueList list = edit->getCues();
+    const std::size_t count = list.getNumCuePoints();
+    std::vector<NamedRegion> chosen;
     for (const std::size_t number : words.markers) {
-        if (number < 1 || number > list.getNumCuePoints())
+        if (number < 1 || number > count)
             return Status(StatusCode::notFound, std::to_string(number),
-                          format("no such marker; the edit has %zu", list.getNumCuePoints()));
-        cues.push_back(list.getCuePoint(number - 1));
+                          format("no such marker; the edit has %zu", count));
+        std::vector<Cue> cues = {list.getCuePoint(number - 1)};
+        if (number < count)
+            cues.push_back(list.getCuePoint(number));
+        const auto regions = regionsOf(cues);
+        if (regions.empty())
+            return Status(StatusCode::failed, std::to_string(number),
+                          "the last marker has no end, so it spans nothing");
+        chosen.push_back(regions.front());
     }
-    return cues;
+    return chosen;
 }
 
 // The regions that have anything of the edit, as cues with an end; the others are told.
@@ -168,13 +180,12 @@ int run(const Options& options, const CuesWords& words) {
         const auto edit = openEdit(words.edit);
         if (!edit)
             return edit.status();
-        const auto cues = chosenCues(words, *edit);
-        if (!cues)
-            return cues.status();
-        const auto regions = regionsOf(*cues);
+        const auto regions = chosenRegions(words, *edit);
+        if (!regions)
+            return regions.status();
         if (words.makes())
-            return makeAll(options, words, *edit, regions);
-        print(options.json ? regionsJson(regions, *edit) : regionsText(regions, *edit));
+            return makeAll(options, words, *edit, *regions);
+        print(options.json ? regionsJson(*regions, *edit) : regionsText(*regions, *edit));
         return {};
     });
 }
