@@ -116,7 +116,8 @@ private:
                                   timecodeText(view_.durationFrames, view_.format) + " long (" +
                                   std::to_string(view_.durationFrames) + " frames)";
         const bool fits = columnsOf(toWide(name + "   " + about)) <= width_;
-        out_ += painted("1", name) + (fits ? "   " : "\n");
+        for (const std::wstring& part : wrapped(toWide(name), width_, 0))
+            out_ += painted("1", toUtf8(part)) + (fits ? "   " : "\n");
         for (const std::wstring& part : wrapped(toWide(about), width_, 0))
             out_ += toUtf8(part) + '\n';
     }
@@ -172,13 +173,14 @@ private:
                 cells[static_cast<std::size_t>(at)] = L'×';
     }
     void pins() {
-        std::wstring cells(static_cast<std::size_t>(span_ + 8), L' ');
+        std::wstring cells(static_cast<std::size_t>(span_ + 1), L' ');
         int number = 0;
         for (const MarkerView& marker : view_.markers) {
             const auto at = static_cast<std::size_t>(column(
                 marker.start / view_.durationSeconds * static_cast<double>(view_.durationFrames)));
             const std::wstring pin = L"^" + std::to_wstring(++number);
-            if (cells.compare(at, pin.size() + 1, std::wstring(pin.size() + 1, L' ')) == 0)
+            const std::wstring room(pin.size() + (at + pin.size() < cells.size()), L' ');
+            if (cells.compare(at, room.size(), room) == 0)
                 cells.replace(at, pin.size(), pin);
             else if (cells[at] == L' ')
                 cells[at] = L'^';
