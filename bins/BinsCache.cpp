@@ -10,6 +10,7 @@
 #include <array>
 #include <charconv>
 #include <utility>
+#include <vector>
 
 namespace cutroom {
 
@@ -57,8 +58,11 @@ std::string textOf(const LightweightVector<Cookie>& children) {
     return text;
 }
 
-BinSummary rowOf(const oledb& table, std::size_t row, const ColumnPlaces& places) {
-    const auto field = [&](Column column) { return table.getField(row, places[column]); };
+BinSummary summaryOf(const std::vector<std::string_view>& row, const ColumnPlaces& places) {
+    const auto field = [&](Column column) {
+        const int place = places[column];
+        return place < 0 ? std::string_view() : row[static_cast<std::size_t>(place)];
+    };
     BinSummary summary;
     summary.id = Cookie(field(kId));
     summary.name = toWide(field(kName));
@@ -110,9 +114,12 @@ Result<BinSummaries> readBinsCache(const std::string& path) {
         places[static_cast<std::size_t>(column)] =
             table.findField(kColumnNames[static_cast<std::size_t>(column)]);
     BinSummaries summaries;
-    for (std::size_t row = 0; row < table.getNumRecords(); ++row)
-        if (BinSummary summary = rowOf(table, row, places); summary.valid())
+    std::vector<std::string_view> texts;
+    for (std::size_t row = 0; row < table.getNumRecords(); ++row) {
+        table.getFields(row, texts);
+        if (BinSummary summary = summaryOf(texts, places); summary.valid())
             summaries.emplace_hint(summaries.end(), summary.id, std::move(summary));
+    }
     return summaries;
 }
 
@@ -127,6 +134,14 @@ std::string binsCacheBytes(const BinSummaries& summaries) {
 }
 
 namespace {
+
+// The bin whose file has that name; the invalid cookie for no bin's.
+Cookie binOf(std::string_view name) {
+    if (extensionOf(std::string(name)) != kBinExtension)
+        return {};
+    const Cookie bin(name.substr(0, name.rfind('.')));
+    return bin.type() == 'G' || bin.type() == 'M' ? bin : Cookie();
+}
 
 // One look at the project's bins.
 class Search {
@@ -143,19 +158,20 @@ private:
     FoundBins found_;
 };
 
+// The folder is listed as it is: whether an entry is a bin's file shows when it is looked at.
 FoundBins Search::run() {
     const std::string folder = toUtf8(getProjectGroupsDirectory());
-    const auto names = listFiles(folder, std::string(".") + kBinExtension);
-    if (!names)
+    const auto names = fileSystem().list(folder);
+    if (!names && names.status().code() != StatusCode::notFound)
         LogBoth("%s\n", names.status().text().c_str());
-    const std::vector<std::string> none;
-    const std::vector<std::string>& files = names ? *names : none;
+    std::vector<std::pair<Cookie, std::string>> files;
+    if (names)
+        for (const std::string& name : *names)
+            if (const Cookie bin = binOf(name); bin.valid())
+                files.emplace_back(bin, joinPath(folder, name));
     readCache(!files.empty());
-    for (const std::string& name : files) {
-        const Cookie bin(std::string_view(name).substr(0, name.rfind('.')));
-        if (bin.type() == 'G' || bin.type() == 'M')
-            add(joinPath(folder, name), bin);
-    }
+    for (const auto& [bin, path] : files)
+        add(path, bin);
     if (cached_.size() != found_.summaries.size())
         found_.cacheIsCurrent = false;
     return std::move(found_);

@@ -26,6 +26,14 @@ bool isScalarValue(wchar_t c) noexcept {
     return value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
 }
 
+// Most text is, and then nothing is to be decoded.
+template <class C> bool isAscii(std::basic_string_view<C> text) noexcept {
+    C bits = 0;
+    for (const C c : text)
+        bits = static_cast<C>(bits | c);
+    return bits >= 0 && bits < 0x80;
+}
+
 std::wstring decodeValid(std::string_view utf8) {
     std::wstring wide;
     wide.reserve(utf8.size());
@@ -83,6 +91,8 @@ std::optional<std::string> toUtf8Strict(std::wstring_view wide) {
 }
 
 std::wstring toWide(std::string_view utf8) {
+    if (isAscii(utf8))
+        return {utf8.begin(), utf8.end()};
     if (isUtf8(utf8))
         return decodeValid(utf8);
     std::string repaired;
@@ -92,6 +102,12 @@ std::wstring toWide(std::string_view utf8) {
 
 std::string toUtf8(std::wstring_view wide) {
     std::string narrow;
+    if (isAscii(wide)) {
+        narrow.resize(wide.size());
+        std::transform(wide.begin(), wide.end(), narrow.begin(),
+                       [](wchar_t c) { return static_cast<char>(c); });
+        return narrow;
+    }
     narrow.reserve(wide.size());
     for (const wchar_t c : wide)
         utf8::unchecked::append(isScalarValue(c) ? static_cast<char32_t>(c) : kReplacement,
@@ -99,7 +115,9 @@ std::string toUtf8(std::wstring_view wide) {
     return narrow;
 }
 
-bool isUtf8(std::string_view text) noexcept { return utf8::is_valid(text.begin(), text.end()); }
+bool isUtf8(std::string_view text) noexcept {
+    return isAscii(text) || utf8::is_valid(text.begin(), text.end());
+}
 
 wchar_t toLowerChar(wchar_t c) noexcept {
     return static_cast<wchar_t>(utf8proc_tolower(static_cast<utf8proc_int32_t>(c)));

@@ -36,3 +36,9 @@ std::optional<std::string> oledb::getParameter(std::string_view name) const {
 void oledb::setParameter(std::string_view name, std::string_view text) {
     table_.setAttribute(name, text);
 }
+
+void oledb::getFields(std::size_t record, std::vector<std::string_view>& texts) const {
+    texts.resize(getNumFields());
+    for (std::size_t field = 0; field < texts.size(); ++field)
+        texts[field] = table_.text(record, static_cast<int>(field));
+}

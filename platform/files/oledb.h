@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // One table, in memory and in a file of its own. A value type; one thread at a time.
 class CUTROOM_API oledb {
@@ -43,6 +44,8 @@ public:
     std::string_view getField(std::size_t record, int field) const noexcept {
         return table_.text(record, field);
     }
+    // The same for all fields of a record at once, by index.
+    void getFields(std::size_t record, std::vector<std::string_view>& texts) const;
 
 private:
     cutroom::RecordFile table_;
