@@ -5,6 +5,8 @@
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
 
+#include <cmath>
+
 namespace cutroom::cli {
 
 namespace {
@@ -62,11 +64,19 @@ private:
             item.name += (item.name.empty() ? "" : " / ") + toUtf8(line);
         item.start = frame(segment.start);
         item.duration = frame(segment.end) - item.start;
-        item.sourceStart = rate_.flicksToFrameNearest(segment.stripStart);
+        item.sourceStart = rate_.flicksToFrameNearest(sourceStart(segment));
         item.media = toUtf8(segment.detail.media);
         item.speed = (segment.flags & kEventFreeze) ? 0.0 : segment.speed;
         item.enabled = (segment.flags & kEventDisabled) == 0;
         items_.push_back(std::move(item));
+    }
+
+    // Where the media that is seen begins: a backward clip reads towards it.
+    static Flicks sourceStart(const CelSegment& segment) {
+        if (!(segment.speed < 0))
+            return segment.stripStart;
+        const auto length = static_cast<double>(segment.end - segment.start);
+        return segment.stripStart + std::llround(length * segment.speed);
     }
 
     void addTransition(const IdStamp& id, Flicks cut) {
