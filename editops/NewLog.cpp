@@ -14,12 +14,14 @@ EditModifier buildLog(const EditModule& source, eLogType type, const Cookie& coo
     if (!log)
         return {};
     log->setLogType(type);
+    const TimeRange region = source.getMarkedRegion(); // of what is selected
     EditModule whole = source;
     whole.selectAll();
+    whole.markAllAt(region, true);
     EditModule target{EditPtr(log.get())};
     if (!Editor::apply(whole, target, kEditRebuild, 0).ok())
         return {};
-    copyDetails(edit, log.get(), source.getMarkedRegion().getStart());
+    copyDetails(edit, log.get(), region.getStart());
     log->setName(edit->getName());
     log->addModification(kModMetadata, false);
     return log.finish();

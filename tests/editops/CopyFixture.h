@@ -1,7 +1,6 @@
 // An open project with one edit and one log worth copying.
 #pragma once
 
-#include "bins/AssetAssociationGroupManager.h"
 #include "platform/embedded/EmbeddedProject.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditModule.h"
@@ -22,7 +21,6 @@ class CopyFixture : public testing::Test {
 protected:
     CopyFixture()
         : temp_(TempFolder::inMemory()), host_(EmbeddedHost::repeatable()), project_(host_) {
-        AssetAssociationGroupManager::instance();
         const Status opened = open(CurrentProject::Access::readWrite);
         EXPECT_TRUE(opened.ok()) << opened.text();
     }

@@ -164,6 +164,18 @@ TEST_F(RangeCopy, anEditKeepsTheSelectedChannels) {
     }
 }
 
+TEST_F(RangeCopy, theMarksOfSelectedChannelsCount) {
+    const EditModifier reel = makeReel();
+    EditModule module = marked(reel, 0, 1);
+    module.selectAll(false);
+    module.selectChan(reel->getId(1), true);
+    module.setMark(reel->getId(1), 2, Kv::MarkTypes::In);
+    module.setMark(reel->getId(1), 4, Kv::MarkTypes::Out);
+    const EditModifier copy = makeNewLog(module, kLogTypeSubclip, L"", Cookie());
+    EXPECT_EQ(copy->getEndTime(), 2);
+    EXPECT_EQ(copy->getTimecode(0), "10:00:02:00");
+}
+
 TEST_F(RangeCopy, cuesThatAPersonPlacedMoveAlong) {
     struct Row {
         double time, end;
@@ -204,42 +216,20 @@ TEST_F(RangeCopy, cuesThatAPersonPlacedMoveAlong) {
 }
 
 TEST_F(RangeCopy, whatDescribesASourceComesAlongByItsKeys) {
-    const char* const copied[] = {"scene",
-                                  "shot",
-                                  "who",
-                                  "description",
-                                  "notes",
-                                  "reelid",
-                                  "reelid1",
-                                  "24P_reel",
-                                  "camreel",
-                                  "cam_date",
-                                  "lab_reel",
-                                  "comp_reel",
-                                  "frame_rate",
-                                  "AudioInputSampleRate",
-                                  "compression format",
-                                  "frame_based",
-                                  "pulldown",
-                                  "sequence",
-                                  "Source Format",
-                                  "Aspect Ratio",
-                                  "media_date",
-                                  "take",
-                                  "source_medium",
-                                  "METADATA_CORE",
-                                  "METADATA_BUFFERFORMAT",
-                                  "METADATA_VIDEO",
-                                  "METADATA_VIDEOSEQUENCE",
-                                  "stripv_width",
-                                  "stripv_height",
-                                  "director"};
+    const auto copied = split("scene|shot|who|description|notes|reelid|reelid1|24P_reel|camreel|"
+                              "cam_date|lab_reel|comp_reel|frame_rate|AudioInputSampleRate|"
+                              "compression format|frame_based|pulldown|sequence|Source Format|"
+                              "Aspect Ratio|media_date|take|source_medium|METADATA_CORE|"
+                              "METADATA_BUFFERFORMAT|METADATA_VIDEO|METADATA_VIDEOSEQUENCE|"
+                              "stripv_width|stripv_height|director",
+                              '|');
+    const char* const others[] = {"mood", "stripv_zoom", "BACKUP_x", "other"};
     ASSERT_TRUE(CurrentProject::addCustomAttribute("director", L"Director", DBFieldTypes::text));
     ASSERT_TRUE(CurrentProject::addCustomAttribute("mood", L"Mood", DBFieldTypes::text));
     const EditModifier reel = makeReel();
-    for (const char* key : copied)
-        reel->setConfig(key, std::string("of ") + key);
-    for (const char* key : {"mood", "stripv_zoom", "BACKUP_x", "other"})
+    for (const auto& key : copied)
+        reel->setConfig(key, "of " + key);
+    for (const char* key : others)
         reel->setConfig(key, *key == 'm' ? "" : "stays");
     reel->setSequencePlaybackFormat("HD");
     BITCEffect burnt;
@@ -250,9 +240,9 @@ TEST_F(RangeCopy, whatDescribesASourceComesAlongByItsKeys) {
     reel->setChanUserName(reel->getId(4), L"Boom");
     reel->addLabel(EditLabel(kLabelKeycode, {3, 1}, {Kv::FrameRate(25), false}, 1600));
     const EditModifier copy = copyOf(reel, 1, 2);
-    for (const char* key : copied)
-        EXPECT_EQ(config(copy, key), std::string("of ") + key);
-    for (const char* key : {"mood", "stripv_zoom", "BACKUP_x", "other"})
+    for (const auto& key : copied)
+        EXPECT_EQ(config(copy, key), "of " + key);
+    for (const char* key : others)
         EXPECT_EQ(config(copy, key), "(none)");
     EXPECT_EQ(copy->findSequencePlaybackFormat(), "HD");
     EXPECT_EQ(copy->getBITC(), burnt);
@@ -264,61 +254,57 @@ TEST_F(RangeCopy, whatDescribesASourceComesAlongByItsKeys) {
               (LevelNodes{{0, 0.25F}, {kFlicksPerSecond, 0.5F}}));
 }
 
-// A channel as what it shows in each quarter of a frame.
-struct Shown {
-    Cookie material;
-    Flicks place = 0;
-    friend bool operator==(const Shown&, const Shown&) = default;
+// The plain model: pieces in quarters of a frame, a later one over the earlier ones.
+struct Laid {
+    int from, to;
+    CelSegment segment;
 };
+std::pair<Cookie, Flicks> shown(const std::vector<Laid>& pieces, int quarter) {
+    const auto piece = std::find_if(pieces.rbegin(), pieces.rend(), [&](const Laid& laid) {
+        return laid.from <= quarter && quarter < laid.to;
+    });
+    if (piece == pieces.rend() || !piece->segment.material.valid())
+        return {};
+    const Flicks at = toFlicks((quarter + 0.5) / 100);
+    return {piece->segment.material, piece->segment.stripStart + at - piece->segment.start};
+}
 
 TEST_F(RangeCopy, showsWhatTheRangeShows) {
-    constexpr int kQuarters = 400;
-    const Kv::FrameRate rate(25);
-    const double quarter = 0.01;
-    const auto shownAt = [](const EditPtr& edit, int channel, double at) {
-        const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
-        const Cookie material = cel->get_strip_cookie(at);
-        return Shown{material, material.valid() ? toFlicks(cel->get_strip_time(at)) : 0};
-    };
     for (long round = 0; round < rounds(40, 4000); ++round) {
+        SCOPED_TRACE(round);
         std::mt19937 random(static_cast<unsigned>(round));
         const auto upTo = [&](int limit) {
             return static_cast<int>(random() % static_cast<unsigned>(limit));
         };
-        EditModifier edit = makeEdit(2, 1, rate, L"Random");
-        std::vector<std::vector<Shown>> model(3, std::vector<Shown>(kQuarters));
+        EditModifier edit = makeEdit(2, 1, Kv::FrameRate(25), L"Random");
+        std::vector<std::vector<Laid>> model(3);
         for (int channel = 0; channel < 3; ++channel)
             for (int pieces = upTo(8); pieces >= 0; --pieces) {
-                CelSegment segment;
-                const int from = upTo(kQuarters - 1);
-                const int to = from + 1 + upTo(kQuarters - from - 1);
-                segment.start = toFlicks(from * quarter);
-                segment.end = toFlicks(to * quarter);
-                segment.material = upTo(4) ? Cookie('V', random()) : Cookie();
-                segment.stripStart = toFlicks(upTo(1000) * quarter);
-                ASSERT_TRUE(edit->get_edit_cel_p(channel)->overwrite(segment).ok());
-                for (int i = from; i < to; ++i)
-                    model[static_cast<std::size_t>(channel)][static_cast<std::size_t>(i)] = {
-                        segment.material,
-                        segment.material.valid()
-                            ? segment.stripStart + toFlicks((i + 0.5) * quarter) - segment.start
-                            : 0};
+                Laid laid{upTo(400), 0, {}};
+                laid.to = laid.from + 1 + upTo(400 - laid.from);
+                laid.segment.start = toFlicks(laid.from / 100.0);
+                laid.segment.end = toFlicks(laid.to / 100.0);
+                laid.segment.material = upTo(4) ? Cookie('V', random()) : Cookie();
+                laid.segment.stripStart = toFlicks(upTo(1000) / 100.0);
+                ASSERT_TRUE(edit->get_edit_cel_p(channel)->overwrite(laid.segment).ok());
+                model[static_cast<std::size_t>(channel)].push_back(laid);
             }
-        const int from = upTo(kQuarters);
-        const int to = from + upTo(kQuarters - from + 40);
+        const int from = upTo(400);
+        const int to = from + upTo(440 - from);
         const EditModifier copy =
-            makeNewLog(marked(edit, from * quarter, to * quarter), kLogTypeEdit, L"", Cookie());
-        ASSERT_TRUE(copy) << round;
-        ASSERT_EQ(copy->checkConsistency(), "") << round;
-        ASSERT_LE(copy->getEndTime(), (to - from) * quarter + 1e-9) << round;
+            makeNewLog(marked(edit, from / 100.0, to / 100.0), kLogTypeEdit, L"", Cookie());
+        ASSERT_TRUE(copy && copy->checkConsistency().empty());
         for (int channel = 0; channel < 3; ++channel)
             for (int i = 0; i < to - from + 8; ++i) {
-                const bool inside = i < to - from && from + i < kQuarters;
-                const Shown expected = inside ? model[static_cast<std::size_t>(channel)]
-                                                     [static_cast<std::size_t>(from + i)]
-                                              : Shown{};
-                ASSERT_EQ(shownAt(copy, channel, (i + 0.5) * quarter), expected)
-                    << "round " << round << " channel " << channel << " quarter " << i;
+                const auto expected =
+                    i < to - from ? shown(model[static_cast<std::size_t>(channel)], from + i)
+                                  : std::pair<Cookie, Flicks>();
+                const Kv::Ptr<Cel> cel = copy->get_edit_cel_p(channel);
+                const double at = (i + 0.5) / 100;
+                ASSERT_EQ(cel->get_strip_cookie(at), expected.first) << channel << " " << i;
+                if (expected.first.valid()) {
+                    ASSERT_EQ(toFlicks(cel->get_strip_time(at)), expected.second) << i;
+                }
             }
         ASSERT_TRUE(manager().discard({edit.getCookie(), copy.getCookie()}).ok());
     }
