@@ -1,0 +1,174 @@
+// Verbs that copy edits and logs, make sequences of them, and note parents.
+#include "cli/Names.h"
+#include "cli/Session.h"
+#include "editops/AssetParent.h"
+#include "editops/CopyKinds.h"
+#include "editops/CopyLog.h"
+#include "editops/CopyNames.h"
+#include "editops/EditCopy.h"
+#include "editops/RangeCopy.h"
+#include "editops/SequenceMaking.h"
+#include "platform/base/Strings.h"
+#include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
+
+#include <map>
+
+namespace cutroom::cli {
+
+namespace {
+
+eLogType takeType(SessionWords& words) {
+    const auto& type = words.takeOneOf("a type", {"edit", "sync", "print", "subclip"});
+    static const std::map<std::string, eLogType> types = {{"edit", kLogTypeEdit},
+                                                          {"sync", kLogTypeSyncGhost},
+                                                          {"print", kLogTypePrintGhost},
+                                                          {"subclip", kLogTypeSubclip}};
+    return types.at(type);
+}
+
+std::wstring takeName(SessionWords& words) {
+    return words.takeIf("named") ? toWide(words.take("a name")) : std::wstring();
+}
+
+// Enters what was made in the project, so that the next line can name it, and tells its name,
+// length, tracks, and what the configuration says of its kind and parent.
+void sayMade(Session& session, const EditModifier& made) {
+    if (!made)
+        refuse(StatusCode::failed, "the copy", "could not be made");
+    EditManager::instance().addToProject(made);
+    std::string text = "  made \"" + toUtf8(made->getName()) + "\", " +
+                       timeText(made->getEndTime() - made->getStartTime()) + ", tracks";
+    for (const IdStamp& channel : made->getChans())
+        text += ' ' + toUtf8(made->getChanDisplayName(channel));
+    if (const auto kind = made->getConfig(kCopyKindKey))
+        text += ", kind " + *kind;
+    if (const auto parent = made->getConfig(kParentKey))
+        text += ", from \"" + toUtf8(EditPtr(Cookie(*parent))->getName()) + '"';
+    session.say(text);
+}
+
+EditModule moduleOf(Session& session) {
+    session.edit(); // refuses without one
+    return session.viewer()->getEditModule();
+}
+
+void copyWhole(Session& session, SessionWords& words) {
+    const bool ownStrips = words.takeIf("own-strips");
+    sayMade(session, copyEdit(moduleOf(session), takeName(words), ownStrips));
+}
+
+void copySequence(Session& session, SessionWords& words) {
+    sayMade(session, copySequenceEdit(session.edit(), takeName(words)));
+}
+
+void basicCopy(Session& session, SessionWords& words) {
+    sayMade(session, edcopy_basic_copy(require(findEditCookie(words.take("an edit or log")))));
+}
+
+void copyMarked(Session& session, SessionWords& words) {
+    const eLogType type = takeType(words);
+    sayMade(session, copyRange(moduleOf(session), type, words.takeIf("whole")));
+}
+
+void generalCopy(Session& session, SessionWords& words) {
+    const Cookie source = require(findEditCookie(words.take("an edit or log")));
+    const eLogType type = takeType(words);
+    if (words.done()) {
+        sayMade(session, edcopy_general_copy(source, type));
+        return;
+    }
+    const double t1 = words.takeNumber("seconds");
+    const double t2 = words.takeNumber("seconds");
+    sayMade(session, edcopy_general_copy_range(source, type, takeName(words), t1, t2));
+}
+
+void newLog(Session& session, SessionWords& words) {
+    const eLogType type = takeType(words);
+    const Cookie unused;
+    if (!words.takeIf("under")) {
+        sayMade(session,
+                edcopy_general_copy_range(unused, type, takeName(words), moduleOf(session)));
+        return;
+    }
+    const std::string text = words.take("a cookie");
+    const Cookie cookie(text);
+    if (cookie.type() != 'E')
+        refuse(StatusCode::wrongUsage, text, "not the cookie of an edit or log");
+    sayMade(session,
+            edcopy_general_copy_range(unused, cookie, type, takeName(words), moduleOf(session)));
+}
+
+void makeKind(Session& session, SessionWords& words) {
+    const auto& kind =
+        words.takeOneOf("a kind", {"clip-section", "print-ghost", "subclip", "sync-ghost"});
+    const bool keepLabels = words.takeIf("keep-labels");
+    const std::wstring name = takeName(words);
+    EditModifier edit = session.editForChange();
+    if (kind == "clip-section")
+        edcopy_make_clipsection(edit);
+    else if (kind == "print-ghost")
+        edcopy_make_print_ghost(edit, name);
+    else if (kind == "subclip")
+        edcopy_make_subclip(edit, name);
+    else
+        edcopy_make_sync_ghost(edit, name, keepLabels);
+}
+
+void flatCopy(Session& session, SessionWords&) { sayMade(session, ::flatten(moduleOf(session))); }
+
+void fromClip(Session& session, SessionWords&) {
+    sayMade(session, makeSequenceFromClip(moduleOf(session)));
+}
+
+void fromSource(Session& session, SessionWords& words) {
+    sayMade(session, makeSequenceFromSource(moduleOf(session), takeName(words)));
+}
+
+void noteParent(Session& session, SessionWords& words) {
+    const Cookie parent = require(findEditCookie(words.take("an edit or log")));
+    EditModifier edit = session.editForChange();
+    setAssetParent(edit, parent);
+}
+
+void suffix(Session& session, SessionWords& words) {
+    if (words.takeIf("text"))
+        session.say("  " + toUtf8(makeEditNameSuffix(static_cast<ResId>(
+                               words.takeInt("a text's number", 1, 1'000'000)))));
+    else
+        session.say("  " + toUtf8(makeEditNameSuffix(toWide(words.take("a text")))));
+}
+
+void lastMessage(Session& session, SessionWords&) {
+    session.say(std::string("  \"") + edcopy_get_log() + '"');
+}
+
+} // namespace
+
+void addCopyVerbs(VerbTable& verbs) {
+    verbs.heading("Copies");
+    verbs.add({"copy-edit", "[own-strips] [named NAME]",
+               "copies the edit with the tracks selected, a clip as a clip of its own", copyWhole});
+    verbs.add({"copy-sequence", "[named NAME]", "copies the edit or log whole, as an edit",
+               copySequence});
+    verbs.add({"copy-basic", "EDIT", "copies an edit or log whole", basicCopy});
+    verbs.add({"copy-range", "edit|sync|print|subclip [whole]",
+               "copies what the viewer marks; of an edit the tracks selected", copyMarked});
+    verbs.add({"copy-general", "EDIT edit|sync|print|subclip [T T [named NAME]]",
+               "copies all, or between two times in seconds", generalCopy});
+    verbs.add({"new-log", "edit|sync|print|subclip [under COOKIE] [named NAME]",
+               "copies what the viewer marks, under a cookie of its own", newLog});
+    verbs.add({"make-kind",
+               "clip-section|print-ghost|subclip|sync-ghost [keep-labels] [named NAME]",
+               "makes the edit itself that kind of copy", makeKind});
+    verbs.add({"copy-flat", "", "copies the edit, the selected picture in one layer", flatCopy});
+    verbs.add(
+        {"sequence-from-clip", "", "makes an edit of what the viewer marks of a clip", fromClip});
+    verbs.add({"sequence-from-source", "[named NAME]",
+               "copies whole as an edit, with the tracks selected", fromSource});
+    verbs.add({"parent", "EDIT", "notes what the edit was made from", noteParent});
+    verbs.add({"name-suffix", "text N | TEXT", "tells the suffix of a name", suffix});
+    verbs.add({"last-message", "", "tells what an operation on edits said last", lastMessage});
+}
+
+} // namespace cutroom::cli
