@@ -3,6 +3,7 @@
 
 #include "bench/limits/Cut.h"
 #include "bench/support/Paired.h"
+#include "editops/RangeCopy.h"
 #include "platform/store/CelStorage.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
@@ -50,6 +51,13 @@ struct Tracks {
     std::vector<PlainTrack> plain;
 };
 
+void discard(EditModifier& copy) {
+    const CookieVec own{copy.getCookie()};
+    copy.release();
+    if (!EditManager::instance().discard(own).ok())
+        std::abort();
+}
+
 void limitWhole(const Tracks& tracks) {
     for (const PlainTrack& track : tracks.plain)
         benchmark::DoNotOptimize(plainCopy(track.data(), track.size()));
@@ -61,17 +69,9 @@ void wholeCopy(benchmark::State& state) {
     paired.add("limit", [&] { limitWhole(tracks); });
     // A new edit that takes everything, and its first change.
     paired.add("edit", [&] {
-        EditManager& manager = EditManager::instance();
-        EditModifier copy = manager.makeNewEdit(makeNewEditCookie(), 0, 0, 0, Kv::FrameRate(25));
-        EditModule target(copy);
-        if (!Editor::apply(EditModule(tracks.edit), target, kEditRebuild, 0).ok())
-            std::abort();
+        EditModifier copy = makeNewLog(EditModule(tracks.edit), kLogTypeEdit, L"", Cookie());
         copy->get_edit_cel_p(0)->setStripCookie(1, Cookie('V', 99));
-        const CookieVec own{copy.getCookie()};
-        target = EditModule();
-        copy.release();
-        if (!manager.deleteEdits(own, "done").ok())
-            std::abort();
+        discard(copy);
     });
     paired.add("full", [&] {
         for (int track = 0; track < kTracks; ++track) {
@@ -123,6 +123,13 @@ void middleTenth(benchmark::State& state) {
             if (!part->overwriteFrom(tracks.cel(track), from, to, 0).ok())
                 std::abort();
         }
+    });
+    // A new edit of it, with everything that a copy takes beside its lists.
+    EditModule module(tracks.edit);
+    module.markAllAt(TimeRange(toSeconds(from), toSeconds(to)), true);
+    paired.add("edit", [&] {
+        EditModifier copy = makeNewLog(module, kLogTypeEdit, L"", Cookie());
+        discard(copy);
     });
     paired.run(state);
 }
