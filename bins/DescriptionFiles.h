@@ -5,6 +5,7 @@
 
 #include "platform/base/Annotations.h"
 #include "platform/base/Cookie.h"
+#include "platform/base/Export.h"
 #include "platform/base/Locks.h"
 #include "platform/base/Status.h"
 #include "platform/files/GroupCommit.h"
@@ -21,7 +22,7 @@
 namespace cutroom {
 
 // Any thread; who reads and writes one file from two threads orders that himself.
-class DescriptionFiles {
+class CUTROOM_API DescriptionFiles {
 public:
     // The longest description in bytes; a longer one is neither read nor written.
     static constexpr std::uint64_t kMaxBytes = std::uint64_t{16} << 20;
