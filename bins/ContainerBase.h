@@ -8,7 +8,7 @@
 //
 // Changes are told on the changing thread under both locks. A listener may read every container
 // and change others, but not the one that tells; it must not save the containers of a manager, nor
-// wait for another thread that changes one.
+// wait for another thread that changes one, nor change an edit off the user-interface thread.
 #pragma once
 
 #include "bins/ChangeLock.h"
