@@ -2,6 +2,7 @@
 
 #include "platform/base/IdSource.h"
 
+#include <array>
 #include <charconv>
 #include <compare>
 #include <system_error>
@@ -13,15 +14,29 @@ namespace {
 constexpr std::string_view kDigits = "0123456789ABCDEFGHJKMNPQRSTVWXYZ";
 constexpr std::size_t kIdLength = 13; // 65 bits for 64: the first digit is below 16
 
-std::optional<std::uint64_t> parseId(std::string_view text) noexcept {
-    std::uint64_t id = 0;
-    for (const char c : text) {
-        const std::size_t digit = kDigits.find(c);
-        if (digit == std::string_view::npos || id >> 59)
-            return std::nullopt;
-        id = (id << 5) | digit;
+// The value of each character as a digit; kNoDigit for all others.
+constexpr std::uint8_t kNoDigit = 0xFF;
+constexpr std::array<std::uint8_t, 256> kDigitValues = [] {
+    std::array<std::uint8_t, 256> values{};
+    values.fill(kNoDigit);
+    for (std::size_t i = 0; i < kDigits.size(); ++i)
+        values[static_cast<unsigned char>(kDigits[i])] = static_cast<std::uint8_t>(i);
+    return values;
+}();
+
+// Of exactly kIdLength characters.
+std::optional<std::uint64_t> parseId(const char* text) noexcept {
+    const auto digit = [text](std::size_t place) {
+        return std::uint64_t{kDigitValues[static_cast<unsigned char>(text[place])]};
+    };
+    // A value above 31 (above 15 for the first digit) shows in the bits that no digit has.
+    std::uint64_t id = digit(0);
+    std::uint64_t strange = id >> 4;
+    for (std::size_t place = 1; place < kIdLength; ++place) {
+        strange |= digit(place) >> 5;
+        id = (id << 5) | digit(place);
     }
-    return id;
+    return strange == 0 ? std::optional<std::uint64_t>(id) : std::nullopt;
 }
 
 // A point and 0 to 254 without leading zeros; nothing at all is "no index".
@@ -66,7 +81,7 @@ std::optional<Cookie> Cookie::fromString(std::string_view text) noexcept {
         return Cookie();
     if (text.size() < 1 + kIdLength || text[0] == kInvalidType || !isKind(text[0]))
         return std::nullopt;
-    const auto id = parseId(text.substr(1, kIdLength));
+    const auto id = parseId(text.data() + 1);
     const auto index = parseIndex(text.substr(1 + kIdLength));
     if (!id || !index)
         return std::nullopt;

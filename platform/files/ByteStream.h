@@ -60,6 +60,8 @@ public:
     double f64() noexcept { return std::bit_cast<double>(fixed<std::uint64_t>()); }
     // Fails on more than 64 bits.
     std::uint64_t varint() noexcept {
+        if (at_ < bytes_.size() && static_cast<unsigned char>(bytes_[at_]) < 0x80)
+            return static_cast<unsigned char>(bytes_[at_++]); // most are below 128
         std::uint64_t value = 0;
         for (unsigned shift = 0; shift < 64; shift += 7) {
             const std::uint8_t byte = u8();

@@ -61,6 +61,12 @@ public:
         double getDouble(std::size_t item, int field, double otherwise = 0) const noexcept {
             return table_.number(item, field, otherwise);
         }
+        // The first `count` fields of an item (below `getNumItems`) at once.
+        using Value = cutroom::RecordFile::Value;
+        void read(std::size_t item, Value* values, std::size_t count) const noexcept {
+            table_.read(item, values, count);
+        }
+        std::size_t getNumFields() const noexcept { return table_.fields().size(); }
 
     private:
         friend class Writer;

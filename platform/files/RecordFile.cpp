@@ -111,6 +111,16 @@ std::uint64_t soundVarint(const char*& at) noexcept {
     return longVarint(at);
 }
 
+double doubleAt(const char* at) noexcept {
+    std::uint64_t bits = 0;
+    if constexpr (std::endian::native == std::endian::little)
+        std::memcpy(&bits, at, sizeof bits);
+    else
+        for (unsigned i = 0; i < 8; ++i)
+            bits |= std::uint64_t{static_cast<unsigned char>(at[i])} << (8 * i);
+    return std::bit_cast<double>(bits);
+}
+
 } // namespace
 
 // What the head says about the body, and where both are.
@@ -140,9 +150,14 @@ int RecordFile::findField(std::string_view name) const noexcept {
     return at == fields_.end() ? -1 : static_cast<int>(at - fields_.begin());
 }
 
+void RecordFile::appendField(std::string name, char type) {
+    doubles_ |= std::uint64_t{type == kDoubleField} << fields_.size();
+    fields_.push_back({std::move(name), type});
+}
+
 int RecordFile::addField(std::string_view name, char type) {
     assert(starts_.empty() && fields_.size() < kMaxFields);
-    fields_.push_back({std::string(name), type});
+    appendField(std::string(name), type);
     return static_cast<int>(fields_.size()) - 1;
 }
 
@@ -294,7 +309,7 @@ Status RecordFile::parseLine(std::string_view line, Layout& layout) {
         std::optional<std::string> name = readHeadText(line);
         if (type.size() != 1 || !name || fields_.size() == kMaxFields || layout.counted)
             return bad;
-        fields_.push_back({*std::move(name), type.front()});
+        appendField(*std::move(name), type.front());
         return {};
     }
     std::optional<std::string> name(std::string{word});
@@ -327,8 +342,8 @@ Status RecordFile::indexRecords(const Layout& layout) {
             break;
         }
         for (; mask; mask &= mask - 1) {
-            const auto field = static_cast<std::size_t>(std::countr_zero(mask));
-            (void)in.raw(fields_[field].type == kDoubleField ? 8 : in.varint());
+            const auto field = static_cast<unsigned>(std::countr_zero(mask));
+            (void)in.raw((doubles_ >> field & 1) != 0 ? 8 : in.varint());
         }
     }
     if (!in.ok() || !in.atEnd())
@@ -355,6 +370,29 @@ const char* RecordFile::locate(std::size_t record, int field) const noexcept {
     return at;
 }
 
+void RecordFile::read(std::size_t record, Value* values, std::size_t count) const noexcept {
+    const std::size_t maskBytes = maskSize(fields_.size());
+    const char* at = body_.data() + starts_[record];
+    std::uint64_t mask = maskOf(at, maskBytes);
+    at += maskBytes;
+    for (std::size_t i = 0; i < count; ++i, mask >>= 1) {
+        Value& value = values[i];
+        value.text = {};
+        value.isNumber = false;
+        if (!(mask & 1))
+            continue;
+        if (doubles_ >> i & 1) {
+            value.number = doubleAt(at);
+            value.isNumber = true;
+            at += 8;
+        } else {
+            const std::uint64_t size = soundVarint(at);
+            value.text = {at, static_cast<std::size_t>(size)};
+            at += size;
+        }
+    }
+}
+
 std::string_view RecordFile::text(std::size_t record, int field,
                                   std::string_view otherwise) const noexcept {
     const char* at = locate(record, field);
@@ -368,10 +406,7 @@ double RecordFile::number(std::size_t record, int field, double otherwise) const
     const char* at = locate(record, field);
     if (!at || fields_[static_cast<std::size_t>(field)].type != kDoubleField)
         return otherwise;
-    std::uint64_t bits = 0;
-    for (unsigned i = 0; i < 8; ++i)
-        bits |= std::uint64_t{static_cast<unsigned char>(at[i])} << (8 * i);
-    return std::bit_cast<double>(bits);
+    return doubleAt(at);
 }
 
 } // namespace cutroom

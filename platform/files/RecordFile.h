@@ -75,17 +75,28 @@ public:
                           std::string_view otherwise = {}) const noexcept;
     double number(std::size_t record, int field, double otherwise = 0) const noexcept;
 
+    // One field of a record that is read whole.
+    struct Value {
+        std::string_view text; // of a text; empty when absent
+        double number;         // of a double
+        bool isNumber;         // a double is there
+    };
+    // Reads the first `count` fields of a record that is there. Views live until the table changes.
+    void read(std::size_t record, Value* values, std::size_t count) const noexcept;
+
 private:
     struct Layout;
     Status parseHead(std::string_view payload, Layout& layout);
     Status parseLine(std::string_view line, Layout& layout);
     Status indexRecords(const Layout& layout);
+    void appendField(std::string name, char type);
     bool beginField(int field, char type);
     const char* locate(std::size_t record, int field) const noexcept;
 
     std::vector<Attribute> properties_;
     std::vector<Attribute> attributes_;
     std::vector<Field> fields_;
+    std::uint64_t doubles_ = 0;         // a bit for each field that is one
     std::string body_;                  // packed records; in a table that was read the whole file
     std::size_t bodyStart_ = 0;         // of the first record in body_
     std::vector<std::uint32_t> starts_; // of each record in body_
