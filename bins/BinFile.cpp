@@ -69,49 +69,95 @@ void readForm(const Reader& in, BinContents& contents) {
     }
 }
 
-// Reads every item of an asset that no item before it has.
-void readItems(const Reader& in, BinFile& file) {
-    BinContents::Items& items = file.contents.items;
-    const auto keyAt = [&items](std::size_t place) -> const Cookie& { return items[place].asset; };
-    const int pos = in.getFieldIndex("Pos"), mark = in.getFieldIndex("Mark");
-    const int markOut = in.getFieldIndex("Mark Out"), id = in.getFieldIndex("ID");
-    items.reserve(in.getNumItems());
-    file.places.reserve(in.getNumItems(), keyAt);
-    for (std::size_t i = 0; i < in.getNumItems(); ++i) {
-        const double time = in.getDouble(i, kTime, 0);
-        BinItem& item =
-            items.emplace_back(Cookie(in.getText(i, kCookie)), std::isfinite(time) ? time : 0.0);
-        if (file.places.insert(item.asset, items.size() - 1, keyAt) != file.places.kNone) {
-            items.pop_back();
-            continue;
-        }
-        item.markIn = readMark(in.getDouble(i, mark, kUnsetMark));
-        item.markOut = readMark(in.getDouble(i, markOut, kUnsetMark));
-        item.position = readPosition(in.getText(i, pos));
-        if (const std::string_view vob = in.getText(i, id); !vob.empty())
-            item.vobId(LightweightString<char>(vob));
-    }
+CookieVec readAssets(const Reader& in) {
+    CookieVec assets;
+    assets.reserve(in.getNumItems());
+    for (std::size_t i = 0; i < in.getNumItems(); ++i)
+        assets.emplace_back(in.getText(i, kCookie));
+    return assets;
 }
 
-// Takes out the items of edits and documents that are no longer there.
-void dropAbsent(BinFile& file) {
-    BinContents::Items& items = file.contents.items;
+// Tells of each asset whether it is there; other kinds than edits and documents always are.
+std::vector<char> presenceOf(const CookieVec& assets) {
+    std::vector<char> present(assets.size(), 1);
     CookieVec edits;
-    edits.reserve(items.size());
-    for (const BinItem& item : items)
-        if (item.getType() == 'E')
-            edits.push_back(item.asset);
-    const std::vector<bool> present = projdb::arePresent(edits);
-    std::size_t edit = 0;
-    const std::size_t dropped = std::erase_if(items, [&](const BinItem& item) {
-        if (item.getType() == 'E')
-            return !present[edit++];
-        if (item.getType() == 'D' || item.getType() == 'A')
-            return !DocumentManager::instance().exists(item.asset);
-        return false;
-    });
-    if (dropped != 0)
-        file.places.clear();
+    std::vector<std::size_t> places; // of the edits
+    for (std::size_t i = 0; i < assets.size(); ++i) {
+        const CookieType type = assets[i].type();
+        if (type == 'E') {
+            edits.push_back(assets[i]);
+            places.push_back(i);
+        } else if (type == 'D' || type == 'A') {
+            present[i] = DocumentManager::instance().exists(assets[i]);
+        }
+    }
+    const std::vector<bool> known = projdb::arePresent(edits);
+    for (std::size_t i = 0; i < edits.size(); ++i)
+        present[places[i]] = known[i];
+    return present;
+}
+
+// The items to be read: the first of each asset that is there. `places` tells where in the result
+// each asset is. One step for all items, since a look into a large table is slow between others.
+std::vector<std::size_t> chooseItems(const CookieVec& assets, PlaceTable<Cookie>& places) {
+    constexpr std::size_t kAhead = 8;
+    const std::vector<char> present = presenceOf(assets);
+    std::vector<std::size_t> chosen;
+    chosen.reserve(assets.size());
+    const auto keyAt = [&](std::size_t place) -> const Cookie& { return assets[chosen[place]]; };
+    places.reserve(assets.size(), keyAt);
+    for (std::size_t i = 0; i < assets.size(); ++i) {
+        if (i + kAhead < assets.size())
+            places.prefetch(assets[i + kAhead]);
+        if (present[i] && places.insert(assets[i], chosen.size(), keyAt) == places.kNone)
+            chosen.push_back(i);
+    }
+    return chosen;
+}
+
+// The fields of one item after the other.
+class ItemReader {
+public:
+    explicit ItemReader(const Reader& in)
+        : pos(in.getFieldIndex("Pos")), mark(in.getFieldIndex("Mark")),
+          markOut(in.getFieldIndex("Mark Out")), id(in.getFieldIndex("ID")), in_(in),
+          values_(in.getNumFields()) {}
+
+    // Where the fields lie that are found by name; -1 for none.
+    const int pos, mark, markOut, id;
+
+    void read(std::size_t item) { in_.read(item, values_.data(), values_.size()); }
+    std::string_view text(int field) const { return has(field) ? at(field).text : ""; }
+    double number(int field, double otherwise) const {
+        return has(field) && at(field).isNumber ? at(field).number : otherwise;
+    }
+
+private:
+    const Reader::Value& at(int field) const { return values_[static_cast<std::size_t>(field)]; }
+    bool has(int field) const {
+        return field >= 0 && static_cast<std::size_t>(field) < values_.size();
+    }
+
+    const Reader& in_;
+    std::vector<Reader::Value> values_;
+};
+
+void readItems(const Reader& in, BinFile& file) {
+    const CookieVec assets = readAssets(in);
+    const std::vector<std::size_t> chosen = chooseItems(assets, file.places);
+    ItemReader item(in);
+    BinContents::Items& items = file.contents.items;
+    items.reserve(chosen.size());
+    for (const std::size_t i : chosen) {
+        item.read(i);
+        const double time = item.number(kTime, 0);
+        BinItem& made = items.emplace_back(assets[i], std::isfinite(time) ? time : 0);
+        made.markIn = readMark(item.number(item.mark, kUnsetMark));
+        made.markOut = readMark(item.number(item.markOut, kUnsetMark));
+        made.position = readPosition(item.text(item.pos));
+        if (const std::string_view vob = item.text(item.id); !vob.empty())
+            made.vobId(LightweightString<char>(vob));
+    }
 }
 
 // Places in pixels become places in tiles.
@@ -141,7 +187,6 @@ Result<BinFile> BinFile::read(const LightweightString<wchar_t>& fileName) {
     if (file.created == 0)
         file.created = file.modified;
     readItems(in, file);
-    dropAbsent(file);
     if (file.contents.version == kBinVersionPixels)
         convertPixels(in, file.contents);
     file.contents.dimensions = readSize(in.getAttribute(kSize)).value_or(XY<int>());

@@ -53,7 +53,38 @@ void appendFloat(std::string& text, float number) {
                 std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
 }
 
+// A plain decimal of few digits, which most are: its double is exact or, with at most seven
+// decimals, never so close to the middle of two floats that rounding twice would matter.
+std::optional<float> shortDecimal(std::string_view text) noexcept {
+    static constexpr double kPowers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
+    std::size_t at = 0;
+    const bool negative = !text.empty() && text[0] == '-';
+    at += negative;
+    int value = 0, digits = 0, decimals = 0;
+    bool point = false;
+    for (; at < text.size(); ++at) {
+        const char c = text[at];
+        if (c >= '0' && c <= '9') {
+            value = value * 10 + (c - '0');
+            decimals += point;
+            if (++digits > 9)
+                return std::nullopt;
+        } else if (c == '.' && !point && digits > 0) {
+            point = true;
+        } else {
+            break;
+        }
+    }
+    const bool exponent = at < text.size() && (text[at] == 'e' || text[at] == 'E');
+    if (digits == 0 || decimals > 7 || exponent)
+        return std::nullopt;
+    const double number = value / kPowers[decimals];
+    return static_cast<float>(negative ? -number : number);
+}
+
 float readFloat(std::string_view text) noexcept {
+    if (const std::optional<float> number = shortDecimal(text))
+        return *number;
     return leadingNumber<float>(text).value_or(static_cast<float>(kUnreadable));
 }
 

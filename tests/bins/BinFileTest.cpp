@@ -8,7 +8,10 @@
 
 #include <rapidcheck.h>
 
+#include <bit>
+#include <cmath>
 #include <filesystem>
+#include <random>
 
 using namespace cutroom::test;
 using cutroom::StatusCode;
@@ -159,6 +162,19 @@ TEST(BinFileText, ReadsPlacesAndSizesUpToWhatIsNoNumber) {
         EXPECT_EQ(cutroom::readSize(row.text), row.size) << row.text;
     }
     EXPECT_EQ(cutroom::BoolFromString("True"), std::nullopt);
+}
+
+TEST(BinFileText, ReadsEveryPlaceThatIsWrittenAsItWas) {
+    std::mt19937 random(3);
+    for (int i = 0; i < 100000; ++i) {
+        // Of any size, and like those of a gallery.
+        const float any = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+        const float near = static_cast<float>(random() % 4000000) / static_cast<float>(1 + i % 997);
+        const XY<float> position{std::isfinite(any) ? any : 0.0f, i % 2 == 0 ? near : -near};
+        std::string text;
+        cutroom::appendPosition(text, position);
+        ASSERT_EQ(cutroom::readPosition(text), position) << text;
+    }
 }
 
 TEST(GalleryNames, ReadBackAndKnowTheirCase) {
