@@ -31,12 +31,14 @@ VerbTable::VerbTable() {
     addViewerVerbs(*this);
     addClientVerbs(*this);
     addTimeVerbs(*this);
+    addNavigationVerbs(*this);
     addMarkVerbs(*this);
     addSelectionVerbs(*this);
     addRoleVerbs(*this);
     addBatchVerbs(*this);
     addCutVerbs(*this);
     addCueVerbs(*this);
+    addTransitionVerbs(*this);
     addChannelVerbs(*this);
     addDetailVerbs(*this);
     addMixVerbs(*this);

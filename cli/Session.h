@@ -55,12 +55,14 @@ private:
 void addViewerVerbs(VerbTable& verbs);
 void addClientVerbs(VerbTable& verbs);
 void addTimeVerbs(VerbTable& verbs);
+void addNavigationVerbs(VerbTable& verbs);
 void addMarkVerbs(VerbTable& verbs);
 void addSelectionVerbs(VerbTable& verbs);
 void addRoleVerbs(VerbTable& verbs);
 void addBatchVerbs(VerbTable& verbs);
 void addCutVerbs(VerbTable& verbs);
 void addCueVerbs(VerbTable& verbs);
+void addTransitionVerbs(VerbTable& verbs);
 void addChannelVerbs(VerbTable& verbs);
 void addDetailVerbs(VerbTable& verbs);
 void addMixVerbs(VerbTable& verbs);

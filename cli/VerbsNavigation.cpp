@@ -78,7 +78,10 @@ void addNavigationVerbs(VerbTable& verbs) {
     verbs.add({"transition-stops", "[on|off]",
                "whether stepping stops in the middle of transitions", transitionStops});
     verbs.add({"check-frames", "", "looks for cuts off the frame, and moves them to frames",
-               [](Session& session, SessionWords&) { session.viewer()->checkQuantisation(); }});
+               [](Session& session, SessionWords&) {
+                   const EditModifier modifier = session.editForChange();
+                   session.viewer()->checkQuantisation();
+               }});
     verbs.add({"perform", "VERB ...",
                "has a verb change the record viewer's edit, then looks for cuts off the frame",
                perform});
