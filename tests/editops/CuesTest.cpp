@@ -2,11 +2,8 @@
 #include "editops/CueLogs.h"
 #include "editops/CueRegions.h"
 #include "editops/TrackGroups.h"
-#include "platform/embedded/EmbeddedHost.h"
-#include "platform/store/Edit.h"
 #include "platform/store/EditModule.h"
-#include "tests/support/Edits.h"
-#include "tests/support/LogLines.h"
+#include "tests/editops/Shots.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,10 +16,8 @@ using testing::SizeIs;
 
 namespace {
 
-class Cues : public testing::Test {
+class Cues : public ShotsFixture {
 protected:
-    Cues() : host_(EmbeddedHost::repeatable()) {}
-
     // One picture and two sound channels, 40 s: A for 20 s, then B.
     static EditModifier makeReel() {
         EditModifier edit = makeEdit(1, 2, Kv::FrameRate(25), L"Reel");
@@ -31,23 +26,6 @@ protected:
         return edit;
     }
     static double length(const EditPtr& edit) { return edit->getEndTime() - edit->getStartTime(); }
-    // What plays on a channel: "A@100+50 B@50+100", material, first frame of it, frames.
-    static std::string pieces(const EditPtr& edit, EditChanType type, std::size_t index = 0) {
-        const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(edit->getChans(type)[index]);
-        const Kv::FrameRate rate = edit->getFrameRate();
-        std::string text;
-        for (std::uint32_t i = 0; i < cel->numSegments(); ++i) {
-            const CelSegment piece = cel->getSegment(i);
-            text += text.empty() ? "" : " ";
-            text += piece.material.valid() ? toUtf8(piece.detail.name) : "-";
-            text += "@" + std::to_string(rate.flicksToFrameNearest(piece.stripStart)) + "+" +
-                    std::to_string(rate.flicksToFrameNearest(piece.end - piece.start));
-        }
-        return text;
-    }
-
-    LogLines log_;
-    EmbeddedHost host_;
 };
 
 // A cue as it is written in the tables: start, end (kNoTime: a point), name.
@@ -111,8 +89,8 @@ TEST_F(Cues, BecomeLogsAsLongAsTheirRegions) {
         EXPECT_EQ(one->getLogType(), type);
         EXPECT_DOUBLE_EQ(length(one), 3);
         EXPECT_DOUBLE_EQ(length(two), 4);
-        EXPECT_EQ(pieces(one, kChanVideo), "A@150+75");
-        EXPECT_EQ(pieces(two, kChanAudio, 1), "A@550+50 B@50+50");
+        EXPECT_EQ(piecesOf(one, kChanVideo), "A@150+75");
+        EXPECT_EQ(piecesOf(two, kChanAudio, 1), "A@550+50 B@50+50");
         EXPECT_EQ(two->getName(), L"Two");
         EXPECT_EQ(one->getCues().getNumCuePoints() + two->getCues().getNumCuePoints(), 0u);
     }
@@ -155,8 +133,8 @@ TEST_F(Cues, BecomeOneEditOfRegionsBackToBack) {
         makeEditFromCues(edit, cuesOf({{0, 5}, {6, 6}, {10, 12}, {19, 21}, {30, kNoTime}}), false);
     ASSERT_TRUE(made);
     EXPECT_DOUBLE_EQ(length(made), 9);
-    EXPECT_EQ(pieces(made, kChanVideo), "A@100+125 A@350+50 A@575+25 B@50+25");
-    EXPECT_EQ(pieces(made, kChanAudio, 1), "A@100+125 A@350+50 A@575+25 B@50+25");
+    EXPECT_EQ(piecesOf(made, kChanVideo), "A@100+125 A@350+50 A@575+25 B@50+25");
+    EXPECT_EQ(piecesOf(made, kChanAudio, 1), "A@100+125 A@350+50 A@575+25 B@50+25");
     EXPECT_EQ(made->getName(), L"Reel (From markers)");
     EXPECT_EQ(made->getVideoMetadata(), edit->getVideoMetadata());
     EXPECT_EQ(made->getFrameRate(), edit->getFrameRate());
@@ -164,10 +142,7 @@ TEST_F(Cues, BecomeOneEditOfRegionsBackToBack) {
         EXPECT_TRUE(made->getLevelsChan(channel).valid());
     EXPECT_TRUE(edit->isImported());
     EXPECT_FALSE(made->isImported());
-}
-
-TEST_F(Cues, MarkTheSourceImportedOnlyWhenAsked) {
-    const EditModifier edit = makeReel();
+    edit->setImported(false);
     EXPECT_DOUBLE_EQ(length(makeEditFromCues(edit, {}, true)), 0);
     EXPECT_FALSE(edit->isImported());
     EXPECT_FALSE(makeEditFromCues(EditPtr(), cuesOf({{0, 5}}), false));

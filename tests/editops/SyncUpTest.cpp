@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
         OffsetRow{"DatesOfNoSource", dated("1 May"), dated("2 May", kLogTypeSubclip), 0}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST_F(SyncUp, IgnoresTypesOrDatesWhereToldTo) {
+TEST_F(SyncUp, IsLenientWhereToldTo) {
     Configuration::instance().set("allow_sync_of_incompatible_labels", "1");
     synchup_params params;
     params.soundLabel.type = 8;
