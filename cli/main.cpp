@@ -31,6 +31,7 @@ constexpr const char* kExamples =
     "  cutroom show \"Reel 1\" --json            the same for programs\n"
     "  cutroom markers \"Reel 1\" add --at 01:00:10:00 --name \"Fix sky\" --colour red\n"
     "  cutroom undo \"Reel 1\"                   take the last change back\n"
+    "  cutroom bin new Dailies \"Reel 1\"        put edits and documents into bins\n"
     "  cutroom export \"Reel 1\" --format srt -o reel1.srt\n"
     "  cutroom shell                           a live session; `help` tells its words\n"
     "\n"
@@ -44,6 +45,10 @@ void addAll(Commands commands) {
     addExportCommand(commands);
     addMarksCommand(commands);
     addMarkersCommand(commands);
+    addCopyCommand(commands);
+    addFlattenCommand(commands);
+    addCuesCommand(commands);
+    addSyncCommand(commands);
     addRenameCommand(commands);
     addDeleteCommand(commands);
     addHistoryCommands(commands);
