@@ -53,9 +53,9 @@ public:
     // hold it, and tells. `notFound` for a bin that is not known; on failure everything stays. The
     // object lives on with those who hold it.
     cutroom::Status destroy(const Cookie& bin, const LightweightString<char>& reason);
-    // Reads a loaded bin again from its file: what was not saved is lost. The bin tells 768 with the
-    // reason "reload", and is not dirty. `notFound` when it is not loaded; a file that cannot be
-    // read gives why, and nothing is told.
+    // Reads a loaded bin again from its file: what was not saved is lost. The bin tells 768 with
+    // the reason "reload", and is not dirty. `notFound` when it is not loaded; a file that cannot
+    // be read gives why, and nothing is told.
     cutroom::Status reload(const Cookie& bin);
 
     // --- saving --------------------------------------------------------------------------------
