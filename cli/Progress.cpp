@@ -1,5 +1,8 @@
 #include "cli/Progress.h"
 
+#include "cli/Command.h"
+#include "platform/base/Strings.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -12,11 +15,20 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{1};
 constexpr int kBarWidth = 30;
+constexpr std::size_t kNameWidth = 36; // with the bar fewer than 80 columns
+
+// What a line of a terminal has room for: the end of a long name, without control characters.
+std::string named(const std::string& what) {
+    const std::wstring name = toWide(oneLine(what));
+    if (name.size() <= kNameWidth)
+        return toUtf8(name);
+    return toUtf8(L"…" + name.substr(name.size() - kNameWidth + 1));
+}
 
 } // namespace
 
-Progress::Progress(std::string what)
-    : what_(std::move(what)), wanted_(::isatty(STDERR_FILENO) != 0) {}
+Progress::Progress(const std::string& what)
+    : what_(named(what)), wanted_(::isatty(STDERR_FILENO) != 0) {}
 
 Progress::~Progress() {
     if (shown_ >= 0)

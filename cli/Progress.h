@@ -9,7 +9,8 @@ namespace cutroom::cli {
 // Draws over its own line; leaves nothing behind when it goes.
 class Progress {
 public:
-    explicit Progress(std::string what);
+    // `what` names the work; of a long name the end is shown.
+    explicit Progress(const std::string& what);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
