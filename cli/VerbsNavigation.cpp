@@ -45,16 +45,25 @@ void transitionStops(Session& session, SessionWords& words) {
         Vob::setStopAtTransitionMidPoints(words.takeOnOff("on or off"));
 }
 
+// A word as it is written in a line.
+std::string quoted(const std::string& word) {
+    if (!word.empty() && word.find_first_of(" \t\"\\#") == word.npos)
+        return word;
+    std::string text = "\"";
+    for (const char c : word) {
+        if (c == '"' || c == '\\')
+            text += '\\';
+        text += c;
+    }
+    return text + '"';
+}
+
 // The rest of a line as a line of its own.
 std::string takeLine(SessionWords& words) {
-    std::string line;
-    while (!words.done()) {
-        line += line.empty() ? "\"" : " \"";
-        for (const char c : words.take("a verb"))
-            line += (c == '"' || c == '\\' ? "\\" : "") + std::string(1, c);
-        line += '"';
-    }
-    return line;
+    std::vector<std::string> line;
+    while (!words.done())
+        line.push_back(quoted(words.take("a verb")));
+    return join(line, " ");
 }
 
 void perform(Session& session, SessionWords& words) {
