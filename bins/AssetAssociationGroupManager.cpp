@@ -2,6 +2,7 @@
 
 #include "bins/ContainerModifier.h"
 #include "bins/DocumentManager.h"
+#include "platform/host/ProcessLife.h"
 #include "platform/project/ProjectLayout.h"
 
 #include <map>
@@ -24,7 +25,7 @@ asGroups(const std::vector<Kv::Ptr<cutroom::DescribedContainer>>& containers) {
 } // namespace
 
 AssetAssociationGroupManager& AssetAssociationGroupManager::instance() {
-    return single<AssetAssociationGroupManager>();
+    return cutroom::ProcessSingleton<AssetAssociationGroupManager>::get();
 }
 
 AssetAssociationGroupManager::AssetAssociationGroupManager()
@@ -34,7 +35,6 @@ AssetAssociationGroupManager::AssetAssociationGroupManager()
     documents_ = documents.registerNotification(
         makeCallback(this, &AssetAssociationGroupManager::handleDocumentModifications),
         documents.changeMsgType());
-    catchUp();
 }
 
 AssetAssociationGroupManager::~AssetAssociationGroupManager() { letGo(); }

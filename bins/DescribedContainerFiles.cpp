@@ -66,6 +66,7 @@ DescribedContainerManager::ContainerPtr DescribedContainerManager::readOne(const
 
 Result<std::vector<DescribedContainerManager::ContainerPtr>>
 DescribedContainerManager::readFiles() {
+    catchUp();
     const CriticalSection::Lock whole(filesLock_);
     return readUnknown();
 }
@@ -99,7 +100,7 @@ void DescribedContainerManager::handleProjectExit() {
 }
 
 std::vector<DescribedContainerManager::ContainerPtr> DescribedContainerManager::dirtyOnes() const {
-    std::vector<ContainerPtr> dirty = all();
+    std::vector<ContainerPtr> dirty = held();
     std::erase_if(dirty, [](const ContainerPtr& container) { return !container->isDirty(); });
     return dirty;
 }
@@ -126,6 +127,7 @@ Status DescribedContainerManager::saveDirty() {
 }
 
 Status DescribedContainerManager::saveOne(DescribedContainer& container) {
+    catchUp(); // to know which files are damaged
     const CriticalSection::Lock whole(filesLock_);
     if (container.hasLeft())
         return {StatusCode::wrongUsage, container.getID().asString(),

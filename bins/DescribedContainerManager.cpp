@@ -33,6 +33,11 @@ bool DescribedContainerManager::anyDirty() const {
                        [](const auto& entry) { return entry.second.container->isDirty(); });
 }
 
+std::vector<Status> DescribedContainerManager::getDamaged() const {
+    catchUp();
+    return descriptions_.damaged();
+}
+
 bool DescribedContainerManager::enter(const ContainerPtr& container) {
     catchUp();
     return takes(container->getID()) && container->join(*this);

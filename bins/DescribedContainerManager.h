@@ -3,8 +3,8 @@
 //
 // Any thread may call. What reads or writes files, and says so, is not to be called under a
 // container's lock: so not from a listener either. The files are read when a project is entered, or
-// earlier when somebody asks before the manager has heard of that, so every description is in
-// memory. Without a project containers live in memory only, until the next one is entered.
+// when somebody asks for a container before the manager has heard of that, so every description is
+// in memory. Without a project containers live in memory only, until the next one is entered.
 #pragma once
 
 #include "bins/ContainerManagerBase.h"
@@ -29,7 +29,7 @@ public:
     // What is wrong with the files that could not be read, with place and reason, in the order of
     // their names. They stay as they are; a save under the same cookie moves its file aside first
     // ("<name>.damaged").
-    std::vector<Status> getDamaged() const { return descriptions_.damaged(); }
+    std::vector<Status> getDamaged() const;
 
     // Tells one notice (`reset`): what was in memory has gone, the project's files have been read.
     void handleProjectEntry() override;
@@ -53,8 +53,9 @@ protected:
     // Called when a container and its files have gone, for what may go without being asked for.
     virtual void afterDestruction(const Cookie& id) const;
 
-    // Reads the files of the open project, if one is and they have not been read; heirs'
-    // constructors end with it.
+    // Reads the files of the open project, if one is and they have not been read. What looks for
+    // containers begins with it; a constructor does not: it registers with the project, whose
+    // notices take the change lock, and so must not hold that.
     void catchUp() const;
     // Called by heirs' destructors: no container belongs to the manager any longer.
     void letGo() noexcept;

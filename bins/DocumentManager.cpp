@@ -2,6 +2,7 @@
 
 #include "platform/base/Log.h"
 #include "platform/files/Files.h"
+#include "platform/host/ProcessLife.h"
 #include "platform/project/CurrentProject.h"
 #include "platform/project/ProjectLayout.h"
 #include "platform/project/ProjectPaths.h"
@@ -60,12 +61,12 @@ LightweightString<wchar_t> movedCopy(const LightweightString<wchar_t>& location,
 
 } // namespace
 
-DocumentManager& DocumentManager::instance() { return single<DocumentManager>(); }
+DocumentManager& DocumentManager::instance() {
+    return cutroom::ProcessSingleton<DocumentManager>::get();
+}
 
 DocumentManager::DocumentManager()
-    : DescribedContainerManager("documents", cutroom::kDocumentsFolder, getFileExtension()) {
-    catchUp();
-}
+    : DescribedContainerManager("documents", cutroom::kDocumentsFolder, getFileExtension()) {}
 
 DocumentManager::~DocumentManager() { letGo(); }
 

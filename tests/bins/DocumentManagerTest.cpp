@@ -241,6 +241,7 @@ TEST_F(DocumentManagerTest, ADescriptionThatIsTooLongIsNeitherWrittenNorRead) {
 }
 
 TEST_F(DocumentManagerTest, AScanFindsFilesThatCameFromElsewhere) {
+    EXPECT_THAT(manager().getDocuments(), IsEmpty());
     listen(manager());
     put(path("documents/D0000000000007.KvDoc"), golden("documents/document.KvDoc"));
     EXPECT_EQ(*manager().scan(), 1);
