@@ -169,6 +169,13 @@ Status ImportedFile::make(std::vector<Timeline>& timelines,
     return {};
 }
 
+CookieVec ImportedFile::logs() const {
+    CookieVec logs;
+    for (std::size_t i = 0; i < logs_; ++i)
+        logs.push_back(made_[i].getCookie());
+    return logs;
+}
+
 Status ImportedFile::save(const std::function<void(double)>& progress) {
     return EditManager::instance().save({made_.begin(), made_.end()}, progress);
 }

@@ -29,7 +29,8 @@ public:
 
     const CookieVec& roots() const { return roots_; }
     const CookieVec& nested() const { return nested_; }
-    std::size_t logs() const { return logs_; }
+    // Those that were made.
+    CookieVec logs() const;
     std::vector<std::string> warnings(const std::vector<Timeline>& timelines) const;
 
 private:

@@ -52,7 +52,8 @@ ImportReport reportOf(const ImportedFile& file, const std::vector<Timeline>& tim
         report.edits.push_back({cookie, EditPtr(cookie)->getName()});
     for (const Cookie& cookie : file.nested())
         report.nested.push_back({cookie, EditPtr(cookie)->getName()});
-    report.logs = file.logs();
+    report.newLogs = file.logs();
+    report.logs = report.newLogs.size();
     report.warnings = file.warnings(timelines);
     return report;
 }
@@ -88,12 +89,21 @@ Result<ImportReport> importFile(const std::string& path, const ImportOptions& op
     const auto making = [&](double done) { tell(kRead + done * (kMade - kRead)); };
     if (const Status status = file.make(*timelines, making); !status)
         return about(path, status);
+    ImportReport report = reportOf(file, *timelines);
+    std::vector<FileInProject> others;
+    if (options.alongside) {
+        auto given = options.alongside(report);
+        if (!given)
+            return given.status();
+        others = std::move(*given);
+    }
+    const SaveAlongside alongside(std::move(others));
     const auto saving = [&](double done) { tell(kMade + done * (kWritten - kMade)); };
     if (const Status status = file.save(saving); !status)
         return about(path, status);
     file.keep();
     tell(1);
-    return reportOf(file, *timelines);
+    return report;
 }
 
 } // namespace cutroom

@@ -5,6 +5,7 @@
 #include "platform/base/FrameRate.h"
 #include "platform/base/Status.h"
 #include "platform/base/Strings.h"
+#include "platform/store/SaveAlongside.h"
 
 #include <functional>
 #include <optional>
@@ -13,11 +14,17 @@
 
 namespace cutroom {
 
+struct ImportReport;
+
 struct ImportOptions {
     // Rate of an edit list, which does not state it; nothing: worked out from its lengths.
     std::optional<Kv::FrameRate> rate;
     // Told how far the import of one file has come, 0 to 1; may be empty.
     std::function<void(double)> progress;
+    // Asked when all of a file is made, before it is written: gives what is to be written in the
+    // same group, such as a bin that holds what was made. A failure gives the import up. May be
+    // empty.
+    std::function<Result<std::vector<FileInProject>>(const ImportReport&)> alongside;
 };
 
 // What the import of one file made.
@@ -29,6 +36,7 @@ struct ImportReport {
     std::vector<Made> edits;           // in the order of the file
     std::vector<Made> nested;          // made for what is nested in them, the innermost first
     std::size_t logs = 0;              // new ones; sources that the project has are used again
+    CookieVec newLogs;                 // these
     std::vector<std::string> warnings; // what could not be represented, or was assumed
 };
 

@@ -8,6 +8,7 @@
 #include "platform/project/ProjDb.h"
 #include "platform/store/EditManagerImpl.h"
 #include "platform/store/EditRecord.h"
+#include "platform/store/SaveAlongside.h"
 
 using cutroom::EditFile;
 using cutroom::Status;
@@ -87,6 +88,9 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits,
             !status)
             return status;
     }
+    for (const cutroom::FileInProject& file : cutroom::SaveAlongside::current())
+        if (Status status = group.write(file.name, file.content); !status)
+            return status;
     if (Status status = group.commit(); !status)
         return status;
     const Status recorded = putRecords(saved);
