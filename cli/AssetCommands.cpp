@@ -56,8 +56,9 @@ Status rename(const std::string& name, const std::string& newName) {
     }
 }
 
-Status deleteAll(const std::vector<std::string>& names) {
-    const std::string reason = "deleted by command";
+} // namespace
+
+Status deleteAssets(const std::vector<std::string>& names, const std::string& reason) {
     CookieVec edits, bins, documents;
     std::vector<Kv::Ptr<AssetAssociationGroup>> groups;
     for (const std::string& name : names) {
@@ -81,8 +82,6 @@ Status deleteAll(const std::vector<std::string>& names) {
         done = DocumentManager::instance().destroy(documents, reason);
     return done;
 }
-
-} // namespace
 
 void addRenameCommand(Commands commands) {
     auto words = std::make_shared<std::pair<std::string, std::string>>();
@@ -109,8 +108,9 @@ void addDeleteCommand(Commands commands) {
                     "edits/COOKIE.edit.bak.\n\n  cutroom delete \"Reel 1\"");
     command->callback([commands, names] {
         commands.action = [&options = commands.options, names] {
-            return withProject(options, Workspace::Use::write,
-                               [&](Workspace&) { return deleteAll(*names); });
+            return withProject(options, Workspace::Use::write, [&](Workspace&) {
+                return deleteAssets(*names, "deleted by command");
+            });
         };
     });
 }

@@ -1,5 +1,6 @@
 // cutroom check [--repair]
 #include "cli/Command.h"
+#include "cli/ContainerCheck.h"
 #include "platform/base/Strings.h"
 #include "platform/files/Files.h"
 #include "platform/files/JsonBuilder.h"
@@ -102,21 +103,45 @@ std::string reportJson(std::size_t count, const std::vector<Status>& wrong) {
     return json.take();
 }
 
+// What a repair could not mend is found again by the look that follows.
+void addNew(std::vector<Status>& wrong, Status one) {
+    for (const Status& known : wrong)
+        if (known.text() == one.text())
+            return;
+    wrong.push_back(std::move(one));
+}
+
+std::string soundText(std::size_t edits, const ContainerCounts& containers) {
+    const auto some = [](std::size_t count, const char* what) {
+        return count ? format(", %zu %s%s", count, what, count == 1 ? "" : "s") : std::string();
+    };
+    return format("%zu edit%s and logs", edits, edits == 1 ? "" : "s") +
+           some(containers.bins, "bin") + some(containers.groups, "group") +
+           some(containers.documents, "document") + ", all sound";
+}
+
 Status check(const Options& options, bool repair) {
     std::vector<Status> wrong;
     if (repair) {
         wrong = restoreEdits();
         if (const Status rebuilt = CurrentProject::rebuildDatabase(); !rebuilt)
             return rebuilt;
+        // Bins leave out what the database does not know, so they come after it.
+        for (Status& one : restoreContainers())
+            wrong.push_back(std::move(one));
     }
     std::size_t count = 0;
+    ContainerCounts containers;
     for (Status& one : checkEdits(&count))
-        wrong.push_back(std::move(one));
+        addNew(wrong, std::move(one));
+    for (Status& one : checkContainers(&containers))
+        addNew(wrong, std::move(one));
     if (options.json)
-        print(reportJson(count, wrong));
+        print(
+            reportJson(count + containers.bins + containers.groups + containers.documents, wrong));
     else if (wrong.empty())
-        print(format("%zu edit%s and logs, all sound%s\n", count, count == 1 ? "" : "s",
-                     repair ? "; the project database was rebuilt" : ""));
+        print(soundText(count, containers) +
+              (repair ? "; the project database was rebuilt\n" : "\n"));
     for (std::size_t i = 1; i < wrong.size(); ++i)
         fail(wrong[i]);
     if (!wrong.empty())
@@ -131,13 +156,13 @@ Status check(const Options& options, bool repair) {
 
 void addCheckCommand(Commands commands) {
     auto repair = std::make_shared<bool>(false);
-    CLI::App* command = commands.app.add_subcommand("check", "Verify every edit of the project");
+    CLI::App* command = commands.app.add_subcommand("check", "Verify every file of the project");
     command->add_flag("--repair", *repair,
-                      "Put the version before a damaged edit in its place and rebuild "
-                      "the project database from the edits' files");
+                      "Put the version before a damaged file in its place and rebuild "
+                      "the project database and the bins cache from the other files");
     command->footer(
-        "What is damaged is kept beside its place as NAME.damaged. Edits that stay lost "
-        "are named; the\nexit code is then 4.");
+        "What is damaged is kept beside its place as NAME.damaged. What stays lost is named; "
+        "the exit\ncode is then 4.");
     command->callback([commands, repair] {
         commands.action = [&options = commands.options, repair] {
             return withProject(options, *repair ? Workspace::Use::write : Workspace::Use::read,

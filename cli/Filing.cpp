@@ -3,9 +3,12 @@
 #include "bins/BinManager.h"
 #include "cli/Assets.h"
 #include "platform/base/Strings.h"
+#include "platform/files/Files.h"
+#include "platform/project/ProjectLayout.h"
 #include "platform/store/EditManager.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace cutroom::cli {
 
@@ -42,7 +45,7 @@ Result<Filing> Filing::into(const std::string& bin) {
         filing.newName_ = *name;
         return filing;
     }
-    auto opened = openBin(bin);
+    auto opened = cli::openBin(bin);
     if (!opened)
         return opened.status();
     filing.bin_ = std::move(*opened);
@@ -56,25 +59,59 @@ Status Filing::keep(const CookieVec& made) {
         return saved;
     if (!bin_ && newName_.empty())
         return {};
-    BinManager& bins = BinManager::instance();
-    const bool fresh = !bin_;
-    if (fresh) {
-        bin_ = bins.newBin();
-        bin_->setName(newName_);
-    }
-    bin_->add(made);
-    const Status saved = bins.saveAll();
-    if (saved.ok())
+    openBin().add(made);
+    const Status saved = BinManager::instance().saveAll();
+    if (saved.ok()) {
+        fresh_ = false;
         return saved;
-    bin_->remove(made);
-    if (fresh) {
-        const Status gone = bins.destroy(bin_->getID(), kReason);
-        bin_.reset();
-        if (!gone && gone.code() != StatusCode::notFound)
-            return gone;
     }
+    if (const Status gone = takeBack(made); !gone)
+        return gone;
     const Status gone = EditManager::instance().deleteEdits(made, kReason);
     return gone.ok() ? saved : gone;
+}
+
+Result<std::vector<FileInProject>> Filing::stage(const CookieVec& made) {
+    if (made.empty() || (!bin_ && newName_.empty()))
+        return std::vector<FileInProject>();
+    openBin().add(made);
+    staged_ = made;
+    auto image = bin_->takeForSaving();
+    if (!image) {
+        const Status gone = settle(false);
+        return gone.ok() ? image.status() : gone;
+    }
+    return std::vector{
+        FileInProject{joinPath(kGroupsFolder, nameOf(image->path)), std::move(image->bytes)}};
+}
+
+Status Filing::settle(bool written) {
+    const CookieVec staged = std::exchange(staged_, {});
+    if (staged.empty())
+        return {};
+    if (!written)
+        return takeBack(staged);
+    fresh_ = false;
+    return {};
+}
+
+BinData& Filing::openBin() {
+    if (!bin_) {
+        bin_ = BinManager::instance().newBin();
+        bin_->setName(newName_);
+        fresh_ = true;
+    }
+    return *bin_;
+}
+
+Status Filing::takeBack(const CookieVec& made) {
+    bin_->remove(made);
+    bin_->setDirty(true); // it may count as saved
+    if (!std::exchange(fresh_, false))
+        return {};
+    const Status gone = BinManager::instance().destroy(bin_->getID(), kReason);
+    bin_.reset();
+    return gone.code() == StatusCode::notFound ? Status() : gone;
 }
 
 } // namespace cutroom::cli

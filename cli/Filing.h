@@ -3,8 +3,10 @@
 
 #include "bins/BinData.h"
 #include "platform/base/Status.h"
+#include "platform/store/SaveAlongside.h"
 
 #include <string>
+#include <vector>
 
 namespace cutroom::cli {
 
@@ -18,11 +20,23 @@ public:
     // Writes the new edits and logs to the disk as one group, then adds them to the bin and writes
     // that. On failure neither they nor a new bin stay.
     Status keep(const CookieVec& made);
+    // The same where the new assets are written by somebody else: adds them to the bin and gives
+    // its file, for the group in which they are written. Nothing when nothing is to be filed.
+    Result<std::vector<FileInProject>> stage(const CookieVec& made);
+    // Tells how that went; what was not written is taken out of the bin again.
+    Status settle(bool written);
     // Invalid when nothing was filed.
     Cookie bin() const { return bin_ ? bin_->getID() : Cookie(); }
 
 private:
+    // The bin, made if need be.
+    BinData& openBin();
+    // Takes assets out again, and a bin that was made for them.
+    Status takeBack(const CookieVec& made);
+
     Kv::Ptr<BinData> bin_;
+    CookieVec staged_;
+    bool fresh_ = false;   // made here and not written yet
     std::wstring newName_; // of the bin to be made; empty: none
 };
 

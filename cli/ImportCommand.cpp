@@ -1,5 +1,6 @@
 // cutroom import FILE…
 #include "cli/Command.h"
+#include "cli/Filing.h"
 #include "cli/Progress.h"
 #include "cli/SubtitlesIn.h"
 #include "interchange/Importer.h"
@@ -22,6 +23,7 @@ struct ImportWords {
     std::string subtitlesOf; // the edit that subtitles go to; empty: the files are timelines
     std::string clock = "media";
     std::string encoding;
+    std::string bin; // what is made goes there; empty: nowhere
 };
 
 // What all files together gave.
@@ -44,12 +46,26 @@ void take(Outcome& outcome, const std::string& file, const ImportReport& report)
         outcome.warnings.push_back(file + ": " + warning);
 }
 
-Outcome importAll(const ImportWords& words, ImportOptions options) {
+CookieVec allMade(const ImportReport& report) {
+    CookieVec made;
+    for (const auto& edit : report.edits)
+        made.push_back(edit.edit);
+    for (const auto& edit : report.nested)
+        made.push_back(edit.edit);
+    made.insert(made.end(), report.newLogs.begin(), report.newLogs.end());
+    return made;
+}
+
+// The bin is written with what goes into it, all or nothing.
+Outcome importAll(const ImportWords& words, ImportOptions options, Filing& filing) {
     Outcome outcome;
+    options.alongside = [&](const ImportReport& report) { return filing.stage(allMade(report)); };
     for (const std::string& file : words.files) {
         Progress progress(file);
         options.progress = [&](double share) { progress.show(share); };
         const auto report = importFile(file, options);
+        if (const Status settled = filing.settle(report.ok()); !settled)
+            outcome.failures.push_back(settled);
         if (report)
             take(outcome, file, *report);
         else
@@ -130,6 +146,8 @@ bool anyExists(const std::vector<std::string>& files) {
 }
 
 int run(const Options& options, const ImportWords& words) {
+    if (!words.subtitlesOf.empty() && !words.bin.empty())
+        return fail({StatusCode::wrongUsage, "--bin", "subtitles are laid on an edit, in no bin"});
     if (!words.subtitlesOf.empty())
         return importSubtitleFiles(options, words);
     ImportOptions how;
@@ -143,7 +161,10 @@ int run(const Options& options, const ImportWords& words) {
         return fail({StatusCode::notFound, words.files.front(), "no such file"});
     int worst = kExitDone;
     const int closed = withProject(options, Workspace::Use::writeOrCreate, [&](Workspace&) {
-        const Outcome outcome = importAll(words, how);
+        auto filing = Filing::into(words.bin);
+        if (!filing)
+            return filing.status();
+        const Outcome outcome = importAll(words, how, *filing);
         print(options.json ? outcomeJson(outcome) : outcomeText(outcome));
         if (!options.json)
             for (const auto& warning : outcome.warnings)
@@ -174,9 +195,14 @@ void addImportCommand(Commands commands) {
         ->check(CLI::IsMember({"media", "timecode"}));
     command->add_option("--encoding", words->encoding,
                         "Encoding of subtitles that are not UTF-8 (CP1250, GB18030 ...)");
+    command
+        ->add_option("--bin", words->bin,
+                     "Put the new edits and logs into this bin; made if need be")
+        ->type_name("BIN");
     command->footer("Prints the cookie and name of each edit made. A file that cannot be read is "
                     "reported and\nleaves nothing behind; the others go on.\n\n"
-                    "  cutroom import cut_v3.otio\n  cutroom import --rate 23.976 reel1.edl\n"
+                    "  cutroom import cut_v3.otio\n  cutroom import cut_v3.otio --bin \"Cuts "
+                    "v3\"\n  cutroom import --rate 23.976 reel1.edl\n"
                     "  cutroom import reel1.srt --as-subtitles \"Reel 1\"");
     command->callback([commands, words] {
         commands.action = [&options = commands.options, words] { return run(options, *words); };

@@ -37,11 +37,16 @@ VerbTable::VerbTable() {
     addRoleVerbs(*this);
     addBatchVerbs(*this);
     addCutVerbs(*this);
+    addCopyVerbs(*this);
     addCueVerbs(*this);
     addTransitionVerbs(*this);
     addChannelVerbs(*this);
     addDetailVerbs(*this);
     addMixVerbs(*this);
+    addContainerVerbs(*this);
+    addBinVerbs(*this);
+    addBinViewVerbs(*this);
+    addAssetVerbs(*this);
     addProjectVerbs(*this);
 }
 

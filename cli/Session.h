@@ -2,6 +2,7 @@
 // language of one verb a line. docs/session.md describes it for people.
 #pragma once
 
+#include "cli/ContainerWatch.h"
 #include "cli/PrintingClient.h"
 #include "cli/SessionWords.h"
 #include "cli/Workspace.h"
@@ -61,11 +62,16 @@ void addSelectionVerbs(VerbTable& verbs);
 void addRoleVerbs(VerbTable& verbs);
 void addBatchVerbs(VerbTable& verbs);
 void addCutVerbs(VerbTable& verbs);
+void addCopyVerbs(VerbTable& verbs);
 void addCueVerbs(VerbTable& verbs);
 void addTransitionVerbs(VerbTable& verbs);
 void addChannelVerbs(VerbTable& verbs);
 void addDetailVerbs(VerbTable& verbs);
 void addMixVerbs(VerbTable& verbs);
+void addContainerVerbs(VerbTable& verbs);
+void addBinVerbs(VerbTable& verbs);
+void addBinViewVerbs(VerbTable& verbs);
+void addAssetVerbs(VerbTable& verbs);
 void addProjectVerbs(VerbTable& verbs);
 
 // One session on one open project. User-interface thread.
@@ -88,6 +94,7 @@ public:
     // --- for the verbs -------------------------------------------------------------------------
     const VerbTable& verbs() const noexcept { return verbs_; }
     EmbeddedHost& host() noexcept { return workspace_.host(); }
+    const std::string& folder() const noexcept { return workspace_.folder(); }
     Printer printer() const;
     void say(const std::string& text) const;
 
@@ -127,6 +134,8 @@ public:
     // Frames ("12f") or seconds, as flicks.
     Flicks takeLength(SessionWords& words, const char* what = "a length") const;
     std::string channelName(const IdStamp& channel) const;
+    // What is kept of bins, groups and documents.
+    SessionContainers& containers() noexcept { return containers_; }
     // Keeps a machine for as long as viewers may name it.
     AVMachine& machine(std::unique_ptr<AVMachine> machine);
     // A segment that is found again by its points, whatever changed since.
@@ -144,6 +153,7 @@ private:
     std::string current_;
     std::vector<std::unique_ptr<PrintingClient>> clients_;
     std::vector<Kv::Ptr<Guard>> roleWatch_;
+    SessionContainers containers_;
     std::vector<std::unique_ptr<AVMachine>> machines_;
     IndexIndependentEventList remembered_;
     std::string line_;

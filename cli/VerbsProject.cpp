@@ -1,6 +1,6 @@
 // Verbs for the project and the session itself.
+#include "cli/Assets.h"
 #include "cli/EditView.h"
-#include "cli/Names.h"
 #include "cli/Session.h"
 #include "editops/basics/EmptyEdit.h"
 #include "export/AssetMetadataSRTExporter.h"
@@ -66,12 +66,10 @@ void rename(Session& session, SessionWords& words) {
     edit_modify_name(modifier, name);
 }
 
-void removeEdits(Session&, SessionWords& words) {
-    CookieVec edits;
-    do
-        edits.push_back(require(findEditCookie(words.take("an edit"))));
-    while (!words.done());
-    require(EditManager::instance().deleteEdits(edits, "deleted in a session"));
+void removeAssets(Session&, SessionWords& words) {
+    require(deleteAssets(words.rest(), "deleted in a session"));
+    while (!words.done())
+        words.take("an asset");
 }
 
 void exportSrt(Session& session, SessionWords& words) {
@@ -125,7 +123,8 @@ void addProjectVerbs(VerbTable& verbs) {
     verbs.add({"srt", "FILE [CHANNEL]", "writes the markers, or a subtitle channel, as SubRip",
                exportSrt});
     verbs.add({"rename", "NAME", "renames the edit; a name in parentheses is a suffix", rename});
-    verbs.add({"delete", "EDIT ...", "deletes edits or logs", removeEdits});
+    verbs.add(
+        {"delete", "ASSET ...", "deletes edits, logs, bins, groups or documents", removeAssets});
     verbs.add({"save", "", "writes what has changed", [](Session&, SessionWords&) {
                    require(EditManager::instance().flushChanges(false));
                }});

@@ -70,6 +70,7 @@ class Completion(unittest.TestCase):
             file.write(EDL)
         cookie = run(CUTROOM, "import", "--rate", "25", "reel.edl").split("\t")[0]
         run(CUTROOM, "rename", cookie, EDIT)
+        run(CUTROOM, "bin", "new", "Dailies")
 
     @classmethod
     def tearDownClass(cls):
@@ -83,7 +84,10 @@ class Completion(unittest.TestCase):
         rows = [
             ([""], listed("Subcommands"), ["markers", "--json"]),
             (["-p", "elsewhere", "ma"], ["marks", "markers"], []),
-            (["list", ""], ["edits", "logs"], ["import"]),
+            (["list", ""], ["edits", "logs", "bins", "groups", "documents"], ["import"]),
+            (["bin", ""], ["new", "show", "sort"], ["import"]),
+            (["bin", "show", ""], ["Dailies"], ["show"]),
+            (["bin", "add", "Dailies", ""], [name, "Dailies"], []),
             (["undo", "x", "--"], ["--times", "--project", "--json"], ["undo"]),
             (["export", "x", "--format", ""], ["srt"], ["import"]),
             (["show", ""], [name], ["import"]),

@@ -1,0 +1,125 @@
+#include "cli/ContainerCheck.h"
+
+#include "bins/AssetAssociationGroup.h"
+#include "bins/BinManager.h"
+#include "bins/Document.h"
+#include "bins/DocumentManager.h"
+#include "cli/Command.h"
+#include "platform/files/Files.h"
+#include "platform/files/JsonElement.h"
+#include "platform/project/CurrentProject.h"
+#include "platform/project/ProjectLayout.h"
+
+#include <string>
+#include <string_view>
+
+namespace cutroom::cli {
+
+namespace {
+
+// The files of one kind of container: "<folder>/<cookie><suffix>".
+struct Kind {
+    const char* folder;
+    std::string_view suffix;
+    std::string_view types; // of the cookies
+    Status (*read)(const Cookie& id, const std::string& path);
+    std::size_t ContainerCounts::*count;
+};
+
+Status readBin(const Cookie& id, const std::string&) { return BinData().load(id); }
+
+template <class Container> Status readDescription(const Cookie& id, const std::string& path) {
+    const auto description = JSON::Element::load(path);
+    if (!description)
+        return description.status();
+    Container container;
+    if (Status taken = container.take(**description, path); !taken)
+        return taken;
+    if (container.getID() != id)
+        return {StatusCode::damaged, path,
+                "describes " + container.getID().asString() + ", another cookie"};
+    return {};
+}
+
+// Documents come first: bins leave out those that are not known.
+constexpr Kind kKinds[] = {
+    {kDocumentsFolder, ".KvDoc", "DA", readDescription<Document>, &ContainerCounts::documents},
+    {kAssociationsFolder, ".AssetGroup", "G", readDescription<AssetAssociationGroup>,
+     &ContainerCounts::groups},
+    {kGroupsFolder, ".bin", "GM", readBin, &ContainerCounts::bins},
+};
+
+struct File {
+    std::string path;
+    Cookie id; // invalid when the name is none of the kind
+};
+
+std::vector<File> filesOf(const Kind& kind) {
+    std::vector<File> all;
+    const std::string folder = CurrentProject::getFolder() + '/' + kind.folder;
+    const auto files = listFiles(folder, kind.suffix);
+    for (const std::string& name : files ? *files : std::vector<std::string>()) {
+        const auto id = Cookie::fromString(name.substr(0, name.size() - kind.suffix.size()));
+        const bool fits = id && kind.types.find(id->type()) != std::string_view::npos;
+        all.push_back({folder + '/' + name, fits ? *id : Cookie()});
+    }
+    return all;
+}
+
+Status read(const Kind& kind, const File& file) {
+    if (!file.id.valid())
+        return {StatusCode::damaged, file.path, "is not named by a cookie of its kind"};
+    return kind.read(file.id, file.path);
+}
+
+// Moves the file aside and puts its ".bak" in its place, if there is a sound one.
+Status restore(const Kind& kind, const File& file, const Status& damage) {
+    const auto aside = moveAside(file.path);
+    if (!aside)
+        return aside.status();
+    note(damage.text() + "; moved to " + *aside);
+    const std::string backup = file.path + ".bak";
+    if (!fileExists(backup))
+        return damage;
+    if (Status copied = copyFile(backup, file.path); !copied)
+        return copied;
+    if (Status again = read(kind, file); !again) {
+        const auto gone = moveAside(file.path);
+        return gone ? again : gone.status();
+    }
+    note(file.path + ": the version before the last one stands again");
+    return {};
+}
+
+} // namespace
+
+std::vector<Status> checkContainers(ContainerCounts* counts) {
+    std::vector<Status> wrong;
+    for (const Kind& kind : kKinds)
+        for (const File& file : filesOf(kind)) {
+            ++(counts->*kind.count);
+            if (Status one = read(kind, file); !one)
+                wrong.push_back(std::move(one));
+        }
+    BinManager::instance(); // looks at the cache
+    return wrong;
+}
+
+std::vector<Status> restoreContainers() {
+    std::vector<Status> lost;
+    for (const Kind& kind : kKinds) {
+        for (const File& file : filesOf(kind)) {
+            Status one = read(kind, file);
+            if (one.code() == StatusCode::damaged)
+                one = restore(kind, file, one);
+            if (!one)
+                lost.push_back(std::move(one));
+        }
+        if (const auto known = DocumentManager::instance().scan(); !known)
+            lost.push_back(known.status());
+    }
+    BinManager::instance().reInit();
+    return lost;
+}
+
+} // namespace cutroom::cli
