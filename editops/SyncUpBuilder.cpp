@@ -13,6 +13,7 @@
 
 #include <map>
 #include <optional>
+#include <vector>
 
 namespace cutroom {
 
@@ -167,17 +168,23 @@ private:
         group();
     }
 
+    // The groups of the sound shot, as channels of the log.
+    std::vector<std::vector<IdStamp>> soundGroups() const {
+        const Edit::Lock lock(*sound_.edit);
+        const auto list = sound_.edit->openObjectInternal();
+        std::vector<std::vector<IdStamp>> groups(list->size());
+        for (std::size_t i = 0; i < groups.size(); ++i)
+            for (const IdStamp& channel : list->getGroupContents(i))
+                if (const auto made = ofSound_.find(channel); made != ofSound_.end())
+                    groups[i].push_back(made->second);
+        return groups;
+    }
+
     // The sound's groups, and the eyes of a stereoscopic picture.
     void group() {
-        const auto groups = sound_.edit->openObjectInternal();
-        for (std::size_t i = 0; i < groups->size(); ++i) {
-            std::vector<IdStamp> members;
-            for (const IdStamp& channel : groups->getGroupContents(i))
-                if (const auto made = ofSound_.find(channel); made != ofSound_.end())
-                    members.push_back(made->second);
+        for (const auto& members : soundGroups())
             if (members.size() > 1)
                 log_->groupChannels(members, true);
-        }
         if (picture_.edit->hasStereoscopicVideo())
             log_->groupChannels(log_->getChans(kChanVideo, kSubNormal | kSubStereoRight), true);
     }
