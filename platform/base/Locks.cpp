@@ -26,6 +26,7 @@ struct Held {
     const void* lock = nullptr;
     LockRank rank = LockRank::unranked;
     int entries = 0;
+    bool asWriter = false; // a SharedLock, entered as its writer first
 };
 
 // The locks that one thread holds. Needs no destructor, so that what dies with the thread may
@@ -48,7 +49,7 @@ struct HeldLocks {
         }
         return false;
     }
-    void enter(const void* lock, LockRank rank) noexcept {
+    void enter(const void* lock, LockRank rank, bool asWriter = false) noexcept {
         if (Held* held = find(lock)) {
             ++held->entries;
             return;
@@ -57,16 +58,18 @@ struct HeldLocks {
             std::fputs("a thread holds too many locks\n", stderr);
             std::abort();
         }
-        locks[count++] = {lock, rank, 1};
+        locks[count++] = {lock, rank, 1, asWriter};
     }
-    void leave(const void* lock) noexcept {
+    // Tells whether that was the last entry.
+    bool leave(const void* lock) noexcept {
         Held* const held = find(lock);
         assert(held && "a lock is released that this thread does not hold");
-        if (held && --held->entries == 0) {
-            for (Held* at = held; at + 1 != locks.data() + count; ++at)
-                *at = at[1];
-            --count;
-        }
+        if (!held || --held->entries > 0)
+            return false;
+        for (Held* at = held; at + 1 != locks.data() + count; ++at)
+            *at = at[1];
+        --count;
+        return true;
     }
 };
 
@@ -124,62 +127,72 @@ CUTROOM_NO_THREAD_SAFETY void CriticalSection::unlock() {
     mutex_.unlock();
 }
 
+// What a thread enters again is its own business: only its first entry and last leave touch the
+// lock. A reader then costs one addition and one subtraction, unless a writer is in or waits.
+
 CUTROOM_NO_THREAD_SAFETY void SharedLock::lockRead() {
-    const bool again = heldLocks.find(this) != nullptr;
     if (kCheckRanks)
         checkRank(this, rank_);
-    {
+    if (Held* const held = heldLocks.find(this)) {
+        ++held->entries;
+        return;
+    }
+    if (state_.fetch_add(1, std::memory_order_acquire) & kWriter) {
         std::unique_lock lock(mutex_);
-        if (writer_ == std::this_thread::get_id()) {
-            ++writerDepth_;
-        } else {
-            // Who reads already must not wait for a writer that waits for it.
-            changed_.wait(lock, [&] { return again || (writerDepth_ == 0 && !writersWaiting_); });
-            ++readers_;
-        }
+        if (state_.fetch_sub(1, std::memory_order_relaxed) == (kWriter | 1))
+            changed_.notify_all(); // a writer may have waited for this reader that was none
+        changed_.wait(lock,
+                      [this] { return (state_.load(std::memory_order_relaxed) & kWriter) == 0; });
+        // A writer needs the mutex to say that it waits.
+        state_.fetch_add(1, std::memory_order_acquire);
     }
     heldLocks.enter(this, rank_);
 }
 
-CUTROOM_NO_THREAD_SAFETY void SharedLock::unlockRead() {
-    heldLocks.leave(this);
+// A thread may leave in another order than it entered: what counts is how it entered first.
+void SharedLock::leave() {
+    const Held* const held = heldLocks.find(this);
+    const bool asWriter = held && held->asWriter;
+    if (!heldLocks.leave(this))
+        return;
+    if (!asWriter) {
+        if (state_.fetch_sub(1, std::memory_order_release) == (kWriter | 1)) {
+            const std::lock_guard lock(mutex_);
+            changed_.notify_all();
+        }
+        return;
+    }
     const std::lock_guard lock(mutex_);
-    if (writer_ == std::this_thread::get_id())
-        leaveWriter();
-    else if (--readers_ == 0)
-        changed_.notify_all();
+    writerIsIn_ = false;
+    if (writersWaiting_ == 0)
+        state_.fetch_and(~kWriter, std::memory_order_release);
+    changed_.notify_all();
 }
 
+CUTROOM_NO_THREAD_SAFETY void SharedLock::unlockRead() { leave(); }
+
 CUTROOM_NO_THREAD_SAFETY void SharedLock::lockWrite() {
-    [[maybe_unused]] const bool again = heldLocks.find(this) != nullptr;
     if (kCheckRanks) {
         checkRank(this, rank_);
         assert((rank_ != LockRank::container || heldLocks.holds(LockRank::change)) &&
                "a container is changed without the change lock");
     }
+    if (Held* const held = heldLocks.find(this)) {
+        assert(held->asWriter && "a reader wants to become the writer");
+        ++held->entries;
+        return;
+    }
     {
         std::unique_lock lock(mutex_);
-        if (writer_ != std::this_thread::get_id()) {
-            assert(!again && "a reader wants to become the writer");
-            ++writersWaiting_;
-            changed_.wait(lock, [&] { return writerDepth_ == 0 && readers_ == 0; });
-            --writersWaiting_;
-            writer_ = std::this_thread::get_id();
-        }
-        ++writerDepth_;
+        ++writersWaiting_;
+        state_.fetch_or(kWriter, std::memory_order_relaxed);
+        changed_.wait(lock, [this] {
+            return !writerIsIn_ && state_.load(std::memory_order_acquire) == kWriter;
+        });
+        --writersWaiting_;
+        writerIsIn_ = true;
     }
-    heldLocks.enter(this, rank_);
+    heldLocks.enter(this, rank_, true);
 }
 
-CUTROOM_NO_THREAD_SAFETY void SharedLock::unlockWrite() {
-    heldLocks.leave(this);
-    const std::lock_guard lock(mutex_);
-    leaveWriter();
-}
-
-void SharedLock::leaveWriter() {
-    if (--writerDepth_ == 0) {
-        writer_ = std::thread::id();
-        changed_.notify_all();
-    }
-}
+CUTROOM_NO_THREAD_SAFETY void SharedLock::unlockWrite() { leave(); }

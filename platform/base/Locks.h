@@ -12,10 +12,11 @@
 #include "platform/base/Annotations.h"
 #include "platform/base/Export.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
-#include <thread>
 
 // Ranks of the locks that are ever held together, from the outermost to the innermost. 0: not
 // checked.
@@ -103,13 +104,14 @@ public:
     };
 
 private:
-    void leaveWriter(); // needs mutex_
+    static constexpr std::uint32_t kWriter = 1u << 31;
+    void leave();
 
-    std::mutex mutex_;
+    // The number of threads that read, and kWriter while a writer is in or waits.
+    std::atomic<std::uint32_t> state_{0};
+    std::mutex mutex_; // held to set and clear kWriter, and to wait
     std::condition_variable changed_;
-    std::thread::id writer_; // guarded by mutex_
-    int writerDepth_ = 0;    // guarded by mutex_; every entry of the writer, as writer or reader
-    int readers_ = 0;        // guarded by mutex_; every reader entry of every thread
-    int writersWaiting_ = 0; // guarded by mutex_
+    bool writerIsIn_ = false; // guarded by mutex_
+    int writersWaiting_ = 0;  // guarded by mutex_
     const LockRank rank_;
 };
