@@ -1,5 +1,6 @@
 #include "editops/CopiedChannels.h"
 
+#include "editops/CopyMetadata.h"
 #include "platform/store/Edit.h"
 
 namespace cutroom {
@@ -32,11 +33,10 @@ EditModule withDerivedChannels(const EditModule& module) {
 }
 
 void removeUnselected(EditModifier& copy, const EditModule& source, unsigned types) {
-    EditModule kept{EditPtr(copy)};
-    kept.makeSimilarTrackSelections(withDerivedChannels(source));
-    for (const IdStamp& channel : copy->getChans(types))
-        if (!kept.isSelected(channel))
-            copy->removeChan(channel, false);
+    const EditModule kept = withDerivedChannels(source);
+    for (const auto& [from, to] : pairChannels(source.getEdit(), copy))
+        if ((copy->getChanType(to) & types) != 0 && !kept.isSelected(from))
+            copy->removeChan(to, false);
 }
 
 } // namespace cutroom

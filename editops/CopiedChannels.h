@@ -9,8 +9,8 @@ namespace cutroom {
 // its audio channel, any other as selected when all channels of its type are.
 EditModule withDerivedChannels(const EditModule& module);
 
-// Removes from `copy` the channels of `types` whose counterparts in `source`, index by index, are
-// not selected, derived ones as above.
+// Removes from `copy` the channels of `types` whose pairs in `source` are not selected, derived
+// ones as above.
 void removeUnselected(EditModifier& copy, const EditModule& source, unsigned types);
 
 } // namespace cutroom

@@ -81,11 +81,14 @@ bool travels(const Cue& cue) {
 } // namespace
 
 ChannelPairs pairChannels(const EditPtr& source, const EditPtr& copy) {
-    const auto from = source->getChans();
-    const auto to = copy->getChans();
     ChannelPairs pairs;
-    for (std::size_t i = 0; i < std::min(from.size(), to.size()); ++i)
-        pairs[from[i]] = to[i];
+    for (const EditChanType type :
+         {kChanVideo, kChanAudio, kChanLevels, kChanSubtitle, kChanOther}) {
+        const auto from = source->getChans(type);
+        const auto to = copy->getChans(type);
+        for (std::size_t i = 0; i < std::min(from.size(), to.size()); ++i)
+            pairs[from[i]] = to[i];
+    }
     return pairs;
 }
 

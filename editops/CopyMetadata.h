@@ -15,7 +15,7 @@ namespace cutroom {
 
 // The channels of a copy by those of their source.
 using ChannelPairs = std::map<IdStamp, IdStamp>;
-// Pairs them index by index.
+// Pairs them type by type, the first with the first.
 ChannelPairs pairChannels(const EditPtr& source, const EditPtr& copy);
 
 // Gives `copy` the value of each key that the source has.
@@ -28,7 +28,7 @@ void copyConfigKeys(const EditPtr& source, const EditPtr& copy, std::span<const 
 void copyCues(const EditPtr& source, const EditPtr& copy, double offset,
               const ChannelPairs& channels = {});
 
-// Gives `copy`, whose channels are those of `source` index by index, all the rest that a copy of a
+// Gives `copy`, whose channels are those of `source` one by one, all the rest that a copy of a
 // range takes: labels (moved so that the number at `start` seconds of the source stands at 0),
 // playback format, burnt-in timecode, names and groups of channels, the mix, the source-material
 // value, the configuration that describes a log or its media, and the project's own attributes.

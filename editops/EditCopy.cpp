@@ -35,7 +35,7 @@ EditModifier copyEdit(const EditModule& source, const LightweightString<wchar_t>
     if (!copy)
         return {};
     if (copy->get_original_material() == 0)
-        cutroom::copySyncErrors(*edit, *copy.get());
+        cutroom::copySyncErrors(edit, copy.get());
     else if (stripCookies)
         cutroom::makeStripCookies(copy.get());
     if (source.getNumSelectedChans() != edit->getNumChans())
@@ -47,7 +47,7 @@ EditModifier copySequenceEdit(const EditPtr& source, const LightweightString<wch
     UnfinishedEdit copy(cutroom::beginWholeCopy(source));
     if (!copy)
         return {};
-    cutroom::copySyncErrors(*source, *copy.get());
+    cutroom::copySyncErrors(source, copy.get());
     return cutroom::finishWholeCopy(copy, name);
 }
 

@@ -22,8 +22,8 @@ EditModifier copyFileOfEdit(const EditPtr& source) {
     EditModifier copy;
     if (copyFile(from, to).ok())
         copy = EditModifier(cookie, "copy");
-    if (!copy)
-        (void)manager.discard({cookie}); // tried again before the next save
+    if (!copy && fileExists(to) && !removeFile(to).ok())
+        (void)manager.discard({cookie}); // tries again before the next save
     return copy;
 }
 

@@ -53,7 +53,7 @@ EditModifier makeSequenceFromSource(const EditModule& source,
     if (!copy)
         return {};
     if (edit->getLogType() == kLogTypeEdit)
-        cutroom::copySyncErrors(*edit, *copy.get());
+        cutroom::copySyncErrors(edit, copy.get());
     if (source.getNumSelectedChans() != edit->getNumChans())
         cutroom::removeUnselected(copy.get(), source, kChanVideo | kChanAudio);
     return cutroom::finishWholeCopy(copy, name);

@@ -1,10 +1,9 @@
 #include "editops/WholeCopy.h"
 
+#include "editops/CopyMetadata.h"
 #include "editops/RangeCopy.h"
 #include "platform/base/Log.h"
 #include "platform/store/Edit.h"
-
-#include <algorithm>
 
 namespace cutroom {
 
@@ -27,11 +26,9 @@ EditModifier beginWholeCopy(const EditPtr& source) {
                                                source->getStartTime(), source->getEndTime()));
 }
 
-void copySyncErrors(const Edit& source, Edit& copy) {
-    const auto from = source.getChans();
-    const auto to = copy.getChans();
-    for (std::size_t i = 0; i < std::min(from.size(), to.size()); ++i)
-        copy.setSyncError(to[i], source.getSyncError(from[i]));
+void copySyncErrors(const EditPtr& source, const EditPtr& copy) {
+    for (const auto& [from, to] : pairChannels(source, copy))
+        copy->setSyncError(to, source->getSyncError(from));
 }
 
 EditModifier finishWholeCopy(UnfinishedEdit& copy, const LightweightString<wchar_t>& name) {

@@ -11,8 +11,8 @@ EditModifier beginCopy(EditModifier copy);
 // The whole of `source` as an edit, begun as above. Empty and logged when there is no source, or
 // no copy could be made.
 EditModifier beginWholeCopy(const EditPtr& source);
-// The errors of channels, index by index.
-void copySyncErrors(const Edit& source, Edit& copy);
+// The errors of the channels.
+void copySyncErrors(const EditPtr& source, const EditPtr& copy);
 // Names the copy, tells of it, and hands it out.
 EditModifier finishWholeCopy(UnfinishedEdit& copy, const LightweightString<wchar_t>& name);
 

@@ -88,12 +88,10 @@ protected:
     static std::string config(const EditPtr& edit, const std::string& key) {
         return edit->getConfig(key).value_or("(none)");
     }
-    // What the project holds: edits known, and files of edits.
-    std::pair<std::size_t, std::size_t> holdings() const {
-        std::size_t files = 0;
-        for (const auto& entry : std::filesystem::directory_iterator(temp_ / "film/edits"))
-            files += entry.path().extension() == ".edit";
-        return {manager().getAllEdits().size(), files};
+    // What the project holds: edits known, and files in their folder.
+    std::pair<std::size_t, long> holdings() const {
+        const std::filesystem::directory_iterator files(temp_ / "film/edits");
+        return {manager().getAllEdits().size(), std::distance(begin(files), end(files))};
     }
 
     LogLines log_;

@@ -152,18 +152,28 @@ TEST_F(EditCopy, failureIsLoggedAndLeavesNothing) {
     const auto before = holdings();
     FaultyFiles faulty(systemFiles());
     iFileSystem* const files = installFileSystem(&faulty);
-    faulty.arm(0, FaultyFiles::Span::allForEver);
-    EXPECT_FALSE(edcopy_basic_copy(cookie));
-    faulty.disarm();
+    for (long at = 0;; ++at) {
+        SCOPED_TRACE(at);
+        log_.lines.clear();
+        faulty.arm(at, FaultyFiles::Span::once);
+        const bool copied = static_cast<bool>(edcopy_basic_copy(cookie));
+        faulty.disarm();
+        if (!faulty.struck())
+            break;
+        EXPECT_FALSE(copied);
+        EXPECT_THAT(log_.lines, ElementsAre("copyEdit() : failed to open copy"));
+        ASSERT_TRUE(manager().flushChanges(false).ok());
+        EXPECT_EQ(holdings(), before);
+    }
     installFileSystem(files);
-    EXPECT_THAT(log_.lines, ElementsAre("copyEdit() : failed to open copy"));
-    EXPECT_EQ(holdings(), before);
+    ASSERT_TRUE(manager().flushChanges(false).ok());
+    const auto after = holdings();
 
     clip.release();
     ASSERT_TRUE(project_.close().ok());
     ASSERT_TRUE(open(CurrentProject::Access::readOnly).ok());
     EXPECT_FALSE(edcopy_basic_copy(cookie)) << "no file is written into a project being read";
-    EXPECT_EQ(holdings(), before);
+    EXPECT_EQ(holdings().second, after.second);
 }
 
 TEST_F(EditCopy, flatteningACopyLeavesTheSourceAlone) {
