@@ -61,8 +61,9 @@ public:
     // --- saving --------------------------------------------------------------------------------
     // Writes every dirty bin as one group: all or none, with few flushes. Then tells `saved`,
     // whether any was dirty or not. On failure all stay dirty and nothing is told; what changes
-    // meanwhile stays dirty. Without a project bins live in memory only: nothing is written or
-    // told, nothing fails.
+    // meanwhile stays dirty. A bin whose file must not be replaced, since a later version wrote it,
+    // does not keep the others from being written: it stays dirty, and its failure is given.
+    // Without a project bins live in memory only: nothing is written or told, nothing fails.
     cutroom::Status saveAll();
     // Some loaded bin is dirty.
     bool anyDirty() const;
@@ -145,7 +146,8 @@ private:
     // The same for all loaded bins that have changed.
     void refreshSummaries();
 
-    cutroom::Status saveDirty() CUTROOM_REQUIRES(saving_);
+    // `leftOut` tells why a bin was left out, when one was.
+    cutroom::Status saveDirty(cutroom::Status& leftOut) CUTROOM_REQUIRES(saving_);
     cutroom::Status removeFile(const Cookie& bin) CUTROOM_REQUIRES(saving_);
     void setupFromCacheFile();
     cutroom::Status writeBinsCacheFile() CUTROOM_REQUIRES(saving_);

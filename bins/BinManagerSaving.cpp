@@ -63,17 +63,18 @@ bool BinManager::anyDirty() const {
 }
 
 Status BinManager::saveAll() {
+    Status leftOut;
     {
         const CriticalSection::Lock whole(saving_);
-        if (Status saved = saveDirty(); !saved)
+        if (Status saved = saveDirty(leftOut); !saved)
             return saved;
     }
     if (CurrentProject::isOpen() && !CurrentProject::isReadOnly())
         issueNotification(Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec()));
-    return {};
+    return leftOut;
 }
 
-Status BinManager::saveDirty() {
+Status BinManager::saveDirty(Status& leftOut) {
     LoadedBins due = loadedBins();
     std::erase_if(due, [](const Kv::Ptr<BinData>& bin) { return !bin->isDirty(); });
     if (due.empty() || !CurrentProject::isOpen())
@@ -84,9 +85,15 @@ Status BinManager::saveDirty() {
               [](const auto& a, const auto& b) { return a->getID() < b->getID(); });
     GroupCommit group(CurrentProject::getFolder());
     BinsBeingSaved bins(group);
-    for (const Kv::Ptr<BinData>& bin : due)
-        if (Status taken = bins.take(bin); !taken)
+    for (const Kv::Ptr<BinData>& bin : due) {
+        const Status taken = bins.take(bin);
+        if (taken)
+            continue;
+        if (taken.code() != StatusCode::failed)
             return taken;
+        if (leftOut.ok()) // its own file is not to be replaced
+            leftOut = taken;
+    }
     Status committed = group.commit();
     if (committed)
         bins.saved();

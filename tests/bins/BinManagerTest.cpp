@@ -1,6 +1,8 @@
 #include "bins/CachedCookieContainer.h"
 #include "bins/DocumentManager.h"
 #include "bins/iBinDataContainer.h"
+#include "platform/files/CheckedFile.h"
+#include "platform/files/KVContainerFile.h"
 #include "platform/messaging/NotifyMsgTypeDictionary.h"
 #include "platform/prefs/EditorPreferences.h"
 #include "tests/bins/BinProject.h"
@@ -194,6 +196,24 @@ TEST_F(BinManagerTest, EveryFailureLeavesTheOldBinsOrTheNewOnes) {
     }
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path()))
         EXPECT_FALSE(cutroom::isTemporaryName(entry.path().filename().string())) << entry.path();
+}
+
+TEST_F(BinManagerTest, ABinOfALaterVersionDoesNotHoldUpTheOthers) {
+    const Cookie later = newBin(L"later")->getID();
+    EXPECT_TRUE(bins().saveAll().ok());
+    reopen();
+    const std::string path = fileOf(later);
+    const std::string bytes = cutroom::CheckedFile::wrap(cutroom::kContainerKind, 99, "x");
+    EXPECT_TRUE(cutroom::writeFile(path, bytes).ok());
+    const Kv::Ptr<BinData> bin = bins().getData(later);
+    EXPECT_FALSE(bin->valid());
+    bin->setName(L"changed");
+    const Kv::Ptr<BinData> other = newBin(L"other");
+    EXPECT_THAT(bins().saveAll().text(), HasSubstr("later version"));
+    EXPECT_TRUE(bin->isDirty());
+    EXPECT_FALSE(other->isDirty());
+    EXPECT_EQ(file(path), bytes);
+    bin->setDirty(false);
 }
 
 TEST_F(BinManagerTest, AProjectThatCannotBeWrittenSaysSoAtItsClose) {
