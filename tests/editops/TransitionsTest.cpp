@@ -135,6 +135,20 @@ protected:
     static std::string text(const std::optional<TimeRange>& range) {
         return range ? toText(range->getStart()) + "-" + toText(range->getEnd()) : "none";
     }
+    std::string region(std::uint32_t point, trans_posn position, int length = 10) {
+        return text(
+            TransitionsEditor::calcRegion(module_, cel_->getHandle(point), position, length));
+    }
+    std::string needed(std::uint32_t point, trans_posn position, int length = 10) {
+        return text(TransitionsEditor::calcRequiredSourceClipRegion(module_, cel_->getHandle(point),
+                                                                    position, length));
+    }
+    bool lay(std::uint32_t point, const wchar_t* effect, trans_posn position, int length) {
+        const auto found = EffectTemplateManager::instance().getTemplate(effect);
+        return TransitionsEditor::apply(edit_, module_, channel_, cel_->getHandle(point),
+                                        {found ? found->id : Cookie(), position, length})
+            .ok();
+    }
 
     EditModifier edit_;
     IdStamp channel_;
@@ -167,67 +181,41 @@ TEST_F(TransitionAtACut, LiesByItsPositionAndNeedsMoreOfTheSources) {
         {kTransNone, 10, "none", "none", "none"},
     };
     for (const auto& row : rows) {
-        const auto needed = [&](std::uint32_t index) {
-            return text(TransitionsEditor::calcRequiredSourceClipRegion(
-                module_, cel_->getHandle(index), row.position, row.length));
-        };
-        for (const std::uint32_t point : {1u, 2u})
-            EXPECT_EQ(text(TransitionsEditor::calcRegion(module_, cel_->getHandle(point),
-                                                         row.position, row.length)),
-                      row.region);
-        EXPECT_EQ(needed(1), row.ofA) << row.position;
-        EXPECT_EQ(needed(2), row.ofB) << row.position;
+        EXPECT_EQ(region(1, row.position, row.length), row.region);
+        EXPECT_EQ(region(2, row.position, row.length), row.region);
+        EXPECT_EQ(needed(1, row.position, row.length), row.ofA);
+        EXPECT_EQ(needed(2, row.position, row.length), row.ofB);
     }
 }
 
 TEST_F(TransitionAtACut, NeedsACutWithSomethingBesideIt) {
-    const auto region = [&](std::uint32_t index, trans_posn position) {
-        return text(TransitionsEditor::calcRegion(module_, cel_->getHandle(index), position, 10));
-    };
     EXPECT_EQ(region(0, kTransFromHere), "0-0.4"); // in from black
     EXPECT_EQ(region(5, kTransToHere), "7.6-8");
-    EXPECT_EQ(region(0, kTransFromStart), "none");
-    EXPECT_EQ(region(5, kTransToEnd), "none");
-    EXPECT_EQ(region(5, kTransMultipleSections), "none");
-    EXPECT_EQ(region(3, kTransUseMark), "none");        // 6 is not between 3 and 4.4
-    EXPECT_EQ(region(3, kTransCurrentSection), "none"); // the current time lies in A
-    EXPECT_EQ(region(77, kTransFromHere), "none");
+    for (const auto& [point, position] :
+         {std::pair(0u, kTransFromStart), std::pair(5u, kTransToEnd),
+          std::pair(5u, kTransMultipleSections), std::pair(77u, kTransFromHere),
+          std::pair(3u, kTransUseMark),         // 6 is not between 3 and 4.4
+          std::pair(3u, kTransCurrentSection)}) // the current time lies in A
+        EXPECT_EQ(region(point, position), "none") << point << " " << position;
     module_.clearMarks();
     EXPECT_EQ(region(2, kTransUseMark), "none");
     module_.setMark(channel_, 5, Kv::MarkTypes::Out);
     EXPECT_EQ(region(2, kTransUseMark), "3-5");
-    EXPECT_EQ(text(TransitionsEditor::calcRequiredSourceClipRegion(module_, cel_->getHandle(4),
-                                                                   kTransFromHere, 10)),
-              "none"); // black
+    EXPECT_EQ(needed(4, kTransFromHere), "none"); // black
     ChannelEvent still = cel_->get_event(0);
     still.flags |= kEventFreeze;
     ASSERT_TRUE(cel_->setEvent(0, still).ok());
-    EXPECT_EQ(text(TransitionsEditor::calcRequiredSourceClipRegion(module_, cel_->getHandle(1),
-                                                                   kTransFromHere, 10)),
-              "10-10");
+    EXPECT_EQ(needed(1, kTransFromHere), "10-10");
 }
 
 TEST_F(TransitionAtACut, IsLaidAndRemembered) {
-    const auto id = [](const wchar_t* name) {
-        return EffectTemplateManager::instance().getTemplate(name)->id;
-    };
-    const auto lay = [&](std::uint32_t index, const LastTransition& last) {
-        return TransitionsEditor::apply(edit_, module_, channel_, cel_->getHandle(index), last)
-            .ok();
-    };
-    EXPECT_TRUE(lay(1, {id(L"Wipe"), kTransCentredHere, 5})); // goes on the in point beside it
-    EXPECT_TRUE(lay(2, {id(L"Dip"), kTransToHere, 8}));
-    EXPECT_TRUE(lay(5, {id(L"Dissolve"), kTransToHere, 4})); // the end: there is no in point
-    EXPECT_EQ(show(LastTransition(0)), "Dissolve|eToHere|4");
-    EXPECT_FALSE(lay(2, {id(L"Speed"), kTransToHere, 8}));
-    EXPECT_FALSE(lay(2, {id(L"Wipe"), kTransNone, 8}));
-    EXPECT_FALSE(lay(2, {Cookie(), kTransToHere, 8}));
-    EXPECT_FALSE(TransitionsEditor::apply(edit_, module_, IdStamp(1, 2, 3), cel_->getHandle(2),
-                                          {id(L"Wipe"), kTransToHere, 8})
-                     .ok());
-    EXPECT_FALSE(TransitionsEditor::apply(EditModifier(), module_, channel_, cel_->getHandle(2),
-                                          {id(L"Wipe"), kTransToHere, 8})
-                     .ok());
+    EXPECT_TRUE(lay(1, L"Wipe", kTransCentredHere, 5)); // goes on the in point beside it
+    EXPECT_TRUE(lay(2, L"Dip", kTransToHere, 8));
+    EXPECT_TRUE(lay(5, L"Dissolve", kTransToHere, 4)); // the end: there is no in point
+    EXPECT_FALSE(lay(2, L"Speed", kTransToHere, 8));
+    EXPECT_FALSE(lay(2, L"Wipe", kTransNone, 8));
+    EXPECT_FALSE(lay(2, L"Unknown", kTransToHere, 8));
+    EXPECT_FALSE(lay(77, L"Wipe", kTransToHere, 8));
     EXPECT_EQ(show(LastTransition(0)), "Dissolve|eToHere|4");
     EXPECT_EQ(edit_->getEffectGraphs().size(), 2u); // the wipe was replaced
     const auto graph = edit_->getEffectGraph(cel_->get_event(2).effectGraph);
