@@ -4,7 +4,6 @@
 #include "editops/AssetParent.h"
 #include "editops/CopyKinds.h"
 #include "editops/CopyLog.h"
-#include "editops/CopyNames.h"
 #include "editops/SequenceMaking.h"
 
 using namespace cutroom;
@@ -16,16 +15,8 @@ namespace {
 
 class CopyParts : public CopyFixture {};
 
-TEST_F(CopyParts, suffixesStandInParentheses) {
-    EXPECT_EQ(makeEditNameSuffix(L"take two"), L"(take two)");
-    EXPECT_EQ(makeEditNameSuffix(L""), L"()");
-    EXPECT_EQ(makeEditNameSuffix(kResFlattened), L"(Flattened)");
-    EXPECT_EQ(makeEditNameSuffix(ResId{1}), L"(#1)");
-}
-
 TEST_F(CopyParts, theLastMessageStaysUntilTheNextAndIsBounded) {
     setCopyLog("%s %d", "shot", 7);
-    EXPECT_STREQ(edcopy_get_log(), "shot 7");
     EXPECT_STREQ(edcopy_get_log(), "shot 7");
     setCopyLog("%s", std::string(5000, 'x').c_str());
     EXPECT_EQ(edcopy_get_log(), std::string(1023, 'x'));

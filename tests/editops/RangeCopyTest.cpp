@@ -63,16 +63,11 @@ TEST_F(RangeCopy, onlyFourTypesCanBeMade) {
 }
 
 TEST_F(RangeCopy, aGivenCookieIsTheLogsOwn) {
-    const EditModifier reel = makeReel();
+    const EditModule part = marked(makeReel(), 1, 2);
     const Cookie own('E', 4711);
-    EXPECT_EQ(makeNewLog(marked(reel, 1, 2), kLogTypeSubclip, L"", own).getCookie(), own);
-    const Cookie other('E', 4712);
-    EXPECT_EQ(edcopy_general_copy_range(Cookie(), other, kLogTypeEdit, L"Name", marked(reel, 1, 2))
-                  .getCookie(),
-              other);
-    EXPECT_EQ(
-        edcopy_general_copy_range(Cookie(), kLogTypeEdit, L"Name", marked(reel, 1, 2))->getName(),
-        L"Name");
+    EXPECT_EQ(edcopy_general_copy_range(Cookie(), own, kLogTypeSubclip, L"", part).getCookie(),
+              own);
+    EXPECT_EQ(edcopy_general_copy_range(Cookie(), kLogTypeEdit, L"N", part)->getName(), L"N");
 }
 
 struct KindRow {
