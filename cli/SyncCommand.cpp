@@ -264,8 +264,8 @@ Status syncBins(const Options& options, const SyncWords& words, const synchup_pa
         dropPictures(*sounds);
     std::vector<Row> rows;
     Progress progress("sync");
-    for (SyncMatch& match : matchSounds(*pictures, *sounds, params)) {
-        Row& row = rows.emplace_back(Row{std::move(match), {}, {}});
+    for (const SyncMatch& match : matchSounds(*pictures, *sounds, params)) {
+        Row& row = rows.emplace_back(Row{match, {}, {}});
         progress.show(static_cast<double>(rows.size()) / static_cast<double>(pictures->size()));
         if (!row.match.sound.valid())
             row.reason = row.match.offset.refusal;
