@@ -44,7 +44,7 @@ Status checkAccepts(const BinData& bin, const Cookie& asset) {
     if (!BinData::allowNestedBins())
         return {StatusCode::wrongUsage, what,
                 "bins hold bins only with the preference \"Behaviour : Nested bins\"; "
-                "`cutroom shell` sets it: preference \"Behaviour : Nested bins\" yes"};
+                "`cutroom shell` sets it: preference \"Behaviour : Nested bins\" true"};
     return {StatusCode::wrongUsage, what, "the bin lies in it"};
 }
 

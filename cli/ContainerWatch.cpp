@@ -33,10 +33,14 @@ std::string typesText(const ContainerBase::Modification& change) {
            (attribute && attribute->valid() ? attribute->getID() : std::string("properties"));
 }
 
+// Of what is gone the kind alone is known.
 std::string namesText(const CookieVec& assets) {
     std::string text;
-    for (const Cookie& asset : assets)
-        text += (text.empty() ? "" : ", ") + assetName(asset);
+    for (const Cookie& asset : assets) {
+        const std::string name = assetName(asset);
+        text += (text.empty() ? "" : ", ") +
+                (name == asset.asString() ? asset.type() + std::string("-asset") : name);
+    }
     return text;
 }
 

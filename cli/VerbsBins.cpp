@@ -5,6 +5,8 @@
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
 
+#include <utility>
+
 namespace cutroom::cli {
 
 namespace {
@@ -110,9 +112,9 @@ void remove(Session& session, SessionWords& words) {
 
 void tellItems(Session& session, SessionWords& words) {
     const Kv::Ptr<BinData> bin = takeBin(words);
-    const BinData::Items items = [&] {
-        const BinData::Reading reading(*bin);
-        return bin->items();
+    const BinData::Items items = [&read = std::as_const(*bin)] {
+        const BinData::Reading reading(read);
+        return read.items();
     }();
     unsigned number = 0;
     for (const BinItem& item : items)

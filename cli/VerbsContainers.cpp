@@ -7,7 +7,7 @@
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 
-#include <algorithm>
+#include <map>
 
 namespace cutroom::cli {
 
@@ -98,9 +98,12 @@ void loadBin(Session&, SessionWords& words) {
 // --- managers ------------------------------------------------------------------------------------
 
 void listBinSummaries(Session& session, SessionWords&) {
-    std::map<Cookie, BinManager::BinSummary> all;
-    bins().getAllBins(all);
-    for (const auto& [cookie, summary] : all) {
+    std::map<Cookie, BinManager::BinSummary> found;
+    bins().getAllBins(found);
+    std::multimap<std::wstring, BinManager::BinSummary> all; // by name, which a person looks for
+    for (const auto& [cookie, summary] : found)
+        all.emplace(summary.name, summary);
+    for (const auto& [name, summary] : all) {
         std::string children;
         for (const Cookie& child : summary.children)
             children += (children.empty() ? ", bins " : ", ") + assetName(child);
@@ -108,7 +111,7 @@ void listBinSummaries(Session& session, SessionWords&) {
                     (summary.permanent ? ", permanent" : "") +
                     (summary.isSynced() ? ", synced" : "") +
                     (summary.extID.empty() ? "" : ", external id " + toUtf8(summary.extID)) +
-                    children + (bins().isManaged(cookie) ? ", loaded" : ""));
+                    children + (bins().isManaged(summary.id) ? ", loaded" : ""));
     }
 }
 
