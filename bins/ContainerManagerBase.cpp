@@ -1,5 +1,6 @@
 #include "bins/ContainerManagerBase.h"
 
+#include "bins/ChangeLock.h"
 #include "platform/messaging/NotifyMsgTypeDictionary.h"
 
 namespace {

@@ -2,7 +2,6 @@
 // in any of them.
 #pragma once
 
-#include "bins/ChangeLock.h"
 #include "platform/base/Locks.h"
 #include "platform/base/Ptr.h"
 #include "platform/host/ProcessLife.h"
@@ -21,12 +20,10 @@ public:
 protected:
     ContainerManagerBase();
 
-    // The one `Manager` of a life, for the heirs' `instance()`. Making it takes the change lock
-    // first, so no thread that changes a container waits for a manager that waits for the change.
+    // The one `Manager` of a life, for the heirs' `instance()`. Made while a project is open it
+    // reads that project's files, under the lock of making; a program with threads of its own makes
+    // it before.
     template <class Manager> static Manager& single() {
-        if (Manager* const made = cutroom::ProcessSingleton<Manager>::find())
-            return *made;
-        const cutroom::ChangeLock first;
         return cutroom::ProcessSingleton<Manager>::get();
     }
 
