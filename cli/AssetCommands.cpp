@@ -36,11 +36,11 @@ Status renameContainer(const Result<Kv::Ptr<Container>>& container, const std::w
     return container.status();
 }
 
-Status rename(const std::string& name, const std::string& newName) {
+Status rename(const std::string& name, const std::string& newName, unsigned kinds) {
     const auto wide = toWideStrict(newName);
     if (!wide || wide->empty())
         return {StatusCode::wrongUsage, newName, "a name is UTF-8 text that is not empty"};
-    const auto asset = findAsset(name, kAnyAsset);
+    const auto asset = findAsset(name, kinds);
     if (!asset)
         return asset.status();
     const std::string cookie = asset->cookie.asString();
@@ -58,11 +58,12 @@ Status rename(const std::string& name, const std::string& newName) {
 
 } // namespace
 
-Status deleteAssets(const std::vector<std::string>& names, const std::string& reason) {
+Status deleteAssets(const std::vector<std::string>& names, const std::string& reason,
+                    unsigned kinds) {
     CookieVec edits, bins, documents;
     std::vector<Kv::Ptr<AssetAssociationGroup>> groups;
     for (const std::string& name : names) {
-        const auto asset = findAsset(name, kAnyAsset);
+        const auto asset = findAsset(name, kinds);
         if (!asset)
             return asset.status();
         if (asset->kind == kGroups)
@@ -83,36 +84,52 @@ Status deleteAssets(const std::vector<std::string>& names, const std::string& re
     return done;
 }
 
-void addRenameCommand(Commands commands) {
+namespace {
+
+// The sub-commands for one kind, and the commands for all, differ in the kinds only.
+CLI::App* addRename(Commands commands, CLI::App& parent, const char* about, const char* type,
+                    unsigned kinds) {
     auto words = std::make_shared<std::pair<std::string, std::string>>();
-    CLI::App* command = commands.app.add_subcommand(
-        "rename", "Give an edit, log, bin, group or document another name");
-    command->add_option("asset", words->first, "Name or cookie")->required()->type_name("ASSET");
+    CLI::App* command = parent.add_subcommand("rename", about);
+    command->add_option("asset", words->first, "Name or cookie")->required()->type_name(type);
     command->add_option("name", words->second, "The new name")->required()->type_name("NAME");
-    command->footer("  cutroom rename \"Reel 1\" \"Reel 1 locked\"");
-    command->callback([commands, words] {
-        commands.action = [&options = commands.options, words] {
-            return withProject(options, Workspace::Use::write,
-                               [&](Workspace&) { return rename(words->first, words->second); });
-        };
+    runsWithProject(commands, command, Workspace::Use::write, [words, kinds](const Options&) {
+        return rename(words->first, words->second, kinds);
     });
+    return command;
+}
+
+CLI::App* addDelete(Commands commands, CLI::App& parent, const char* about, const char* type,
+                    unsigned kinds) {
+    auto names = std::make_shared<std::vector<std::string>>();
+    CLI::App* command = parent.add_subcommand("delete", about);
+    command->add_option("assets", *names, "Names or cookies")->required()->type_name(type);
+    runsWithProject(commands, command, Workspace::Use::write, [names, kinds](const Options&) {
+        return deleteAssets(*names, "deleted by command", kinds);
+    });
+    return command;
+}
+
+} // namespace
+
+void addNamingCommands(Commands commands, CLI::App& parent, const char* type, unsigned kinds) {
+    addRename(commands, parent, "Give another name", type, kinds);
+    addDelete(commands, parent, "Delete; what it holds or stands for stays", type, kinds);
+}
+
+void addRenameCommand(Commands commands) {
+    addRename(commands, commands.app, "Give an edit, log, bin, group or document another name",
+              "ASSET", kAnyAsset)
+        ->footer("  cutroom rename \"Reel 1\" \"Reel 1 locked\"");
 }
 
 void addDeleteCommand(Commands commands) {
-    auto names = std::make_shared<std::vector<std::string>>();
-    CLI::App* command = commands.app.add_subcommand(
-        "delete",
-        "Delete edits, logs, bins, groups or documents; media and outside files are not touched");
-    command->add_option("assets", *names, "Names or cookies")->required()->type_name("ASSET");
-    command->footer("The last state of a deleted edit stays in the project as "
-                    "edits/COOKIE.edit.bak.\n\n  cutroom delete \"Reel 1\"");
-    command->callback([commands, names] {
-        commands.action = [&options = commands.options, names] {
-            return withProject(options, Workspace::Use::write, [&](Workspace&) {
-                return deleteAssets(*names, "deleted by command");
-            });
-        };
-    });
+    addDelete(commands, commands.app,
+              "Delete edits, logs, bins, groups or documents; media and outside files are not "
+              "touched",
+              "ASSET", kAnyAsset)
+        ->footer("The last state of a deleted edit stays in the project as "
+                 "edits/COOKIE.edit.bak.\n\n  cutroom delete \"Reel 1\"");
 }
 
 } // namespace cutroom::cli

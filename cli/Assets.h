@@ -41,7 +41,8 @@ Result<Kv::Ptr<AssetAssociationGroup>> openGroup(std::string_view text);
 Result<Kv::Ptr<Document>> openDocument(std::string_view text);
 
 // Deletes assets of any kinds, once all of them are found; the first failure ends it.
-Status deleteAssets(const std::vector<std::string>& names, const std::string& reason);
+Status deleteAssets(const std::vector<std::string>& names, const std::string& reason,
+                    unsigned kinds = kAnyAsset);
 
 // "edit", "log", "bin", "group", "document"; "asset" for what is not there any more.
 const char* kindText(const Cookie& asset);

@@ -51,6 +51,9 @@ void addBinCommand(Commands commands);
 void addGroupCommand(Commands commands);
 void addDocumentCommand(Commands commands);
 void addCheckCommand(Commands commands);
+// "rename" and "delete" below a command for assets of some kinds (AssetKinds), of the value type
+// `type`.
+void addNamingCommands(Commands commands, CLI::App& parent, const char* type, unsigned kinds);
 void addShellCommand(Commands commands);
 
 int exitCodeOf(StatusCode code);

@@ -149,11 +149,10 @@ void addDocumentCommand(Commands commands) {
     CLI::App* const whole = commands.app.add_subcommand(
         "document", "Keep outside files with the project: scripts, notes, stills");
     whole->require_subcommand(1);
+    addNamingCommands(commands, *whole, "DOCUMENT", kDocuments);
     whole->footer("  cutroom document new script.pdf --description \"Shooting script, blue\"\n"
                   "  cutroom document localise script.pdf\n"
-                  "  cutroom bin add Dailies script.pdf\n\n"
-                  "`cutroom rename` and `cutroom delete` take documents too; the outside file "
-                  "stays.");
+                  "  cutroom bin add Dailies script.pdf");
     const auto sub = [&](const char* name, const char* about, Workspace::Use use,
                          Status (*body)(const Options&, const DocumentWords&)) {
         CLI::App* const command = whole->add_subcommand(name, about);
