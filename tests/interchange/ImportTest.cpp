@@ -221,16 +221,22 @@ protected:
 };
 
 // Whichever operation fails, alone or as the last one ever, the project opens with all of the file
-// or nothing of it.
+// with what is written beside it, or nothing of the file.
 TEST_F(ImportFaults, AllOrNothingWhereverItStops) {
     const std::string path = write("cut.otio", kPlain);
+    int attempt = 0;
+    ImportOptions options;
+    options.alongside = [&](const ImportReport&) {
+        return std::vector{FileInProject{"groups/filed", std::to_string(attempt)}};
+    };
     for (const auto span : {FaultyFiles::Span::once, FaultyFiles::Span::allForEver}) {
         bool struck = true;
         for (long at = 0; struck; ++at) {
             SCOPED_TRACE(at);
             const std::size_t before = projdb::count();
+            ++attempt;
             faulty_.arm(at, span);
-            const bool done = importFile(path).ok();
+            const bool done = importFile(path, options).ok();
             struck = faulty_.struck();
             const std::size_t known = EditManager::instance().getAllEdits().size();
             faulty_.disarm();
@@ -241,6 +247,9 @@ TEST_F(ImportFaults, AllOrNothingWhereverItStops) {
             reopen();
             const std::size_t after = EditManager::instance().getAllEdits().size();
             EXPECT_TRUE(after == before || after == all) << before << " " << after;
+            // The edits never stand without it; after a failure it may stand without them.
+            const auto filed = readFile(joinPath(CurrentProject::getFolder(), "groups/filed"));
+            EXPECT_TRUE(after == before || (filed && *filed == std::to_string(attempt)));
             for (const Cookie& edit : EditManager::instance().getAllEdits())
                 EXPECT_TRUE(EditPtr(edit)) << edit.asString();
         }
