@@ -2,10 +2,11 @@
 //
 // Every operation makes a new log of the open project, saved with the next flush, and gives its
 // cookie. On failure it gives the invalid cookie, leaves nothing behind, and the reason as
-// `edcopy_get_log` where there is a text for it: shots that cannot be opened, labels that do not
-// agree (`synchup_get_CELtime_offset`), an offset that is no time, shots that have no moment in
-// common of what the rules choose. Shots are left alone; their cookies may be those of their
-// strips. Not to be called under an edit's lock; any thread otherwise.
+// `edcopy_get_log`: shots that cannot be opened, labels that do not agree
+// (`synchup_get_CELtime_offset`), and with the text for labels that do not match whatever else
+// cannot be joined: an offset that is no time, a stretch of no whole frame, no picture, no sound.
+// Shots are left alone; their cookies may be those of their strips. Not to be called under an
+// edit's lock; any thread otherwise.
 //
 // An offset is how many seconds the first shot's time 0 lies after that of the second:
 //
@@ -20,8 +21,9 @@
 // whole frame of the stretch that the rules choose, its end the last. Cuts lie on frames; sound
 // that does not is cut on the frame and played from as much later, so that it stays in sync to the
 // sample. Labels are the picture's, moved so that each frame keeps its number, and those of the
-// sound that the picture lacks or that the sound-label rule names. It is no source material; it is
-// a sync ghost (type 4) or, without `makeGhost`, an edit.
+// sound that the picture lacks or that the sound-label rule names, unless the picture-label rule
+// names the same. It is no source material; it is a sync ghost (type 4) or, without `makeGhost`,
+// an edit.
 #pragma once
 
 #include "editops/SyncUpLabels.h"

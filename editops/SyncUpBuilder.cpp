@@ -150,8 +150,9 @@ private:
             label.adjustByTime(toSeconds(frames_.from) - picture_.at);
             log_->addLabel(label);
         }
+        const bool apart = !(params_.soundLabel == params_.pictureLabel);
         for (EditLabel label : sound_.edit->getLabels()) {
-            const bool named = label.type() == params_.soundLabel.type &&
+            const bool named = apart && label.type() == params_.soundLabel.type &&
                                label.get_MediumRoll() == params_.soundLabel.mediumRoll;
             if (!named && log_->getLabel(label.type(), label.get_MediumRoll()).is_valid())
                 continue;
@@ -237,7 +238,9 @@ Cookie buildSynced(const Cookie& first, const Cookie& second, double offset,
     const auto frames = span ? framesOf(*span, picture.edit->getFrameRate()) : std::nullopt;
     if (!frames)
         return refuse(kSyncNoOverlap);
-    return Builder(std::move(picture), std::move(sound), *frames, params).build(contents);
+    const Cookie made =
+        Builder(std::move(picture), std::move(sound), *frames, params).build(contents);
+    return made.valid() ? made : refuse(kSyncNoOverlap);
 }
 
 } // namespace cutroom

@@ -105,6 +105,11 @@ TEST_F(Cues, MakeNoLogsOfWhatCannotBeCopied) {
     EXPECT_THAT(makeLogsUsingCuePoints(kLogTypeSubclip, EditPtr(), cues), IsEmpty());
     EXPECT_THAT(makeLogsUsingCuePoints(kLogTypeSubclip, EditModule(edit)), IsEmpty());
     EXPECT_EQ(EditManager::instance().getAllEdits(), CookieVec{edit.getCookie()});
+    // One that fails holds up no other.
+    const auto some = cuesOf({{1, 2, L"a"}, {-1e30, 1e30, L"b"}, {3, 4, L"c"}});
+    const CookieVec logs = makeLogsUsingCuePoints(kLogTypeSubclip, edit, some);
+    ASSERT_THAT(logs, SizeIs(2));
+    EXPECT_EQ(EditPtr(logs[1])->getName(), L"c");
 }
 
 TEST_F(Cues, NameTheirLogsUnlessTheyCarryTheDefaultName) {

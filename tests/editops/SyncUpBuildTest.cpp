@@ -65,6 +65,15 @@ TEST_F(SyncUpBuild, JoinsPictureAndSoundByTheirLabels) {
         -2);
 }
 
+TEST_F(SyncUpBuild, KeepsThePicturesLabelWhereBothRulesNameOne) {
+    const EditModifier sound = makeSound(seconds(60, "00:00:10:00"));
+    const EditModifier picture = makePicture(seconds(60, "00:00:12:00"));
+    synchup_params params;
+    EXPECT_EQ(labelAt(byTime(sound, picture, 0, 0, params), kSoundRoll), "00:00:10:00");
+    params.soundLabel = params.pictureLabel;
+    EXPECT_EQ(labelAt(byTime(sound, picture, 0, 0, params), kPictureRoll), "00:00:12:00");
+}
+
 TEST_P(SyncUpSpan, IsCoveredByEveryChannel) {
     const SpanRow& row = GetParam();
     synchup_params params;
@@ -94,6 +103,8 @@ INSTANTIATE_TEST_SUITE_P(
         SpanRow{"Union", 0, 1, 2, 2, kAll, "Picture@0+100 -@0+25", "-@0+25 Sound@0+100"},
         SpanRow{"UnionSoundFirst", 1, 0, 2, 2, kAll, "-@0+25 Picture@0+100", "Sound@0+100 -@0+25"},
         SpanRow{"Apart", 0, 5, 2, 2, kAll, "Picture@0+100 -@0+125", "-@0+125 Sound@0+100"},
+        SpanRow{"PictureApart", 0, 5, 0, 0, kAll, "Picture@0+100", "-@0+100"},
+        SpanRow{"SoundApart", 0, -5, 3, 3, kAll, "-@0+100", "Sound@0+100"},
         SpanRow{"Part", 0, 1, 0, 0, {2, 3}, "Picture@50+25", "Sound@25+25"},
         SpanRow{"PartByMarks", 0, 0.2, 1, 1, {0, 0}, "Picture@25+75", "Sound@20+75"}),
     [](const auto& row) { return std::string(row.param.name); });
@@ -229,8 +240,8 @@ TEST_F(SyncUpBuild, LeavesNothingBehindWhenItFails) {
         {sound, picture, 0, 3.97, kSyncNoOverlap}, // no whole frame
         {sound, empty, 0, 0, kSyncNoOverlap},
         {sound, EditPtr(), 0, 0, kSyncNoShots},
-        {sound, sound, 0, 0, "none"}, // no picture to join
-        {picture, picture, 0, 0, "none"},
+        {sound, sound, 0, 0, kSyncNoOverlap}, // no picture to join
+        {picture, picture, 0, 0, kSyncNoOverlap},
     };
     for (const auto& row : rows) {
         setCopyLog("none");
