@@ -2,6 +2,7 @@
 // timecode, metadata.
 #include "cli/Names.h"
 #include "cli/Session.h"
+#include "editops/TransitionsEditor.h"
 #include "platform/base/Strings.h"
 #include "platform/base/Timecode.h"
 #include "platform/store/BurntIn.h"
@@ -117,15 +118,13 @@ void transition(Session& session, SessionWords& words) {
     graph.kind = effect->kind;
     graph.name = effect->name;
     graph.effectTemplate = effect->id;
+    graph.parameters = effect->parameters;
     graph.inOffset = session.takeLength(words, "a length before the cut");
     graph.outOffset = session.takeLength(words, "a length after the cut");
     const ce_handle point = session.edit()->get_edit_cel_p(channel)->find_ceh(at, 0);
     if (!point.valid())
         refuse(StatusCode::notFound, session.channelName(channel), "no cut lies there or later");
-    const EditModifier modifier = session.editForChange();
-    ChannelEvent event = point.getEvent();
-    event.effectGraph = modifier->setEffectGraph(graph);
-    require(modifier->get_edit_cel_p(channel)->setEvent(point.getIndex(), event));
+    require(TransitionsEditor::put(session.editForChange(), channel, point, graph));
 }
 
 void listEffects(Session& session, SessionWords&) {

@@ -4,6 +4,7 @@
 #include "platform/store/Effects.h"
 
 #include <algorithm>
+#include <utility>
 
 using cutroom::Flicks;
 using cutroom::Status;
@@ -132,6 +133,22 @@ bool isUsed(const Edit& edit, const IdStamp& graph) {
     return false;
 }
 
+bool hasTransition(const Edit& edit, const ce_handle& point) {
+    const auto graph = edit.getEffectGraph(point.getEvent().effectGraph);
+    return graph && graph->isTransition();
+}
+
+// Has a point name another graph, or none, and drops the one that it named when no other does.
+Status exchangeGraph(Edit& edit, Cel& cel, std::uint32_t index, const IdStamp& graph) {
+    ChannelEvent event = cel.get_event(index);
+    const IdStamp old = std::exchange(event.effectGraph, graph);
+    if (Status status = cel.setEvent(index, event); !status)
+        return status;
+    if (old.valid() && !isUsed(edit, old))
+        edit.removeEffectGraph(old);
+    return {};
+}
+
 Status refused(const char* reason) { return {StatusCode::failed, "transition", reason}; }
 
 } // namespace
@@ -178,15 +195,27 @@ Status TransitionsEditor::apply(const EditModifier& edit, const EditModule& modu
     // On the in point of a cut, on the single point at an end of the channel.
     const ce_handle after = point.is_out_point() ? point.next() : point;
     const ce_handle on = after.valid() ? after : point;
-    ChannelEvent event = on.getEvent();
-    graph.inOffset = event.time - region->start;
-    graph.outOffset = region->end - event.time;
-    const IdStamp old = event.effectGraph;
-    event.effectGraph = edit->setEffectGraph(graph);
-    if (Status status = cel->setEvent(on.getIndex(), event); !status)
+    const Flicks at = on.getEvent().time;
+    graph.inOffset = at - region->start;
+    graph.outOffset = region->end - at;
+    if (Status status = put(edit, channel, on, std::move(graph)); !status)
         return status;
-    if (old.valid() && !isUsed(*edit, old))
-        edit->removeEffectGraph(old);
     transition.persist();
     return {};
+}
+
+Status TransitionsEditor::put(const EditModifier& edit, const IdStamp& channel,
+                              const ce_handle& point, EffectGraph graph) {
+    const Kv::Ptr<Cel> cel = edit ? edit->get_edit_cel_p(channel) : Kv::Ptr<Cel>();
+    if (!cel || !point.valid() || !(cel->getHandle(point.getIndex()) == point))
+        return refused("there is no such point");
+    const std::uint32_t index = point.getIndex();
+    const ce_handle beside = point.is_out_point() ? point.next() : point.previous();
+    const bool replacesBoth =
+        graph.isTransition() && beside.valid() && hasTransition(*edit, beside);
+    const std::uint32_t other = replacesBoth ? beside.getIndex() : index;
+    if (Status status = exchangeGraph(*edit, *cel, index, edit->setEffectGraph(std::move(graph)));
+        !status)
+        return status;
+    return replacesBoth ? exchangeGraph(*edit, *cel, other, IdStamp()) : Status();
 }

@@ -10,6 +10,7 @@
 #include <optional>
 
 class ce_handle;
+struct EffectGraph;
 
 // Free of state. A point is either of the two at a cut (the out point of the clip before it, the in
 // point of the clip after it) of a channel of the module's edit; at the ends of the channel there
@@ -40,12 +41,19 @@ public:
                                                                  const ce_handle& point,
                                                                  trans_posn position, int length);
 
-    // Puts a transition on the cut at `point` of `channel`, in place of one that is there, and
-    // remembers it as the last. Fails, changing nothing, without a region, with an effect that is
-    // no template, and for an empty modifier. The change is told with the modifier's.
+    // Puts a transition on the cut at `point` of `channel` (on its in point, where it has one), in
+    // place of what is there, and remembers it as the last. Fails, changing nothing, without a
+    // region, with an effect that is no template of a transition, and for an empty modifier. The
+    // change is told with the modifier's.
     static cutroom::Status apply(const EditModifier& edit, const EditModule& module,
                                  const IdStamp& channel, const ce_handle& point,
                                  const LastTransition& transition);
+
+    // Puts an effect on `point` of `channel`, in place of the one there; a transition also in place
+    // of one on the other point of the cut. Graphs that no point names any more leave the edit.
+    // Fails, changing nothing, for an empty modifier and a point that is not of the channel.
+    static cutroom::Status put(const EditModifier& edit, const IdStamp& channel,
+                               const ce_handle& point, EffectGraph graph);
 
     TransitionsEditor() = delete;
 };

@@ -225,3 +225,25 @@ TEST_F(TransitionAtACut, IsLaidAndRemembered) {
     EXPECT_EQ(graph->outOffset, 0);
     EXPECT_TRUE(cel_->get_event(5).effectGraph.valid());
 }
+
+TEST_F(TransitionAtACut, HasOneTransitionAndLeavesNoneBehind) {
+    const auto put = [&](std::uint32_t point, const char* kind) {
+        EffectGraph graph;
+        graph.kind = kind;
+        return TransitionsEditor::put(edit_, channel_, cel_->getHandle(point), graph).ok();
+    };
+    const auto has = [&](std::uint32_t point) {
+        return cel_->get_event(point).effectGraph.valid();
+    };
+    EXPECT_TRUE(lay(2, L"Dip", kTransToHere, 8));
+    EXPECT_TRUE(put(1, "transition"));
+    EXPECT_TRUE(has(1) && !has(2));
+    EXPECT_TRUE(lay(1, L"Wipe", kTransToHere, 4));
+    EXPECT_TRUE(!has(1) && has(2));
+    EXPECT_EQ(edit_->getEffectGraphs().size(), 1u);
+    EXPECT_TRUE(put(1, "effect")); // of the clip before: both stay
+    EXPECT_TRUE(lay(2, L"Dip", kTransToHere, 4));
+    EXPECT_TRUE(has(1) && has(2));
+    EXPECT_FALSE(put(77, "effect"));
+    EXPECT_EQ(edit_->getEffectGraphs().size(), 2u);
+}
