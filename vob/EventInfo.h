@@ -11,5 +11,6 @@ struct CUTROOM_API EventInfo {
     IdStamp channel;            // the first selected one; empty when none is
     int kind = 0;               // always 0
 
-    bool found() const noexcept { return time != startTime; }
+    // False for a start that is not a number, too.
+    bool found() const noexcept { return time < startTime || time > startTime; }
 };

@@ -55,8 +55,8 @@ std::wstring describe(const Edit& edit, const IdStamp& channel, const ChannelEve
     const std::string timecode =
         cutroom::timecodeText(format.rate.flicksToFrameFloor(event.time), format);
     std::wstring text = resourceStrW(cutroom::kResSubframeError);
-    replace(text, L"$NAME$", groupName(edit, channel));
     replace(text, L"$TIMECODE$", cutroom::toWide(timecode));
+    replace(text, L"$NAME$", groupName(edit, channel)); // last: a name may hold anything
     return text;
 }
 

@@ -239,7 +239,9 @@ TEST_F(VobNavigation, WithoutEditOrEventsTheTimeStays) {
     EXPECT_EQ(next(1), 1.0);
     EXPECT_FALSE(vob_->getNextEvent(1, false, false).channel.valid());
     EXPECT_FALSE(vob_->setTimeToFirstEvent());
-    EXPECT_TRUE(std::isnan(next(std::numeric_limits<double>::quiet_NaN())));
+    const double nowhere = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_TRUE(std::isnan(next(nowhere)));
+    EXPECT_FALSE(vob_->getNextEvent(nowhere, false, false).found());
     const auto nothing = openNothing();
     EXPECT_EQ(nothing->getNextEvent(1, false, true).time, 1.0);
     EXPECT_FALSE(nothing->setTimeToLastEvent());

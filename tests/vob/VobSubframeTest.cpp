@@ -68,7 +68,10 @@ TEST_P(VobSubframeConfiguration, SaysWhatIsCheckedRepairedAndShown) {
     EXPECT_THAT(cuts(), ElementsAre(0, 2 + left, 4 + left));
     EXPECT_EQ(shown().size(), row.reported ? 1u : 0u);
     EXPECT_EQ(noted(), row.logged);
+    configuration.set("check_quantise", std::to_string(row.check == 0)); // too late, too
+    configuration.set("auto_fix_subframe_errors", std::to_string(1 - row.fix));
     vob_->checkQuantisation(); // again, when nothing is left to repair
+    EXPECT_THAT(cuts(), ElementsAre(0, 2 + left, 4 + left));
     EXPECT_EQ(shown().size(), row.reported ? (row.repaired ? 1u : 2u) : 0u);
 }
 
@@ -87,11 +90,12 @@ TEST_F(VobSubframe, ReportsEachChannelByGroupAndPlace) {
     layClip(edit_, derived, 2 + kOff, 3);
     layClip(edit_, edit_->addChan(kChanSubtitle), 2 + kOff, 3); // neither picture nor sound
     edit_->groupChannels({edit_->getId(2), edit_->getId(3)}, true);
+    edit_->setChanUserName(edit_->getId(0), L"$TIMECODE$");
     // The material runs on over this cut, which goes when all are on frames.
     ASSERT_TRUE(edit_->get_edit_cel_p(0)->split(cutroom::toFlicks(3 + kOff)).ok());
     view();
     vob_->checkQuantisation();
-    EXPECT_THAT(shown(), ElementsAre("V1 has a cut off the frame boundary at 00:00:02:00\n"
+    EXPECT_THAT(shown(), ElementsAre("$TIMECODE$ has a cut off the frame boundary at 00:00:02:00\n"
                                      "V2 has a cut off the frame boundary at 00:00:02:00\n"
                                      "A1, A2 has a cut off the frame boundary at 00:00:03:00"));
     EXPECT_THAT(cuts(0), ElementsAre(0, 2, 4));
