@@ -59,7 +59,7 @@ protected:
         return report.ok() ? std::move(*report) : ImportReport();
     }
 
-    TempFolder temp_;
+    TempFolder temp_{TempFolder::inMemory()};
 };
 
 inline std::int64_t frameOf(const EditPtr& edit, double seconds) {

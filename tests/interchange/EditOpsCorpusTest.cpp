@@ -1,0 +1,256 @@
+// Edit operations on real timelines: whatever a file brings, its parts make up the whole, its
+// layers show what lay on top, its markers name what they span, and undo takes everything back.
+#include "editops/CueEdit.h"
+#include "editops/CueLogs.h"
+#include "editops/CueRegions.h"
+#include "editops/EditCopy.h"
+#include "editops/RangeCopy.h"
+#include "platform/store/Editor.h"
+#include "tests/interchange/Corpus.h"
+#include "tests/interchange/ImportFixture.h"
+#include "tests/support/Scale.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <random>
+
+namespace {
+
+using namespace cutroom;
+using namespace cutroom::test;
+
+class EditOpsCorpus : public ImportFixture, public testing::WithParamInterface<std::string> {
+protected:
+    void SetUp() override {
+        const ImportReport report = import(corpus::folder() + GetParam());
+        ASSERT_EQ(report.edits.size(), 1u);
+        edit_ = EditPtr(report.edits[0].edit);
+        ASSERT_TRUE(edit_);
+        rate_ = edit_->getFrameRate();
+        frames_ = frameOf(edit_, edit_->getEndTime());
+        ASSERT_GT(frames_, 0);
+        contents_ = edit_->canonicalContents();
+    }
+    void TearDown() override {
+        if (edit_) {
+            EXPECT_EQ(edit_->canonicalContents(), contents_) << "the source is left alone";
+        }
+        edit_.reset();
+    }
+
+    double at(std::int64_t frame) const { return toSeconds(rate_.frameToFlicks(frame)); }
+    static EditModule whole(const EditPtr& edit) {
+        EditModule module(edit);
+        module.selectAll();
+        return module;
+    }
+    EditModifier copyOf(std::int64_t from, std::int64_t to) const {
+        EditModule module = whole(edit_);
+        module.markAllAt(TimeRange(at(from), at(to)), true);
+        return edcopy_general_copy_range(Cookie(), kLogTypeEdit, L"", module);
+    }
+    // Changes `edit` as one step; undone it is what it was, redone what it had become.
+    template <class Operation> static void performUndoably(const EditPtr& edit, Operation change) {
+        EditManager& manager = EditManager::instance();
+        const std::string before = edit->canonicalContents();
+        manager.makeBackup(edit, "change");
+        change();
+        EXPECT_EQ(edit->checkConsistency(), "");
+        const std::string after = edit->canonicalContents();
+        ASSERT_TRUE(manager.undo(edit));
+        EXPECT_EQ(edit->canonicalContents(), before);
+        ASSERT_TRUE(manager.redo(edit));
+        EXPECT_EQ(edit->canonicalContents(), after);
+    }
+
+    // No transition has its point at the frame or reaches across it.
+    bool isOutsideTransitions(std::int64_t frame) const {
+        const Flicks time = rate_.frameToFlicks(frame);
+        for (const IdStamp& channel : edit_->getChans()) {
+            const Kv::Ptr<Cel> cel = edit_->get_edit_cel_p(channel);
+            for (std::uint32_t i = 0; i < cel->get_num_events(); ++i) {
+                const ChannelEvent event = cel->get_event(i);
+                const auto graph = edit_->getEffectGraph(event.effectGraph);
+                if (graph && graph->isTransition() && event.time - graph->inOffset <= time &&
+                    time <= event.time + graph->outOffset)
+                    return false;
+            }
+        }
+        return true;
+    }
+
+    EditPtr edit_;
+    Kv::FrameRate rate_;
+    std::int64_t frames_ = 0;
+    std::string contents_;
+    std::mt19937 random_{20240229};
+};
+
+// What a point's effect is, whatever its id. Filters of a clip are told from transitions, which
+// belong to the point.
+std::string effectOf(const EditPtr& edit, const IdStamp& id, bool transitions) {
+    const auto graph = edit->getEffectGraph(id);
+    if (!graph || graph->isTransition() != transitions)
+        return {};
+    return graph->kind + toUtf8(graph->name) + graph->effectTemplate.asString() + " -" +
+           toText(toSeconds(graph->inOffset)) + "+" + toText(toSeconds(graph->outOffset)) +
+           graph->parameters;
+}
+
+// `b` only carries on what `a` shows.
+bool carriesOn(const EditPtr& edit, const CelSegment& a, const CelSegment& b) {
+    const double moved =
+        a.flags & kEventFreeze ? 0 : a.speed * static_cast<double>(b.start - a.start);
+    const double apart = static_cast<double>(b.stripStart - a.stripStart) - moved;
+    return a.end == b.start && a.material == b.material && a.speed == b.speed &&
+           a.flags == b.flags && a.detail == b.detail &&
+           effectOf(edit, a.inGraph, false) == effectOf(edit, b.inGraph, false) &&
+           effectOf(edit, a.outGraph, false) == effectOf(edit, b.outGraph, false) &&
+           effectOf(edit, a.outGraph, true).empty() && effectOf(edit, b.inGraph, true).empty() &&
+           (!a.material.valid() || std::abs(apart) <= 2); // of rounding
+}
+
+// The clips and gaps of a list, contiguous ones as one. Filling is not told, at the end either.
+std::string joined(const EditPtr& edit, const Cel& cel) {
+    std::string text;
+    const auto add = [&](const CelSegment& piece) {
+        if (piece.flags & kEventPad)
+            return;
+        text += std::to_string(piece.start) + "+" + std::to_string(piece.end - piece.start) + "@" +
+                std::to_string(piece.stripStart) + " x" + toText(piece.speed) + " " +
+                piece.material.asString() + " " + std::to_string(piece.flags) + " " +
+                toUtf8(piece.detail.name) + piece.detail.metadata;
+        for (const IdStamp& graph : {piece.inGraph, piece.outGraph})
+            text += " [" + effectOf(edit, graph, false) + "|" + effectOf(edit, graph, true) + "]";
+        text += "\n";
+    };
+    std::optional<CelSegment> last;
+    for (std::uint32_t i = 0; i < cel.numSegments(); ++i) {
+        const CelSegment piece = cel.getSegment(i);
+        if (last && carriesOn(edit, *last, piece)) {
+            last->end = piece.end;
+            last->outGraph = piece.outGraph;
+            continue;
+        }
+        if (last)
+            add(*last);
+        last = piece;
+    }
+    if (last && (last->material.valid() || !last->detail.empty()))
+        add(*last);
+    return text;
+}
+
+std::string joined(const EditPtr& edit, unsigned types) {
+    std::string text;
+    for (const IdStamp& channel : edit->getChans(types))
+        text += std::to_string(edit->getChanType(channel)) + "/" +
+                std::to_string(edit->getChanSubtype(channel)) + "\n" +
+                joined(edit, *edit->get_edit_cel_p(channel));
+    return text;
+}
+
+TEST_P(EditOpsCorpus, TwoPartsBackToBackAreTheWhole) {
+    constexpr unsigned kAll = kChanAllTypes & ~unsigned{kChanLevels};
+    const std::string expected = joined(edit_, kAll);
+    std::uniform_int_distribution<std::int64_t> frame(1, std::max<std::int64_t>(1, frames_ - 1));
+    int found = 0;
+    const long wanted = rounds(5, 50);
+    for (int i = 0; i < 20 * wanted && found < wanted; ++i) {
+        const std::int64_t cut = frame(random_);
+        if (!isOutsideTransitions(cut))
+            continue;
+        ++found;
+        SCOPED_TRACE("cut at frame " + std::to_string(cut));
+        const EditModifier first = copyOf(0, cut), second = copyOf(cut, frames_);
+        ASSERT_TRUE(first && second);
+        EXPECT_LE(frameOf(first, first->getEndTime()), cut);
+        EXPECT_LE(frameOf(second, second->getEndTime()), frames_ - cut);
+        performUndoably(first, [&] {
+            EditModule target = whole(first);
+            target.setCurrentTime(at(cut));
+            EXPECT_TRUE(Editor::apply(whole(second), target, kEditOverlay, 0).ok());
+        });
+        ASSERT_EQ(joined(first, kAll), expected);
+        EXPECT_TRUE(EditManager::instance().discard({first.getCookie(), second.getCookie()}).ok());
+    }
+    EXPECT_GT(found, 0);
+}
+
+TEST_P(EditOpsCorpus, LogsOfMarkersAreAsLongAsTheirRegions) {
+    const std::vector<NamedRegion> regions = getRegionsFromCues(edit_);
+    for (const eLogType type : {kLogTypeEdit, kLogTypeSubclip}) {
+        const CookieVec logs = makeLogsUsingCuePoints(type, EditModule(edit_));
+        ASSERT_EQ(logs.size(), regions.size());
+        for (std::size_t i = 0; i < logs.size(); ++i) {
+            const EditPtr log(logs[i]);
+            EXPECT_EQ(log->checkConsistency(), "");
+            EXPECT_NEAR(log->getEndTime() - log->getStartTime(),
+                        regions[i].range.getEnd() - regions[i].range.getStart(), 1e-8)
+                << toUtf8(regions[i].name);
+        }
+    }
+}
+
+TEST_P(EditOpsCorpus, AnEditOfMarkersStringsTheirRegionsTogether) {
+    double length = 0;
+    for (const NamedRegion& region : getRegionsFromCues(edit_))
+        length += region.range.getEnd() - region.range.getStart();
+    const EditModifier made = makeEditFromCues(edit_, edit_->getCues().cues(), true);
+    ASSERT_TRUE(made);
+    EXPECT_EQ(made->checkConsistency(), "");
+    EXPECT_NEAR(made->getEndTime() - made->getStartTime(), length, 1e-6);
+}
+
+// The topmost clip of the source at a time: material, place in it, name. Empty where it is black.
+struct Shown {
+    Cookie material;
+    double place = 0;
+    std::wstring name;
+};
+Shown shownBy(const EditPtr& edit, const std::vector<IdStamp>& channels, double time) {
+    for (auto channel = channels.rbegin(); channel != channels.rend(); ++channel) {
+        const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(*channel);
+        if (const Cookie material = cel->get_strip_cookie(time); material.valid()) {
+            const auto segment = static_cast<std::uint32_t>(cel->findSegment(toFlicks(time)));
+            return {material, cel->get_strip_time(time), cel->getSegment(segment).detail.name};
+        }
+    }
+    return {};
+}
+
+TEST_P(EditOpsCorpus, AFlatEditShowsTheTopmostClips) {
+    const auto layers = edit_->getChans(kChanVideo, kSubNormal);
+    const EditModifier flat = flatten(whole(edit_));
+    ASSERT_TRUE(flat);
+    EXPECT_EQ(flat->checkConsistency(), "");
+    const auto channels = flat->getChans(kChanVideo, kSubNormal);
+    ASSERT_EQ(channels.size(), std::min<std::size_t>(1, layers.size()));
+    EXPECT_EQ(joined(flat, kChanAudio), joined(edit_, kChanAudio));
+    const std::int64_t step = std::max<std::int64_t>(1, frames_ / rounds(100, frames_));
+    for (std::int64_t frame = step > 1 ? random_() % step : 0; frame < frames_; frame += step) {
+        const double middle = (at(frame) + at(frame + 1)) / 2;
+        const Shown expected = shownBy(edit_, layers, middle);
+        const Shown found = shownBy(flat, channels, middle);
+        ASSERT_EQ(found.material, expected.material) << frame;
+        ASSERT_NEAR(found.place, expected.place, 1e-8) << frame;
+        ASSERT_EQ(found.name, expected.name) << frame;
+    }
+    const EditModifier copy = edcopy_general_copy(edit_.getCookie(), kLogTypeEdit);
+    performUndoably(copy, [&] { EXPECT_TRUE(flattenEdit(copy, whole(copy), 3, 0).ok()); });
+    EXPECT_EQ(joined(copy, kChanVideo | kChanAudio), joined(flat, kChanVideo | kChanAudio));
+}
+
+std::vector<std::string> allFiles() {
+    std::vector<std::string> names = corpus::files("otio");
+    const auto lists = corpus::files("edl");
+    names.insert(names.end(), lists.begin(), lists.end());
+    return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, EditOpsCorpus, testing::ValuesIn(allFiles()), [](const auto& file) {
+    return file.param.substr(0, file.param.find('/')) + "_" + corpus::testName(file.param);
+});
+
+} // namespace
