@@ -40,7 +40,9 @@ constexpr const char* kMediaKeys[] = {"METADATA_CORE",  "METADATA_BUFFERFORMAT",
                                       "METADATA_VIDEO", "METADATA_VIDEOSEQUENCE",
                                       "stripv_width",   "stripv_height"};
 
-constexpr double kTolerance = 1e-6; // of a cue at an end of the copy, in seconds
+// Of a cue at an end of the copy, in seconds: 1e-6, and the rounding error of a time that was
+// moved.
+constexpr double kTolerance = 1e-6 + 1e-9;
 
 configb configurationOf(const Edit& edit) {
     const Edit::Lock lock(edit);
@@ -112,7 +114,8 @@ void copyCues(const EditPtr& source, const EditPtr& copy, double offset,
             continue;
         cue.setExtID(IdStamp::make());
         const auto pair = channels.find(cue.getChannel());
-        cue.setChannel(pair == channels.end() ? IdStamp() : pair->second);
+        const bool stays = pair != channels.end() && copy->isValidChan(pair->second);
+        cue.setChannel(stays ? pair->second : IdStamp());
         if (offset != 0)
             cue.slide(offset);
         if (cue.getTime() >= first && cue.getTime() <= last)

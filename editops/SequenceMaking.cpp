@@ -13,8 +13,9 @@ using cutroom::UnfinishedEdit;
 
 namespace {
 
+// Channels of other sub-types (a right-eye picture, say) are added as such when the clip is laid.
 unsigned char selectedOf(const EditModule& clip, EditChanType type) {
-    return static_cast<unsigned char>(std::min(clip.getNumSelectedChans(type), 255));
+    return static_cast<unsigned char>(std::min(clip.getNumSelectedChans(type, kSubNormal), 255));
 }
 
 // The clip as it stands in the project.

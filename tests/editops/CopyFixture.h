@@ -88,6 +88,12 @@ protected:
     static std::string config(const EditPtr& edit, const std::string& key) {
         return edit->getConfig(key).value_or("(none)");
     }
+    // Its labels count as those of its material.
+    static bool keepsLabels(const EditModifier& edit) {
+        const std::string before = edit->canonicalContents();
+        edit->make_original(true, true);
+        return edit->canonicalContents() == before;
+    }
     // What the project holds: edits known, and files in their folder.
     std::pair<std::size_t, long> holdings() const {
         const std::filesystem::directory_iterator files(temp_ / "film/edits");

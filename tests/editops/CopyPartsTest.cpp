@@ -4,7 +4,9 @@
 #include "editops/AssetParent.h"
 #include "editops/CopyKinds.h"
 #include "editops/CopyLog.h"
+#include "editops/EditCopy.h"
 #include "editops/SequenceMaking.h"
+#include "platform/project/ProjDb.h"
 
 using namespace cutroom;
 using namespace cutroom::test;
@@ -28,12 +30,14 @@ TEST_F(CopyParts, eachKindIsMarkedInPlace) {
         void (*make)(EditModifier&);
         const char* channels;
         const char* name;
+        bool keepsLabels = false;
     };
     const Row rows[] = {
         {"4", [](EditModifier& e) { edcopy_make_clipsection(e); }, "axrstL", "Reel"},
         {"2", [](EditModifier& e) { edcopy_make_print_ghost(e, L"(p)"); }, "axrstL", "Reel (p)"},
         {"3", [](EditModifier& e) { edcopy_make_subclip(e, L""); }, "axstL", "Reel"},
-        {"1", [](EditModifier& e) { edcopy_make_sync_ghost(e, L"New", true); }, "axstL", "New"},
+        {"1", [](EditModifier& e) { edcopy_make_sync_ghost(e, L"N", true); }, "axstL", "N", true},
+        {"1", [](EditModifier& e) { edcopy_make_sync_ghost(e, L"N", false); }, "axstL", "N"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.kind);
@@ -49,6 +53,7 @@ TEST_F(CopyParts, eachKindIsMarkedInPlace) {
         EXPECT_EQ(reel->get_original_material(), 3);
         EXPECT_EQ(contents(reel), row.channels);
         EXPECT_EQ(toUtf8(reel->getName()), row.name);
+        EXPECT_EQ(keepsLabels(reel), row.keepsLabels);
     }
 }
 
@@ -66,6 +71,7 @@ TEST_F(CopyParts, aSequenceTakesTheMarkedPartOfAClip) {
         EXPECT_EQ(sequence->getEndTime(), 2);
         EXPECT_EQ(sequence->get_edit_cel_p(0)->get_strip_cookie(0), strip(clip, 'V', 1));
         EXPECT_EQ(sequence->get_edit_cel_p(0)->get_strip_time(0), 1);
+        EXPECT_EQ(projdb::isPresent(clip.getCookie()), !imported);
     }
     const auto before = holdings();
     EXPECT_FALSE(makeSequenceFromClip(EditModule()));
@@ -74,15 +80,42 @@ TEST_F(CopyParts, aSequenceTakesTheMarkedPartOfAClip) {
     EXPECT_THAT(log_.lines, IsEmpty());
 }
 
+TEST_F(CopyParts, aSequenceHasAsManyChannelsAsTheClipSelects) {
+    const EditModifier clip = makeClip();
+    clip->addChan(kChanVideo, kSubStereoRight);
+    const EditModifier sequence = makeSequenceFromClip(whole(clip));
+    ASSERT_TRUE(sequence);
+    EXPECT_EQ(sequence->getNumChans(kChanVideo), 2);
+    EXPECT_EQ(sequence->getNumChans(kChanVideo, kSubStereoRight), 1);
+}
+
+TEST_F(CopyParts, aSequenceShowsTheClipAsItStandsInTheProject) {
+    const EditModifier clip = makeClip();
+    EditModule module = marked(clip, 1, 3);
+    module.selectChans(kChanAudio, kSubAll, false);
+    ASSERT_TRUE(manager().discard({clip.getCookie()}).ok());
+    const EditModifier present = manager().makeNewEdit(clip.getCookie(), 1, 1, 0, {25, 1});
+    layPieces(present, present->getId(0), {{L"now", 100, 7}});
+    const EditModifier sequence = makeSequenceFromClip(module);
+    ASSERT_TRUE(sequence);
+    EXPECT_EQ(sequence->getNumChans(), 1);
+    EXPECT_EQ(sequence->getEndTime(), 2);
+    EXPECT_EQ(sequence->get_edit_cel_p(0)->get_strip_cookie(0), materialOf(L"now"));
+}
+
 TEST_F(CopyParts, syncErrorsOfASourceComeFromEditsOnly) {
     for (const bool edit : {true, false}) {
         const EditModifier source = edit ? makeReel() : makeClip();
         source->setSyncError(source->getId(0), 0.5);
         const EditModifier copy = makeSequenceFromSource(EditModule(EditPtr(source)), L"(s)");
         ASSERT_TRUE(copy);
+        const EditModifier plain = copySequenceEdit(source, L"");
         EXPECT_EQ(copy->getSyncError(copy->getId(0)), edit ? 0.5 : 0.0);
-        EXPECT_EQ(copy->getLogType(), kLogTypeEdit);
-        EXPECT_EQ(copy->get_original_material(), 0);
+        EXPECT_EQ(plain->getSyncError(plain->getId(0)), 0.5);
+        for (const EditModifier& made : {copy, plain}) {
+            EXPECT_EQ(made->getLogType(), kLogTypeEdit);
+            EXPECT_EQ(made->get_original_material(), 0);
+        }
     }
 }
 

@@ -2,7 +2,9 @@
 
 #include "CopyFixture.h"
 #include "editops/CopyKinds.h"
+#include "editops/RangeCopy.h"
 #include "editops/SequenceMaking.h"
+#include "platform/embedded/FixedIds.h"
 #include "platform/files/Files.h"
 #include "tests/support/FaultyFiles.h"
 
@@ -107,9 +109,15 @@ TEST_F(EditCopy, whatIsMaterialIsCopiedAsAFile) {
         SCOPED_TRACE(testing::Message() << row.type << " " << row.material);
         const EditModifier clip = makeClip(row.type, row.material);
         clip->setConfig("anything", "else");
+        clip->setReadOnly(true);
         manager().makeBackup(clip, "a step of the clip's own");
+        FixedIds later(1'000'000, 1'800'000'000);
+        iIdSource* const ids = installIdSource(&later);
         const EditModifier copy = copyEdit(EditModule(EditPtr(clip)), L"", row.strips);
+        installIdSource(ids);
         ASSERT_TRUE(copy);
+        EXPECT_FALSE(copy->isReadOnly());
+        EXPECT_EQ(copy->getCreationTime(), 1'800'000'000u);
         EXPECT_EQ(copy->getLogType(), row.asFile ? row.type : kLogTypeEdit);
         EXPECT_EQ(copy->get_original_material(), row.asFile ? row.material : 0);
         EXPECT_EQ(config(copy, "anything"), row.asFile ? "else" : "(none)");
@@ -120,6 +128,44 @@ TEST_F(EditCopy, whatIsMaterialIsCopiedAsAFile) {
                   copy->getId(1));
         EXPECT_FALSE(manager().canUndo(copy));
     }
+}
+
+TEST_F(EditCopy, aCopiedFileIsNeitherAClipboardNorRenderedNorMaterialWhereThatIsAskedFor) {
+    const EditModifier clip = makeClip();
+    clip->setConfig("CLIPBOARD", 1);
+    clip->setConfig("CACHE_x", "1");
+    EXPECT_EQ(config(copyEdit(whole(clip), L"", false), "CLIPBOARD"), "1");
+    EXPECT_EQ(config(edcopy_basic_copy(clip.getCookie()), "CLIPBOARD"), "(none)");
+    const EditModifier flat = flatten(whole(clip));
+    ASSERT_TRUE(flat);
+    EXPECT_EQ(flat->getName(), L"Clip (Flattened)");
+    EXPECT_EQ(flat->get_original_material(), 0);
+    EXPECT_EQ(config(flat, "CACHE_x"), "(none)");
+}
+
+TEST_F(EditCopy, isToldOnceItIsThere) {
+    const EditModifier reel = makeReel();
+    std::vector<Cookie> told;
+    const auto guard =
+        manager().registerNotification(makeCallback<NotifyMsg>([&](const NotifyMsg& message) {
+                                           const auto* const notice =
+                                               message.getObjectAs<EditModificationNotice>();
+                                           if (notice->modifications().includes(kModMetadata))
+                                               told.push_back(notice->edit());
+                                       }),
+                                       kNoticeModifications);
+    for (const auto& [name, make] : kWholeCopies) {
+        SCOPED_TRACE(name);
+        told.clear();
+        const EditModifier copy = make(reel);
+        EXPECT_THAT(told, ElementsAre(copy.getCookie())) << "while it is open for writing";
+    }
+    told.clear();
+    EditModifier part = copyRange(marked(reel, 1, 2), kLogTypeEdit, false);
+    const Cookie made = part.getCookie();
+    EXPECT_THAT(told, IsEmpty());
+    part.release();
+    EXPECT_THAT(told, ElementsAre(made));
 }
 
 TEST_F(EditCopy, aCopiedFileStaysWhenTheProjectIsOpenedAgain) {

@@ -159,6 +159,33 @@ TEST_F(RangeCopy, anEditKeepsTheSelectedChannels) {
     }
 }
 
+TEST_F(RangeCopy, asManyChannelsAsTheSourceHasPicturesAndSoundsCountAsAll) {
+    const EditModifier reel = makeReel();
+    EditModule module = whole(reel); // levels are none of the five
+    module.selectChan(reel->getId(0), false);
+    EXPECT_EQ(contents(copyRange(module, kLogTypeEdit, false)), "axrstL");
+    EXPECT_EQ(contents(copyRange(module, kLogTypeEdit, true)), "xrstL");
+}
+
+TEST_F(RangeCopy, aSyncGhostOfWhatCountsFromZeroKeepsItsLabels) {
+    for (const bool zero : {true, false}) {
+        const EditModifier reel = makeReel();
+        if (zero)
+            setStartTimecode(reel, "00:00:00:00");
+        EXPECT_EQ(keepsLabels(copyOf(reel, 1, 2, kLogTypeSyncGhost)), zero);
+    }
+}
+
+TEST_F(RangeCopy, aMarkerOfALayerThatIsGoneIsOneOfTheSubclip) {
+    const EditModifier first = copyOf(makeReel(), 0, 4, kLogTypeSubclip);
+    Cue cue(2, L"upper");
+    cue.setChannel(first->getId(1));
+    first->addCue(cue);
+    const EditModifier copy = copyOf(first, 1, 4, kLogTypeSubclip);
+    ASSERT_EQ(copy->getCues().getNumCuePoints(), 1u);
+    EXPECT_FALSE(copy->getCues().getCuePoint(0).getChannel().valid());
+}
+
 TEST_F(RangeCopy, theMarksOfSelectedChannelsCount) {
     const EditModifier reel = makeReel();
     EditModule module = marked(reel, 0, 1);
@@ -185,6 +212,8 @@ TEST_F(RangeCopy, cuesThatAPersonPlacedMoveAlong) {
                         {1.5, kNoTime, user | kCueTransient, kNoTime},
                         {1 - 1e-6 / 2, kNoTime, user, -1e-6 / 2},
                         {3 + 1e-6 / 2, kNoTime, user, 2 + 1e-6 / 2},
+                        {1 - 1e-6, kNoTime, user, -1e-6},
+                        {3 + 1e-6, kNoTime, user, 2 + 1e-6},
                         {1 - 1e-5, kNoTime, user, kNoTime},
                         {3 + 1e-5, kNoTime, user, kNoTime}};
     for (const Row& row : rows) {
