@@ -36,10 +36,12 @@ CookieVec missingFrom(const std::vector<Cookie>& others, const std::vector<Cooki
 
 AssetAssociationGroup::eType readType(const JSON::Element& from,
                                       cutroom::DescriptionReader& reader) {
-    const std::string text = from.getString(kType, kUser);
-    if (text == kVersions)
+    const auto member = from.find(kType);
+    if (!member)
+        return AssetAssociationGroup::kUserGroup;
+    if (member->isString() && member->text() == kVersions)
         return AssetAssociationGroup::kVersionsGroup;
-    if (text != kUser)
+    if (!member->isString() || member->text() != kUser)
         reader.fail(kType, "is neither \"User\" nor \"Versions\"");
     return AssetAssociationGroup::kUserGroup;
 }
@@ -153,6 +155,8 @@ cutroom::Status AssetAssociationGroup::take(const JSON::Element& from, const std
     identity.modified = reader.seconds(kModified);
     const eType type = readType(from, reader);
     std::vector<Cookie> members = readMembers(reader);
+    if (identity.id.type() != 'G')
+        reader.fail(kId, "is no group's cookie");
     if (!reader.status())
         return reader.status();
 

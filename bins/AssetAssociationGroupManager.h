@@ -24,9 +24,9 @@ public:
     createGroup(const LightweightString<wchar_t>& name, const std::vector<Cookie>& constituents,
                 AssetAssociationGroup::eType type = AssetAssociationGroup::kUserGroup,
                 const Cookie& id = {});
-    // Registers a group with its cookie, to be saved with the next flush; false, and nothing
-    // happens, when one with that cookie is known already or the cookie is not of kind 'G'. Tells
-    // nothing.
+    // Registers a group with its cookie, also one that was removed, to be saved with the next
+    // flush; false, and nothing happens, when one with that cookie is known already or the cookie
+    // is not of kind 'G'. Tells nothing.
     bool addGroup(const Kv::Ptr<AssetAssociationGroup>& group);
 
     // Empty when unknown.

@@ -52,7 +52,7 @@ Status DescribedContainer::checkIdentity(const Identity& identity, const std::st
 
 bool DescribedContainer::join(DescribedContainerManager& manager) {
     const Change lock(*this);
-    if (membership_ != Membership::none ||
+    if (membership_ == Membership::managed ||
         !manager.insert(Kv::Ptr<DescribedContainer>(this), keys()))
         return false;
     membership_ = Membership::managed;

@@ -31,8 +31,8 @@ public:
     // Puts the description's file into a group; on failure nothing is put there.
     Status stage(GroupCommit& group) override;
     // Writes the description's file alone, crash-safely. All well without an open project: nothing
-    // is written, and it stays dirty. `wrongUsage` when it has left its manager. Not to be called
-    // under a container's lock.
+    // is written, and it stays dirty. `wrongUsage` when it has left its manager, or another one of
+    // the manager has its cookie. Not to be called under a container's lock.
     Status save() override;
 
 protected:
@@ -65,7 +65,7 @@ private:
 
     enum class Membership { none, managed, left };
 
-    // Enter and leave the manager; false when it has one, has left it, or its cookie is taken.
+    // Enter and leave the manager, also again; false when it has one or its cookie is taken.
     bool join(DescribedContainerManager& manager);
     void leave(DescribedContainerManager& manager);
     bool hasLeft() const;

@@ -106,6 +106,8 @@ std::vector<DescribedContainerManager::ContainerPtr> DescribedContainerManager::
 }
 
 Status DescribedContainerManager::saveDirty() {
+    if (anyDirty())
+        catchUp(); // what was made without a project is none of this one's
     {
         const CriticalSection::Lock whole(filesLock_);
         const std::vector<ContainerPtr> dirty = dirtyOnes();
@@ -118,9 +120,6 @@ Status DescribedContainerManager::saveDirty() {
             return {};
         if (Status written = writeAll(dirty, removals); !written)
             return written;
-        const CriticalSection::Lock lock(mapsLock_);
-        for (const Cookie& id : removals)
-            removals_.erase(id);
     }
     issueNotification(Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec()));
     return {};
@@ -134,6 +133,8 @@ Status DescribedContainerManager::saveOne(DescribedContainer& container) {
                 "is no longer in the project"};
     if (!takes(container.getID()))
         return {StatusCode::wrongUsage, container.getID().asString(), "has no cookie of its kind"};
+    if (const ContainerPtr known = find(container.getID()); known && known.get() != &container)
+        return {StatusCode::wrongUsage, container.getID().asString(), "is another one's cookie"};
     if (!CurrentProject::isOpen())
         return {};
     return writeAll({ContainerPtr(&container)}, {});
@@ -146,11 +147,13 @@ Status DescribedContainerManager::writeAll(const std::vector<ContainerPtr>& cont
         return writable;
     GroupCommit group(CurrentProject::getFolder());
     std::vector<std::uint64_t> counts;
+    std::set<Cookie> written;
     for (const Cookie& id : removals)
         if (Status removed = group.remove(descriptions_.name(id)); !removed)
             return removed;
     for (const ContainerPtr& container : containers) {
         counts.push_back(container->changeCount());
+        written.insert(container->getID());
         if (Status staged = container->stage(group); !staged)
             return staged;
     }
@@ -158,7 +161,21 @@ Status DescribedContainerManager::writeAll(const std::vector<ContainerPtr>& cont
         return committed;
     for (std::size_t i = 0; i < containers.size(); ++i)
         containers[i]->setSaved(counts[i]);
+    settleRemovals(removals, written);
     return {};
+}
+
+// A file that was written goes nevertheless when its container has gone again meanwhile; what came
+// back and is there keeps it.
+void DescribedContainerManager::settleRemovals(const CookieVec& removed,
+                                               const std::set<Cookie>& written) {
+    const CriticalSection::Lock lock(mapsLock_);
+    for (const Cookie& id : removed)
+        if (written.count(id) == 0)
+            removals_.erase(id);
+    for (const Cookie& id : written)
+        if (entries_.count(id) != 0)
+            removals_.erase(id);
 }
 
 // --- removing ------------------------------------------------------------------------------------

@@ -60,7 +60,7 @@ protected:
     // Called by heirs' destructors: no container belongs to the manager any longer.
     void letGo() noexcept;
     // Puts a container under management; false when its cookie is taken or not of the kind, or it
-    // was managed before.
+    // is managed already.
     bool enter(const ContainerPtr& container);
     ContainerPtr find(const Cookie& id) const;
     // In the order of the cookies.
@@ -103,6 +103,8 @@ private:
     std::vector<ContainerPtr> held() const; // all that there are now
     std::vector<ContainerPtr> dirtyOnes() const;
     Status writeAll(const std::vector<ContainerPtr>& containers, const CookieVec& removals);
+    // Forgets the removals that a save has done, or that are none any longer.
+    void settleRemovals(const CookieVec& removed, const std::set<Cookie>& written);
     Status removeFiles(const std::vector<ContainerPtr>& containers);
     // `readFiles`, without the lock: for a project that nobody works on yet.
     Result<std::vector<ContainerPtr>> readUnknown();

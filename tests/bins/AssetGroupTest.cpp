@@ -55,6 +55,8 @@ TEST_F(AssetGroupTest, RefusesWhatIsNoDescription) {
     const std::pair<std::string, const char*> rows[] = {
         {"7", "no JSON object"},
         {"{}", "\"ID\" is missing"},
+        {R"({"ID":"E0000000000001"})", "no group's cookie"},
+        {with(R"("Type":7)"), "\"Type\" is neither"},
         {with(R"("Type":"user")"), "\"Type\" is neither"},
         {with(R"("Name":{})"), "\"Name\" is no text"},
         {with(R"("Created":1.5)"), "\"Created\" is no time"},
@@ -157,6 +159,28 @@ TEST_F(AssetGroupTest, CreatingRecordsACreationAndAddingTellsNothing) {
     EXPECT_EQ(manager().getGroups().size(), 2u);
     EXPECT_EQ(told_.size(), 1u);
     EXPECT_EQ(manager().removeGroup(same, "").code(), StatusCode::notFound);
+    EXPECT_EQ(same->save().code(), StatusCode::wrongUsage); // would write over the other's file
+
+    ASSERT_TRUE(manager().removeGroup(added, "").ok());
+    EXPECT_TRUE(manager().addGroup(added)); // comes back
+    EXPECT_EQ(manager().findGroupsContainingAsset(kB, true).size(), 1u);
+    added->setName(L"again");
+    ASSERT_TRUE(manager().flushChanges().ok());
+    EXPECT_EQ(contentOf(file(added->getID().id())), textOf(*added));
+}
+
+TEST_F(AssetGroupTest, AGroupThatComesBackBeforeTheFlushKeepsItsFile) {
+    for (const bool flush : {false, true}) {
+        make(1, {kA}, Group::kVersionsGroup);
+        ASSERT_TRUE(manager().flushChanges().ok());
+        manager().handleLogsDeletion({kA}, "");
+        ASSERT_FALSE(manager().isManaged(Cookie('G', 1)));
+        const auto again = make(1, {kB});
+        ASSERT_TRUE((flush ? manager().flushChanges() : again->save()).ok());
+        ASSERT_TRUE(manager().flushChanges().ok());
+        EXPECT_EQ(contentOf(file(1)), textOf(*again));
+        ASSERT_TRUE(manager().removeGroup(again, "").ok());
+    }
 }
 
 TEST_F(AssetGroupTest, ChangedGroupsAreThereWhenTheProjectOpensAgain) {
