@@ -37,10 +37,11 @@ public:
 
     // Copies the outside file (the first location at which there is one) into the project's local
     // storage under its own name, numbered where that is taken, puts the copy before the other
-    // locations and takes its size. All well, and nothing happens, when the first location is such
-    // a copy already. `notFound` when no location leads to a file, `wrongUsage` for a document that
-    // is not in an open project; on failure the document is as it was. Not to be called under a
-    // container's lock; the document's own is not held while the file is copied.
+    // locations and takes its size. Pipes and devices are no files. All well, and nothing happens,
+    // when the first location is such a copy already. `notFound` when no location leads to a file,
+    // `wrongUsage` for a document that is not in an open project; on failure the document is as it
+    // was. Not to be called under a container's lock; the document's own is not held while the file
+    // is copied.
     cutroom::Status localise();
 
     // --- the description (docs/formats/document.md) --------------------------------------------

@@ -7,8 +7,9 @@
 
 // Registered with the document manager from its construction on. Told on the thread that changes
 // the document, under the document's lock as a writer: it may read, and must not change a document
-// or wait for a thread that does. Where documents change on other threads, heirs call
-// `stopListening` in their destructors.
+// or wait for a thread that does. Where documents change on other threads, heirs are constructed
+// with the invalid cookie, are given the document when they are complete, and call `stopListening`
+// in their destructors.
 class CUTROOM_API DocumentListener {
 public:
     // The invalid cookie: told nothing until a document is set.

@@ -9,6 +9,8 @@
 #include "platform/project/CurrentProject.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 using cutroom::iFileSystem;
 using cutroom::OpenMode;
@@ -32,7 +34,7 @@ Status writeBlock(iFileSystem& files, iFileSystem::Handle to, const char* data, 
     return {};
 }
 
-// The file is copied at the length that it had: one that grows meanwhile, or a device, ends.
+// The file is copied at the length that it had: one that grows meanwhile ends.
 Status copyBytes(iFileSystem& files, const std::string& source, iFileSystem::Handle from,
                  iFileSystem::Handle to, std::uint64_t bytes) {
     std::vector<char> block(static_cast<std::size_t>(std::min<std::uint64_t>(kBlock, bytes)));
@@ -121,13 +123,19 @@ struct Source {
     std::uint64_t bytes = 0;
 };
 
+// Opening a pipe may wait for ever, and a device has no content to keep.
+bool isPipeOrDevice(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::is_other(std::filesystem::status(path, ignored));
+}
+
 Result<Source> findSource(const Document& document) {
     for (const auto& location : document.getLocations()) {
         const auto path = cutroom::narrowPath(location);
         if (!path)
             continue;
         const auto info = cutroom::fileSystem().stat(*path);
-        if (info && !info->folder)
+        if (info && !info->folder && !isPipeOrDevice(*path))
             return Source{*path, info->size};
     }
     const std::string first = cutroom::toUtf8(document.getFileName());
@@ -178,6 +186,7 @@ Status DocumentManager::takeCopy(Document& document, const std::string& copy, st
         return {StatusCode::wrongUsage, document.getID().asString(), "is no longer in the project"};
     const ContainerModifier<Document> batch(Kv::Ptr<Document>(&document), "localise");
     auto locations = document.getLocations();
+    std::erase(locations, cutroom::toWide(copy)); // an earlier copy of that name had gone
     locations.insert(locations.begin(), cutroom::toWide(copy));
     document.setLocations(locations);
     document.setSize(bytes);

@@ -206,7 +206,10 @@ LightweightString<wchar_t> DocumentManager::getLocalLocation(const Cookie& id) c
 bool DocumentManager::isLocal(const Cookie& id) const {
     const Kv::Ptr<Document> document = getDocument(id);
     const auto local = getLocalLocation(id);
-    return document && !local.empty() && document->getFileName().starts_with(local + L"/");
+    if (!document || local.empty())
+        return false;
+    const auto file = document->getFileName();
+    return file.starts_with(local + L"/") && (file + L"/").find(L"/../", local.size()) == file.npos;
 }
 
 LightweightString<wchar_t> DocumentManager::getCacheLocation() const { return below(kCacheFolder); }

@@ -47,10 +47,11 @@ public:
     Kv::Ptr<Document> findDocumentReferringToFile(const LightweightString<wchar_t>& file) const;
 
     // --- going ---------------------------------------------------------------------------------
-    // Takes documents out of the project, removes descriptions, local copies and caches as one
-    // group (each description stays as ".bak"), and tells one notice naming all that went. Outside
-    // files stay. Unknown cookies are skipped; `notFound` when none is known. On failure all stay.
-    // Not to be called under a container's lock.
+    // Takes documents out of the project, removes descriptions and local copies as one group (each
+    // stays as ".bak") and then the caches, and tells one notice naming all that went. Outside
+    // files stay. What of a cache cannot be removed is logged. Unknown cookies are skipped;
+    // `notFound` when none is known. On failure all stay. Not to be called under a container's
+    // lock.
     cutroom::Status destroy(const Cookie& id, const LightweightString<char>& reason);
     cutroom::Status destroy(const CookieVec& ids, const LightweightString<char>& reason);
 

@@ -4,6 +4,7 @@
 #include "tests/bins/DescribedFixture.h"
 
 #include <fstream>
+#include <sys/stat.h>
 #include <thread>
 
 using namespace cutroom::test;
@@ -187,6 +188,17 @@ TEST_F(DocumentManagerTest, WhoHearsOfAProjectFirstFindsItsDocuments) {
     EXPECT_THAT(told_, ElementsAre("saved", "reset"));
 }
 
+TEST_F(DocumentManagerTest, WhatWasMadeWithoutAProjectGetsIntoNone) {
+    const auto entered = CurrentProject::addListener(
+        makeCallback<NotifyMsg>([&](const NotifyMsg&) { EXPECT_TRUE(manager().saveAll().ok()); }),
+        CurrentProject::enteredMsgType()); // before the manager hears of it
+    ASSERT_TRUE(project_.close().ok());
+    ASSERT_TRUE(make(kOne)->isDirty());
+    open();
+    EXPECT_FALSE(manager().exists(kOne));
+    EXPECT_FALSE(cutroom::fileExists(file(kOne)));
+}
+
 TEST_F(DocumentManagerTest, DamagedFilesAreNamedAndNeverWrittenOver) {
     make(kTwo, L"two");
     ASSERT_TRUE(manager().saveAll().ok());
@@ -354,7 +366,10 @@ TEST_F(DocumentManagerTest, LocalisingCopiesTheFileAndPutsTheCopyFirst) {
     const std::string source = outside("a.b.txt", "content");
     const auto one = make(kOne);
     EXPECT_EQ(one->localise().code(), StatusCode::notFound);
-    one->setLocations({L"/not/there", cutroom::toWide(folder_.path()), cutroom::toWide(source)});
+    const std::string pipe = folder_ / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0); // would be waited for
+    one->setLocations(
+        {cutroom::toWide(pipe), cutroom::toWide(folder_.path()), cutroom::toWide(source)});
     listen(manager());
     ASSERT_TRUE(one->localise().ok());
     EXPECT_THAT(told_, ElementsAre("changed D1 32/15 'localise'"));
@@ -366,7 +381,12 @@ TEST_F(DocumentManagerTest, LocalisingCopiesTheFileAndPutsTheCopyFirst) {
     EXPECT_EQ(contentOf(cutroom::toUtf8(copy)), "content");
     ASSERT_TRUE(one->localise().ok()); // is there already
     EXPECT_EQ(told_.size(), 1u);
+    ASSERT_TRUE(cutroom::removeFile(cutroom::toUtf8(copy)).ok());
+    ASSERT_TRUE(one->localise().ok()); // is there again, and named once
+    EXPECT_EQ(one->getLocations().size(), 4u);
 
+    one->setLocations({manager().getLocalLocation(kOne) + L"/../../a.b.txt"});
+    EXPECT_FALSE(manager().isLocal(kOne));
     one->setLocations({cutroom::toWide(source)});
     EXPECT_FALSE(manager().isLocal(kOne));
     ASSERT_TRUE(one->localise().ok());
@@ -424,6 +444,7 @@ TEST_F(DocumentManagerTest, EachFailingOperationOfALocalisationLeavesTheDocument
             EXPECT_EQ(one->getLocations().size(), status.ok() ? 2u : 1u) << at;
             EXPECT_EQ(one->getSize(), status.ok() ? 1500000u : 1u) << at;
             EXPECT_EQ(manager().isLocal(kOne), status.ok()) << at;
+            EXPECT_EQ(localCopies(kOne).size(), status.ok() ? 1u : 0u) << at; // no litter
             if (!status.ok())
                 return;
             EXPECT_EQ(contentOf(cutroom::toUtf8(one->getFileName())).size(), 1500000u) << at;
