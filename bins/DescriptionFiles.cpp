@@ -8,11 +8,19 @@ namespace cutroom {
 
 namespace {
 
-constexpr std::uint64_t kMaxValues = 1'000'000;
+// More than a description can hold as it is written, each value on a line of more than 8 bytes.
+constexpr std::uint64_t kMaxValues = DescriptionFiles::kMaxBytes / 8;
 
 std::string pathOf(const std::string& name) { return joinPath(CurrentProject::getFolder(), name); }
 
 } // namespace
+
+JSON::ReadOptions DescriptionFiles::readOptions() {
+    JSON::ReadOptions options;
+    options.maxBytes = kMaxBytes;
+    options.maxElements = kMaxValues;
+    return options;
+}
 
 std::string DescriptionFiles::name(const Cookie& id) const {
     return folder_ + "/" + id.asString() + "." + extension_;
@@ -37,10 +45,7 @@ Result<CookieVec> DescriptionFiles::list(const std::function<bool(const Cookie&)
 
 Status DescriptionFiles::read(const Cookie& id, const Reader& reader) {
     const std::string path = pathOf(name(id));
-    JSON::ReadOptions options;
-    options.maxBytes = kMaxBytes;
-    options.maxElements = kMaxValues;
-    const auto element = JSON::Element::load(path, options);
+    const auto element = JSON::Element::load(path, readOptions());
     const Status status = element ? reader(**element, path) : element.status();
     if (!status) {
         noteDamage(name(id), status);

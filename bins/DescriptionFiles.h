@@ -27,6 +27,9 @@ public:
     // The longest description in bytes; a longer one is neither read nor written.
     static constexpr std::uint64_t kMaxBytes = std::uint64_t{16} << 20;
 
+    // What a description may hold at most: for everybody who reads one.
+    static JSON::ReadOptions readOptions();
+
     // Takes one description; its failure makes the file a damaged one.
     using Reader = std::function<Status(const JSON::Element& description, const std::string& file)>;
 

@@ -2,6 +2,7 @@
 
 #include "bins/AssetAssociationGroup.h"
 #include "bins/BinManager.h"
+#include "bins/DescriptionFiles.h"
 #include "bins/Document.h"
 #include "bins/DocumentManager.h"
 #include "cli/Command.h"
@@ -29,7 +30,7 @@ struct Kind {
 Status readBin(const Cookie& id, const std::string&) { return BinData().load(id); }
 
 template <class Container> Status readDescription(const Cookie& id, const std::string& path) {
-    const auto description = JSON::Element::load(path);
+    const auto description = JSON::Element::load(path, DescriptionFiles::readOptions());
     if (!description)
         return description.status();
     Container container;
