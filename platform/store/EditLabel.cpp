@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 LightweightString<char> LabelPoint::removePadding() const {
     return LightweightString<char>(cutroom::trim(text_));
@@ -55,18 +56,31 @@ std::optional<std::int64_t> parseFeet(std::string_view text) {
     return *feet * kFramesPerFoot + (*feet < 0 ? -*frames : *frames);
 }
 
+// Numbers come from files, so any may stand there.
+std::int64_t plus(std::int64_t number, std::int64_t frames) noexcept {
+    std::int64_t sum = 0;
+    if (!__builtin_add_overflow(number, frames, &sum))
+        return sum;
+    return frames < 0 ? std::numeric_limits<std::int64_t>::min()
+                      : std::numeric_limits<std::int64_t>::max();
+}
+
 } // namespace
+
+std::int64_t EditLabel::get_abs_posn(std::int64_t offset) const noexcept {
+    return plus(start_, offset);
+}
 
 LabelPoint EditLabel::pointAt(double seconds) const {
     if (!is_valid() || !cutroom::isStorableTime(seconds))
         return LabelPoint({});
     const auto frame = format_.rate.flicksToFrameFloor(cutroom::toFlicks(seconds));
-    return LabelPoint(padded(labelText(type_, start_ + frame, format_)));
+    return LabelPoint(padded(labelText(type_, plus(start_, frame), format_)));
 }
 
 void EditLabel::adjustByTime(double seconds) noexcept {
     if (is_valid() && cutroom::isStorableTime(seconds))
-        start_ += format_.rate.flicksToFrameNearest(cutroom::toFlicks(seconds));
+        start_ = plus(start_, format_.rate.flicksToFrameNearest(cutroom::toFlicks(seconds)));
 }
 
 std::optional<double> EditLabel::timeOf(const LightweightString<char>& text) const {
@@ -79,9 +93,10 @@ std::optional<double> EditLabel::timeOf(const LightweightString<char>& text) con
         frame = cutroom::parseInt(text);
     else
         frame = parseFeet(text);
-    if (!frame)
+    std::int64_t fromStart = 0;
+    if (!frame || __builtin_sub_overflow(*frame, start_, &fromStart))
         return std::nullopt;
-    return cutroom::toSeconds(format_.rate.frameToFlicks(*frame - start_));
+    return cutroom::toSeconds(format_.rate.frameToFlicks(fromStart));
 }
 
 double mPosn_Xlate(std::int64_t position, const EditLabel& label, int unit, const Edit&) {

@@ -41,8 +41,8 @@ public:
     eLabelType type() const noexcept { return type_; }
     MediumRoll get_MediumRoll() const noexcept { return mediumRoll_; }
     const cutroom::TimecodeFormat& format() const noexcept { return format_; }
-    // The absolute position in frames, `offset` frames on.
-    std::int64_t get_abs_posn(std::int64_t offset = 0) const noexcept { return start_ + offset; }
+    // The absolute position in frames, `offset` frames on; held within 64 bits.
+    std::int64_t get_abs_posn(std::int64_t offset = 0) const noexcept;
     void set_abs_posn(std::int64_t frame) noexcept { start_ = frame; }
     // The label's number at `seconds` of the edit (the frame that holds it).
     LabelPoint pointAt(double seconds) const;

@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 using cutroom::TimecodeFormat;
@@ -72,6 +74,13 @@ TEST(EditLabel, MovesByWholeFramesAndRefusesForeignNumbers) {
     EXPECT_FALSE(EditLabel().is_valid());
     EXPECT_EQ(EditLabel().pointAt(1).asString(), "");
     EXPECT_EQ(label.pointAt(kNoTime).asString(), "");
+    constexpr auto kLast = std::numeric_limits<std::int64_t>::max();
+    label.set_abs_posn(kLast);
+    label.adjustByTime(1);
+    EXPECT_EQ(label.get_abs_posn(1), kLast);
+    EXPECT_EQ(label.pointAt(1).asString(), label.pointAt(0).asString());
+    label.set_abs_posn(-kLast - 1);
+    EXPECT_FALSE(label.timeOf("00:00:00:00"));
 }
 
 TEST(ChannelGroups, AChannelIsInOneGroupAndGroupsOfOneGo) {
