@@ -16,7 +16,6 @@
 #include "platform/base/LogType.h"
 #include "platform/store/EditManager.h"
 
-#include <atomic>
 #include <map>
 #include <memory>
 #include <set>
@@ -59,8 +58,8 @@ public:
     explicit BinData(const CookieVec& assets);
     // A copy under a fresh cookie: two bins never share a file.
     BinData(const BinData& other);
-    // Takes over everything but the cookie. Tells 768 and, when it differs, the name and the
-    // external id.
+    // Takes over everything but the cookie and the times. Tells 768 and, when it differs, the name
+    // and the external id.
     BinData& operator=(const BinData& other);
     ~BinData() override;
 
@@ -96,10 +95,51 @@ public:
     // form holds for no assets.
     bool contains(const Cookie& asset, bool nested = false) const;
     bool contains(const CookieVec& assets, bool nested = false) const;
-    // All items are there. A plain bin always is; heirs may still be filling.
-    virtual bool isComplete() const;
 
-    // --- adding (neither checks what the bin accepts) --------------------------------------------
+    // --- the file (docs/formats/bin.md) ----------------------------------------------------------
+    // Reads a file in place of name, items, presentation and times: by its name, that of a cookie,
+    // the bin's own. Items of documents and edits that are no longer there are left out, and so is
+    // every later item of one asset. A file that cannot be read leaves everything but `valid` as it
+    // was. Not dirty afterwards; nothing is told. The failure is given too.
+    cutroom::Status load(const LightweightString<wchar_t>& fileName);
+    virtual cutroom::Status load(const Cookie& id);
+    cutroom::Status load();
+    // Writes the bin's own file crash-safely, then it is no longer dirty; on failure it is as
+    // before. A damaged file in its place is first moved to "<name>.damaged"; one that cannot be
+    // looked at, or is of a later version, is left alone: the save fails. What the file holds
+    // beyond what is known here is kept.
+    cutroom::Status save() override;
+    // Writes the bin's content into the file of another cookie; the bin stays as it is.
+    cutroom::Status save(const Cookie& id);
+    // A file and what is to stand in it.
+    struct FileImage {
+        std::string path;
+        std::string bytes;
+    };
+    // What `save` would write now, for a group commit (a damaged file is moved aside here); the bin
+    // counts as saved. Whoever fails to write it calls `setDirty(true)`.
+    cutroom::Result<FileImage> takeForSaving();
+
+    // --- what the bin accepts ------------------------------------------------------------------
+    // As edits and logs are, whatever their kind.
+    virtual bool canAccomodate(eLogType type) const;
+    // False for no edit.
+    virtual bool canAccomodate(const EditPtr& edit) const;
+    // Of an acceptable type, and neither the bin itself nor a bin that it lies in.
+    virtual bool canAccomodate(const Cookie& asset) const;
+    // 'D' and 'E' always, 'G' and 'M' when nested bins are allowed, nothing else.
+    virtual bool canAccomodate(CookieType type) const;
+    // The start-up configuration "nested_bins" (not 0), else the preference "Behaviour : Nested
+    // bins".
+    static bool allowNestedBins();
+
+    // --- order -----------------------------------------------------------------------------------
+    // Puts the items in the order of a column and tells 2048. `take` and `numMarkers` by their
+    // leading number; all others as text: numbers by their value and before other text, that by
+    // lower-cased characters. Ties keep their order, descending too.
+    virtual void sort(const LogAttribute& attribute, bool ascending);
+
+    // --- adding: items and cookies whether the bin accepts them or not ---------------------------
     // Appends, whether the bin holds the asset or not. Tells 256.
     void add(const BinItem& item);
     // The same, with an item at time 0.
@@ -130,6 +170,15 @@ public:
     bool remove(const CookieVec& assets);
     void clear();
 
+    // --- values of items -----------------------------------------------------------------------
+    using ContainerBase::getAttribute;
+    // The text of one column for one item, from the open edit, the project database, the document
+    // or the bin's summary: places in the edit as its timecode (marks are the item's own), the
+    // duration in seconds, dates as seconds since 1970. Empty for what is not known, and past the
+    // end.
+    virtual LightweightString<wchar_t> getAttribute(unsigned index,
+                                                    const LogAttribute& attribute) const;
+
     // --- tags: what is selected; tells 1024 with the assets whose tag changed --------------------
     bool isTagged(const Cookie& asset) const;
     bool isTagged(const IdStamp& item) const;
@@ -145,18 +194,6 @@ public:
     bool resetSelections();
     // A new bin with copies of the tagged items.
     virtual Kv::Ptr<BinData> getSelectedItems() const;
-
-    // --- what the bin accepts ------------------------------------------------------------------
-    // 'D' and 'E' always, 'G' and 'M' when nested bins are allowed, nothing else.
-    virtual bool canAccomodate(CookieType type) const;
-    virtual bool canAccomodate(eLogType type) const;
-    // Of an acceptable type, and neither the bin itself nor a bin that it lies in.
-    virtual bool canAccomodate(const Cookie& asset) const;
-    // False for no edit.
-    virtual bool canAccomodate(const EditPtr& edit) const;
-    // The start-up configuration "nested_bins" (not 0), else the preference "Behaviour : Nested
-    // bins".
-    static bool allowNestedBins();
 
     // --- presentation --------------------------------------------------------------------------
     eGalleryViews::eGalleryView getViewType() const;
@@ -177,69 +214,37 @@ public:
     void setPermanent(bool on); // tells 64
     eVersion getVersion() const;
     unsigned getCaps() const;
+
+    // --- its file's place, its columns, what its items open --------------------------------------
+    // The path of the bin's file; empty without a project.
+    virtual LightweightString<wchar_t> getLocation() const;
     // Columns of the table view; saved by nobody. No columns: the default ones again.
     virtual std::vector<LogAttribute> getTableColumns() const;
     virtual void setDefaultTableColumns(const std::vector<LogAttribute>& columns);
     // Name, start, end, duration, tracks, type, date of modification.
     static const std::vector<LogAttribute>& defaultTableColumns();
-
-    // --- values of items -----------------------------------------------------------------------
-    using ContainerBase::getAttribute;
-    // The text of one column for one item, from the open edit, the project database, the document
-    // or the bin's summary: times as timecode of the edit, the duration too; dates as seconds since
-    // 1970; marks are the item's own. Empty for what is not known, and past the end.
-    virtual LightweightString<wchar_t> getAttribute(unsigned index,
-                                                    const LogAttribute& attribute) const;
-    // Puts the items in the order of a column and tells 2048. `take` and `numMarkers` by their
-    // leading number; all others as text: numbers by their value and before other text, that by
-    // lower-cased characters. Ties keep their order, descending too.
-    virtual void sort(const LogAttribute& attribute, bool ascending);
     // The edit of an item; empty when it is none, cannot be opened, or the index is past the end.
     virtual EditPtr openEdit(unsigned index) const;
     virtual Kv::Ptr<Document> openDocument(unsigned index) const;
-    // The path of the bin's file; empty without a project.
-    virtual LightweightString<wchar_t> getLocation() const;
-
-    // --- the file (docs/formats/bin.md) ----------------------------------------------------------
-    // Reads a file in place of name, items, presentation and times: by its name, that of a cookie,
-    // the bin's own. Items of documents and edits that are no longer there are left out, and so is
-    // every later item of one asset. A file that cannot be read leaves everything but `valid` as it
-    // was. Not dirty afterwards; nothing is told. The failure is given too.
-    cutroom::Status load(const LightweightString<wchar_t>& fileName);
-    virtual cutroom::Status load(const Cookie& id);
-    cutroom::Status load();
-    // Writes the bin's own file crash-safely, then it is no longer dirty; on failure it is as
-    // before. A damaged file in its place is first moved to "<name>.damaged"; one that cannot be
-    // looked at, or is of a later version, is left alone: the save fails. What the file holds
-    // beyond what is known here is kept.
-    cutroom::Status save() override;
-    // Writes the bin's content into the file of another cookie; the bin stays as it is.
-    cutroom::Status save(const Cookie& id);
-    // A file and what is to stand in it.
-    struct FileImage {
-        std::string path;
-        std::string bytes;
-    };
-    // What `save` would write now, for a group commit (a damaged file is moved aside here); the bin
-    // counts as saved. Whoever fails to write it calls `setDirty(true)`.
-    cutroom::Result<FileImage> takeForSaving();
+    // All items are there. A plain bin always is; heirs may still be filling.
+    virtual bool isComplete() const;
 
     // --- told by the managers ------------------------------------------------------------------
+    // Tells changes of items of this bin.
+    virtual void handleModifications(const std::vector<EditManager::Modification>& changes);
     // Takes out every item of the assets; tells 512 with them, and the reason.
     virtual void handleDeletions(const CookieVec& assets, const LightweightString<char>& reason);
     // Pass on what concerns items of this bin: one record of type 128 (the bin itself is not
     // modified) with the assets concerned.
     void handleLogsModified(const std::vector<EditManager::Modification>& changes);
     void handleDocumentsModified(const CookieVec& documents);
-    // Tells changes of items of this bin.
-    virtual void handleModifications(const std::vector<EditManager::Modification>& changes);
 
     // --- as a container of cookies ---------------------------------------------------------------
     LightweightString<wchar_t> getName() const override { return ContainerBase::getName(); }
     Cookie getContainerID() const override { return getID(); }
     // A range where both marks are set.
     LightweightVector<AssetReference> getCookies() const override;
-    bool containsType(CookieType type) const override { return anyItems(type); }
+    bool containsType(CookieType type) const override;
 
 protected:
     // Tells the bin manager first, then the bin's own listeners.
@@ -281,5 +286,6 @@ private:
     const std::unique_ptr<cutroom::BinIndex> index_;
     // Held while the file is written.
     mutable CriticalSection writing_;
-    mutable std::atomic<FileState> fileState_{FileState::unknown};
+    mutable FileState fileState_ CUTROOM_GUARDED_BY(writing_) = FileState::unknown;
+    mutable Cookie fileOf_ CUTROOM_GUARDED_BY(writing_); // the bin whose file that says it of
 };

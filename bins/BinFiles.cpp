@@ -30,9 +30,12 @@ Status BinData::load(const Cookie& id) { return load(fileNameOf(id)); }
 Status BinData::load(const LightweightString<wchar_t>& fileName) {
     Result<BinFile> file = BinFile::read(fileName);
     const Change change(*this);
+    const CriticalSection::Lock whole(writing_);
     const bool own = !fileName.empty() && fileName == fileNameOf(getID());
-    if (own)
+    if (own) {
         fileState_ = FileState::unknown;
+        fileOf_ = getID();
+    }
     contents_.valid = file.ok();
     if (file) {
         setStoredNames(std::move(file->name), std::move(file->externalId));
@@ -58,7 +61,7 @@ Status BinData::write(const Cookie& file, FileImage* image) const {
         return {StatusCode::failed, path, "the project is open for reading only"};
     const bool own = file == getID();
     BinFileWriter writer;
-    if (!own || fileState_ != FileState::plain)
+    if (file != fileOf_ || fileState_ != FileState::plain)
         if (Status ready = writer.replace(path); !ready)
             return ready;
     writer.fill(cutroom::toUtf8(getName()), cutroom::toUtf8(getExternalID()), getCreationTime(),
@@ -67,8 +70,10 @@ Status BinData::write(const Cookie& file, FileImage* image) const {
         *image = {path, writer.bytes()};
     else if (Status saved = writer.save(path); !saved)
         return saved;
-    if (own)
+    if (own) {
         fileState_ = writer.keepsUnknown() ? FileState::withUnknown : FileState::plain;
+        fileOf_ = file;
+    }
     return {};
 }
 

@@ -85,6 +85,10 @@ template <class Test> unsigned BinData::count(const Test& test) const {
 }
 
 unsigned BinData::numItems(CookieType type) const {
+    if (type == kAnyType) {
+        const SharedLock::Read lock(lock_);
+        return static_cast<unsigned>(contents_.items.size());
+    }
     return count([&](const BinItem& item) { return isType(item, type); });
 }
 
@@ -92,6 +96,11 @@ bool BinData::anyItems(CookieType type) const {
     const SharedLock::Read lock(lock_);
     return std::any_of(contents_.items.begin(), contents_.items.end(),
                        [&](const BinItem& item) { return isType(item, type); });
+}
+
+// The letter itself: here the invalid type is one of its own.
+bool BinData::containsType(CookieType type) const {
+    return count([&](const BinItem& item) { return item.getType() == type; }) > 0;
 }
 
 bool BinData::empty() const {

@@ -90,6 +90,8 @@ TEST_F(BinColumnsTest, ShowDocumentsAndBins) {
     const BinData bin(CookieVec{document->getID(), within->getID(), Cookie('E', 9), Cookie()});
     EXPECT_EQ(bin.getAttribute(0, A::name), L"Script");
     EXPECT_EQ(bin.openDocument(0), document);
+    const auto other = DocumentManager::instance().createDocument(L"/papers/Plan.pdf", 'A');
+    EXPECT_EQ(BinData(CookieVec{other->getID()}).openDocument(0), other.getContainer());
     EXPECT_EQ(bin.getAttribute(1, A::name), L"Within");
     EXPECT_EQ(bin.getAttribute(1, A::externalID), L"ext");
     EXPECT_EQ(bin.getAttribute(1, A::cookie), within->getID().asWString());
@@ -239,6 +241,9 @@ TEST_F(BinColumnsTest, AHandleFindsTheManagedBinElseTheResultsOfAFilter) {
         [](const Cookie& id) { return id == Cookie('G', 77) ? found : nullptr; });
     EXPECT_EQ(results.getBin(), found);
     EXPECT_FALSE(BinHandle(Cookie('G', 78)).getBin() || BinHandle().getBin());
+    BinHandle renamed(handle);
+    renamed.initFromString(results.asString());
+    EXPECT_EQ(renamed.getBin(), found);
     cutroom::installFilterResultsResolver(before);
     found.reset();
 }

@@ -129,6 +129,11 @@ TEST_F(BinDataTest, ACopyIsABinOfItsOwn) {
     EXPECT_THAT(told.take(), ElementsAre("32 768"));
     bin->clear();
     EXPECT_EQ(show(copy), "1 2");
+    const Kv::Ptr<BinData> larger = binOf(30); // with a table of its items
+    for (int i = 0; i < 12; ++i)
+        EXPECT_EQ(larger->findIndex(edit(30)), 29);
+    *larger = other;
+    EXPECT_EQ(larger->findIndex(edit(30)), -1);
 }
 
 TEST_F(BinDataTest, LooksItemsUpByAssetAndIdentity) {
@@ -149,7 +154,8 @@ TEST_F(BinDataTest, LooksItemsUpByAssetAndIdentity) {
     EXPECT_FALSE(bin->getItem(32).valid());
     EXPECT_EQ(bin->numItems(), 32u);
     EXPECT_EQ(bin->numItems('D'), 1u);
-    EXPECT_TRUE(bin->anyItems('D') && !bin->anyItems('G'));
+    EXPECT_TRUE(bin->anyItems('D') && !bin->anyItems('G') && bin->anyItems());
+    EXPECT_FALSE(bin->containsType(Cookie::kInvalidType)); // a letter like others
     EXPECT_TRUE(bin->contains(CookieVec{edit(1), document(7)}));
     EXPECT_FALSE(bin->contains(CookieVec{edit(1), document(8)}));
     bin->items()[4].asset = edit(99);

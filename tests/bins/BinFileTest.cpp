@@ -136,6 +136,43 @@ TEST_F(BinFileTest, KeepsWhatALaterVersionWroteAndDropsWhatWasTakenAway) {
     EXPECT_EQ(written.getDouble(0, written.getFieldIndex("Weight")), 2.5);
 }
 
+// The time is the third field whatever its name; a legacy size outweighs the version; what cannot
+// be read is as if it were not there.
+TEST_F(BinFileTest, OfOddFieldsIsReadByPlaceAndName) {
+    constexpr KVContainerFile::ItemField fields[] = {
+        {"Cookie", 'a'}, {"Mark Out", 'f'}, {"When", 'f'}, {"Pos", 'a'}, {"Time", 'f'}, {"", 0}};
+    KVContainerFile::Writer writer(fields);
+    for (const auto& [name, text] : {std::pair("TileSize", "Small"),
+                                     {"Version", "2"},
+                                     {"TileDimensions", "(-7,60)"},
+                                     {"AutoPosition", "yes"},
+                                     {"Size", "(1,2,3)"},
+                                     {"ModTime", "-1"},
+                                     {"View", "table"}})
+        writer.addAttribute(name, text);
+    for (const Cookie& asset : {Cookie('X', 1), Cookie('A', 9), Cookie('E', 1)}) {
+        writer.addItem(asset.asString());
+        writer.setField(1, 6.0);
+        writer.setField(2, 4.0);
+        writer.setField(3, "(124,110)");
+        writer.setField(4, 5.0);
+    }
+    const Kv::Ptr<BinData> bin = binOn(writer.bytes());
+    ASSERT_TRUE(bin->load().ok());
+    EXPECT_EQ(bin->getVersion(), cutroom::kBinVersionPixels);
+    EXPECT_EQ(bin->getTileSize(), Kv::ImageSize::Presets::Small);
+    EXPECT_EQ(bin->getViewType(), eGalleryViews::Image);
+    EXPECT_EQ(bin->getDimensions(), XY<int>());
+    EXPECT_FALSE(bin->getAutoPosition() || bin->getPermanent());
+    ASSERT_EQ(bin->numItems(), 2u); // the document is not there, other kinds are not looked for
+    EXPECT_TRUE(bin->getItem(0).equals(item(Cookie('X', 1), 4, 1e99, 6, {124, 110})));
+    EXPECT_EQ(bin->findIndex(Cookie('E', 1)), 1);
+    EXPECT_TRUE(bin->save().ok());
+    const KVContainerFile::Reader written(fileOf(bin->getID()));
+    EXPECT_FALSE(written.hasAttribute("Created") || written.hasAttribute("ExtID"));
+    EXPECT_EQ(written.getAttribute("ModTime"), "0");
+}
+
 TEST(BinFileText, ReadsPlacesAndSizesUpToWhatIsNoNumber) {
     const float none = -12345;
     const struct {
@@ -284,6 +321,11 @@ TEST_F(BinFileTest, ADamagedFileIsMovedAsideByASave) {
     EXPECT_TRUE(bin->save().ok());
     EXPECT_EQ(file(path + ".damaged"), "junk");
     EXPECT_TRUE(bin->load().ok() && bin->valid());
+    // Another bin's, whose cookie the bin takes once its own file is known to be sound.
+    const Kv::Ptr<BinData> other = binOn("junk");
+    bin->setID(other->getID());
+    EXPECT_TRUE(bin->save().ok());
+    EXPECT_EQ(file(fileOf(bin->getID()) + ".damaged"), "junk");
     // One that nobody has looked at, and one that is staged.
     const Kv::Ptr<BinData> fresh = binOn("junk");
     const auto image = fresh->takeForSaving();
