@@ -100,8 +100,9 @@ Result<BinSummary> readBinSummary(const std::string& path, const Cookie& bin) {
     if (summary.created == 0)
         summary.created = summary.modTime;
     summary.logCount = countLogs(file);
-    if (BinData::allowNestedBins())
-        summary.children = childrenOf(file);
+    // Whether bins may be nested is not known yet when a project is entered: its preferences
+    // follow.
+    summary.children = childrenOf(file);
     return summary;
 }
 

@@ -20,7 +20,8 @@ Result<BinSummaries> readBinsCache(const std::string& path);
 // The whole file for those summaries.
 std::string binsCacheBytes(const BinSummaries& summaries);
 
-// What a bin's file says of it: counts and children as the bin would have them once it is loaded.
+// What a bin's file says of it: the counts as the bin would have them once it is loaded, and the
+// children whether bins may be nested now or not.
 Result<BinSummary> readBinSummary(const std::string& path, const Cookie& bin);
 
 // The bins of the open project.

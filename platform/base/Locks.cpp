@@ -75,6 +75,10 @@ struct HeldLocks {
 
 thread_local constinit HeldLocks heldLocks;
 
+bool isChecked(LockRank rank) noexcept {
+    return rank != LockRank::unranked && rank != LockRank::making;
+}
+
 bool isHeldWhileTelling(LockRank rank) noexcept {
     return rank == LockRank::vobClients || rank == LockRank::notifier;
 }
@@ -87,11 +91,11 @@ bool isContainerInChange(LockRank outer, LockRank inner) noexcept {
 
 // Stops the program when this thread may not wait for the lock.
 void checkRank(const void* lock, LockRank rank) noexcept {
-    if (rank == LockRank::unranked || heldLocks.find(lock))
+    if (!isChecked(rank) || heldLocks.find(lock))
         return;
     for (std::size_t i = 0; i < heldLocks.count; ++i) {
         const LockRank outer = heldLocks.locks[i].rank;
-        if (outer == LockRank::unranked || isHeldWhileTelling(outer) || outer < rank ||
+        if (!isChecked(outer) || isHeldWhileTelling(outer) || outer < rank ||
             isContainerInChange(outer, rank))
             continue;
         std::fprintf(stderr, "lock order: a lock of rank %d is taken under one of rank %d\n",
@@ -103,26 +107,28 @@ void checkRank(const void* lock, LockRank rank) noexcept {
 } // namespace
 
 CUTROOM_NO_THREAD_SAFETY void CriticalSection::lock() {
-    if (kCheckRanks && rank_ != LockRank::unranked)
+    if (kCheckRanks && isChecked(rank_))
         checkRank(this, rank_);
-    // One thread only ever takes the locks of clients, those of several Vobs in any order. The
-    // sanitizer, which does not know, draws no order from a lock that was not waited for.
-    if (!kThreadSanitizer || rank_ != LockRank::vobClients || !mutex_.try_lock())
+    // One thread only ever takes the locks of clients, those of several Vobs in any order; single
+    // objects are made wherever one is first asked for. The sanitizer, which does not know, draws
+    // no order from a lock that was not waited for.
+    const bool anyOrder = rank_ == LockRank::vobClients || rank_ == LockRank::making;
+    if (!kThreadSanitizer || !anyOrder || !mutex_.try_lock())
         mutex_.lock();
-    if (kCheckRanks && rank_ != LockRank::unranked)
+    if (kCheckRanks && isChecked(rank_))
         heldLocks.enter(this, rank_);
 }
 
 CUTROOM_NO_THREAD_SAFETY bool CriticalSection::tryLock() {
     if (!mutex_.try_lock())
         return false;
-    if (kCheckRanks && rank_ != LockRank::unranked)
+    if (kCheckRanks && isChecked(rank_))
         heldLocks.enter(this, rank_);
     return true;
 }
 
 CUTROOM_NO_THREAD_SAFETY void CriticalSection::unlock() {
-    if (kCheckRanks && rank_ != LockRank::unranked)
+    if (kCheckRanks && isChecked(rank_))
         heldLocks.leave(this);
     mutex_.unlock();
 }

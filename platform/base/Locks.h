@@ -21,6 +21,7 @@
 // Ranks of the locks that are ever held together, from the outermost to the innermost. 0: not
 // checked.
 enum class LockRank : int {
+    making = -1, // the making of a single object: not checked, first uses come in any order
     unranked = 0,
     saveAll = 10,     // one whole save of a manager's containers
     change = 15,      // a change of any container, and its telling: one for the whole process

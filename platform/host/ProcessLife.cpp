@@ -47,7 +47,7 @@ void ProcessLife::end() noexcept {
 }
 
 CriticalSection& ProcessLife::making() noexcept {
-    static CriticalSection* const section = new CriticalSection;
+    static CriticalSection* const section = new CriticalSection(LockRank::making);
     return *section;
 }
 
