@@ -56,8 +56,6 @@ void expectSound(const EditPtr& edit) {
 
 class EditOperations : public CopyFixture, public testing::WithParamInterface<int> {
 protected:
-    using Operation = void (EditOperations::*)();
-
     void SetUp() override {
         random_.seed(static_cast<unsigned>(GetParam()));
         edit_ = makeReel();
@@ -65,12 +63,6 @@ protected:
         vob_ = VobManager::instance().createVob(edit_);
         vob_->setStatus(Vob::kStatusRecord);
     }
-    void TearDown() override {
-        vob_.reset();
-        edit_.reset();
-        other_.reset();
-    }
-
     int number(int below) { return static_cast<int>(random_() % static_cast<unsigned>(below)); }
     double time(int most = 120) { return number(most) / 25.0; }
     IdStamp anyChannel(unsigned types = kChanVideo | kChanAudio) {
@@ -78,6 +70,9 @@ protected:
         return channels.empty()
                    ? IdStamp()
                    : channels[static_cast<std::size_t>(number(static_cast<int>(channels.size())))];
+    }
+    std::uint32_t anyPoint(const Cel& cel) {
+        return static_cast<std::uint32_t>(number(static_cast<int>(cel.get_num_events())));
     }
     // Some channels, some range, some time.
     EditModule anyModule(const EditPtr& edit) {
@@ -172,17 +167,14 @@ protected:
         const Kv::Ptr<Cel> cel = edit_->get_edit_cel_p(channel);
         if (!cel || cel->get_num_events() == 0)
             return;
-        const auto point =
-            static_cast<std::uint32_t>(number(static_cast<int>(cel->get_num_events())));
+        const ce_handle point = cel->getHandle(anyPoint(*cel));
         const Cookie effect = EffectTemplateManager::instance().getTemplate(names[number(3)])->id;
         const auto position = static_cast<trans_posn>(number(11));
         const int length = number(30);
         const EditModule module = anyModule(edit_);
-        const auto region =
-            TransitionsEditor::calcRegion(module, cel->getHandle(point), position, length);
-        const Status laid =
-            TransitionsEditor::apply(EditModifier(edit_), module, channel, cel->getHandle(point),
-                                     LastTransition(effect, position, length));
+        const auto region = TransitionsEditor::calcRegion(module, point, position, length);
+        const Status laid = TransitionsEditor::apply(EditModifier(edit_), module, channel, point,
+                                                     LastTransition(effect, position, length));
         EXPECT_EQ(laid.ok(), region.has_value()) << laid.text();
         if (!laid.ok()) {
             EXPECT_EQ(edit_->canonicalContents(), before_);
@@ -194,9 +186,7 @@ protected:
             for (int i = number(3) + 1; i > 0; --i)
                 if (const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(anyChannel()))
                     if (cel->get_num_events() > 1)
-                        (void)cel->trim(static_cast<std::uint32_t>(
-                                            number(static_cast<int>(cel->get_num_events()))),
-                                        number(40'000'000) - 20'000'000);
+                        (void)cel->trim(anyPoint(*cel), number(40'000'000) - 20'000'000);
             return {};
         };
         EXPECT_TRUE(vob_->performEdit(cut, "cut").ok());
@@ -251,34 +241,23 @@ protected:
     }
 
     // One step of the history for each state, which the states are gathered to compare with.
-    void perform(const char* name, Operation operation) {
-        SCOPED_TRACE(name);
-        manager().makeBackup(edit_, name);
+    void performAny() {
+        using Self = EditOperations;
+        static void (Self::*const operations[])() = {
+            &Self::copiesARange,      &Self::flattens,        &Self::makesLogsOfCues,
+            &Self::makesAnEditOfCues, &Self::flattensInPlace, &Self::pairsAndGroups,
+            &Self::laysATransition,   &Self::cutsOffTheFrame, &Self::isLaidOver,
+            &Self::isRebuilt,         &Self::slides,          &Self::isCutAndMarked,
+            &Self::isLaidAnew};
+        const int operation = number(static_cast<int>(std::size(operations)));
+        SCOPED_TRACE(testing::Message() << "operation " << operation);
+        manager().makeBackup(edit_);
         before_ = edit_->canonicalContents();
         if (manager().getHistory(edit_).size() > states_.size())
             states_.push_back(before_);
         ASSERT_EQ(states_.back(), before_);
-        (this->*operation)();
+        (this->*operations[operation])();
         expectSound(edit_);
-    }
-    void performAny() {
-        static const std::pair<const char*, Operation> operations[] = {
-            {"copy a range", &EditOperations::copiesARange},
-            {"flatten", &EditOperations::flattens},
-            {"logs of cues", &EditOperations::makesLogsOfCues},
-            {"edit of cues", &EditOperations::makesAnEditOfCues},
-            {"flatten in place", &EditOperations::flattensInPlace},
-            {"pair and group", &EditOperations::pairsAndGroups},
-            {"transition", &EditOperations::laysATransition},
-            {"off the frame", &EditOperations::cutsOffTheFrame},
-            {"lay over", &EditOperations::isLaidOver},
-            {"rebuild", &EditOperations::isRebuilt},
-            {"slide", &EditOperations::slides},
-            {"cut and mark", &EditOperations::isCutAndMarked},
-            {"lay anew", &EditOperations::isLaidAnew},
-        };
-        const auto& [name, operation] = operations[number(static_cast<int>(std::size(operations)))];
-        perform(name, operation);
     }
     void goBackAndForth() {
         states_.push_back(edit_->canonicalContents());
