@@ -21,11 +21,7 @@ Status saveEdits(const CookieVec& made) {
     edits.reserve(made.size());
     for (const Cookie& cookie : made)
         edits.emplace_back(cookie);
-    const Status saved = EditManager::instance().save(edits);
-    if (saved.ok())
-        return saved;
-    const Status gone = EditManager::instance().discard(made);
-    return gone.ok() ? saved : gone;
+    return EditManager::instance().save(edits);
 }
 
 } // namespace
@@ -55,19 +51,18 @@ Result<Filing> Filing::into(const std::string& bin) {
 Status Filing::keep(const CookieVec& made) {
     if (made.empty())
         return {};
-    if (Status saved = saveEdits(made); !saved)
-        return saved;
-    if (!bin_ && newName_.empty())
-        return {};
-    openBin().add(made);
-    const Status saved = BinManager::instance().saveAll();
-    if (saved.ok()) {
-        fresh_ = false;
-        return saved;
+    auto files = stage(made);
+    Status saved = files.status();
+    if (saved) {
+        const SaveAlongside together(std::move(*files));
+        saved = saveEdits(made);
     }
-    if (const Status gone = takeBack(made); !gone)
-        return gone;
-    const Status gone = EditManager::instance().deleteEdits(made, kReason);
+    const Status settled = settle(saved.ok());
+    if (saved)
+        return settled;
+    const Status gone = EditManager::instance().discard(made);
+    if (!settled)
+        return settled;
     return gone.ok() ? saved : gone;
 }
 

@@ -17,8 +17,8 @@ public:
     // becomes a new bin's, made when there is something to file. Empty: nothing is filed.
     static Result<Filing> into(const std::string& bin);
 
-    // Writes the new edits and logs to the disk as one group, then adds them to the bin and writes
-    // that. On failure neither they nor a new bin stay.
+    // Adds the new edits and logs to the bin and writes them and it as one group. On failure
+    // neither they nor a new bin stay.
     Status keep(const CookieVec& made);
     // The same where the new assets are written by somebody else: adds them to the bin and gives
     // its file, for the group in which they are written. Nothing when nothing is to be filed.
