@@ -111,6 +111,37 @@ protected:
         }
         expectMade(copy);
     }
+    // Every piece of a copy is the piece of the source at its place, filter and all.
+    void copiesWhatLiesThere() {
+        const double from = time();
+        EditModule module(edit_);
+        module.markAllAt(TimeRange(from, from + time(60) + 0.04), true);
+        const EditModifier copy = edcopy_general_copy_range(Cookie(), kLogTypeEdit, L"", module);
+        ASSERT_TRUE(copy);
+        const auto filter = [&](const IdStamp& id) {
+            const auto graph = edit_->getEffectGraph(id);
+            return graph && !graph->isTransition() ? id : IdStamp();
+        };
+        const auto sources = edit_->getChans(kChanVideo | kChanAudio);
+        const auto copies = copy->getChans(kChanVideo | kChanAudio);
+        ASSERT_EQ(copies.size(), sources.size());
+        for (std::size_t chan = 0; chan < copies.size(); ++chan) {
+            const Kv::Ptr<Cel> list = edit_->get_edit_cel_p(sources[chan]);
+            const Kv::Ptr<Cel> copied = copy->get_edit_cel_p(copies[chan]);
+            for (std::uint32_t i = 0; i < copied->numSegments(); ++i) {
+                const CelSegment piece = copied->getSegment(i);
+                const std::int64_t at = list->findSegment(piece.start + toFlicks(from));
+                ASSERT_GE(at, 0);
+                const CelSegment there = list->getSegment(static_cast<std::uint32_t>(at));
+                EXPECT_LE(piece.end + toFlicks(from), there.end);
+                EXPECT_EQ(piece.material, there.material);
+                EXPECT_EQ(piece.stripStart - piece.start - toFlicks(from),
+                          there.stripStart - there.start);
+                EXPECT_EQ(filter(piece.inGraph), filter(there.inGraph));
+            }
+        }
+        expectMade(copy);
+    }
     void flattens() {
         const EditModule module = anyModule(edit_);
         const int layers = module.getNumSelectedChans(kChanVideo, kSubNormal);
@@ -232,23 +263,31 @@ protected:
     }
     // What a run leaves bare is filled again.
     void isLaidAnew() {
-        if (const IdStamp channel = anyChannel(); channel.valid())
-            layPieces(edit_, channel,
-                      {{L"p", number(50) + 1, number(9)},
-                       {L"", number(9) + 1},
-                       {L"q", number(50) + 1, number(9)},
-                       {L"r", number(50) + 1}});
+        const IdStamp channel = anyChannel();
+        if (!channel.valid())
+            return;
+        layPieces(edit_, channel,
+                  {{L"p", number(50) + 1, number(9)},
+                   {L"", number(9) + 1},
+                   {L"q", number(50) + 1, number(9)},
+                   {L"r", number(50) + 1}});
+        EffectGraph filter;
+        filter.kind = "effect";
+        const Kv::Ptr<Cel> cel = edit_->get_edit_cel_p(channel);
+        ChannelEvent point = cel->get_event(0);
+        point.effectGraph = edit_->setEffectGraph(filter);
+        EXPECT_TRUE(cel->setEvent(0, point).ok());
     }
 
     // One step of the history for each state, which the states are gathered to compare with.
     void performAny() {
         using Self = EditOperations;
         static void (Self::*const operations[])() = {
-            &Self::copiesARange,      &Self::flattens,        &Self::makesLogsOfCues,
-            &Self::makesAnEditOfCues, &Self::flattensInPlace, &Self::pairsAndGroups,
-            &Self::laysATransition,   &Self::cutsOffTheFrame, &Self::isLaidOver,
-            &Self::isRebuilt,         &Self::slides,          &Self::isCutAndMarked,
-            &Self::isLaidAnew};
+            &Self::copiesARange,    &Self::copiesWhatLiesThere, &Self::flattens,
+            &Self::makesLogsOfCues, &Self::makesAnEditOfCues,   &Self::flattensInPlace,
+            &Self::pairsAndGroups,  &Self::laysATransition,     &Self::cutsOffTheFrame,
+            &Self::isLaidOver,      &Self::isRebuilt,           &Self::slides,
+            &Self::isCutAndMarked,  &Self::isLaidAnew};
         const int operation = number(static_cast<int>(std::size(operations)));
         SCOPED_TRACE(testing::Message() << "operation " << operation);
         manager().makeBackup(edit_);
