@@ -39,7 +39,8 @@ Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
         if (place)
             return *place;
         return Status(StatusCode::wrongUsage, written,
-                      "no timecode of this edit, which counts like " + edit->getTimecode(0));
+                      "no timecode of this edit, which counts " + edit->getFrameRate().asString() +
+                          " fps from " + edit->getTimecode(0));
     }
     if (text.ends_with('f'))
         if (const auto frames = parseInt(text.substr(0, text.size() - 1)))

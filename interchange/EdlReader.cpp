@@ -66,6 +66,19 @@ Timeline describe(const EdlList& list, const EdlClock& clock, const EdlPlaces& p
     return timeline;
 }
 
+// Why a file without any event is none, by what it seems to be instead.
+const char* whyNoList(std::string_view bytes) {
+    const std::string_view head = bytes.substr(0, 4096);
+    if (head.find("WEBVTT") != head.npos)
+        return "WebVTT subtitles; save them as SubRip and import them with --as-subtitles EDIT";
+    if (head.find(" --> ") != head.npos)
+        return "subtitles, not a timeline; --as-subtitles EDIT lays them on an edit";
+    const auto first = head.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
+    if (first != head.npos && head[first] == '<')
+        return "an XML document; save the timeline as OTIO or as an edit list";
+    return "no line of it is an event of an edit list";
+}
+
 Status refusal(const std::string& file, long line, std::string reason) {
     return Status(StatusCode::damaged, file, std::move(reason), line);
 }
@@ -83,7 +96,7 @@ Result<std::vector<Timeline>> readEdl(std::string_view bytes, const std::string&
     bool latin1 = false;
     const EdlList list = parseEdlLines(edlLines(bytes, &latin1));
     if (list.events.empty() && list.markers.empty())
-        return refusal(file, 0, "no line of it is an event of an edit list");
+        return refusal(file, 0, whyNoList(bytes));
     EdlClock clock;
     std::vector<std::string> warnings = list.warnings;
     if (latin1)

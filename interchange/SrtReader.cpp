@@ -200,7 +200,10 @@ Result<SrtFile> readSrt(std::string_view text, const std::string& file) {
                       firstBadLine(text));
     SrtFile read = Reader(text).read();
     if (read.cues.empty())
-        return Status(StatusCode::damaged, file, "holds no subtitle");
+        return Status(
+            StatusCode::damaged, file,
+            "holds no subtitle; SubRip has a line of two times, 00:00:01,000 --> 00:00:02,000, "
+            "above each");
     return read;
 }
 
