@@ -61,9 +61,11 @@ Status restore(const Cookie& cookie, const Status& damage) {
         note(damage.text() + "; moved to " + *aside);
     }
     const Status restored = EditManager::instance().restoreBackup(cookie);
-    if (restored.ok())
-        note(damage.file() + ": the version before the last one stands again");
-    return restored.ok() ? Status() : damage;
+    if (!restored)
+        return {damage.code(), damage.file(), damage.message() + "; no sound version before it",
+                damage.line()};
+    note(damage.file() + ": the version before the last one stands again");
+    return {};
 }
 
 // A history cannot be made anew; the next change begins another.

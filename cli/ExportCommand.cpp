@@ -112,6 +112,17 @@ Result<IdStamp> subtitleTrack(const EditPtr& edit, const std::string& name) {
                                 : "no such subtitle track; there are " + known);
 }
 
+// The exporter tells only that it failed.
+Status unwritable(const std::string& path) {
+    std::error_code ignored;
+    const auto folder = std::filesystem::path(path).parent_path();
+    if (std::filesystem::is_directory(path, ignored))
+        return {StatusCode::inputOutput, path, "cannot be written: it is a folder"};
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
+        return {StatusCode::inputOutput, path, "cannot be written: its folder does not exist"};
+    return {StatusCode::inputOutput, path, "cannot be written"};
+}
+
 Status writeMarkers(const ExportWords& words, const EditPtr& edit, const std::string& path) {
     std::vector<Cue> cues = edit->getCues().cues();
     if (cues.empty())
@@ -119,7 +130,7 @@ Status writeMarkers(const ExportWords& words, const EditPtr& edit, const std::st
     if (const Status given = giveEnds(cues, words.pointDuration, edit); !given)
         return given;
     if (!AssetMetadataSRTExporter(words.srtClock()).exportToFile(edit, cues, toWide(path)))
-        return {StatusCode::inputOutput, path, "cannot be written"};
+        return unwritable(path);
     if (std::none_of(cues.begin(), cues.end(), [](const Cue& cue) { return cue.hasEnd(); }))
         note("none of the markers has an end, so no subtitle was written; "
              "--point-duration 50 (frames) or next gives them one");
@@ -133,7 +144,7 @@ Status writeTrack(const ExportWords& words, const EditPtr& edit, const std::stri
     if (edit->get_edit_cel_p(*channel)->numSegments() == 0)
         return {StatusCode::failed, words.track, "the track has no subtitles"};
     if (!AssetMetadataSRTExporter::exportToFile(edit, *channel, toWide(path), words.srtClock()))
-        return {StatusCode::inputOutput, path, "cannot be written"};
+        return unwritable(path);
     return {};
 }
 

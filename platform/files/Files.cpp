@@ -110,7 +110,10 @@ Status writeOutput(const std::string& path, std::string_view content) {
         return stream ? Status() : Status(StatusCode::inputOutput, path, "cannot be written");
     }
     const fs::path target = fs::exists(there) ? fs::canonical(path, failure) : fs::path(path);
-    return writeFile(failure ? path : target.string(), content, Backup::none);
+    const Status written = writeFile(failure ? path : target.string(), content, Backup::none);
+    if (written.code() == StatusCode::notFound) // the folder; no named thing is missing
+        return {StatusCode::inputOutput, written.file(), written.message()};
+    return written;
 }
 
 Status removeFile(const std::string& path) {

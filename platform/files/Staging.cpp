@@ -51,7 +51,7 @@ Result<std::string> writeTemporary(iFileSystem& files, const std::string& target
         file = files.open(path, OpenMode::createNew);
     }
     if (!file)
-        return file.status();
+        return Status(file.status().code(), target, file.status().message());
     Status status = writeAll(files, *file, content);
     if (status.ok() && flush == Flush::now)
         status = files.flush(*file);
