@@ -43,8 +43,10 @@ void sayMade(Session& session, const EditModifier& made) {
         text += ' ' + toUtf8(made->getChanDisplayName(channel));
     if (const auto kind = made->getConfig(kCopyKindKey))
         text += ", kind " + *kind;
-    if (const auto parent = made->getConfig(kParentKey))
-        text += ", from \"" + toUtf8(EditPtr(Cookie(*parent))->getName()) + '"';
+    if (const auto parent = made->getConfig(kParentKey)) {
+        const EditPtr source{Cookie(*parent)}; // none when it has been deleted since
+        text += source ? ", from \"" + toUtf8(source->getName()) + '"' : ", from " + *parent;
+    }
     session.say(text);
 }
 
