@@ -5,6 +5,7 @@
 #include "bins/DocumentManager.h"
 #include "platform/base/Strings.h"
 #include "platform/project/ProjDb.h"
+#include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
 #include <algorithm>
@@ -33,12 +34,33 @@ const char* wordFor(unsigned kinds) {
 
 using Visit = std::function<void(const Cookie&, std::string name, AssetKinds)>;
 
+// Names stand as they are now: an edit that is open may have another than its record, or no record
+// until it is saved.
+std::string editName(const Cookie& edit, const std::string& recorded) {
+    if (!EditManager::instance().isOpen(edit))
+        return recorded;
+    const EditPtr open(edit);
+    return open ? toUtf8(open->getName()) : recorded;
+}
+
+void forEachEdit(const Visit& visit) {
+    projdb::forEach({"cookie", "name"}, [&](const std::vector<std::string>& fields) {
+        const Cookie edit(fields[0]);
+        visit(edit, editName(edit, fields[1]), kEdits);
+        return true;
+    });
+    if (!EditManager::instance().anyDirty())
+        return; // every edit has its record
+    const CookieVec all = EditManager::instance().getAllEdits();
+    const std::vector<bool> recorded = projdb::arePresent(all);
+    for (std::size_t i = 0; i < all.size(); ++i)
+        if (!recorded[i])
+            visit(all[i], editName(all[i], {}), kEdits);
+}
+
 void forEachAsset(unsigned kinds, const Visit& visit) {
     if (kinds & kEdits)
-        projdb::forEach({"cookie", "name"}, [&](const std::vector<std::string>& fields) {
-            visit(Cookie(fields[0]), fields[1], kEdits);
-            return true;
-        });
+        forEachEdit(visit);
     if (kinds & kBins) {
         std::map<Cookie, BinSummary> bins;
         BinManager::instance().getAllBins(bins);
@@ -84,7 +106,8 @@ std::string listed(const std::vector<NamedAsset>& candidates, bool withKind) {
 std::optional<NamedAsset> byCookie(const Cookie& cookie, unsigned kinds) {
     if (kinds & kEdits && EditManager::instance().exists(cookie)) {
         const auto record = projdb::find(cookie);
-        return NamedAsset{cookie, record ? record->name() : std::string(), kEdits};
+        return NamedAsset{cookie, editName(cookie, record ? record->name() : std::string()),
+                          kEdits};
     }
     if (kinds & kBins)
         if (const BinSummary summary = BinManager::instance().getSummary(cookie); summary.valid())

@@ -88,10 +88,8 @@ std::string nameOf(const Cookie& cookie) {
     return edit ? toUtf8(edit->getName()) : std::string();
 }
 
-// With what was made, so that a failure can be told in the library's words.
 void build(Row& row, const SyncWords& words, const synchup_params& params) {
     const SyncMatch& match = row.match;
-    setCopyLog("%s", "the shots cannot be joined");
     row.made = words.allChannels ? synchup_general_build_edit(match.sound, match.picture,
                                                               match.offset.seconds, params, true)
                                  : synchup_cookies_by_time(match.sound, match.picture, 0,
