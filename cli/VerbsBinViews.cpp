@@ -5,6 +5,8 @@
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 
+#include <filesystem>
+
 namespace cutroom::cli {
 
 namespace {
@@ -119,6 +121,8 @@ void tell(Session& session, SessionWords& words) {
                        static_cast<int>(bin->getVersion()), bin->getCaps(),
                        bin->valid() ? "" : ", not valid", bin->isComplete() ? "" : ", filling",
                        bin->empty() ? ", empty" : "", bin->isDirty() ? ", to be saved" : ""));
+    const std::filesystem::path file(toUtf8(bin->getLocation()));
+    session.say("  file " + (file.parent_path().filename() / file.filename()).string());
 }
 
 void tellColumn(Session& session, SessionWords& words) {

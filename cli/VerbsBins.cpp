@@ -168,7 +168,7 @@ void openItem(Session& session, SessionWords& words) {
     const EditPtr edit = bin->openEdit(index);
     if (!edit)
         refuse(StatusCode::notFound, bin->getItem(index).asset.asString(), "no edit to open");
-    const auto item = bin->find(bin->getItem(index).asset);
+    const auto item = bin->find(bin->getItem(index).getID());
     session.addViewer(name, VobManager::instance().createVob(edit, item->vobId()));
     session.say(name + ": " + toUtf8(edit->getName()));
 }
