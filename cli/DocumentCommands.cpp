@@ -63,8 +63,10 @@ Status makeOne(const DocumentWords& words, const std::string& file, Made& all) {
     describe(*made, words);
     const Kv::Ptr<Document> document = made.getContainer();
     if (words.localise)
-        if (Status copied = document->localise(); !copied)
-            return copied;
+        if (Status copied = document->localise(); !copied) {
+            const Status destroyed = manager().destroy(document->getID(), "not localised");
+            return destroyed ? copied : destroyed;
+        }
     all.push_back(document);
     return {};
 }
@@ -84,10 +86,18 @@ std::string allMadeText(const Made& all, bool json) {
     return json ? out.take() : text;
 }
 
+Status checkName(const DocumentWords& words) {
+    if (words.name && words.name->empty())
+        return {StatusCode::wrongUsage, *words.name, "a name is UTF-8 text that is not empty"};
+    return {};
+}
+
 // Like an import: each file for itself.
 Status makeAll(const Options& options, const DocumentWords& words) {
     if (words.name && words.documents.size() > 1)
         return {StatusCode::wrongUsage, *words.name, "--name is for a single file"};
+    if (Status named = checkName(words); !named)
+        return named;
     Made made;
     Status worst;
     for (const std::string& file : words.documents)
@@ -115,8 +125,8 @@ Status set(const Options&, const DocumentWords& words) {
         return document.status();
     if (!words.name && !words.description && !words.externalId && words.locations.empty())
         return {StatusCode::wrongUsage, words.documents.front(), "say what to change"};
-    if (words.name && words.name->empty())
-        return {StatusCode::wrongUsage, *words.name, "a name is UTF-8 text that is not empty"};
+    if (Status named = checkName(words); !named)
+        return named;
     LightweightVector<LightweightString<wchar_t>> locations;
     for (const std::string& location : words.locations) {
         const auto path = absolutePath(location);

@@ -94,6 +94,8 @@ void listDocuments(Session& session, SessionWords& words) {
         session.say("  " + toUtf8(document->getName()));
     session.say(format("  %zu of kind D, %zu of kind A", documents().getNumDocuments('D'),
                        documents().getNumDocuments('A')));
+    session.say("  described in " + placeText(session, documents().getStorageLocation()) +
+                ", derived files in " + placeText(session, documents().getCacheLocation()));
 }
 
 void follow(Session& session, SessionWords& words) {
