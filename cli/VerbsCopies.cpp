@@ -45,7 +45,7 @@ void sayMade(Session& session, const EditModifier& made) {
         text += ", kind " + *kind;
     if (const auto parent = made->getConfig(kParentKey)) {
         const EditPtr source{Cookie(*parent)}; // none when it has been deleted since
-        text += source ? ", from \"" + toUtf8(source->getName()) + '"' : ", from " + *parent;
+        text += source ? ", from \"" + toUtf8(source->getName()) + '"' : ", from a deleted edit";
     }
     session.say(text);
 }
