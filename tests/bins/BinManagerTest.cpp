@@ -28,6 +28,7 @@ TEST_F(BinManagerTest, GivesOneObjectForACookieAndNothingForWhatIsNoBin) {
     EXPECT_TRUE(bins().saveAll().ok());
     reopen();
     EXPECT_FALSE(bins().isManaged(id));
+    filesForThreads();
     std::vector<Kv::Ptr<BinData>> found(4);
     std::vector<std::thread> askers;
     for (Kv::Ptr<BinData>& bin : found)

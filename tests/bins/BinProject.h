@@ -54,6 +54,8 @@ protected:
         end();
         open(access);
     }
+    // For several threads: the files that fail are for one.
+    static void filesForThreads() { installFileSystem(nullptr); }
     static BinManager& bins() { return BinManager::instance(); }
     static Kv::Ptr<BinData> newBin(const std::wstring& name) {
         const Kv::Ptr<BinData> bin = bins().newBin();

@@ -90,6 +90,7 @@ protected:
 };
 
 TEST_F(BinThreads, EveryChangeIsToldAndSavedWhateverOthersDo) {
+    filesForThreads();
     guard_.reset();
     makeContainers();
     EXPECT_TRUE(bins().saveAll().ok());
