@@ -100,9 +100,8 @@ Result<BinSummary> readBinSummary(const std::string& path, const Cookie& bin) {
     if (summary.created == 0)
         summary.created = summary.modTime;
     summary.logCount = countLogs(file);
-    // Whether bins may be nested is not known yet when a project is entered: its preferences
-    // follow.
-    summary.children = childrenOf(file);
+    if (BinData::allowNestedBins())
+        summary.children = childrenOf(file);
     return summary;
 }
 

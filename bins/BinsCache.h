@@ -20,8 +20,7 @@ Result<BinSummaries> readBinsCache(const std::string& path);
 // The whole file for those summaries.
 std::string binsCacheBytes(const BinSummaries& summaries);
 
-// What a bin's file says of it: the counts as the bin would have them once it is loaded, and the
-// children whether bins may be nested now or not.
+// What a bin's file says of it: counts and children as the bin would have them once it is loaded.
 Result<BinSummary> readBinSummary(const std::string& path, const Cookie& bin);
 
 // The bins of the open project.

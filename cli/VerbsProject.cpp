@@ -138,7 +138,7 @@ void addProjectVerbs(VerbTable& verbs) {
     verbs.add({"debug", "", "writes every viewer and its clients to the log",
                [](Session&, SessionWords&) { VobManager::instance().debugVobs(); }});
     verbs.add({"debug-command", "[NAME]", "runs a debug command, or lists them", debugCommand});
-    verbs.add({"say", "TEXT ...", "prints a text", [](Session& session, SessionWords& words) {
+    verbs.add({"say", "[TEXT] ...", "prints a text", [](Session& session, SessionWords& words) {
                    std::string text = words.takeOr("");
                    while (!words.done())
                        text += ' ' + words.take("a word");

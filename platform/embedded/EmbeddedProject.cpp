@@ -14,6 +14,11 @@ Status firstFailure(Status first, Status second) { return first.ok() ? second : 
 
 } // namespace
 
+EmbeddedProject::EmbeddedProject(EmbeddedHost& host)
+    : host_(host), entered_(CurrentProject::addListener(
+                       makeCallback<NotifyMsg>([this](const NotifyMsg&) { readSettings(); }),
+                       CurrentProject::enteredMsgType())) {}
+
 EmbeddedProject::~EmbeddedProject() {
     if (const Status closed = close(); !closed)
         LogBoth("closing the project: %s\n", closed.text().c_str());
@@ -24,15 +29,18 @@ Status EmbeddedProject::open(const std::string& folder, CurrentProject::Access a
     EditManager::instance(); // it rebuilds the database that is found missing
     if (const Status opened = CurrentProject::open(folder, access, ifMissing); !opened)
         return opened;
-    const std::string inside = CurrentProject::getFolder() + '/';
-    Status read = Configuration::instance().load(inside + "configuration.ini");
-    if (read.ok())
-        read = EditorPreferences::open(inside + "preferences.ini");
-    if (!read)
-        return firstFailure(read, CurrentProject::close());
+    if (!settings_)
+        return firstFailure(settings_, CurrentProject::close());
     if (access == CurrentProject::Access::readWrite)
         autosave_.emplace(host_.loop());
     return {};
+}
+
+void EmbeddedProject::readSettings() {
+    const std::string inside = CurrentProject::getFolder() + '/';
+    settings_ = Configuration::instance().load(inside + "configuration.ini");
+    if (settings_.ok())
+        settings_ = EditorPreferences::open(inside + "preferences.ini");
 }
 
 Status EmbeddedProject::close() {

@@ -1,6 +1,7 @@
 // Opening a project folder on the platform that we ship, and closing it without losing anything.
 #pragma once
 
+#include "platform/base/Guard.h"
 #include "platform/base/Status.h"
 #include "platform/embedded/Autosave.h"
 #include "platform/embedded/EmbeddedHost.h"
@@ -14,8 +15,9 @@ namespace cutroom {
 // The project of one host; closes it when it goes. User-interface thread only.
 class CUTROOM_API EmbeddedProject {
 public:
-    // `host` outlives the project.
-    explicit EmbeddedProject(EmbeddedHost& host) noexcept : host_(host) {}
+    // `host` outlives the project. Made before whatever else listens for projects, so that those
+    // find the settings of a project read when they are told that it was entered.
+    explicit EmbeddedProject(EmbeddedHost& host);
     // Closes; a failure is logged.
     ~EmbeddedProject();
     EmbeddedProject(const EmbeddedProject&) = delete;
@@ -33,7 +35,11 @@ public:
     Status close();
 
 private:
+    void readSettings();
+
     EmbeddedHost& host_;
+    Kv::Ptr<Guard> entered_;
+    Status settings_; // of the project entered last
     std::optional<Autosave> autosave_;
 };
 
