@@ -65,10 +65,10 @@ std::optional<float> shortDecimal(std::string_view text) noexcept {
     for (; at < text.size(); ++at) {
         const char c = text[at];
         if (c >= '0' && c <= '9') {
-            value = value * 10 + (c - '0');
-            decimals += point;
             if (++digits > 9)
                 return std::nullopt;
+            value = value * 10 + (c - '0');
+            decimals += point;
         } else if (c == '.' && !point && digits > 0) {
             point = true;
         } else {
