@@ -21,7 +21,7 @@ using testing::IsEmpty;
 namespace {
 
 // A process under a sanitizer takes long to start, and finds nothing more here.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef CUTROOM_SANITIZED
 constexpr long kMoments = 30;
 #else
 constexpr long kMoments = 200;

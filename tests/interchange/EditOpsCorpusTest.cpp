@@ -228,7 +228,8 @@ TEST_P(EditOpsCorpus, AFlatEditShowsTheTopmostClips) {
     ASSERT_EQ(channels.size(), std::min<std::size_t>(1, layers.size()));
     EXPECT_EQ(joined(flat, kChanAudio), joined(edit_, kChanAudio));
     const std::int64_t step = std::max<std::int64_t>(1, frames_ / rounds(100, frames_));
-    for (std::int64_t frame = step > 1 ? random_() % step : 0; frame < frames_; frame += step) {
+    const auto first = static_cast<std::int64_t>(random_() % static_cast<std::uint64_t>(step));
+    for (std::int64_t frame = first; frame < frames_; frame += step) {
         const double middle = (at(frame) + at(frame + 1)) / 2;
         ASSERT_EQ(shownBy(flat, channels, middle), shownBy(edit_, layers, middle)) << frame;
     }

@@ -11,7 +11,7 @@ using cutroom::test::CelModel;
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef CUTROOM_SANITIZED
 constexpr int kSteps = 1500;
 #else
 constexpr int kSteps = 10000;

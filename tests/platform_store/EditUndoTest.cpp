@@ -6,7 +6,7 @@ using namespace cutroom;
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef CUTROOM_SANITIZED
 constexpr int kSteps = 800;
 #else
 constexpr int kSteps = 10000;

@@ -1,7 +1,11 @@
 #include "tests/support/Allocations.h"
 
+#ifdef CUTROOM_SANITIZED
+#include <sanitizer/allocator_interface.h>
+#else
 #include <cstdlib>
 #include <new>
+#endif
 
 namespace {
 
@@ -11,18 +15,28 @@ thread_local std::size_t count = 0;
 
 std::size_t cutroom::test::allocations() noexcept { return count; }
 
-// All forms for single objects: a sanitizer brings its own for those that are left out.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    ++count;
-    return std::malloc(size > 0 ? size : 1);
-}
+#ifdef CUTROOM_SANITIZED
+
+// A sanitizer brings operators of its own, and tells what they do.
+namespace {
+
+void counted(const volatile void*, std::size_t) { ++count; }
+void ignored(const volatile void*) {}
+
+[[maybe_unused]] const int kInstalled = __sanitizer_install_malloc_and_free_hooks(counted, ignored);
+
+} // namespace
+
+#else
 
 void* operator new(std::size_t size) {
-    if (void* const memory = operator new(size, std::nothrow))
+    ++count;
+    if (void* const memory = std::malloc(size > 0 ? size : 1))
         return memory;
     throw std::bad_alloc();
 }
 
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+
+#endif

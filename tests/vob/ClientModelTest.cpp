@@ -9,7 +9,7 @@
 
 using namespace cutroom::test;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef CUTROOM_SANITIZED
 constexpr long kSteps = 10'000;
 #else
 constexpr long kSteps = 100'000;
