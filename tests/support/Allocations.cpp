@@ -1,11 +1,7 @@
 #include "tests/support/Allocations.h"
 
-#ifdef CUTROOM_SANITIZED
-#include <sanitizer/allocator_interface.h>
-#else
 #include <cstdlib>
 #include <new>
-#endif
 
 namespace {
 
@@ -17,7 +13,12 @@ std::size_t cutroom::test::allocations() noexcept { return count; }
 
 #ifdef CUTROOM_SANITIZED
 
-// A sanitizer brings operators of its own, and tells what they do.
+// A sanitizer brings operators of its own, and tells what they do (its interface; not every
+// compiler comes with the header).
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*,
+                                                                  std::size_t),
+                                                         void (*)(const volatile void*));
+
 namespace {
 
 void counted(const volatile void*, std::size_t) { ++count; }
