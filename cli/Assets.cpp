@@ -136,7 +136,8 @@ Result<NamedAsset> findAsset(std::string_view text, unsigned kinds) {
     const bool mixed = (kinds & (kinds - 1)) != 0;
     if (exact)
         return Status(StatusCode::notFound, what,
-                      "several have this name: " + listed(candidates, mixed));
+                      "several have this name, give the cookie of one: " +
+                          listed(candidates, mixed));
     if (!candidates.empty())
         return Status(StatusCode::notFound, what,
                       "no " + word + " has this name; near it: " + listed(candidates, mixed));

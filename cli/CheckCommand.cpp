@@ -163,8 +163,9 @@ void addCheckCommand(Commands commands) {
                       "Put the version before a damaged file in its place and rebuild "
                       "the project database and the bins cache from the other files");
     command->footer(
-        "What is damaged is kept beside its place as NAME.damaged. What stays lost is named; "
-        "the exit\ncode is then 4.");
+        "What is damaged is kept beside its place as NAME.damaged. An edit whose file or history "
+        "is damaged\nkeeps what can be read of it and loses its undo. What stays lost is named; "
+        "the exit code is then 4.");
     command->callback([commands, repair] {
         commands.action = [&options = commands.options, repair] {
             return withProject(options, *repair ? Workspace::Use::write : Workspace::Use::read,
