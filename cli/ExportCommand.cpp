@@ -1,7 +1,8 @@
-// cutroom export EDIT --format F
+// cutroom export EDIT|BIN --format F
+#include "cli/Assets.h"
 #include "cli/Command.h"
+#include "cli/ExportFormats.h"
 #include "cli/Names.h"
-#include "export/AssetMetadataSRTExporter.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
 
@@ -19,19 +20,30 @@ namespace cutroom::cli {
 
 namespace {
 
-struct ExportWords {
-    std::string edit;
-    std::string format;
-    std::string output;
-    std::string track; // a subtitle track instead of the markers
-    std::string clock = "timecode";
-    std::string pointDuration; // frames, or "next"; empty: points have no end
-
-    AssetMetadataSRTExporter::Clock srtClock() const {
-        return clock == "media" ? AssetMetadataSRTExporter::Clock::media
-                                : AssetMetadataSRTExporter::Clock::timecode;
-    }
+// One row a format.
+constexpr ExportFormat kFormats[] = {
+    {"srt", "markers with an end, or a subtitle track, as subtitles", kEdits,
+     kTakesTrack | kTakesClock | kTakesPointDuration, writeSrt},
 };
+
+const ExportFormat& formatOf(const std::string& name) {
+    return *std::find_if(std::begin(kFormats), std::end(kFormats),
+                         [&](const ExportFormat& format) { return name == format.name; });
+}
+
+std::vector<std::string> formatNames() {
+    std::vector<std::string> names;
+    for (const ExportFormat& format : kFormats)
+        names.emplace_back(format.name);
+    return names;
+}
+
+std::string formatHelp() {
+    std::string help;
+    for (const ExportFormat& format : kFormats)
+        help += std::string(help.empty() ? "" : "; ") + format.name + ": " + format.help;
+    return help;
+}
 
 // The exporters write files; without -o the file is a temporary one that is printed and removed.
 class Target {
@@ -75,90 +87,54 @@ Status printFile(const std::string& path) {
                                    : Status();
 }
 
-// Gives point markers an end: so many frames on, or where the next marker begins.
-Status giveEnds(std::vector<Cue>& cues, const std::string& duration, const EditPtr& edit) {
-    if (duration.empty())
-        return {};
-    const auto frames = parseInt(duration);
-    if (duration != "next" && (!frames || *frames < 1))
-        return {StatusCode::wrongUsage, duration, "give a number of frames, or next"};
-    for (std::size_t i = 0; i < cues.size(); ++i) {
-        if (cues[i].hasEnd())
-            continue;
-        double end = edit->getEndTime();
-        if (frames)
-            end = cues[i].getTime() + static_cast<double>(*frames) * edit->getCelResolution();
-        else
-            for (std::size_t next = cues.size(); next > i + 1; --next)
-                if (cues[next - 1].getTime() > cues[i].getTime())
-                    end = cues[next - 1].getTime();
-        if (end > cues[i].getTime())
-            cues[i].setEndTime(end);
+// Words that the format would not look at are a mistake: what they ask for would not be done.
+Status checkWords(const ExportWords& words, const ExportFormat& format) {
+    const struct {
+        bool said;
+        unsigned option;
+        const char* name;
+    } all[] = {{!words.track.empty(), kTakesTrack, "--track"},
+               {!words.clock.empty(), kTakesClock, "--clock"},
+               {!words.pointDuration.empty(), kTakesPointDuration, "--point-duration"},
+               {words.spreadsheet, kTakesSpreadsheet, "--spreadsheet"}};
+    for (const auto& [said, option, name] : all)
+        if (said && !(format.options & option))
+            return {StatusCode::wrongUsage, name, "does not apply to " + words.format};
+    return {};
+}
+
+Result<ExportSource> openSource(const ExportWords& words, const ExportFormat& format) {
+    const auto found = findAsset(words.asset, format.assets);
+    if (!found)
+        return found.status();
+    ExportSource source;
+    if (found->kind == kBins) {
+        auto bin = openBin(found->cookie.asString());
+        if (!bin)
+            return bin.status();
+        source.bin = *bin;
+        return source;
     }
-    return {};
-}
-
-Result<IdStamp> subtitleTrack(const EditPtr& edit, const std::string& name) {
-    std::string known;
-    for (const IdStamp& channel : edit->getChans(kChanSubtitle)) {
-        const std::string own = toUtf8(edit->getChanDisplayName(channel));
-        const std::string place = "S" + std::to_string(edit->getIndexWithinType(channel) + 1);
-        if (name == own || name == place)
-            return channel;
-        known += (known.empty() ? "" : ", ") + place + (own == place ? "" : " (" + own + ')');
-    }
-    return Status(StatusCode::notFound, name,
-                  known.empty() ? "the edit has no subtitle track"
-                                : "no such subtitle track; there are " + known);
-}
-
-// The exporter tells only that it failed.
-Status unwritable(const std::string& path) {
-    std::error_code ignored;
-    const auto folder = std::filesystem::path(path).parent_path();
-    if (std::filesystem::is_directory(path, ignored))
-        return {StatusCode::inputOutput, path, "cannot be written: it is a folder"};
-    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
-        return {StatusCode::inputOutput, path, "cannot be written: its folder does not exist"};
-    return {StatusCode::inputOutput, path, "cannot be written"};
-}
-
-Status writeMarkers(const ExportWords& words, const EditPtr& edit, const std::string& path) {
-    std::vector<Cue> cues = edit->getCues().cues();
-    if (cues.empty())
-        return {StatusCode::failed, words.edit, "has no markers to export"};
-    if (const Status given = giveEnds(cues, words.pointDuration, edit); !given)
-        return given;
-    if (!AssetMetadataSRTExporter(words.srtClock()).exportToFile(edit, cues, toWide(path)))
-        return unwritable(path);
-    if (std::none_of(cues.begin(), cues.end(), [](const Cue& cue) { return cue.hasEnd(); }))
-        note("none of the markers has an end, so no subtitle was written; "
-             "--point-duration 50 (frames) or next gives them one");
-    return {};
-}
-
-Status writeTrack(const ExportWords& words, const EditPtr& edit, const std::string& path) {
-    const auto channel = subtitleTrack(edit, words.track);
-    if (!channel)
-        return channel.status();
-    if (edit->get_edit_cel_p(*channel)->numSegments() == 0)
-        return {StatusCode::failed, words.track, "the track has no subtitles"};
-    if (!AssetMetadataSRTExporter::exportToFile(edit, *channel, toWide(path), words.srtClock()))
-        return unwritable(path);
-    return {};
-}
-
-Status exportSrt(const ExportWords& words) {
-    const auto edit = openEdit(words.edit);
+    auto edit = openEdit(found->cookie.asString());
     if (!edit)
         return edit.status();
+    source.edit = *edit;
+    return source;
+}
+
+Status run(const ExportWords& words) {
+    const ExportFormat& format = formatOf(words.format);
+    if (const Status wrong = checkWords(words, format); !wrong)
+        return wrong;
     if (!isUtf8(words.output))
         return {StatusCode::wrongUsage, words.output, "not a UTF-8 path"};
+    const auto source = openSource(words, format);
+    if (!source)
+        return source.status();
     Target target(words.output);
     if (const Status ready = target.prepare(); !ready)
         return ready;
-    const Status written = words.track.empty() ? writeMarkers(words, *edit, target.path())
-                                               : writeTrack(words, *edit, target.path());
+    const Status written = format.write(words, *source, target.path());
     return written.ok() && target.temporary() ? printFile(target.path()) : written;
 }
 
@@ -167,11 +143,11 @@ Status exportSrt(const ExportWords& words) {
 void addExportCommand(Commands commands) {
     auto words = std::make_shared<ExportWords>();
     CLI::App* command =
-        commands.app.add_subcommand("export", "Write an edit's markers or subtitles to a file");
-    command->add_option("edit", words->edit, "Name or cookie")->required()->type_name("EDIT");
-    command->add_option("--format", words->format, "srt: markers with an end become subtitles")
+        commands.app.add_subcommand("export", "Write markers, subtitles or metadata to a file");
+    command->add_option("asset", words->asset, "Name or cookie")->required()->type_name("EDIT|BIN");
+    command->add_option("--format", words->format, formatHelp())
         ->required()
-        ->check(CLI::IsMember({"srt"}));
+        ->check(CLI::IsMember(formatNames()));
     command->add_option("-o,--output", words->output, "The file (default: standard output)")
         ->type_name("FILE");
     command->add_option("--track", words->track, "A subtitle track instead of the markers (S1)")
@@ -188,12 +164,8 @@ void addExportCommand(Commands commands) {
     command->footer("  cutroom export \"Reel 1\" --format srt -o reel1.srt --clock media\n"
                     "  cutroom export \"Reel 1\" --format srt --point-duration next\n"
                     "  cutroom export \"Reel 1\" --format srt --track S1");
-    command->callback([commands, words] {
-        commands.action = [&options = commands.options, words] {
-            return withProject(options, Workspace::Use::read,
-                               [&](Workspace&) { return exportSrt(*words); });
-        };
-    });
+    runsWithProject(commands, command, Workspace::Use::read,
+                    [words](const Options&) { return run(*words); });
 }
 
 } // namespace cutroom::cli

@@ -1,0 +1,55 @@
+// The formats of `cutroom export`. A further format is a row of the table in ExportCommand.cpp and
+// a writer declared here.
+#pragma once
+
+#include "bins/BinData.h"
+#include "platform/base/Status.h"
+#include "platform/store/EditPtr.h"
+
+#include <string>
+
+namespace cutroom::cli {
+
+// The words of one call; what was not said is empty.
+struct ExportWords {
+    std::string asset; // name or cookie
+    std::string format;
+    std::string output;
+    std::string track; // one track instead of the whole
+    std::string clock;
+    std::string pointDuration; // frames, or "next"; empty: points have no end
+    bool spreadsheet = false;
+};
+
+// Which of the words a format looks at (bits); the others are refused.
+enum ExportOptions : unsigned {
+    kTakesTrack = 1,
+    kTakesClock = 2,
+    kTakesPointDuration = 4,
+    kTakesSpreadsheet = 8,
+};
+
+// What is exported: one of the two.
+struct ExportSource {
+    EditPtr edit;
+    Kv::Ptr<BinData> bin;
+};
+
+// Writes the file at `path`, whole or not at all; fails with a reason for the user.
+using ExportWriter = Status (*)(const ExportWords& words, const ExportSource& source,
+                                const std::string& path);
+
+struct ExportFormat {
+    const char* name;
+    const char* help;
+    unsigned assets;  // the AssetKinds it takes: kEdits, kBins
+    unsigned options; // ExportOptions
+    ExportWriter write;
+};
+
+Status writeSrt(const ExportWords& words, const ExportSource& source, const std::string& path);
+
+// Why a file that an exporter could not write cannot be written.
+Status unwritable(const std::string& path);
+
+} // namespace cutroom::cli
