@@ -13,7 +13,7 @@ import re
 import sys
 
 OWN_ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-ROOT = sys.argv[1] if len(sys.argv) > 1 else OWN_ROOT
+ROOT = sys.argv[1] if __name__ == "__main__" and len(sys.argv) > 1 else OWN_ROOT
 INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]', re.MULTILINE)
 
 
