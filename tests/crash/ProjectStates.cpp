@@ -1,6 +1,8 @@
 #include "tests/crash/ProjectStates.h"
 
+#include "bins/AssetAssociationGroupManager.h"
 #include "bins/BinManager.h"
+#include "bins/DocumentManager.h"
 #include "interchange/Importer.h"
 #include "platform/files/Files.h"
 #include "platform/project/CurrentProject.h"
@@ -44,6 +46,14 @@ std::string stampOf(const BinData& bin) {
     return checksumOf(text);
 }
 
+std::string stampOf(const DescribedContainer& container) {
+    JSON::Builder text;
+    container.write(text);
+    return checksumOf(text.text());
+}
+
+std::string groupKey(const Cookie& group) { return "group." + group.asString(); }
+
 ProjectState stateOfProject() {
     ProjectState state{{"name", toUtf8(CurrentProject::getName())}};
     for (const Cookie& cookie : EditManager::instance().getAllEdits()) {
@@ -56,6 +66,10 @@ ProjectState stateOfProject() {
         const Kv::Ptr<BinData> bin = BinManager::instance().getData(cookie);
         state[cookie.asString()] = bin && bin->valid() ? stampOf(*bin) : "-";
     }
+    for (const auto& document : DocumentManager::instance().getDocuments())
+        state[document->getID().asString()] = stampOf(*document);
+    for (const auto& group : AssetAssociationGroupManager::instance().getGroups())
+        state[groupKey(group->getID())] = stampOf(*group);
     return state;
 }
 

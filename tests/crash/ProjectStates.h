@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bins/BinData.h"
+#include "bins/DescribedContainer.h"
 #include "platform/base/Cookie.h"
 #include "platform/store/EditPtr.h"
 
@@ -11,14 +12,18 @@
 
 namespace cutroom::test {
 
-// Cookie of an edit or bin ("name" for the project's own name) to a stamp of its content and
-// history.
+// Key of what it holds ("name" for the project's own name) to a stamp of its content and history.
+// The key is the cookie; asset groups, whose cookies are of the kind of bins', have "group."
+// before.
 using ProjectState = std::map<std::string, std::string>;
 
 // Checksum of the edit's contents and its history's steps: descriptions, and which can be redone.
 std::string stampOf(const EditPtr& edit);
 std::string stampOf(const BinData& bin);
-// Of every edit and bin of the open project, each opened for it; one that cannot be has "-".
+std::string stampOf(const DescribedContainer& container);
+std::string groupKey(const Cookie& group);
+// Of every edit, bin, document and asset group of the open project, each opened for it; one that
+// cannot be has "-".
 ProjectState stateOfProject();
 // One line, without its end, and back.
 std::string textOf(const ProjectState& state);

@@ -1,6 +1,8 @@
 #include "tests/crash/Writer.h"
 
+#include "bins/AssetAssociationGroupManager.h"
 #include "bins/BinManager.h"
+#include "bins/DocumentManager.h"
 #include "interchange/Importer.h"
 #include "platform/embedded/EmbeddedProject.h"
 #include "platform/store/EditManager.h"
@@ -10,6 +12,7 @@
 #include <unistd.h>
 
 #include <functional>
+#include <map>
 
 namespace cutroom::test {
 
@@ -21,26 +24,115 @@ void say(std::string line) {
         _exit(3);
 }
 
+// One kind of container, as a user has to do with it.
+struct ContainerWork {
+    std::string (*keyOf)(const Cookie&);
+    Cookie (*make)();
+    std::string (*change)(const Cookie&, RandomWork&); // gives the stamp
+    Status (*destroy)(const Cookie&);
+    Status (*save)();
+};
+
+std::wstring anyName(RandomWork& work) { return L"name " + std::to_wstring(work.number(1000)); }
+
+Cookie anyAsset(RandomWork& work) { return {'G', static_cast<std::uint64_t>(1 + work.number(50))}; }
+
+std::string changeBin(const Cookie& id, RandomWork& work) {
+    const Kv::Ptr<BinData> bin = BinManager::instance().getData(id);
+    bin->setName(anyName(work));
+    if (const Cookie asset = anyAsset(work); !bin->remove(asset))
+        bin->add(BinItem(asset, work.number(100)));
+    return stampOf(*bin);
+}
+
+std::string changeDocument(const Cookie& id, RandomWork& work) {
+    const Kv::Ptr<Document> document = DocumentManager::instance().getDocument(id);
+    document->setName(anyName(work));
+    document->setDescription(anyName(work));
+    document->setLocations({L"/outside/" + anyName(work), L"/other.pdf"});
+    return stampOf(*document);
+}
+
+std::string changeGroup(const Cookie& id, RandomWork& work) {
+    const auto group = AssetAssociationGroupManager::instance().getGroup(id);
+    group->setName(anyName(work));
+    if (const Cookie asset = anyAsset(work); !group->remove({asset}))
+        group->add(asset);
+    return stampOf(*group);
+}
+
+const std::map<std::string, ContainerWork>& containerWorks() {
+    static const std::map<std::string, ContainerWork> works = {
+        {"bins",
+         {[](const Cookie& id) { return id.asString(); },
+          [] { return BinManager::instance().newBin()->getID(); }, changeBin,
+          [](const Cookie& id) { return BinManager::instance().destroy(id, "test"); },
+          [] { return BinManager::instance().saveAll(); }}},
+        {"documents",
+         {[](const Cookie& id) { return id.asString(); },
+          [] { return DocumentManager::instance().createDocument(L"/x.pdf", 'D')->getID(); },
+          changeDocument,
+          [](const Cookie& id) { return DocumentManager::instance().destroy(id, "test"); },
+          [] { return DocumentManager::instance().saveAll(); }}},
+        {"groups",
+         {groupKey,
+          [] { return AssetAssociationGroupManager::instance().createGroup(L"new", {})->getID(); },
+          changeGroup,
+          [](const Cookie& id) {
+              auto& groups = AssetAssociationGroupManager::instance();
+              return groups.removeGroup(groups.getGroup(id), "test");
+          },
+          [] { return AssetAssociationGroupManager::instance().flushChanges(); }}},
+    };
+    return works;
+}
+
+// Those that the project holds already.
+CookieVec containersOf(const std::string& work) {
+    CookieVec ids;
+    if (work == "bins") {
+        BinSummaries bins;
+        BinManager::instance().getAllBins(bins);
+        for (const auto& [id, summary] : bins)
+            ids.push_back(id);
+    } else if (work == "documents") {
+        for (const auto& document : DocumentManager::instance().getDocuments())
+            ids.push_back(document->getID());
+    } else {
+        for (const auto& group : AssetAssociationGroupManager::instance().getGroups())
+            ids.push_back(group->getID());
+    }
+    return ids;
+}
+
 class Worker {
 public:
-    explicit Worker(unsigned seed) : work_(seed), state_(stateOfProject()) {
-        for (const auto& [key, stamp] : state_)
-            if (const Cookie cookie(key); cookie.valid())
-                (cookie.type() == 'E' ? edits_ : bins_).push_back(cookie);
+    Worker(const std::string& work, unsigned seed)
+        : work_(seed), state_(stateOfProject()), edits_(EditManager::instance().getAllEdits()) {
+        if (const auto kind = containerWorks().find(work); kind != containerWorks().end()) {
+            kind_ = &kind->second;
+            containers_ = containersOf(work);
+        }
     }
 
-    // One thing a user does with bins, and saves.
-    Status turnOfBins() {
-        if (bins_.size() > 8 && work_.number(3) == 0)
-            return destroyBin();
-        if (bins_.size() < 6 || work_.number(4) == 0)
-            bins_.push_back(BinManager::instance().newBin()->getID());
+    Status turn() { return kind_ ? turnOfContainers() : turnOfEdits(); }
+
+private:
+    // One thing a user does with containers, and saves.
+    Status turnOfContainers() {
+        if (containers_.size() > 8 && work_.number(3) == 0)
+            return destroyContainer();
+        if (containers_.size() < 6 || work_.number(4) == 0) {
+            containers_.push_back(kind_->make());
+            changeContainer(containers_.back());
+        }
         for (int i = 1 + work_.number(5); i > 0; --i)
-            changeBin();
-        return saved([] { return BinManager::instance().saveAll(); });
+            changeContainer(containers_[static_cast<std::size_t>(
+                work_.number(static_cast<int>(containers_.size())))]);
+        return saved(kind_->save);
     }
     // One thing a user does with edits, and saves.
-    Status turn() {
+    Status turnOfEdits() {
         switch (work_.number(12)) {
         case 0:
             return rename();
@@ -52,8 +144,6 @@ public:
             return workOnSome();
         }
     }
-
-private:
     // Announces the state that `save` is to bring about, and that it has.
     Status saved(const std::function<Status()>& save) {
         say("try " + textOf(state_));
@@ -90,21 +180,12 @@ private:
         }
         return save(changed);
     }
-    void changeBin() {
-        const auto which = static_cast<std::size_t>(work_.number(static_cast<int>(bins_.size())));
-        const Kv::Ptr<BinData> bin = BinManager::instance().getData(bins_[which]);
-        bin->setName(L"bin " + std::to_wstring(work_.number(1000)));
-        const Cookie asset('G', static_cast<std::uint64_t>(1 + work_.number(50)));
-        if (!bin->remove(asset))
-            bin->add(BinItem(asset, work_.number(100)));
-        for (const Cookie& changed : {bins_[which], bins_.back()}) // the last one may be new
-            state_[changed.asString()] = stampOf(*BinManager::instance().getData(changed));
-    }
-    Status destroyBin() {
-        const Cookie gone = bins_.back();
-        bins_.pop_back();
-        state_.erase(gone.asString());
-        return saved([&] { return BinManager::instance().destroy(gone, "test"); });
+    void changeContainer(const Cookie& id) { state_[kind_->keyOf(id)] = kind_->change(id, work_); }
+    Status destroyContainer() {
+        const Cookie gone = containers_.back();
+        containers_.pop_back();
+        state_.erase(kind_->keyOf(gone));
+        return saved([&] { return kind_->destroy(gone); });
     }
     Status save(const std::vector<EditPtr>& edits) {
         for (const EditPtr& edit : edits)
@@ -116,7 +197,8 @@ private:
     RandomWork work_;
     ProjectState state_;
     CookieVec edits_;
-    CookieVec bins_;
+    const ContainerWork* kind_ = nullptr; // none: edits
+    CookieVec containers_;
 };
 
 // Imports the timeline beside the project, telling each hundredth of it.
@@ -154,8 +236,8 @@ int runWriter(const std::string& work, const std::string& folder, unsigned seed)
             return 0;
     }
     if (status)
-        for (Worker worker(seed); status;)
-            status = work == "bins" ? worker.turnOfBins() : worker.turn();
+        for (Worker worker(work, seed); status;)
+            status = worker.turn();
     say("failed " + status.text());
     return 1;
 }

@@ -17,9 +17,10 @@ namespace cutroom::test {
 // <reason>" and its end.
 class WriterProcess {
 public:
-    // Starts this program anew. `work` is "edits" or "bins" (random work on them for ever) or
-    // "hold" (opens the project for writing and waits) or "import" (takes in "timeline.otio" beside
-    // the project's folder and ends; it writes "at <hundredths>" and, once it is in, "done").
+    // Starts this program anew. `work` is "edits", "bins", "documents" or "groups" (random work
+    // on them for ever) or "hold" (opens the project for writing and waits) or "import" (takes in
+    // "timeline.otio" beside the project's folder and ends; it writes "at <hundredths>" and, once
+    // it is in, "done").
     WriterProcess(const std::string& work, const std::string& folder, unsigned seed);
     ~WriterProcess();
     WriterProcess(const WriterProcess&) = delete;
