@@ -1,0 +1,139 @@
+// `ProjectFilterManager`: the single owner of the open project's filters.
+//
+//   system filters   everything, documents, images, logs, recent logs, sub-clips and constituents
+//                    of the current edit, search results, one for each tag
+//   user filters     groups/Filters/<cookie>.filter (docs/formats/filter.md)
+//
+// Empty while no project is open. Any thread may call, but not under the lock of a container that
+// it only reads; what reads or writes files says so, and is not to be called by a listener of a
+// container. The list has a reader/writer lock; whoever changes it takes the process's change lock
+// first. Listeners of `changeMsgType()` are given a `ContainerNotice` (`changed`), on the thread
+// that made the change, under both: they may ask for filters and must not make, change or destroy
+// any. Its container is the result bin that changed, or invalid, and then the records name filters:
+//
+//   130 (2, 128)          made              640 (128, 512)   gone
+//   896 (128, 256, 512)   has other bins    160 (32, 128)    visibility or name changed
+#pragma once
+
+#include "bins/ContainerManagerBase.h"
+#include "filters/FilterBinData.h"
+#include "filters/ProjectSearch.h"
+#include "filters/SetOperation.h"
+#include "filters/UserFilter.h"
+#include "filters/iProjectFilter.h"
+#include "platform/files/GroupCommit.h"
+
+#include <memory>
+#include <vector>
+
+namespace cutroom {
+class FilterFollower;
+class UserFilterFiles;
+} // namespace cutroom
+class SearchResultsFilter;
+
+class CUTROOM_API ProjectFilterManager final : public ContainerManagerBase {
+public:
+    using FilterPtr = Kv::Ptr<iProjectFilter>;
+    using Filters = std::vector<FilterPtr>;
+
+    // Made at the first call, on the user-interface thread, best before a project is opened; sets
+    // itself up at once when one is open.
+    static ProjectFilterManager& instance();
+
+    // --- finding: empty when there is none -----------------------------------------------------
+    // System filters first, then the user's in the order in which they were made or read. The
+    // filters of the tags are made when the list is asked for first.
+    Filters getAllFilters() const;
+    // The first of that name.
+    FilterPtr getFilterByName(const LightweightString<wchar_t>& name) const;
+    FilterPtr getFilter(const Cookie& filter) const;
+    // The filter that presents the bin.
+    FilterPtr findFilterResponsibleFor(const Cookie& bin) const;
+    FilterPtr findFilterResponsibleFor(const Kv::Ptr<BinData>& bin) const;
+    // The result bin of that cookie, filled.
+    Kv::Ptr<BinData> getFilterResults(const Cookie& bin) const;
+
+    // --- the user's filters: written at once, crash-safely ---------------------------------------
+    // Makes, saves and appends a filter over the bins, and tells 130. Empty, and nothing is told,
+    // without a project open for writing, for a null bin or when it cannot be saved (logged).
+    FilterPtr createFilter(const FilterBins& bins, const LightweightString<wchar_t>& name,
+                           iProjectFilter::eVisibility visibility = iProjectFilter::kAlways);
+    // Replaces its bins, saves and tells 896. False, and it stays as it was, when it is not in the
+    // list, for a null bin or when it cannot be saved (logged).
+    bool updateFilter(const Kv::Ptr<UserFilter>& filter, const FilterBins& bins);
+    // Removes the filter and its file (it stays as ".bak"), and tells 640. False for a system
+    // filter, one that is not in the list, or when the file cannot be removed (logged).
+    bool destroyFilter(const FilterPtr& filter);
+    // Sets and, for one of the user's, saves the visibility, and tells 160.
+    bool setVisibility(const FilterPtr& filter, iProjectFilter::eVisibility visibility);
+
+    // --- bins ----------------------------------------------------------------------------------
+    // A result bin from its form in a filter file; empty for what is none.
+    Kv::Ptr<FilterBinData> createFilterBinData(const JSON::Element& object) const;
+    // The same with the reason of a refusal; `file` is for the message.
+    cutroom::Result<Kv::Ptr<FilterBinData>> createFilterBinData(const JSON::Element& object,
+                                                                const std::string& file) const;
+    // A new bin under the bin manager, not saved yet, with what the operation leaves of the
+    // filter's bins. Empty for no filter.
+    Kv::Ptr<BinData> makeBin(const FilterPtr& filter, eSetOperation operation,
+                             const LightweightString<wchar_t>& name) const;
+    // Performs a search, or takes results in, and keeps the bin among the search results; empty
+    // without a project.
+    Kv::Ptr<BinData> addSearch(const ProjectSearch::Criteria& criteria);
+    Kv::Ptr<BinData> addSearchResults(const Kv::Ptr<BinData>& results);
+
+    // --- telling ---------------------------------------------------------------------------------
+    // Tells all listeners; `bin` is the container of the notice (none: the invalid cookie).
+    void issueNotification(const ContainerBase::Modifications& changes,
+                           const Kv::Ptr<BinData>& bin) const;
+    using ContainerManagerBase::issueNotification;
+    // The same for a bin of that cookie, with the reason.
+    void issueNotification(const ContainerBase::Modifications& changes, const Cookie& bin,
+                           LightweightString<char> reason) const;
+
+    // --- files -----------------------------------------------------------------------------------
+    // Brings the user's filters into line with the files: those without one go, those that are new
+    // are read. Tells all that in one notice, when there is any. Also the debug command
+    // "ProjectFilterManager reInit() test".
+    void reInit();
+    // Writes the user's filters that changed: all or none.
+    cutroom::Status saveAll();
+    bool anyDirty() const;
+    // Writes the filter that presents the bin; `notFound` when no user filter does.
+    cutroom::Status saveFilterOf(const Cookie& bin);
+    // What is wrong with the filter files that could not be read.
+    std::vector<cutroom::Status> getDamaged() const;
+    // The project's groups directory joined with "Filters"; empty without a project.
+    static LightweightString<wchar_t> getFiltersFolder();
+
+    // --- what it is told: user-interface thread --------------------------------------------------
+    void handleProjectEntry() override;
+    void handleProjectExit() override;
+    // Both are passed to the filters that have been looked at.
+    void handleLogsModification(const std::vector<EditManager::Modification>& changes) override;
+    void handleLogsDeletion(const CookieVec& logs, const LightweightString<char>& reason) override;
+    // Of the document manager; any thread.
+    void handleDocumentModifications(const NotifyMsg& message);
+
+private:
+    friend class cutroom::ProcessSingleton<ProjectFilterManager>;
+    friend class cutroom::FilterFollower;
+    class Writer;
+
+    ProjectFilterManager();
+    ~ProjectFilterManager() override;
+
+    CookieVec getPersistedUserFilters() const;
+    void buildSystemFilters();
+    void buildTagFilters() const;
+    void addUserFilters();
+
+    // Guards the list. Its writer holds the change lock, and tells while it holds both.
+    mutable SharedLock listLock_{LockRank::notifier};
+    mutable Filters filters_ CUTROOM_GUARDED_BY(listLock_);
+    Kv::Ptr<SearchResultsFilter> searches_ CUTROOM_GUARDED_BY(listLock_);
+    std::unique_ptr<cutroom::UserFilterFiles> files_;
+    std::unique_ptr<cutroom::FilterFollower> follower_;
+    std::vector<Kv::Ptr<Guard>> registrations_;
+};

@@ -1,0 +1,41 @@
+// `UserFilter`: a filter that the user made and named: bins with items, or searches that follow the
+// project. Kept as "<cookie>.filter" in the folder of the filters.
+#pragma once
+
+#include "filters/ProjectFilterBase.h"
+
+#include <cstdint>
+
+// Made by `ProjectFilterManager` alone. Any thread, as `ProjectFilterBase`.
+class CUTROOM_API UserFilter final : public ProjectFilterBase {
+public:
+    // The extension of the files, "filter".
+    static const char* getFileExtension() noexcept;
+
+    // Without results and without a name; cookies are of kind 'F'.
+    explicit UserFilter(const Cookie& id);
+    UserFilter(const Cookie& id, LightweightString<wchar_t> name, FilterBins bins);
+    ~UserFilter() override;
+
+    eResultsType getResultsType() const override;
+    eCreator getCreator() const override;
+    LightweightString<wchar_t> getDescription() const override;
+    // Sets the preference and the value in the filter's file, which the next save writes.
+    void setVisibility(eVisibility visibility) override;
+    // Replaces the bins.
+    void setContents(FilterBins bins);
+
+    // Something changed since the last save: the filter itself or one of its bins.
+    bool isDirty() const;
+    // What `save` would write, and its reading; nothing is told.
+    std::string getFileText() const { return asText(); }
+    cutroom::Status take(std::string_view text, const std::string& file);
+    // The state as it is now, before it is written, and the note that it has been.
+    struct Saved;
+    std::uint64_t changeCount() const noexcept { return changes_; }
+    void setSaved(std::uint64_t changeCount) noexcept;
+
+private:
+    std::atomic<std::uint64_t> changes_{1};
+    std::atomic<std::uint64_t> saved_{0};
+};
