@@ -2,6 +2,7 @@
 
 #include "platform/base/Log.h"
 #include "platform/messaging/NotifyMsgTypeDictionary.h"
+#include "platform/project/ProjDbSearch.h"
 #include "platform/project/ProjectDatabase.h"
 
 using cutroom::ProjectDatabase;
@@ -58,8 +59,13 @@ void forEach(const std::vector<std::string_view>& fields,
 
 void forEachMatch(const SearchCriteria& criteria,
                   const std::function<bool(const Summary&)>& visit) {
-    for (const Summary& summary : ProjectDatabase::instance().search(criteria))
-        if (!visit(summary))
+    Search search(criteria);
+    std::vector<Hit> hits;
+    while (search.next(hits)) {
+    }
+    putInOrder(hits);
+    for (const Hit& hit : hits)
+        if (!visit(hit.summary))
             return;
 }
 

@@ -52,7 +52,8 @@ CUTROOM_API void forEach(const std::function<bool(const Record&)>& visit);
 CUTROOM_API void forEach(const std::vector<std::string_view>& fields,
                          const std::function<bool(const std::vector<std::string>&)>& visit);
 // Calls `visit` with each record that has a wanted kind and matches the text criteria, as
-// `matchRecord` decides. A quick search reads the lower-cased texts in memory only.
+// `matchRecord` decides, in the order of insertion; once the whole search is done (ProjDbSearch.h
+// tells sooner).
 CUTROOM_API void forEachMatch(const SearchCriteria& criteria,
                               const std::function<bool(const Summary&)>& visit);
 

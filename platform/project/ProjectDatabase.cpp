@@ -2,7 +2,6 @@
 #include "platform/project/ProjectDatabase.h"
 
 #include "platform/base/Log.h"
-#include "platform/base/Strings.h"
 #include "platform/files/Files.h"
 
 #include <limits>
@@ -16,11 +15,6 @@ constexpr std::size_t kPage = 256;
 // How many look-ups ahead memory is asked for.
 constexpr std::size_t kLookAhead = 12;
 constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
-
-projdb::Summary summaryOf(const projdb::Record& record) {
-    return {record.cookie,      record.kinds, record.videoTracks,
-            record.audioTracks, record.start, record.end};
-}
 
 // Moves a damaged database away together with its log; what the log was about goes with it.
 Status moveDatabaseAside(const std::string& path) {
@@ -123,11 +117,17 @@ bool ProjectDatabase::isOpen() const {
 
 // --- memory ----------------------------------------------------------------------------------
 
+projdb::Summary ProjectDatabase::summaryOf(const projdb::Record& record) {
+    return {record.cookie,      record.kinds, record.videoTracks,
+            record.audioTracks, record.start, record.end};
+}
+
 void ProjectDatabase::forgetEntries() {
     entries_.clear();
     slots_.clear();
-    texts_.clear();
-    hasTexts_ = false;
+    forgetTexts();
+    textBytesNeeded_ = 0;
+    ++revision_;
 }
 
 void ProjectDatabase::setEntry(Slot slot, Number number, const projdb::Record& record) {
@@ -136,8 +136,9 @@ void ProjectDatabase::setEntry(Slot slot, Number number, const projdb::Record& r
         slots_.insert(record.cookie, slot);
     }
     entries_[slot] = {summaryOf(record), number};
-    if (hasTexts_)
+    if (number <= textsUpTo_)
         texts_.put(slot, record);
+    ++revision_;
 }
 
 Status ProjectDatabase::loadEntries() {
@@ -146,22 +147,6 @@ Status ProjectDatabase::loadEntries() {
                             [this](Number number, projdb::Record&& record) CUTROOM_REQUIRES(lock_) {
                                 setEntry(static_cast<Slot>(entries_.size()), number, record);
                             });
-}
-
-Status ProjectDatabase::loadTexts() {
-    if (hasTexts_)
-        return {};
-    Status status =
-        table_->readFrom(0, kLastNumber, std::numeric_limits<std::int32_t>::max(),
-                         [this](Number, projdb::Record&& record) CUTROOM_REQUIRES(lock_) {
-                             if (const std::optional<Slot> slot = slots_.find(record.cookie))
-                                 texts_.put(*slot, record);
-                         });
-    if (status)
-        hasTexts_ = true;
-    else
-        texts_.clear();
-    return status;
 }
 
 // Closes the gaps of removed records. Texts are read again when they are next asked for.
@@ -250,47 +235,6 @@ void ProjectDatabase::forEach(const std::function<bool(const projdb::Record&)>& 
             if (isPresent(record.cookie) && !visit(record))
                 return;
     }
-}
-
-std::vector<projdb::Summary> ProjectDatabase::search(const projdb::SearchCriteria& criteria) {
-    CriticalSection::Lock lock(lock_);
-    std::vector<projdb::Summary> found;
-    if (!table_)
-        return found;
-    if (criteria.isQuickSearch()) {
-        searchTexts(criteria, found);
-    } else if (criteria.needsTextTest()) {
-        searchRecords(criteria, found);
-    } else {
-        for (const Entry& entry : entries_)
-            if (entry.number != 0 && criteria.matchesKinds(entry.summary.kinds))
-                found.push_back(entry.summary);
-    }
-    return found;
-}
-
-void ProjectDatabase::searchTexts(const projdb::SearchCriteria& criteria,
-                                  std::vector<projdb::Summary>& found) {
-    if (const Status status = loadTexts(); !status) {
-        logFailure(status);
-        return;
-    }
-    const bool wholeWords = criteria.has(projdb::SearchCriteria::kWholeWords);
-    for (const Slot slot : texts_.search(toLowerUtf8(criteria.quickSearch), wholeWords))
-        if (criteria.matchesKinds(entries_[slot].summary.kinds))
-            found.push_back(entries_[slot].summary);
-}
-
-void ProjectDatabase::searchRecords(const projdb::SearchCriteria& criteria,
-                                    std::vector<projdb::Summary>& found) {
-    const Status status = table_->readFrom(0, kLastNumber, std::numeric_limits<std::int32_t>::max(),
-                                           [&](Number, projdb::Record&& record) {
-                                               if (criteria.matchesKinds(record.kinds) &&
-                                                   projdb::matchRecord(record, criteria))
-                                                   found.push_back(summaryOf(record));
-                                           });
-    if (!status)
-        logFailure(status);
 }
 
 } // namespace cutroom

@@ -6,6 +6,7 @@
 #include "platform/messaging/Notifier.h"
 #include "platform/project/CookieTable.h"
 #include "platform/project/ProjDb.h"
+#include "platform/project/ProjDbSearch.h"
 #include "platform/project/RecordTable.h"
 #include "platform/project/TextArena.h"
 
@@ -53,7 +54,8 @@ public:
     Status removeAll();
 
     void forEach(const std::function<bool(const projdb::Record&)>& visit);
-    std::vector<projdb::Summary> search(const projdb::SearchCriteria& criteria);
+    // One step of a search (see projdb::Search::next).
+    void searchOn(projdb::Search::State& search, std::vector<projdb::Hit>& found);
 
     // One transaction and one notice from the first begin to the last end.
     void beginBatch();
@@ -77,6 +79,7 @@ private:
 
     ProjectDatabase() = default;
     ~ProjectDatabase();
+    static projdb::Summary summaryOf(const projdb::Record& record);
     Result<Opened> openTable(const std::string& path, bool readOnly, Status* damage)
         CUTROOM_REQUIRES(lock_);
     Status loadEntries() CUTROOM_REQUIRES(lock_);
@@ -96,17 +99,27 @@ private:
     void note(const Cookie& cookie, Change change) CUTROOM_REQUIRES(lock_);
     Kv::Ptr<projdb::Changes> takeChanges() CUTROOM_REQUIRES(lock_);
     void tell(const Kv::Ptr<projdb::Changes>& changes);
-    void searchTexts(const projdb::SearchCriteria& criteria, std::vector<projdb::Summary>& found)
+    void searchKinds(projdb::Search::State& search, std::vector<projdb::Hit>& found)
         CUTROOM_REQUIRES(lock_);
-    void searchRecords(const projdb::SearchCriteria& criteria, std::vector<projdb::Summary>& found)
+    Status searchTexts(projdb::Search::State& search, std::vector<projdb::Hit>& found)
         CUTROOM_REQUIRES(lock_);
+    Status searchRows(projdb::Search::State& search, std::vector<projdb::Hit>& found)
+        CUTROOM_REQUIRES(lock_);
+    Status takeHit(Slot slot, const projdb::Search::State& search, std::vector<projdb::Hit>& found)
+        CUTROOM_REQUIRES(lock_);
+    void forgetTexts() CUTROOM_REQUIRES(lock_);
 
     mutable CriticalSection lock_{LockRank::database};
     std::optional<RecordTable> table_ CUTROOM_GUARDED_BY(lock_); // none: no project
     std::vector<Entry> entries_ CUTROOM_GUARDED_BY(lock_);       // by slot, numbers ascending
     CookieTable slots_ CUTROOM_GUARDED_BY(lock_);
     TextArena texts_ CUTROOM_GUARDED_BY(lock_);
-    bool hasTexts_ CUTROOM_GUARDED_BY(lock_) = false; // from the first search on
+    // The texts of the rows up to that number are in memory; from the first search on.
+    Number textsUpTo_ CUTROOM_GUARDED_BY(lock_) = 0;
+    // More bytes than this are needed for all texts, as was found when they were given up.
+    std::size_t textBytesNeeded_ CUTROOM_GUARDED_BY(lock_) = 0;
+    // Counts changes of what is there.
+    std::uint64_t revision_ CUTROOM_GUARDED_BY(lock_) = 0;
     int batchDepth_ CUTROOM_GUARDED_BY(lock_) = 0;
     Status batchFailure_ CUTROOM_GUARDED_BY(lock_); // the first failure that cost the transaction
     std::vector<Cookie> changed_ CUTROOM_GUARDED_BY(lock_); // in the order of the first change

@@ -223,6 +223,7 @@ Status ProjectDatabase::removeLocked(const Cookie& cookie) {
     entries_[*slot] = Entry();
     slots_.erase(cookie);
     texts_.remove(*slot);
+    ++revision_;
     note(cookie, Change::removed);
     const std::size_t gaps = entries_.size() - slots_.size();
     if (gaps > kLeastGaps && gaps > entries_.size() / 2)

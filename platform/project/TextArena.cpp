@@ -11,6 +11,8 @@ namespace {
 
 // Below this much waste nothing is squeezed out.
 constexpr std::size_t kLeastWaste = std::size_t{1} << 20;
+// Stands for a null inside a text.
+constexpr char kInnerNull = '\xFF';
 
 bool isPlainLower(std::string_view text) noexcept {
     return std::all_of(text.begin(), text.end(), [](char c) {
@@ -29,7 +31,7 @@ void TextArena::addField(std::string_view text) {
         text_ += text;
     } else {
         std::string folded = toLowerUtf8(text);
-        std::replace(folded.begin(), folded.end(), '\0', ' ');
+        std::replace(folded.begin(), folded.end(), '\0', kInnerNull);
         text_ += folded;
     }
     text_ += '\0';
@@ -60,10 +62,15 @@ void TextArena::remove(Slot slot) {
         squeeze();
 }
 
-void TextArena::clear() { *this = TextArena(); }
+void TextArena::clear() {
+    const std::uint64_t next = generation_ + 1;
+    *this = TextArena();
+    generation_ = next;
+}
 
 void TextArena::squeeze() {
     TextArena fresh;
+    fresh.generation_ = generation_ + 1;
     fresh.offsets_.assign(offsets_.size(), kNowhere);
     for (std::size_t i = 0; i < starts_.size(); ++i) {
         const Start& start = starts_[i];
@@ -94,38 +101,47 @@ std::size_t TextArena::startHolding(std::size_t offset, std::size_t from) const 
     return static_cast<std::size_t>(above - starts_.begin()) - 1;
 }
 
-std::vector<TextArena::Slot> TextArena::search(std::string_view pattern, bool wholeWords) const {
-    std::vector<Slot> found;
-    if (pattern.find('\0') != std::string_view::npos || starts_.empty())
-        return found;
+// The word rule for a find at `at`: the nulls around its field bound what the rule sees.
+bool TextArena::standsInField(std::size_t at, std::size_t size, std::size_t& fieldEnd) const {
     const std::string_view all = text_;
-    std::size_t record = 0;
-    std::size_t at = findText(all, pattern, 0);
-    while (at < all.size()) {
+    const std::size_t before = at == 0 ? std::string_view::npos : all.rfind('\0', at - 1);
+    const std::size_t begin = before == std::string_view::npos ? 0 : before + 1;
+    fieldEnd = all.find('\0', at);
+    const std::string_view field = all.substr(begin, fieldEnd - begin);
+    if (field.find(kInnerNull) == std::string_view::npos)
+        return standsAlone(field, at - begin, at - begin + size);
+    std::string restored(field);
+    std::replace(restored.begin(), restored.end(), kInnerNull, '\0');
+    return standsAlone(restored, at - begin, at - begin + size);
+}
+
+void TextArena::search(std::string_view pattern, bool wholeWords, Place& place, std::size_t bytes,
+                       std::vector<Slot>& found) const {
+    if (isEnd(place))
+        return;
+    std::string wanted(pattern);
+    std::replace(wanted.begin(), wanted.end(), '\0', kInnerNull);
+    std::size_t record = place;
+    std::size_t at = starts_[place].offset;
+    if (bytes < text_.size() - at)
+        place = startHolding(at + bytes, place) + 1;
+    else
+        place = starts_.size();
+    const std::string_view all = std::string_view(text_).substr(0, endOf(place - 1));
+    for (at = findText(all, wanted, at); at < all.size();) {
         record = startHolding(at, record);
         std::size_t goOn = endOf(record);
-        if (!isLive(starts_[record])) {
-            at = findText(all, pattern, goOn);
-            continue;
-        }
-        bool holds = true;
-        if (wholeWords) {
-            // The null before the field and the one after it bound what the word rule sees.
-            const std::size_t before = at == 0 ? std::string_view::npos : all.rfind('\0', at - 1);
-            const std::size_t begin = before == std::string_view::npos ? 0 : before + 1;
-            const std::size_t end = all.find('\0', at);
-            holds = standsAlone(all.substr(begin, end - begin), at - begin,
-                                at - begin + pattern.size());
+        bool holds = isLive(starts_[record]);
+        if (holds && wholeWords) {
+            std::size_t fieldEnd = 0;
+            holds = standsInField(at, wanted.size(), fieldEnd);
             if (!holds)
-                goOn = end + 1;
+                goOn = fieldEnd + 1;
         }
         if (holds)
             found.push_back(starts_[record].slot);
-        at = findText(all, pattern, goOn);
+        at = findText(all, wanted, goOn);
     }
-    if (!std::is_sorted(found.begin(), found.end()))
-        std::sort(found.begin(), found.end());
-    return found;
 }
 
 } // namespace cutroom

@@ -1,5 +1,6 @@
 // The project database: records, searches, transactions, notices, damage.
 #include "platform/project/ProjDb.h"
+#include "platform/prefs/Configuration.h"
 #include "tests/platform_project/ProjectFixture.h"
 #include "tests/support/Scale.h"
 
@@ -177,7 +178,8 @@ TEST_F(ProjDbTest, findsFreeTextInChangedRecordsToo) {
 // Everything at random against a plain map, with searches as `matchRecord` decides.
 TEST_F(ProjDbTest, agreesWithAPlainMap) {
     std::mt19937 random(42);
-    const std::vector<std::string> words = {"tide", "Ebb", "flow tide", "tidebreak", "", "Ébène"};
+    const std::vector<std::string> words = {
+        "tide", "Ebb", "flow tide", "tidebreak", "", "Ébène", std::string("sea\0tide", 8)};
     std::map<std::uint64_t, projdb::Record> model;
     std::vector<std::uint64_t> order;
     for (long step = 0; step < cutroom::test::rounds(600, 20000); ++step) {
@@ -199,6 +201,8 @@ TEST_F(ProjDbTest, agreesWithAPlainMap) {
         projdb::SearchCriteria criteria;
         criteria.kinds = 1u + static_cast<unsigned>(random() % 3);
         criteria.options = static_cast<unsigned>(random() % 2);
+        // With the texts in memory, and with none.
+        cutroom::Configuration::instance().set("search_text_megabytes", random() % 3 ? "" : "0");
         if (random() % 4)
             criteria.quickSearch = words[random() % words.size()];
         else

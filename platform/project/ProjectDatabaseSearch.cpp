@@ -1,0 +1,133 @@
+// Searching the project database, a step at a time.
+#include "platform/base/Log.h"
+#include "platform/project/ProjectDatabase.h"
+#include "platform/project/SearchState.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace cutroom {
+
+namespace {
+
+// What one step does: rows read, bytes of text looked through. A few milliseconds.
+constexpr std::size_t kRowsPerStep = 1024;
+constexpr std::size_t kBytesPerStep = std::size_t{4} << 20;
+constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
+
+} // namespace
+
+void ProjectDatabase::searchOn(projdb::Search::State& search, std::vector<projdb::Hit>& found) {
+    using Way = projdb::Search::State::Way;
+    CriticalSection::Lock lock(lock_);
+    if (!search.started) {
+        search.started = true;
+        search.revision = revision_;
+    }
+    Status status;
+    if (!table_)
+        search.done = true;
+    else if (search.way == Way::kinds)
+        searchKinds(search, found);
+    else if (search.way == Way::texts)
+        status = searchTexts(search, found);
+    else
+        status = searchRows(search, found);
+    search.disturbed = search.revision != revision_;
+    if (!status) {
+        LogBoth("%s\n", status.text().c_str());
+        search.done = true;
+    }
+}
+
+void ProjectDatabase::searchKinds(projdb::Search::State& search, std::vector<projdb::Hit>& found) {
+    for (const Entry& entry : entries_)
+        if (entry.number != 0 && search.criteria.matchesKinds(entry.summary.kinds))
+            found.push_back({entry.number, entry.summary});
+    search.done = true;
+}
+
+Status ProjectDatabase::searchRows(projdb::Search::State& search, std::vector<projdb::Hit>& found) {
+    std::size_t rows = 0;
+    Status status = table_->readFrom(search.after, kLastNumber, kRowsPerStep,
+                                     [&](Number number, projdb::Record&& record) {
+                                         ++rows;
+                                         search.after = number;
+                                         if (search.criteria.matchesKinds(record.kinds) &&
+                                             projdb::matchRecord(record, search.criteria))
+                                             found.push_back({number, summaryOf(record)});
+                                     });
+    search.done = rows < kRowsPerStep;
+    search.share += static_cast<double>(rows) / static_cast<double>(entries_.size() + 1);
+    return status;
+}
+
+Status ProjectDatabase::searchTexts(projdb::Search::State& search,
+                                    std::vector<projdb::Hit>& found) {
+    const bool tooMany = textBytesNeeded_ > search.mostTextBytes;
+    if (!tooMany && textsUpTo_ < kLastNumber)
+        if (Status status = loadTexts(); !status)
+            return status;
+    if (tooMany || texts_.bytes() > search.mostTextBytes) {
+        textBytesNeeded_ = std::max(textBytesNeeded_, texts_.bytes());
+        forgetTexts();
+        search.way = projdb::Search::State::Way::rows;
+        search.share = 0;
+        return {};
+    }
+    if (search.generation != texts_.generation()) {
+        search.generation = texts_.generation();
+        search.place = 0;
+    }
+    std::vector<Slot> slots;
+    texts_.search(search.pattern, search.wholeWords, search.place, kBytesPerStep, slots);
+    for (const Slot slot : slots)
+        if (Status status = takeHit(slot, search, found); !status)
+            return status;
+    search.done = textsUpTo_ == kLastNumber && texts_.isEnd(search.place);
+    search.share =
+        std::min(1.0, static_cast<double>(search.place) / static_cast<double>(entries_.size() + 1));
+    return {};
+}
+
+Status ProjectDatabase::takeHit(Slot slot, const projdb::Search::State& search,
+                                std::vector<projdb::Hit>& found) {
+    const Entry& entry = entries_[slot];
+    if (!search.criteria.matchesKinds(entry.summary.kinds))
+        return {};
+    if (search.readsHits) {
+        const Result<std::optional<projdb::Record>> record = table_->read(entry.number);
+        if (!record)
+            return record.status();
+        if (!*record || !projdb::matchRecord(**record, search.criteria))
+            return {};
+    }
+    found.push_back({entry.number, entry.summary});
+    return {};
+}
+
+// Takes the texts of some records more into memory.
+Status ProjectDatabase::loadTexts() {
+    std::size_t rows = 0;
+    Number last = textsUpTo_;
+    Status status =
+        table_->readFrom(textsUpTo_, kLastNumber, kRowsPerStep,
+                         [&](Number number, projdb::Record&& record) CUTROOM_REQUIRES(lock_) {
+                             ++rows;
+                             last = number;
+                             if (const std::optional<Slot> slot = slots_.find(record.cookie))
+                                 texts_.put(*slot, record);
+                         });
+    if (status)
+        textsUpTo_ = rows < kRowsPerStep ? kLastNumber : last;
+    else
+        forgetTexts();
+    return status;
+}
+
+void ProjectDatabase::forgetTexts() {
+    texts_.clear();
+    textsUpTo_ = 0;
+}
+
+} // namespace cutroom
