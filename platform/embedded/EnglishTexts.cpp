@@ -48,6 +48,20 @@ constexpr Row kRows[] = {
     {kResTypeFileCopy, L"Copied clip"},
     {kResTypeClipSection, L"Clip section"},
     {kResTypeOther, L"Log"},
+    {kResTypeBin, L"Bin"},
+    {kResTypeDocument, L"Document"},
+    {kResTypeAsset, L"Asset"},
+    {kResTypeSources, L"Clips"},
+    {kResTypeEdits, L"Sequences"},
+    {kResTypeSyncGhosts, L"Synced clips"},
+    {kResTypePrintGhosts, L"Prints"},
+    {kResTypeSubclips, L"Subclips"},
+    {kResTypeFileCopies, L"Copied clips"},
+    {kResTypeClipSections, L"Clip sections"},
+    {kResTypeOthers, L"Logs"},
+    {kResTypeBins, L"Bins"},
+    {kResTypeDocuments, L"Documents"},
+    {kResTypeAssets, L"Assets"},
 };
 
 constexpr bool byId(const Row& a, const Row& b) { return a.id < b.id; }

@@ -39,7 +39,7 @@ inline constexpr ResId kResTransPosition4 = 11697;
 inline constexpr ResId kResTransPosition5 = 11698;
 inline constexpr ResId kResTransSelectedSegments = 12713;
 
-// Names of the kinds of edit and log, numbered here.
+// Names of the kinds of asset, numbered here.
 inline constexpr ResId kResTypeSource = 20001;
 inline constexpr ResId kResTypeEdit = 20002;
 inline constexpr ResId kResTypeSyncGhost = 20003;
@@ -48,5 +48,20 @@ inline constexpr ResId kResTypeSubclip = 20005;
 inline constexpr ResId kResTypeFileCopy = 20006;
 inline constexpr ResId kResTypeClipSection = 20007;
 inline constexpr ResId kResTypeOther = 20008;
+inline constexpr ResId kResTypeBin = 20009;
+inline constexpr ResId kResTypeDocument = 20010;
+inline constexpr ResId kResTypeAsset = 20011; // of any kind
+// The same in the plural.
+inline constexpr ResId kResTypeSources = 20021;
+inline constexpr ResId kResTypeEdits = 20022;
+inline constexpr ResId kResTypeSyncGhosts = 20023;
+inline constexpr ResId kResTypePrintGhosts = 20024;
+inline constexpr ResId kResTypeSubclips = 20025;
+inline constexpr ResId kResTypeFileCopies = 20026;
+inline constexpr ResId kResTypeClipSections = 20027;
+inline constexpr ResId kResTypeOthers = 20028;
+inline constexpr ResId kResTypeBins = 20029;
+inline constexpr ResId kResTypeDocuments = 20030;
+inline constexpr ResId kResTypeAssets = 20031;
 
 } // namespace cutroom
