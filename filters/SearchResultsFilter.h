@@ -1,0 +1,78 @@
+// `SearchResultsFilter`: the project filter that keeps the bins of past searches.
+//
+//   groups/Filters/Search/Search.filter      the results, in order (docs/formats/filter.md)
+//   groups/Filters/Search/<name>.criteria    a dynamic bin each (docs/formats/criteria.md)
+#pragma once
+
+#include "filters/ProjectFilterBase.h"
+#include "filters/ProjectSearch.h"
+#include "filters/SearchBin.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+// Owned by `ProjectFilterManager`. Looking is for any thread, as `ProjectFilterBase`; what adds,
+// removes or saves writes files at once, holds a lock like that of a manager's `saveAll`, and is
+// not to be called by a listener of a container. Each of them tells through the manager: a record
+// of 384 (128, 256) or 640 (128, 512) with the bins concerned, in a notice of no container.
+class CUTROOM_API SearchResultsFilter final : public ProjectFilterBase {
+public:
+    // Loads "Search.filter", then makes a dynamic bin of each criteria file. A file that cannot be
+    // read is logged, left out and remembered (`getDamaged`).
+    SearchResultsFilter();
+    ~SearchResultsFilter() override;
+
+    // The folder; empty without a project.
+    static LightweightString<wchar_t> getFolder();
+
+    eResultsType getResultsType() const override;
+    LightweightString<wchar_t> getDescription() const override;
+
+    // Performs the search and keeps its bin: as it is now, or (`dynamic`) with its criteria in a
+    // file. Empty, and nothing changes, when it cannot be saved (logged); in a project that is open
+    // for reading only it is kept until the close.
+    Kv::Ptr<BinData> add(const ProjectSearch::Criteria& criteria, bool dynamic);
+    // Keeps a copy of the items of any bin; the bin itself when it is here already.
+    Kv::Ptr<BinData> add(const Kv::Ptr<BinData>& results) override;
+    // Keeps the criteria under a name, in place of those of that name. `wrongUsage` for a name that
+    // cannot be a file's: empty, longer than 200 bytes, with a slash or control character, or one
+    // that begins with a point.
+    cutroom::Result<Kv::Ptr<BinData>> saveCriteria(const LightweightString<wchar_t>& name,
+                                                   const ProjectSearch::Criteria& criteria);
+    // False when it is not here or the change cannot be saved. The criteria file of a dynamic bin
+    // goes, its content stays as ".bak".
+    bool remove(const Kv::Ptr<BinData>& bin) override;
+    void remove(const Bins& bins) override;
+    void clear() override;
+
+    // Brings the dynamic bins into line with the files: new ones come, those without a file go,
+    // changed ones are searched anew.
+    void update();
+
+    // Some kept results have changed since they were saved.
+    bool anyDirty() const;
+    cutroom::Status save();
+    // What is wrong with the files that could not be read.
+    std::vector<cutroom::Status> getDamaged() const;
+
+protected:
+    eVisibility getDefaultVisibility() const override;
+
+private:
+    using SearchBins = std::vector<Kv::Ptr<SearchBin>>;
+
+    Kv::Ptr<BinData> keep(const Kv::Ptr<SearchBin>& bin);
+    SearchBins ours(const Bins& bins) const;
+    cutroom::Status drop(const SearchBins& bins) CUTROOM_REQUIRES(saving_);
+    cutroom::Status saveList() CUTROOM_REQUIRES(saving_);
+    void loadList() CUTROOM_REQUIRES(saving_);
+    SearchBins readCriteria() CUTROOM_REQUIRES(saving_);
+    std::wstring freeName(const LightweightString<wchar_t>& wanted) const;
+    void tell(unsigned kind, const CookieVec& bins) const;
+
+    // Held while files are read or written.
+    mutable CriticalSection saving_{LockRank::saveAll};
+    std::map<std::string, cutroom::Status> damaged_ CUTROOM_GUARDED_BY(saving_); // by file
+    Kv::Ptr<Guard> saver_;
+};
