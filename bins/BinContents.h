@@ -5,6 +5,7 @@
 #include "bins/ImageSize.h"
 #include "bins/eGalleryViews.h"
 
+#include <string>
 #include <vector>
 
 namespace cutroom {
@@ -28,7 +29,8 @@ struct BinContents {
     Items items;            // in the user's order
     eGalleryViews::eGalleryView view = eGalleryViews::Image;
     eBinVersion version = kBinVersionCurrent;
-    bool autoPosition = true; // tiles without position are placed
+    bool autoPosition = true;  // tiles without position are placed
+    std::string syncedSources; // of a sync group: its clips to each other, as text; empty: none
 };
 
 } // namespace cutroom

@@ -162,6 +162,19 @@ void BinData::setCaps(unsigned caps) {
     caps_ = caps;
 }
 
+std::string BinData::getSyncedSources() const {
+    const SharedLock::Read lock(lock_);
+    return contents_.syncedSources;
+}
+
+void BinData::setSyncedSources(std::string text) {
+    const Change change(*this);
+    if (contents_.syncedSources == text)
+        return;
+    contents_.syncedSources = std::move(text);
+    setDirty(true);
+}
+
 std::vector<LogAttribute> BinData::getTableColumns() const {
     const SharedLock::Read lock(lock_);
     return columns_.empty() ? defaultTableColumns() : columns_;

@@ -251,6 +251,9 @@ protected:
     void issueModificationNotification(const Modifications& changes,
                                        LightweightString<char> reason) override;
     void setCaps(unsigned caps);
+    // What a sync group says of its clips; saved with it, told to nobody.
+    std::string getSyncedSources() const;
+    void setSyncedSources(std::string text);
 
 private:
     friend class Reading;

@@ -27,16 +27,16 @@ constexpr int kCookie = 0, kPos = 1, kTime = 2, kMark = 3, kMarkOut = 4;
 constexpr char kSize[] = "Size", kTileSize[] = "TileSize", kView[] = "View";
 constexpr char kVersion[] = "Version", kAutoPosition[] = "AutoPosition";
 constexpr char kModTime[] = "ModTime", kCreated[] = "Created", kExtID[] = "ExtID";
-constexpr char kTileDimensions[] = "TileDimensions";
+constexpr char kTileDimensions[] = "TileDimensions", kSyncedSources[] = "SYNCED_SOURCES";
 
 // A mark that is not set, in the file.
 constexpr double kUnsetMark = -1.0;
 
 // Every attribute that is written or was, so that none is kept that was meant to go.
 const std::vector<std::string_view>& knownAttributes() {
-    static const std::vector<std::string_view> names = {kSize,    kTileSize,     kView,
-                                                        kVersion, kAutoPosition, kModTime,
-                                                        kCreated, kExtID,        kTileDimensions};
+    static const std::vector<std::string_view> names = {
+        kSize,    kTileSize, kView,  kVersion,        kAutoPosition,
+        kModTime, kCreated,  kExtID, kTileDimensions, kSyncedSources};
     return names;
 }
 
@@ -194,6 +194,7 @@ Result<BinFile> BinFile::read(const LightweightString<wchar_t>& fileName) {
     if (file.contents.view == eGalleryViews::None)
         file.contents.view = eGalleryViews::Image;
     file.contents.autoPosition = BoolFromString(in.getAttribute(kAutoPosition)).value_or(false);
+    file.contents.syncedSources = in.getAttribute(kSyncedSources);
     file.holdsUnknown = in.holdsMoreThan(kFields, knownAttributes());
     return file;
 }
@@ -233,6 +234,8 @@ void BinFileWriter::fill(const std::string& name, const std::string& externalId,
         writer_.addAttribute(kCreated, toText(static_cast<unsigned long long>(created)));
     if (!externalId.empty())
         writer_.addAttribute(kExtID, externalId);
+    if (!contents.syncedSources.empty())
+        writer_.addAttribute(kSyncedSources, contents.syncedSources);
     writer_.reserve(contents.items.size());
     std::string position;
     for (const BinItem& item : contents.items) {
