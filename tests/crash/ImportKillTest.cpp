@@ -81,6 +81,7 @@ protected:
 
 TEST_F(ImportKillTest, AllOfAnImportIsThereOrNothing) {
     const long moments = rounds(12, 200);
+    RecordProperty("kills", std::to_string(moments));
     for (long i = 0; i < moments && !HasFatalFailure() && !HasNonfatalFailure(); ++i) {
         SCOPED_TRACE(i);
         killOne();

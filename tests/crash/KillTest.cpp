@@ -108,6 +108,7 @@ INSTANTIATE_TEST_SUITE_P(Work, KillTest, testing::Values("edits", "bins", "docum
 
 TEST_P(KillTest, whatWasAcknowledgedIsThereAndNothingIsTorn) {
     const long moments = rounds(kMoments, 2'500);
+    RecordProperty("kills", std::to_string(moments));
     for (long i = 0; i < moments && !HasFatalFailure() && !HasNonfatalFailure(); ++i) {
         SCOPED_TRACE(i);
         killOne(static_cast<unsigned>(i));

@@ -72,7 +72,9 @@ TEST_F(PowerCutTest, aSaveOfSeveralEditsIsWholeOrNotThere) {
     ASSERT_TRUE(saveUntil(whole, 1'000'000, &operations));
     std::mt19937 random(9);
     int found[2] = {0, 0};
-    for (long cut = rounds(300, 100'000); cut > 0; --cut) {
+    const long cuts = rounds(300, 100'000);
+    RecordProperty("cuts", std::to_string(cuts));
+    for (long cut = 0; cut < cuts; ++cut) {
         PowerCutDisk disk = start;
         const bool saved = saveUntil(disk, static_cast<long>(random() % (operations + 1)));
         PowerCutDisk left = disk.afterCut(random);

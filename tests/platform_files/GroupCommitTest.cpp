@@ -177,6 +177,7 @@ class PowerCut : public testing::Test {
 protected:
     // The share of cuts after which the content was neither `before` nor `after`.
     template <class Work> double tornShare(long cuts, const Work& work) {
+        RecordProperty("cuts", std::to_string(cuts));
         std::mt19937 random(20240229);
         PowerCutDisk start;
         {

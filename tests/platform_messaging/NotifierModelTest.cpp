@@ -152,6 +152,7 @@ private:
 TEST(NotifierModel, NobodyIsMissedOrToldTwice) {
     const cutroom::test::LogLines log;
     const long rounds = cutroom::test::rounds(100, 10'000);
+    RecordProperty("steps", std::to_string(rounds * 1000));
     long calls = 0;
     for (unsigned seed = 1; seed <= static_cast<unsigned>(rounds); ++seed) {
         Play play(seed);

@@ -1,5 +1,6 @@
 // Random changes of a cut event list against the simple model.
 #include "CelModel.h"
+#include "tests/support/Scale.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -204,7 +205,9 @@ private:
 
 TEST(CelModelTest, randomChangesAgreeWithTheModel) {
     Runner runner(20261121);
-    for (int i = 0; i < kSteps; ++i) {
+    const long steps = cutroom::test::rounds(kSteps, 1'000'000);
+    RecordProperty("steps", std::to_string(steps));
+    for (long i = 0; i < steps; ++i) {
         runner.step();
         runner.check();
         if (i % 100 == 0)

@@ -61,7 +61,9 @@ TEST_F(EditKillTest, everyAcknowledgedSaveIsThereWithItsHistory) {
     fresh.release();
     ASSERT_TRUE(CurrentProject::close().ok());
     int saved = 0;
-    for (long round = 0; round < test::rounds(15, 2000); ++round) {
+    const long kills = test::rounds(15, 2000);
+    RecordProperty("kills", std::to_string(kills));
+    for (long round = 0; round < kills; ++round) {
         saved += killAfter(cookie, 1 + static_cast<int>(round % 7));
         const Status opened = CurrentProject::open(folder());
         ASSERT_TRUE(opened.ok()) << opened.text();

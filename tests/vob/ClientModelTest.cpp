@@ -318,7 +318,9 @@ class ClientModel : public VobFixture {};
 TEST_F(ClientModel, HoldsWhateverClientsDoWhileTheyAreTold) {
     const unsigned seed = 20'261'121;
     World world(seed);
-    for (long step = 0; step < rounds(kSteps, 10 * kSteps) && !HasFailure(); ++step) {
+    const long steps = rounds(kSteps, 10'000'000);
+    RecordProperty("steps", std::to_string(steps));
+    for (long step = 0; step < steps && !HasFailure(); ++step) {
         SCOPED_TRACE("step " + std::to_string(step));
         world.step();
         world.check();
