@@ -64,4 +64,47 @@ inline constexpr ResId kResTypeBins = 20029;
 inline constexpr ResId kResTypeDocuments = 20030;
 inline constexpr ResId kResTypeAssets = 20031;
 
+// Project filters: a name each, numbered here, and 20 above it what the filter shows; then the names
+// of their bins. The last two are named by the user; "$NAME$" is replaced.
+inline constexpr ResId kResFilterEverything = 20101;
+inline constexpr ResId kResFilterLogs = 20102;
+inline constexpr ResId kResFilterRecentLogs = 20103;
+inline constexpr ResId kResFilterSubClips = 20104;
+inline constexpr ResId kResFilterConstituents = 20105;
+inline constexpr ResId kResFilterDocuments = 20106;
+inline constexpr ResId kResFilterImages = 20107;
+inline constexpr ResId kResFilterTag = 20108;
+inline constexpr ResId kResFilterUser = 20109;
+inline constexpr ResId kResFilterDescription = 20; // added to the number of a name
+inline constexpr ResId kResBinClips = 20141;
+inline constexpr ResId kResBinSubclips = 20142;
+inline constexpr ResId kResBinSyncs = 20143;
+inline constexpr ResId kResBinPrints = 20144;
+inline constexpr ResId kResBinClipSections = 20145;
+inline constexpr ResId kResBinLastDay = 20146;
+inline constexpr ResId kResBinLastWeek = 20147;
+inline constexpr ResId kResBinLastMonth = 20148;
+
+// Words of searches, numbered here.
+inline constexpr ResId kResSearchEverything = 20201; // name of a search without conditions
+inline constexpr ResId kResSearchKinds = 20202;
+inline constexpr ResId kResSearchImages = 20203;
+inline constexpr ResId kResSearchClipboard = 20204;
+inline constexpr ResId kResSearchText = 20205;
+inline constexpr ResId kResSearchWholeWords = 20206;
+inline constexpr ResId kResSearchMatch = 20210;     // and the next 8: the ways of matching
+inline constexpr ResId kResSearchOperators = 20220; // and the next 2: how patterns are joined
+inline constexpr ResId kResSearchOrEmpty = 20223;
+inline constexpr ResId kResSearchMarkers = 20230;
+inline constexpr ResId kResSearchMarkerTypes = 20231;
+inline constexpr ResId kResSearchNoMarkerTypes = 20232;
+inline constexpr ResId kResSearchOtherColours = 20233;
+inline constexpr ResId kResSearchDrive = 20240;
+inline constexpr ResId kResSearchTime = 20241;
+inline constexpr ResId kResSearchVideo = 20242;
+inline constexpr ResId kResSearchAudio = 20243;
+inline constexpr ResId kResSearchMedia = 20244;
+inline constexpr ResId kResSearchPresent = 20245;
+inline constexpr ResId kResSearchAbsent = 20246;
+
 } // namespace cutroom
