@@ -6,11 +6,11 @@
 #pragma once
 
 #include "bins/BinData.h"
+#include "filters/FollowState.h"
 #include "filters/iProjectFilter.h"
 #include "platform/files/JsonBuilder.h"
 #include "platform/files/JsonElement.h"
 
-#include <atomic>
 #include <optional>
 #include <string>
 
@@ -31,7 +31,7 @@ public:
     // The persisted name of the kind of bin: "Items" for plain ones. Heirs that are persisted have
     // a maker for theirs (`installFilterBinMaker`).
     virtual LightweightString<char> getTypeID() const;
-    // Works out its own items. False by default; then the next six operations do nothing.
+    // Works out its own items. False by default; then the next five operations do nothing.
     virtual bool isDynamic() const;
 
     // Works the items out, unless that was done. Nothing is told. Not to be called under the lock
@@ -39,13 +39,11 @@ public:
     void fill();
     // Has been filled.
     bool isComplete() const override;
-    // Works the items out anew if it has been filled; tells 768 when they differ.
+    // Works the items out anew if it has been filled; tells as the next.
     void refresh();
     // Looks at these assets again if it has been filled: each is in the bin afterwards when it
     // belongs there. Tells 256 for those that came, 512 with those that went.
     void assetsChanged(const CookieVec& assets);
-    // Forgets the items, so that the next `fill` begins anew; nothing is told.
-    void forget();
 
     // --- the form in a filter file (docs/formats/filter.md) --------------------------------------
     // Adds the members to the object that is being written. Heirs write "Type", "ID" and "Name"
@@ -82,11 +80,10 @@ protected:
 
 private:
     void replaceSilently(Items items) CUTROOM_REQUIRES(lock_);
-    void follow(const CookieVec& assets) CUTROOM_REQUIRES(lock_);
+    void apply(Items come, const CookieVec& gone) CUTROOM_REQUIRES(lock_);
+    void lookAgainAt(const CookieVec& assets) CUTROOM_REQUIRES(lock_);
 
-    std::atomic<bool> filled_{false};
-    int fillers_ CUTROOM_GUARDED_BY(lock_) = 0;     // threads that gather at this moment
-    CookieVec touched_ CUTROOM_GUARDED_BY(lock_);   // what changed meanwhile
+    cutroom::FollowState following_;
     bool silent_ CUTROOM_GUARDED_BY(lock_) = false; // no record is told
 };
 
@@ -97,7 +94,13 @@ using FilterBinMaker = Kv::Ptr<FilterBinData> (*)();
 // Has persisted bins of the type `typeID` made by `maker` (null: by nobody). Any thread.
 CUTROOM_API void installFilterBinMaker(const LightweightString<char>& typeID, FilterBinMaker maker);
 
+// Makes a bin by its "Type" and has it read the object; the failure says what is wrong.
+CUTROOM_API Result<Kv::Ptr<FilterBinData>> readFilterBin(const JSON::Element& object,
+                                                         const std::string& file);
+
 // The cookie of a bin that a filter presents under that key, in every project and on every machine.
 CUTROOM_API Cookie fixedFilterBinID(std::string_view key) noexcept;
+// Tells whether a cookie is such a one.
+CUTROOM_API bool isFixedFilterBinID(const Cookie& bin) noexcept;
 
 } // namespace cutroom

@@ -6,9 +6,9 @@
 #include "platform/base/Annotations.h"
 #include "platform/base/Locks.h"
 #include "platform/base/Status.h"
+#include "platform/files/JsonElement.h"
 
 #include <string>
-#include <string_view>
 
 // Any thread, as `iProjectFilter`: a lock of its own, a leaf, guards name, visibility and the list
 // of bins, and is held while nothing else is called.
@@ -50,9 +50,9 @@ protected:
     cutroom::Status load(const LightweightString<wchar_t>& path);
     // Writes all three, crash-safely; the visibility only when it is not `kOptional`.
     cutroom::Status save(const LightweightString<wchar_t>& path) const;
-    // What `save` writes, and the reading of it; `file` is for messages.
+    // What `save` writes, and its reading; `file` is for messages.
     std::string asText() const;
-    cutroom::Status fromText(std::string_view text, const std::string& file);
+    cutroom::Status fromElement(const JSON::Element& object, const std::string& file);
 
     // Called before results are looked at, without a lock: for heirs that make bins late.
     virtual void prepareResults() const {}

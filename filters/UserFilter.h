@@ -2,9 +2,13 @@
 // project. Kept as "<cookie>.filter" in the folder of the filters.
 #pragma once
 
+#include "filters/FilterBinData.h"
 #include "filters/ProjectFilterBase.h"
 
+#include <atomic>
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 // Made by `ProjectFilterManager` alone. Any thread, as `ProjectFilterBase`.
 class CUTROOM_API UserFilter final : public ProjectFilterBase {
@@ -29,11 +33,14 @@ public:
     bool isDirty() const;
     // What `save` would write, and its reading; nothing is told.
     std::string getFileText() const { return asText(); }
-    cutroom::Status take(std::string_view text, const std::string& file);
-    // The state as it is now, before it is written, and the note that it has been.
-    struct Saved;
-    std::uint64_t changeCount() const noexcept { return changes_; }
-    void setSaved(std::uint64_t changeCount) noexcept;
+    cutroom::Status take(const JSON::Element& object, const std::string& file);
+    // Counts what changed; taken before the text, it tells `setSaved` what has been written.
+    struct ChangeCounts {
+        std::uint64_t own = 0;
+        std::vector<std::pair<Kv::Ptr<FilterBinData>, std::uint64_t>> bins;
+    };
+    ChangeCounts changeCounts() const;
+    void setSaved(const ChangeCounts& counts);
 
 private:
     std::atomic<std::uint64_t> changes_{1};

@@ -1,0 +1,158 @@
+#include "filters/FilterBinData.h"
+
+#include "bins/BinBatch.h"
+#include "filters/ProjectFilterManager.h"
+
+#include <map>
+#include <unordered_set>
+#include <utility>
+
+using cutroom::Status;
+using cutroom::StatusCode;
+
+namespace {
+
+// The kind of bin that holds items.
+constexpr char kItemsType[] = "Items";
+// Of every bin that a filter presents under a fixed key: tells its cookie from fresh ones.
+constexpr std::uint64_t kFixedMark = 0xF117'0000'0000'0000;
+constexpr std::uint64_t kMarkBits = 0xFFFF'0000'0000'0000;
+
+} // namespace
+
+namespace cutroom {
+
+// FNV-1a (Fowler, Noll, Vo), 64 bits, folded to the bits below the mark.
+Cookie fixedFilterBinID(std::string_view key) noexcept {
+    std::uint64_t hash = 0xCBF29CE484222325u;
+    for (const char c : key)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3u;
+    return Cookie('G', kFixedMark | ((hash ^ (hash >> 48)) & ~kMarkBits));
+}
+
+bool isFixedFilterBinID(const Cookie& bin) noexcept {
+    return bin.type() == 'G' && (bin.id() & kMarkBits) == kFixedMark;
+}
+
+} // namespace cutroom
+
+FilterBinData::FilterBinData() = default;
+FilterBinData::FilterBinData(const BinData& other) : BinData(other) {}
+FilterBinData::~FilterBinData() = default;
+
+FilterBinData::FilterBinData(const LightweightString<wchar_t>& name, const Cookie& id)
+    : BinData(name) {
+    if (id.valid())
+        setID(id);
+}
+
+LightweightString<char> FilterBinData::getTypeID() const { return kItemsType; }
+bool FilterBinData::isDynamic() const { return false; }
+
+// --- contents that follow the project ------------------------------------------------------------
+
+BinData::Items FilterBinData::gather() const { return {}; }
+std::optional<BinItem> FilterBinData::itemOf(const Cookie&) const { return std::nullopt; }
+
+bool FilterBinData::isComplete() const { return !isDynamic() || following_.ready(); }
+
+void FilterBinData::fill() {
+    if (!isDynamic() || following_.ready() || !following_.begin())
+        return;
+    Items items = gather();
+    const Change change(*this);
+    CookieVec touched;
+    if (!following_.end(touched))
+        return; // another thread was faster
+    replaceSilently(std::move(items));
+    lookAgainAt(touched);
+}
+
+void FilterBinData::replaceSilently(Items items) {
+    silent_ = true;
+    setContents(std::move(items));
+    silent_ = false;
+}
+
+void FilterBinData::refresh() {
+    const cutroom::ChangeLock oneAtATime;
+    if (!isDynamic() || !following_.ready())
+        return;
+    Items items = gather();
+    std::unordered_set<Cookie> wanted;
+    for (const BinItem& item : items)
+        wanted.insert(item.asset);
+    const Change change(*this);
+    CookieVec gone;
+    for (const BinItem& item : std::as_const(*this))
+        if (wanted.count(item.asset) == 0)
+            gone.push_back(item.asset);
+    std::erase_if(items, [this](const BinItem& item) { return contains(item.asset); });
+    apply(std::move(items), gone);
+}
+
+void FilterBinData::assetsChanged(const CookieVec& assets) {
+    const cutroom::ChangeLock oneAtATime;
+    if (!isDynamic() || assets.empty() || !following_.follows(assets))
+        return;
+    const Change change(*this);
+    lookAgainAt(assets);
+}
+
+// What belongs here is asked for now, not when the change was told: of two changes of one asset the
+// first to be looked at settles both.
+void FilterBinData::lookAgainAt(const CookieVec& assets) {
+    Items come;
+    CookieVec gone;
+    std::unordered_set<Cookie> seen;
+    for (const Cookie& asset : assets) {
+        if (!seen.insert(asset).second)
+            continue;
+        const bool isHere = contains(asset);
+        std::optional<BinItem> item = itemOf(asset);
+        if (item && !isHere)
+            come.push_back(std::move(*item));
+        else if (!item && isHere)
+            gone.push_back(asset);
+    }
+    apply(std::move(come), gone);
+}
+
+void FilterBinData::apply(Items come, const CookieVec& gone) {
+    if (come.empty() && gone.empty())
+        return;
+    const cutroom::BinBatch batch(*this);
+    handleDeletions(gone, {});
+    for (const BinItem& item : come)
+        add(item);
+}
+
+// --- saving --------------------------------------------------------------------------------------
+
+Status FilterBinData::save() {
+    return isDynamic() ? Status() : ProjectFilterManager::instance().saveFilterOf(getID());
+}
+
+bool FilterBinData::isDirty() const { return !isDynamic() && BinData::isDirty(); }
+
+void FilterBinData::setDirty(bool dirty) {
+    if (!isDynamic())
+        BinData::setDirty(dirty);
+}
+
+bool FilterBinData::canAccomodate(const Cookie& asset) const {
+    return !isDynamic() && BinData::canAccomodate(asset);
+}
+
+bool FilterBinData::canAccomodate(CookieType type) const {
+    return !isDynamic() && BinData::canAccomodate(type);
+}
+
+void FilterBinData::issueModificationNotification(const Modifications& changes,
+                                                  LightweightString<char> reason) {
+    if (silent_)
+        return;
+    if (auto* manager = cutroom::ProcessSingleton<ProjectFilterManager>::find())
+        manager->issueNotification(changes, getID(), reason);
+    ContainerBase::issueModificationNotification(changes, std::move(reason));
+}

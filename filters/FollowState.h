@@ -1,0 +1,58 @@
+// `cutroom::FollowState`: for what is worked out of the whole project at the first look and follows
+// its changes from then on, while other threads change the project.
+#pragma once
+
+#include "bins/ChangeLock.h"
+#include "platform/base/Cookie.h"
+
+#include <atomic>
+
+namespace cutroom {
+
+// The making takes place under no lock; what changes meanwhile is kept, and looked at again when
+// the maker is back. Several threads may make at once: the first to return decides.
+//
+//     if (state.begin()) {                                    // notes changes from now on
+//         auto made = ...;                                    // reads the project
+//         const ChangeLock lock;
+//         CookieVec touched;
+//         if (state.end(touched)) { take over `made`; look again at `touched`; }
+//     }
+class FollowState {
+public:
+    // Is there.
+    bool ready() const noexcept { return ready_.load(std::memory_order_acquire); }
+    // Begins the making; false when it is there. Each true is followed by one `end`.
+    bool begin() {
+        const ChangeLock lock;
+        if (ready())
+            return false;
+        ++makers_;
+        return true;
+    }
+    // Ends it, under the change lock. True for the first maker, with what changed meanwhile.
+    bool end(CookieVec& touched) {
+        const bool first = !ready();
+        ready_.store(true, std::memory_order_release);
+        if (first)
+            touched.swap(touched_);
+        if (--makers_ == 0)
+            touched_.clear();
+        return first;
+    }
+    // Assets have changed; under the change lock. True when the owner is to look at them now.
+    bool follows(const CookieVec& assets) {
+        if (ready())
+            return true;
+        if (makers_ > 0)
+            touched_.insert(touched_.end(), assets.begin(), assets.end());
+        return false;
+    }
+
+private:
+    std::atomic<bool> ready_{false}; // changed under the change lock
+    int makers_ = 0;                 // threads that make at this moment; under the change lock
+    CookieVec touched_;              // the same
+};
+
+} // namespace cutroom

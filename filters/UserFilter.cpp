@@ -1,0 +1,62 @@
+#include "filters/UserFilter.h"
+
+#include "platform/host/StringTable.h"
+#include "platform/project/Savers.h"
+
+#include <algorithm>
+
+const char* UserFilter::getFileExtension() noexcept { return "filter"; }
+
+UserFilter::UserFilter(const Cookie& id) : ProjectFilterBase(id) {}
+
+UserFilter::UserFilter(const Cookie& id, LightweightString<wchar_t> name, FilterBins bins)
+    : ProjectFilterBase(id, std::move(name)) {
+    setResults(std::move(bins));
+}
+
+UserFilter::~UserFilter() = default;
+
+iProjectFilter::eResultsType UserFilter::getResultsType() const { return resultsTypeByCount(); }
+iProjectFilter::eCreator UserFilter::getCreator() const { return kUser; }
+
+LightweightString<wchar_t> UserFilter::getDescription() const {
+    return resourceStrW(cutroom::kResFilterUser + cutroom::kResFilterDescription);
+}
+
+void UserFilter::setVisibility(eVisibility visibility) {
+    ProjectFilterBase::setVisibility(visibility);
+    ++changes_;
+    cutroom::Savers::noteChange();
+}
+
+void UserFilter::setContents(FilterBins bins) {
+    setResults(std::move(bins));
+    ++changes_;
+    cutroom::Savers::noteChange();
+}
+
+bool UserFilter::isDirty() const {
+    const FilterBins bins = peekResults();
+    return changes_ != saved_ ||
+           std::any_of(bins.begin(), bins.end(), [](const auto& bin) { return bin->isDirty(); });
+}
+
+cutroom::Status UserFilter::take(const JSON::Element& object, const std::string& file) {
+    if (cutroom::Status read = fromElement(object, file); !read)
+        return read;
+    saved_ = changes_.load();
+    return {};
+}
+
+UserFilter::ChangeCounts UserFilter::changeCounts() const {
+    ChangeCounts counts{changes_, {}};
+    for (const Kv::Ptr<FilterBinData>& bin : peekResults())
+        counts.bins.emplace_back(bin, bin->changeCount());
+    return counts;
+}
+
+void UserFilter::setSaved(const ChangeCounts& counts) {
+    saved_ = counts.own;
+    for (const auto& [bin, count] : counts.bins)
+        bin->setSaved(count);
+}
