@@ -108,7 +108,6 @@ constexpr Row kRows[] = {
     {kResSearchMarkers, L"Markers"},
     {kResSearchMarkerTypes, L"Marker colours"},
     {kResSearchNoMarkerTypes, L"No marker colours"},
-    {kResSearchOtherColours, L"other"},
     {kResSearchDrive, L"Media on"},
     {kResSearchTime, L"Contains the time"},
     {kResSearchVideo, L"Video tracks"},
@@ -116,6 +115,15 @@ constexpr Row kRows[] = {
     {kResSearchMedia, L"Media"},
     {kResSearchPresent, L"present"},
     {kResSearchAbsent, L"absent"},
+    {kResSearchColours, L"red"},
+    {kResSearchColours + 1, L"green"},
+    {kResSearchColours + 2, L"blue"},
+    {kResSearchColours + 3, L"cyan"},
+    {kResSearchColours + 4, L"magenta"},
+    {kResSearchColours + 5, L"yellow"},
+    {kResSearchColours + 6, L"white"},
+    {kResSearchColours + 7, L"black"},
+    {kResSearchColours + 8, L"other"},
 };
 
 constexpr bool byId(const Row& a, const Row& b) { return a.id < b.id; }

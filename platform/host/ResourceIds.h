@@ -64,8 +64,8 @@ inline constexpr ResId kResTypeBins = 20029;
 inline constexpr ResId kResTypeDocuments = 20030;
 inline constexpr ResId kResTypeAssets = 20031;
 
-// Project filters: a name each, numbered here, and 20 above it what the filter shows; then the names
-// of their bins. The last two are named by the user; "$NAME$" is replaced.
+// Project filters: a name each, numbered here, and 20 above it what the filter shows; then the
+// names of their bins. The last two are named by the user; "$NAME$" is replaced.
 inline constexpr ResId kResFilterEverything = 20101;
 inline constexpr ResId kResFilterLogs = 20102;
 inline constexpr ResId kResFilterRecentLogs = 20103;
@@ -98,7 +98,6 @@ inline constexpr ResId kResSearchOrEmpty = 20223;
 inline constexpr ResId kResSearchMarkers = 20230;
 inline constexpr ResId kResSearchMarkerTypes = 20231;
 inline constexpr ResId kResSearchNoMarkerTypes = 20232;
-inline constexpr ResId kResSearchOtherColours = 20233;
 inline constexpr ResId kResSearchDrive = 20240;
 inline constexpr ResId kResSearchTime = 20241;
 inline constexpr ResId kResSearchVideo = 20242;
@@ -106,5 +105,6 @@ inline constexpr ResId kResSearchAudio = 20243;
 inline constexpr ResId kResSearchMedia = 20244;
 inline constexpr ResId kResSearchPresent = 20245;
 inline constexpr ResId kResSearchAbsent = 20246;
+inline constexpr ResId kResSearchColours = 20250; // and the next 8: marker types by bit
 
 } // namespace cutroom
