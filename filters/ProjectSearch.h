@@ -20,6 +20,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -90,6 +91,9 @@ public:
     Kv::Ptr<BinData> perform(const Criteria& criteria, const Watcher& watcher);
     // The items of that bin: what fills others. False, and `items` stays, when stopped.
     bool find(const Criteria& criteria, BinData::Items& items, const Watcher& watcher = {});
+
+    // The item of one asset as its record has it; nothing when it does not meet the criteria.
+    std::optional<BinItem> findItem(const Cookie& asset, const Criteria& criteria);
 
     // Tells whether one asset meets the criteria: kind and tracks as they are in the open edit, all
     // else as its record says. False for no edit; without a record only when nothing is asked of
