@@ -1,0 +1,130 @@
+#include "sync/ClipMap.h"
+
+#include "platform/store/Cel.h"
+#include "platform/store/Edit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+
+namespace cutroom {
+
+namespace {
+
+// A stretch of a clip, and the material that it shows.
+struct Piece {
+    Cookie clip;
+    Flicks start; // in the clip
+    Flicks end;
+    Flicks stripStart; // in the material
+    double speed;      // not 0
+    friend bool operator==(const Piece&, const Piece&) = default;
+};
+using PiecesOf = std::unordered_map<Cookie, std::vector<Piece>>; // by material
+
+// Picture and sound strips of one log are one material.
+Cookie materialKey(const Cookie& material) { return convertCookie(material, 'E'); }
+
+Flicks scaled(Flicks length, double factor) noexcept {
+    if (factor == 1.0)
+        return length;
+    const double result = static_cast<double>(length) * factor;
+    return static_cast<Flicks>(std::llround(
+        std::clamp(result, -static_cast<double>(kMaxFlicks), static_cast<double>(kMaxFlicks))));
+}
+
+// Calls `visit` with each segment that shows material, on the channels of these types.
+template <class Visit>
+void forEachSegment(const EditPtr& edit, unsigned types, const Visit& visit) {
+    const Edit::Lock lock(*edit);
+    for (const IdStamp& channel : edit->getChans(types, kSubAll & ~unsigned{kSubDerived})) {
+        const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
+        for (std::uint32_t i = 0; cel && i < cel->numSegments(); ++i)
+            if (const CelSegment segment = cel->getSegment(i); segment.material.valid())
+                visit(channel, segment);
+    }
+}
+
+void addPieces(const EditPtr& clip, PiecesOf& pieces) {
+    forEachSegment(clip, kChanAllTypes, [&](const IdStamp&, const CelSegment& segment) {
+        if (segment.speed == 0)
+            return;
+        const Piece piece{clip.getCookie(), segment.start, segment.end, segment.stripStart,
+                          segment.speed};
+        std::vector<Piece>& known = pieces[materialKey(segment.material)];
+        if (std::find(known.begin(), known.end(), piece) == known.end())
+            known.push_back(piece);
+    });
+}
+
+// The part of `segment` that shows `piece`; invalid when it shows none of it.
+ClipReference overlap(const IdStamp& channel, const CelSegment& segment, const Piece& piece) {
+    ClipReference whole{piece.clip, channel, segment.start, segment.end, 0, 0};
+    whole.clipStart = piece.start + scaled(segment.stripStart - piece.stripStart, 1 / piece.speed);
+    whole.speed = segment.speed / piece.speed;
+    ClipReference part = whole;
+    if (whole.speed == 0) {
+        const bool shows = whole.clipStart >= piece.start && whole.clipStart < piece.end;
+        return shows ? whole : ClipReference();
+    }
+    const auto reaches = [&](Flicks clipTime) {
+        return segment.start + scaled(clipTime - whole.clipStart, 1 / whole.speed);
+    };
+    const auto [first, last] = std::minmax({reaches(piece.start), reaches(piece.end)});
+    part.start = std::max(segment.start, first);
+    part.end = std::min(segment.end, last);
+    part.clipStart = whole.clipTimeAt(part.start);
+    return part.start < part.end ? part : ClipReference();
+}
+
+bool isAmong(const std::vector<EditPtr>& clips, const Cookie& cookie) {
+    return std::any_of(clips.begin(), clips.end(),
+                       [&](const EditPtr& clip) { return clip.getCookie() == cookie; });
+}
+
+std::uint64_t changesOf(const EditPtr& edit) { return edit ? edit->changeCount() : 0; }
+
+} // namespace
+
+Flicks ClipReference::clipTimeAt(Flicks editTime) const noexcept {
+    return clipStart + scaled(editTime - start, speed);
+}
+
+std::optional<Flicks> ClipReference::editTimeOf(Flicks clipTime, Flicks near) const noexcept {
+    if (speed == 0)
+        return clipTime == clipStart ? std::optional(std::clamp(near, start, end - 1))
+                                     : std::nullopt;
+    const Flicks time = start + scaled(clipTime - clipStart, 1 / speed);
+    return touches(time) ? std::optional(time) : std::nullopt;
+}
+
+void ClipMap::update(const EditPtr& sequence, const std::vector<EditPtr>& clips) {
+    std::vector<Seen> now{{sequence.get(), changesOf(sequence)}};
+    for (const EditPtr& clip : clips)
+        now.push_back({clip.get(), changesOf(clip)});
+    if (now == seen_)
+        return;
+    seen_ = std::move(now);
+    references_.clear();
+    if (!sequence)
+        return;
+    PiecesOf pieces;
+    for (const EditPtr& clip : clips)
+        if (clip)
+            addPieces(clip, pieces);
+    const auto refer = [&](const IdStamp& channel, const CelSegment& segment) {
+        const Cookie material = materialKey(segment.material);
+        if (const auto found = pieces.find(material); found != pieces.end()) {
+            for (const Piece& piece : found->second)
+                if (const ClipReference part = overlap(channel, segment, piece); part.valid())
+                    references_.push_back(part);
+        } else if (isAmong(clips, material)) { // the clip itself is cut in
+            references_.push_back(
+                {material, channel, segment.start, segment.end, segment.stripStart, segment.speed});
+        }
+    };
+    forEachSegment(sequence, kChanVideo, refer);
+    forEachSegment(sequence, kChanAllTypes & ~unsigned{kChanVideo}, refer);
+}
+
+} // namespace cutroom

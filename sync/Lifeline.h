@@ -1,0 +1,44 @@
+// `cutroom::Lifeline`: tells whether an object has survived calls that may destroy it.
+//
+// Internal to this folder. One thread.
+#pragma once
+
+namespace cutroom {
+
+// A member of the object that may go.
+class Lifeline {
+public:
+    // Lives on the stack while others are called.
+    class Watch {
+    public:
+        explicit Watch(Lifeline& line) noexcept : line_(&line), outer_(line.innermost_) {
+            line.innermost_ = this;
+        }
+        ~Watch() {
+            if (line_)
+                line_->innermost_ = outer_;
+        }
+        Watch(const Watch&) = delete;
+        Watch& operator=(const Watch&) = delete;
+
+        bool alive() const noexcept { return line_ != nullptr; }
+
+    private:
+        friend class Lifeline;
+        Lifeline* line_; // null when the object has gone
+        Watch* const outer_;
+    };
+
+    Lifeline() = default;
+    Lifeline(const Lifeline&) = delete;
+    Lifeline& operator=(const Lifeline&) = delete;
+    ~Lifeline() {
+        for (Watch* watch = innermost_; watch; watch = watch->outer_)
+            watch->line_ = nullptr;
+    }
+
+private:
+    Watch* innermost_ = nullptr;
+};
+
+} // namespace cutroom

@@ -1,0 +1,34 @@
+#include "sync/MultiVobClientInternal.h"
+
+MultiVobClientInternal::MultiVobClientInternal(iVobSynchroniser& synchroniser)
+    : synchroniser_(&synchroniser) {
+    setPriority(kClientPrioritySynchroniser);
+    setManagementDetails(kClientUnmanaged);
+}
+
+// One that goes with its Vob leaves no suspension behind.
+MultiVobClientInternal::~MultiVobClientInternal() {
+    if (hasSuspended_ && hasOwner() && !synchroniser_->getSyncEnabled())
+        synchroniser_->setSyncEnabled(true);
+}
+
+void MultiVobClientInternal::handleModifications(const EditModifications& editChanges,
+                                                 const VobModification& change) {
+    const auto suspends = [this] {
+        return getVob() && (getVob()->getTimeChangeFlags() & Vob::kTimeSuspendsSync) != 0;
+    };
+    const cutroom::Lifeline::Watch watch(life_);
+    const bool moved = change.includes(kVobTime);
+    if (moved && suspends() && synchroniser_->getSyncEnabled()) {
+        hasSuspended_ = true;
+        synchroniser_->setSyncEnabled(false);
+        if (!watch.alive())
+            return;
+    }
+    synchroniser_->handleModifications(this, editChanges, change);
+    if (!watch.alive() || !hasSuspended_ || !moved || suspends())
+        return;
+    hasSuspended_ = false;
+    if (!synchroniser_->getSyncEnabled())
+        synchroniser_->setSyncEnabled(true);
+}
