@@ -4,17 +4,12 @@
 #include "cli/ExportFormats.h"
 #include "cli/Names.h"
 #include "platform/base/Strings.h"
-#include "platform/store/Edit.h"
+#include "platform/files/Files.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
-
-#include <unistd.h>
 
 namespace cutroom::cli {
 
@@ -24,6 +19,12 @@ namespace {
 constexpr ExportFormat kFormats[] = {
     {"srt", "markers with an end, or a subtitle track, as subtitles", kEdits,
      kTakesTrack | kTakesClock | kTakesPointDuration, writeSrt},
+    {"subtitles", "markers with an end as a plain list", kEdits, kTakesPointDuration,
+     writeSubtitles},
+    {"json", "metadata, with the markers", kEdits | kBins, kTakesPointDuration, writeJson},
+    {"xml", "the same as XML", kEdits | kBins, kTakesPointDuration, writeXml},
+    {"csv", "a table of an edit's markers, or of a bin's assets", kEdits | kBins,
+     kTakesPointDuration | kTakesSpreadsheet, writeCsv},
 };
 
 const ExportFormat& formatOf(const std::string& name) {
@@ -43,48 +44,6 @@ std::string formatHelp() {
     for (const ExportFormat& format : kFormats)
         help += std::string(help.empty() ? "" : "; ") + format.name + ": " + format.help;
     return help;
-}
-
-// The exporters write files; without -o the file is a temporary one that is printed and removed.
-class Target {
-public:
-    explicit Target(std::string path) : path_(std::move(path)) {}
-    ~Target() {
-        if (temporary_) {
-            std::error_code ignored;
-            std::filesystem::remove(path_, ignored);
-        }
-    }
-    Status prepare() {
-        if (!path_.empty())
-            return {};
-        std::error_code failure;
-        path_ = (std::filesystem::temp_directory_path(failure) / "cutroom-XXXXXX").string();
-        const int made = failure ? -1 : ::mkstemp(path_.data());
-        if (made < 0)
-            return {StatusCode::inputOutput, path_, "a temporary file cannot be made"};
-        ::close(made);
-        temporary_ = true;
-        return {};
-    }
-    const std::string& path() const { return path_; }
-    bool temporary() const { return temporary_; }
-
-private:
-    std::string path_;
-    bool temporary_ = false;
-};
-
-Status printFile(const std::string& path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
-                                                               &std::fclose);
-    if (!file)
-        return {StatusCode::inputOutput, path, "cannot be read"};
-    char buffer[65536];
-    while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file.get()))
-        print({buffer, count});
-    return std::ferror(file.get()) ? Status(StatusCode::inputOutput, path, "cannot be read")
-                                   : Status();
 }
 
 // Words that the format would not look at are a mistake: what they ask for would not be done.
@@ -131,11 +90,13 @@ Status run(const ExportWords& words) {
     const auto source = openSource(words, format);
     if (!source)
         return source.status();
-    Target target(words.output);
-    if (const Status ready = target.prepare(); !ready)
-        return ready;
-    const Status written = format.write(words, *source, target.path());
-    return written.ok() && target.temporary() ? printFile(target.path()) : written;
+    const auto text = format.write(words, *source);
+    if (!text)
+        return text.status();
+    if (!words.output.empty())
+        return writeOutput(words.output, *text);
+    print(*text);
+    return {};
 }
 
 } // namespace
@@ -161,9 +122,12 @@ void addExportCommand(Commands commands) {
         ->add_option("--point-duration", words->pointDuration,
                      "Give point markers an end: so many FRAMES on, or at the next marker")
         ->type_name("FRAMES|next");
+    command->add_flag("--spreadsheet", words->spreadsheet,
+                      "csv: keep spreadsheets from running cells as formulas");
     command->footer("  cutroom export \"Reel 1\" --format srt -o reel1.srt --clock media\n"
                     "  cutroom export \"Reel 1\" --format srt --point-duration next\n"
-                    "  cutroom export \"Reel 1\" --format srt --track S1");
+                    "  cutroom export \"Reel 1\" --format srt --track S1\n"
+                    "  cutroom export Dailies --format csv -o dailies.csv");
     runsWithProject(commands, command, Workspace::Use::read,
                     [words](const Options&) { return run(*words); });
 }

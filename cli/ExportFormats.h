@@ -35,9 +35,8 @@ struct ExportSource {
     Kv::Ptr<BinData> bin;
 };
 
-// Writes the file at `path`, whole or not at all; fails with a reason for the user.
-using ExportWriter = Status (*)(const ExportWords& words, const ExportSource& source,
-                                const std::string& path);
+// Makes the whole text of the file; fails with a reason for the user.
+using ExportWriter = Result<std::string> (*)(const ExportWords& words, const ExportSource& source);
 
 struct ExportFormat {
     const char* name;
@@ -47,9 +46,10 @@ struct ExportFormat {
     ExportWriter write;
 };
 
-Status writeSrt(const ExportWords& words, const ExportSource& source, const std::string& path);
-
-// Why a file that an exporter could not write cannot be written.
-Status unwritable(const std::string& path);
+Result<std::string> writeSrt(const ExportWords& words, const ExportSource& source);
+Result<std::string> writeSubtitles(const ExportWords& words, const ExportSource& source);
+Result<std::string> writeJson(const ExportWords& words, const ExportSource& source);
+Result<std::string> writeXml(const ExportWords& words, const ExportSource& source);
+Result<std::string> writeCsv(const ExportWords& words, const ExportSource& source);
 
 } // namespace cutroom::cli

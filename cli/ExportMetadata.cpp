@@ -2,12 +2,15 @@
 #include "cli/Command.h"
 #include "cli/ExportFormats.h"
 #include "cli/Names.h"
+#include "export/AssetMetadataCSVExporter.h"
+#include "export/AssetMetadataJSONExporter.h"
 #include "export/AssetMetadataSRTExporter.h"
+#include "export/AssetMetadataSubtitlesExporter.h"
+#include "export/AssetMetadataXMLExporter.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace cutroom::cli {
 
@@ -55,47 +58,104 @@ Result<IdStamp> subtitleTrack(const EditPtr& edit, const std::string& name) {
                                 : "no such subtitle track; there are " + known);
 }
 
-Status writeMarkers(const ExportWords& words, const EditPtr& edit, const std::string& path) {
+// The edit's markers, with the ends that were asked for.
+Result<std::vector<Cue>> markersOf(const ExportWords& words, const EditPtr& edit) {
     std::vector<Cue> cues = edit->getCues().cues();
-    if (cues.empty())
-        return {StatusCode::failed, words.asset, "has no markers to export"};
     if (const Status given = giveEnds(cues, words.pointDuration, edit); !given)
         return given;
-    if (!AssetMetadataSRTExporter(srtClock(words)).exportToFile(edit, cues, toWide(path)))
-        return unwritable(path);
-    if (std::none_of(cues.begin(), cues.end(), [](const Cue& cue) { return cue.hasEnd(); }))
-        note("none of the markers has an end, so no subtitle was written; "
-             "--point-duration 50 (frames) or next gives them one");
-    return {};
+    return cues;
 }
 
-Status writeTrack(const ExportWords& words, const EditPtr& edit, const std::string& path) {
+bool anyEnds(const std::vector<Cue>& cues) {
+    return std::any_of(cues.begin(), cues.end(), [](const Cue& cue) { return cue.hasEnd(); });
+}
+
+// What is written of the edit's markers and of nothing else.
+Result<std::string> markersAs(const AssetMetadataExporterBase& exporter, const ExportWords& words,
+                              const EditPtr& edit) {
+    const auto cues = markersOf(words, edit);
+    if (!cues)
+        return cues.status();
+    auto text = exporter.getText(edit, *cues);
+    if (!text)
+        return Status(StatusCode::failed, words.asset, "has no markers to export");
+    return std::move(*text);
+}
+
+// The same for formats in which markers without an end have no place.
+Result<std::string> subtitlesAs(const AssetMetadataExporterBase& exporter, const ExportWords& words,
+                                const EditPtr& edit) {
+    auto text = markersAs(exporter, words, edit);
+    if (text.ok() && !anyEnds(*markersOf(words, edit)))
+        note("none of the markers has an end, so no subtitle was written; "
+             "--point-duration 50 (frames) or next gives them one");
+    return text;
+}
+
+Result<std::string> binAs(const AssetMetadataExporterBase& exporter, const ExportWords& words,
+                          const Kv::Ptr<BinData>& bin) {
+    if (!words.pointDuration.empty())
+        return Status(StatusCode::wrongUsage, "--point-duration",
+                      "is for the markers of an edit; this is a bin");
+    auto text = exporter.getText(bin);
+    if (!text)
+        return Status(StatusCode::failed, words.asset, "the bin is empty");
+    return std::move(*text);
+}
+
+// An edit without markers has its attributes all the same.
+Result<std::string> assetsAs(const AssetMetadataExporterBase& exporter, const ExportWords& words,
+                             const ExportSource& source) {
+    if (source.bin)
+        return binAs(exporter, words, source.bin);
+    const auto cues = markersOf(words, source.edit);
+    if (!cues)
+        return cues.status();
+    if (auto text = exporter.getText(source.edit, *cues))
+        return std::move(*text);
+    const Kv::Ptr<BinData> alone(new BinData(source.edit->getName()));
+    alone->add(BinItem(source.edit));
+    return exporter.getText(alone).value();
+}
+
+Result<std::string> trackAsSrt(const ExportWords& words, const EditPtr& edit) {
     const auto channel = subtitleTrack(edit, words.track);
     if (!channel)
         return channel.status();
-    if (edit->get_edit_cel_p(*channel)->numSegments() == 0)
-        return {StatusCode::failed, words.track, "the track has no subtitles"};
-    if (!AssetMetadataSRTExporter::exportToFile(edit, *channel, toWide(path), srtClock(words)))
-        return unwritable(path);
-    return {};
+    auto text = AssetMetadataSRTExporter::getText(edit, *channel, srtClock(words));
+    if (!text)
+        return Status(StatusCode::failed, words.track, "the track has no subtitles");
+    return std::move(*text);
 }
 
 } // namespace
 
-// The exporter tells only that it failed.
-Status unwritable(const std::string& path) {
-    std::error_code ignored;
-    const auto folder = std::filesystem::path(path).parent_path();
-    if (std::filesystem::is_directory(path, ignored))
-        return {StatusCode::inputOutput, path, "cannot be written: it is a folder"};
-    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
-        return {StatusCode::inputOutput, path, "cannot be written: its folder does not exist"};
-    return {StatusCode::inputOutput, path, "cannot be written"};
+Result<std::string> writeSrt(const ExportWords& words, const ExportSource& source) {
+    if (words.track.empty())
+        return subtitlesAs(AssetMetadataSRTExporter(srtClock(words)), words, source.edit);
+    if (!words.pointDuration.empty())
+        return Status(StatusCode::wrongUsage, "--point-duration",
+                      "is for markers; the subtitles of a track have ends");
+    return trackAsSrt(words, source.edit);
 }
 
-Status writeSrt(const ExportWords& words, const ExportSource& source, const std::string& path) {
-    return words.track.empty() ? writeMarkers(words, source.edit, path)
-                               : writeTrack(words, source.edit, path);
+Result<std::string> writeSubtitles(const ExportWords& words, const ExportSource& source) {
+    return subtitlesAs(AssetMetadataSubtitlesExporter(), words, source.edit);
+}
+
+Result<std::string> writeJson(const ExportWords& words, const ExportSource& source) {
+    return assetsAs(AssetMetadataJSONExporter(), words, source);
+}
+
+Result<std::string> writeXml(const ExportWords& words, const ExportSource& source) {
+    return assetsAs(AssetMetadataXMLExporter(), words, source);
+}
+
+Result<std::string> writeCsv(const ExportWords& words, const ExportSource& source) {
+    using Cells = AssetMetadataCSVExporter::Cells;
+    const AssetMetadataCSVExporter exporter(words.spreadsheet ? Cells::guarded : Cells::exact);
+    return source.bin ? binAs(exporter, words, source.bin)
+                      : markersAs(exporter, words, source.edit);
 }
 
 } // namespace cutroom::cli

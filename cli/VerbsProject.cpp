@@ -1,11 +1,14 @@
 // Verbs for the project and the session itself.
+#include "bins/BinManager.h"
 #include "cli/Assets.h"
 #include "cli/EditView.h"
 #include "cli/Session.h"
 #include "editops/basics/EmptyEdit.h"
 #include "export/AssetMetadataSRTExporter.h"
+#include "export/MetadataExporters.h"
 #include "interchange/Importer.h"
 #include "platform/base/Strings.h"
+#include "platform/files/Files.h"
 #include "platform/host/DebugCommands.h"
 #include "platform/host/Host.h"
 #include "platform/prefs/Configuration.h"
@@ -74,17 +77,60 @@ void removeAssets(Session&, SessionWords& words) {
 
 void exportSrt(Session& session, SessionWords& words) {
     const EditPtr edit = session.edit();
-    const std::wstring path = toWide(words.take("a file"));
-    if (!words.done()) {
-        if (!AssetMetadataSRTExporter::exportToFile(edit, session.takeChannel(words), path))
-            refuse(StatusCode::failed, toUtf8(path), "no texts to write, or it cannot be written");
-        return;
+    const std::string& path = words.take("a file");
+    std::optional<std::string> text;
+    if (words.done()) {
+        text = AssetMetadataSRTExporter().getText(edit, edit->getCues().cues());
+        if (!text)
+            refuse(StatusCode::failed, toUtf8(edit->getName()), "has no markers to write");
+    } else {
+        using Clock = AssetMetadataSRTExporter::Clock;
+        text = AssetMetadataSRTExporter::getText(edit, session.takeChannel(words), Clock::timecode);
+        if (!text)
+            refuse(StatusCode::failed, path, "the channel has no texts to write");
     }
-    const auto cues = edit->getCues().cues();
-    if (cues.empty())
-        refuse(StatusCode::failed, toUtf8(edit->getName()), "has no markers to write");
-    if (!AssetMetadataSRTExporter().exportToFile(edit, cues, path))
-        refuse(StatusCode::inputOutput, toUtf8(path), "cannot be written");
+    require(writeOutput(path, *text));
+}
+
+// Those of the library, unless others are registered.
+std::vector<Kv::Ptr<iAssetMetadataExporter>> exporters() {
+    if (BinManager::instance().getMetadataExporters().empty())
+        registerMetadataExporters();
+    return BinManager::instance().getMetadataExporters();
+}
+
+Kv::Ptr<iAssetMetadataExporter> takeExporter(SessionWords& words) {
+    const std::string name = words.take("a format");
+    for (const auto& exporter : exporters())
+        if (equalNoCase(toUtf8(exporter->getFormatName()), name))
+            return exporter;
+    refuse(StatusCode::notFound, name, "no such exporter; `exporters` tells them all");
+}
+
+void listExporters(Session& session, SessionWords&) {
+    for (const auto& exporter : exporters()) {
+        const unsigned sources = exporter->getSupportedSources();
+        session.say("  " + toUtf8(exporter->getFormatName()) + " ." +
+                    toUtf8(exporter->getFileExtension()) +
+                    (sources & iAssetMetadataExporter::kSourceMarkers ? " markers" : "") +
+                    (sources & iAssetMetadataExporter::kSourceBin ? " bin" : ""));
+    }
+}
+
+void exportAny(Session& session, SessionWords& words) {
+    const auto exporter = takeExporter(words);
+    const std::wstring path = toWide(words.take("a file"));
+    const EditPtr edit = words.done() ? session.edit() : EditPtr();
+    const Kv::Ptr<BinData> bin = edit ? nullptr : require(openBin(words.take("a bin")));
+    if (!(edit ? exporter->exportToFile(edit, edit->getCues().cues(), path)
+               : exporter->exportToFile(bin, path)))
+        refuse(StatusCode::failed, toUtf8(path),
+               "nothing that this exporter writes, or the file cannot be written");
+    using Base = AssetMetadataExporterBase;
+    if (bin)
+        session.say(toUtf8(Base::getDisplayString(Base::getAssetType(bin), bin->numItems() != 1,
+                                                  Base::kStringLowerCase)) +
+                    " written: " + toText(static_cast<unsigned long long>(bin->numItems())));
 }
 
 void preference(Session& session, SessionWords& words) {
@@ -122,6 +168,9 @@ void addProjectVerbs(VerbTable& verbs) {
     verbs.add({"show", "[json]", "draws the edit of the viewer", show});
     verbs.add({"srt", "FILE [CHANNEL]", "writes the markers, or a subtitle channel, as SubRip",
                exportSrt});
+    verbs.add({"exporters", "", "tells what markers and bins can be written as", listExporters});
+    verbs.add({"export", "FORMAT FILE [BIN]", "writes the markers, or a bin, with an exporter",
+               exportAny});
     verbs.add({"rename", "NAME", "renames the edit; a name in parentheses is a suffix", rename});
     verbs.add(
         {"delete", "ASSET ...", "deletes edits, logs, bins, groups or documents", removeAssets});

@@ -1,79 +1,39 @@
 #include "export/AssetMetadataSRTExporter.h"
 
+#include "export/CueTimecodes.h"
+#include "export/SubtitleText.h"
+#include "export/WideText.h"
+#include "platform/base/Time.h"
 #include "platform/files/Files.h"
 #include "platform/prefs/Configuration.h"
 #include "platform/store/Edit.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 
 namespace {
 
 constexpr std::size_t kTimecodeLength = 11; // HH:MM:SS:FF
 
-// A line break inside a text would end the subtitle, so every run of white space becomes a blank.
-LightweightString<wchar_t> onOneLine(const LightweightString<wchar_t>& text) {
-    LightweightString<wchar_t> line;
-    bool pending = false;
-    for (const wchar_t c : text) {
-        const bool breaks =
-            c < L' ' || c == L'\x7F' || c == L'\x85' || c == L'\u2028' || c == L'\u2029';
-        if (breaks) {
-            pending = !line.empty();
-            continue;
-        }
-        if (pending && c != L' ' && line.back() != L' ')
-            line += L' ';
-        pending = false;
-        line += c;
-    }
-    return line;
-}
-
-std::vector<LightweightString<wchar_t>> wordsOf(const LightweightString<wchar_t>& text) {
-    std::vector<LightweightString<wchar_t>> words(1);
-    for (const wchar_t c : text)
-        if (c != L' ')
-            words.back() += c;
-        else if (!words.back().empty())
-            words.emplace_back();
-    if (words.back().empty())
-        words.pop_back();
-    return words;
-}
-
-// The first words until they fill half of the text's length, and the rest.
-std::pair<LightweightString<wchar_t>, LightweightString<wchar_t>>
-splitInHalf(const std::vector<LightweightString<wchar_t>>& words, std::size_t length) {
-    std::pair<LightweightString<wchar_t>, LightweightString<wchar_t>> lines;
-    for (const auto& word : words) {
-        auto& line = lines.first.size() < length / 2 ? lines.first : lines.second;
-        line += (line.empty() ? L"" : L" ") + word;
-    }
-    return lines;
-}
-
-// One subtitle: number, time line, texts, with an empty line before all but the first.
-void appendSubtitle(std::string& file, std::size_t number, const std::string& times,
-                    const LightweightVector<LightweightString<char>>& lines) {
-    if (!file.empty())
-        file += '\n';
-    file += std::to_string(number) + '\n' + times + '\n';
-    for (const auto& line : lines)
-        file += line + '\n';
-}
-
-// What is exported is the user's to keep: no copy of an older file stays beside it.
-bool saveTo(const LightweightString<wchar_t>& path, const std::string& file) {
-    return cutroom::writeOutput(cutroom::toUtf8(path), file).ok();
+void appendDigits(std::string& out, long long value, std::size_t digits) {
+    char text[24];
+    const char* const end = std::to_chars(text, text + sizeof text, value).ptr;
+    const auto length = static_cast<std::size_t>(end - text);
+    out.append(digits > length ? digits - length : 0, '0');
+    out.append(text, length);
 }
 
 // HH:MM:SS,mmm of a time since the first frame; SubRip knows none before it.
-LightweightString<char> mediaTime(double seconds) {
+void appendMediaTime(std::string& out, double seconds) {
     const long long milliseconds = std::max(0LL, std::llround(seconds * 1000));
-    return cutroom::format("%02lld:%02lld:%02lld,%03lld", milliseconds / 3'600'000,
-                           milliseconds / 60'000 % 60, milliseconds / 1000 % 60,
-                           milliseconds % 1000);
+    appendDigits(out, milliseconds / 3'600'000, 2);
+    out += ':';
+    appendDigits(out, milliseconds / 60'000 % 60, 2);
+    out += ':';
+    appendDigits(out, milliseconds / 1000 % 60, 2);
+    out += ',';
+    appendDigits(out, milliseconds % 1000, 3);
 }
 
 struct Tags {
@@ -95,7 +55,55 @@ Tags tagsOf(const SubtitleFont& font) {
     return tags;
 }
 
+bool hasTimes(const Cue& cue) {
+    return cue.hasEnd() && cutroom::isStorableTime(cue.getTime()) &&
+           cutroom::isStorableTime(cue.getEndTime());
+}
+
 } // namespace
+
+// Up to two lines, and where they were made. Used again for one cue after the other.
+struct AssetMetadataSRTExporter::MarkerText {
+    cutroom::SubtitleLine whole;
+    std::wstring lines[2];
+    int count = 0;
+};
+
+class AssetMetadataSRTExporter::Writer {
+public:
+    Writer(const EditPtr& edit, Clock clock)
+        : timecodes_(edit), clock_(clock), resolution_(edit->getCelResolution()),
+          start_(clock == Clock::media ? edit->getStartTime() : 0) {}
+
+    void begin(std::size_t number, const TimeRange& range) {
+        if (!file_.empty())
+            file_ += '\n';
+        appendDigits(file_, static_cast<long long>(number), 1);
+        file_ += '\n';
+        if (clock_ == Clock::timecode) {
+            getTimecodeRangeString(file_, timecodes_, resolution_, range);
+        } else {
+            appendMediaTime(file_, range.getStart() - start_);
+            file_ += " --> ";
+            appendMediaTime(file_, range.getEnd() - start_);
+        }
+        file_ += '\n';
+    }
+    void line(const Tags& tags, std::wstring_view text) {
+        file_ += tags.opening;
+        cutroom::appendUtf8(file_, text);
+        file_ += tags.closing;
+        file_ += '\n';
+    }
+    std::string take() { return std::move(file_); }
+
+private:
+    const cutroom::CueTimecodes timecodes_;
+    const Clock clock_;
+    const double resolution_;
+    const double start_;
+    std::string file_;
+};
 
 AssetMetadataSRTExporter::~AssetMetadataSRTExporter() = default;
 
@@ -105,90 +113,91 @@ LightweightString<wchar_t> AssetMetadataSRTExporter::getFileExtension() { return
 
 unsigned AssetMetadataSRTExporter::getSupportedSources() const { return kSourceMarkers; }
 
-LightweightString<char> AssetMetadataSRTExporter::getTimecodeString(const EditPtr& edit,
-                                                                    double seconds) {
-    const auto timecode = getCueTimecode(edit, seconds);
-    if (timecode.size() != kTimecodeLength)
-        return timecode;
-    const int frames = cutroom::leadingInt(timecode.substr(kTimecodeLength - 2));
-    const double milliseconds = frames * edit->getCelResolution() * 1000;
-    return timecode.substr(0, 8) + cutroom::format(",%03d", static_cast<int>(milliseconds));
+void AssetMetadataSRTExporter::getTimecodeString(std::string& out,
+                                                 const cutroom::CueTimecodes& edit,
+                                                 double resolution, double seconds) {
+    const std::size_t begin = out.size();
+    edit.append(out, seconds);
+    if (out.size() - begin != kTimecodeLength)
+        return;
+    const int frames = cutroom::leadingInt(std::string_view(out).substr(out.size() - 2));
+    const double milliseconds = frames * resolution * 1000;
+    out.resize(begin + 8);
+    out += ',';
+    appendDigits(out, static_cast<int>(milliseconds), 3);
 }
 
-LightweightString<char> AssetMetadataSRTExporter::getTimecodeRangeString(const EditPtr& edit,
-                                                                         const TimeRange& range) {
-    return getTimecodeString(edit, range.getStart()) + " --> " +
-           getTimecodeString(edit, range.getEnd());
+void AssetMetadataSRTExporter::getTimecodeRangeString(std::string& out,
+                                                      const cutroom::CueTimecodes& edit,
+                                                      double resolution, const TimeRange& range) {
+    getTimecodeString(out, edit, resolution, range.getStart());
+    out += " --> ";
+    getTimecodeString(out, edit, resolution, range.getEnd());
 }
 
-LightweightString<char> AssetMetadataSRTExporter::getTimeLine(const EditPtr& edit,
-                                                              const TimeRange& range, Clock clock) {
-    if (clock == Clock::timecode)
-        return getTimecodeRangeString(edit, range);
-    const double start = edit->getStartTime();
-    return mediaTime(range.getStart() - start) + " --> " + mediaTime(range.getEnd() - start);
-}
-
-LightweightVector<LightweightString<char>> AssetMetadataSRTExporter::getMarkerText(const Cue& cue) {
+void AssetMetadataSRTExporter::getMarkerText(const Cue& cue, MarkerText& text) {
     static const cutroom::ConfigValue<int> splitLength("srt_split_length", 35);
-    const auto text =
-        onOneLine(cue.getDescription().empty() ? cue.getName() : cue.getDescription());
+    const std::wstring_view whole =
+        text.whole.of(cue.getDescription().empty() ? cue.getName() : cue.getDescription());
+    text.count = whole.empty() ? 0 : 1;
     const int limit = splitLength.get();
-    if (limit == 0 || text.empty() || static_cast<long long>(text.size()) <= limit)
-        return {cutroom::toUtf8(text)};
-    const auto words = wordsOf(text);
-    if (words.size() < 2)
-        return {cutroom::toUtf8(text)};
-    const auto [first, second] = splitInHalf(words, text.size());
-    if (second.empty())
-        return {cutroom::toUtf8(first)};
-    return {cutroom::toUtf8(first), cutroom::toUtf8(second)};
-}
-
-bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const std::vector<Cue>& cues,
-                                            const LightweightString<wchar_t>& path) const {
-    if (!edit || cues.empty())
-        return false;
-    std::string file;
-    for (std::size_t i = 0; i < cues.size(); ++i) {
-        const Cue& cue = cues[i];
-        if (!cue.hasEnd() || (cue.getName().empty() && cue.getDescription().empty()))
-            continue;
-        appendSubtitle(file, i + 1, getTimeLine(edit, cue.getRange(), clock_), getMarkerText(cue));
+    if (limit != 0 && static_cast<long long>(whole.size()) > limit &&
+        cutroom::splitInHalf(whole, text.lines[0], text.lines[1])) {
+        text.count = text.lines[1].empty() ? 1 : 2;
+        cutroom::defuseTimes(text.lines[1]);
+    } else {
+        text.lines[0] = whole;
     }
-    return saveTo(path, file);
+    cutroom::defuseTimes(text.lines[0]);
 }
 
-LightweightString<char>
-AssetMetadataSRTExporter::getSubtitles(const EditPtr& edit, const IdStamp& channel, Clock clock) {
+std::optional<std::string> AssetMetadataSRTExporter::getText(const EditPtr& edit,
+                                                             const std::vector<Cue>& cues) const {
+    if (!edit || cues.empty())
+        return std::nullopt;
+    Writer file(edit, clock_);
+    MarkerText text;
+    for (std::size_t i = 0; i < cues.size(); ++i) {
+        if (!hasTimes(cues[i]))
+            continue;
+        getMarkerText(cues[i], text);
+        if (text.count == 0)
+            continue;
+        file.begin(i + 1, cues[i].getRange());
+        for (int line = 0; line < text.count; ++line)
+            file.line({}, text.lines[line]);
+    }
+    return file.take();
+}
+
+std::optional<std::string> AssetMetadataSRTExporter::getText(const EditPtr& edit,
+                                                             const IdStamp& channel, Clock clock) {
+    if (!edit)
+        return std::nullopt;
     const Edit::Lock lock(*edit);
     if (!edit->isValidChan(channel) || edit->getChanType(channel) != kChanSubtitle)
-        return {};
+        return std::nullopt;
     const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
     const Tags tags = tagsOf(edit->getSubtitleFont(channel));
-    std::string file;
+    Writer file(edit, clock);
+    cutroom::SubtitleLine line;
     std::size_t number = 0;
     for (std::uint32_t i = 0; i < cel->numSegments(); ++i) {
         const CelSegment segment = cel->getSegment(i);
         if (!segment.material.valid())
             continue;
-        LightweightVector<LightweightString<char>> lines;
-        for (const auto& line : segment.detail.lines)
-            if (!line.empty())
-                lines.push_back(tags.opening + cutroom::toUtf8(onOneLine(line)) + tags.closing);
-        const TimeRange range(cutroom::toSeconds(segment.start), cutroom::toSeconds(segment.end));
-        appendSubtitle(file, ++number, getTimeLine(edit, range, clock), lines);
+        file.begin(++number, {cutroom::toSeconds(segment.start), cutroom::toSeconds(segment.end)});
+        for (const auto& own : segment.detail.lines)
+            if (std::wstring text(line.of(own)); !text.empty()) {
+                cutroom::defuseTimes(text);
+                file.line(tags, text);
+            }
     }
-    return file;
+    return number == 0 ? std::nullopt : std::optional(file.take());
 }
 
 bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& channel,
                                             const LightweightString<wchar_t>& path) {
-    return exportToFile(edit, channel, path, Clock::timecode);
-}
-
-bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& channel,
-                                            const LightweightString<wchar_t>& path, Clock clock) {
-    const std::string file = edit ? getSubtitles(edit, channel, clock) : std::string();
-    return !file.empty() && saveTo(path, file);
+    const auto text = getText(edit, channel, Clock::timecode);
+    return text && cutroom::writeOutput(cutroom::toUtf8(path), *text).ok();
 }

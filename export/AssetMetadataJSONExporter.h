@@ -1,0 +1,17 @@
+// `AssetMetadataJSONExporter`: the metadata of a bin's assets, or of one edit, as one JSON object
+// (docs/formats/metadata.md).
+#pragma once
+
+#include "export/AssetMetadataExporterBase.h"
+
+class CUTROOM_API AssetMetadataJSONExporter : public AssetMetadataExporterBase {
+public:
+    ~AssetMetadataJSONExporter() override;
+
+    LightweightString<wchar_t> getFormatName() override;
+    LightweightString<wchar_t> getFileExtension() override;
+    unsigned getSupportedSources() const override;
+    std::optional<std::string> getText(const EditPtr& edit,
+                                       const std::vector<Cue>& cues) const override;
+    std::optional<std::string> getText(const Kv::Ptr<BinData>& bin) const override;
+};

@@ -1,0 +1,47 @@
+#include "export/CueTimecodes.h"
+
+#include "platform/base/Time.h"
+#include "platform/prefs/Configuration.h"
+#include "platform/store/Edit.h"
+
+namespace cutroom {
+
+CueTimecodes::CueTimecodes(const EditPtr& edit) {
+    if (!edit)
+        return;
+    format_ = {edit->getFrameRate(), edit->getDropFrame()};
+    if (configInt("convert_marker_timecodes", 1) != 0)
+        if (const EditLabel label = edit->getVideoTimecodeLabel(); label.is_valid()) {
+            format_ = label.format();
+            start_ = label.get_abs_posn();
+        }
+    const std::int64_t flicks = format_.rate.frameToFlicks(1);
+    if (flicks * format_.rate.num() == kFlicksPerSecond * format_.rate.den())
+        flicksPerFrame_ = flicks;
+}
+
+// The frame that holds the place.
+std::int64_t CueTimecodes::frameAt(double seconds) const noexcept {
+    const Flicks time = toFlicks(seconds);
+    if (flicksPerFrame_ > 0 && time >= 0)
+        return time / flicksPerFrame_;
+    return format_.rate.flicksToFrameFloor(time);
+}
+
+void CueTimecodes::append(std::string& out, double seconds) const {
+    std::int64_t label = 0;
+    if (!format_.rate.valid() || !isStorableTime(seconds) ||
+        __builtin_add_overflow(start_, frameAt(seconds), &label))
+        return;
+    out += timecodeText(label, format_);
+}
+
+std::optional<double> CueTimecodes::timeOf(std::string_view timecode) const {
+    const auto label = parseTimecode(timecode, format_);
+    std::int64_t frame = 0;
+    if (!label || __builtin_sub_overflow(*label, start_, &frame))
+        return std::nullopt;
+    return toSeconds(format_.rate.frameToFlicks(frame));
+}
+
+} // namespace cutroom

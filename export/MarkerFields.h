@@ -1,0 +1,21 @@
+// The custom fields of markers, as files name them.
+#pragma once
+
+#include "platform/base/Export.h"
+#include "platform/store/Cue.h"
+
+#include <string>
+#include <vector>
+
+namespace cutroom {
+
+struct MarkerField {
+    std::string key;  // of the cue's metadata
+    std::string name; // in the file: the key, with a number behind it where that is taken
+};
+
+// The fields that the open project defines for markers, in its order. No name is that of what every
+// marker has: name, description, in, out, colour.
+CUTROOM_API std::vector<MarkerField> markerFields();
+
+} // namespace cutroom

@@ -1,0 +1,28 @@
+// What a text must be to stand in a subtitle file, whose readers take an empty line for the end of
+// a subtitle and a time line, wherever it stands, for the beginning of one.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace cutroom {
+
+// Makes one line of a text; used for one after the other.
+class SubtitleLine {
+public:
+    // `text` with every run of line breaks and control characters as one blank; empty when nothing
+    // but blanks is left. Good until the next call, and as long as `text`.
+    std::wstring_view of(std::wstring_view text);
+
+private:
+    std::wstring cleaned_;
+};
+
+// The words that fill half of the text's length as `first`, all others as `second`, each joined by
+// single blanks. False, and nothing is done, for fewer than two words.
+bool splitInHalf(std::wstring_view text, std::wstring& first, std::wstring& second);
+
+// Has a line that readers would take for times ("1:2:3 --> ...") no longer look like it.
+void defuseTimes(std::wstring& line);
+
+} // namespace cutroom
