@@ -64,7 +64,8 @@ public:
         // Reads the members of an object, others are passed over. `damaged`, with the place inside
         // the object, for a value of the wrong kind or an unknown word; then nothing is given.
         static cutroom::Result<Criteria> from(const JSON::Element& object, const std::string& file);
-        // The same as a file of its own.
+        // The same as a file of its own, at most 1 MiB: `failed` for more.
+        cutroom::Result<std::string> asText() const;
         cutroom::Status save(const std::string& path) const;
         static cutroom::Result<Criteria> load(const std::string& path);
 

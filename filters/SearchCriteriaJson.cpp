@@ -285,14 +285,19 @@ Result<Criteria> Criteria::from(const JSON::Element& object, const std::string& 
     return Reader(object, file).read();
 }
 
-Status Criteria::save(const std::string& path) const {
+Result<std::string> Criteria::asText() const {
     JSON::Builder out;
     out.beginObject();
     addTo(out);
     out.endObject();
     if (out.text().size() > kMaxBytes)
-        return Status(StatusCode::failed, path, "the criteria are larger than can be read again");
-    return TextFile::save(path, out.text());
+        return Status(StatusCode::failed, "criteria", "are larger than can be read again");
+    return out.take();
+}
+
+Status Criteria::save(const std::string& path) const {
+    const auto text = asText();
+    return text ? TextFile::save(path, *text) : text.status();
 }
 
 Result<Criteria> Criteria::load(const std::string& path) {

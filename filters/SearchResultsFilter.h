@@ -9,6 +9,7 @@
 #include "filters/SearchBin.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -64,12 +65,22 @@ private:
 
     Kv::Ptr<BinData> keep(const Kv::Ptr<SearchBin>& bin);
     SearchBins ours(const Bins& bins) const;
+    Kv::Ptr<SearchBin> dynamicBin(const Cookie& id) const;
     cutroom::Status drop(const SearchBins& bins) CUTROOM_REQUIRES(saving_);
-    cutroom::Status saveList() CUTROOM_REQUIRES(saving_);
-    void loadList() CUTROOM_REQUIRES(saving_);
-    SearchBins readCriteria() CUTROOM_REQUIRES(saving_);
-    std::wstring freeName(const LightweightString<wchar_t>& wanted) const;
+    std::wstring freeName(const LightweightString<wchar_t>& wanted) const CUTROOM_REQUIRES(saving_);
     void tell(unsigned kind, const CookieVec& bins) const;
+
+    void loadList() CUTROOM_REQUIRES(saving_);
+    // Makes dynamic bins of new criteria files, drops those without a file.
+    void followFiles(CookieVec& added, CookieVec& removed) CUTROOM_REQUIRES(saving_);
+    void followFile(const std::string& file, std::set<Cookie>& present, CookieVec& added)
+        CUTROOM_REQUIRES(saving_);
+    void noteDamage(const std::string& file, const cutroom::Status& status)
+        CUTROOM_REQUIRES(saving_);
+    cutroom::Status makeRoom(const std::string& file) CUTROOM_REQUIRES(saving_);
+    // Writes the list, one bin's criteria with it, and removes the criteria of others: all or none.
+    cutroom::Status saveList(const SearchBin* withCriteria, const SearchBins& going = {})
+        CUTROOM_REQUIRES(saving_);
 
     // Held while files are read or written.
     mutable CriticalSection saving_{LockRank::saveAll};
