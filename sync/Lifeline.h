@@ -11,13 +11,8 @@ public:
     // Lives on the stack while others are called.
     class Watch {
     public:
-        explicit Watch(Lifeline& line) noexcept : line_(&line), outer_(line.innermost_) {
-            line.innermost_ = this;
-        }
-        ~Watch() {
-            if (line_)
-                line_->innermost_ = outer_;
-        }
+        explicit Watch(Lifeline& line) noexcept;
+        ~Watch();
         Watch(const Watch&) = delete;
         Watch& operator=(const Watch&) = delete;
 
@@ -32,10 +27,7 @@ public:
     Lifeline() = default;
     Lifeline(const Lifeline&) = delete;
     Lifeline& operator=(const Lifeline&) = delete;
-    ~Lifeline() {
-        for (Watch* watch = innermost_; watch; watch = watch->outer_)
-            watch->line_ = nullptr;
-    }
+    ~Lifeline();
 
 private:
     Watch* innermost_ = nullptr;

@@ -48,38 +48,32 @@ class VobSynchroniserBase::Walk {
 public:
     explicit Walk(VobSynchroniserBase& whole)
         : alive_(whole.life_), whole_(whole), next_(whole.clients_.begin()),
-          last_(whole.lastSerial_), linkings_(whole.linkings_), outer_(whole.walks_) {
-        whole.walks_ = this;
-    }
-    ~Walk() {
-        if (alive_.alive())
-            whole_.walks_ = outer_;
-    }
-    Walk(const Walk&) = delete;
-    Walk& operator=(const Walk&) = delete;
+          last_(whole.lastSerial_), linkings_(whole.linkings_), removals_(whole.removals_) {}
 
     // The next of the clients that were there at the start; null at the end, when the set was
     // linked anew, and when the synchroniser has gone.
     const Client* next() {
-        if (!alive_.alive() || whole_.linkings_ != linkings_ || next_ == whole_.clients_.end() ||
-            next_->serial > last_)
+        if (!alive_.alive() || whole_.linkings_ != linkings_)
             return nullptr;
+        if (whole_.removals_ != removals_) { // the next one may have gone
+            removals_ = whole_.removals_;
+            next_ = std::find_if(whole_.clients_.begin(), whole_.clients_.end(),
+                                 [&](const Client& client) { return client.serial > seen_; });
+        }
+        if (next_ == whole_.clients_.end() || next_->serial > last_)
+            return nullptr;
+        seen_ = next_->serial;
         return &*next_++;
-    }
-    // To be called for the innermost walk before a client leaves the list.
-    static void leaving(Walk* innermost, Clients::iterator client) {
-        for (Walk* walk = innermost; walk; walk = walk->outer_)
-            if (walk->next_ == client)
-                ++walk->next_;
     }
 
 private:
     const cutroom::Lifeline::Watch alive_;
     VobSynchroniserBase& whole_;
     Clients::iterator next_;
+    std::uint64_t seen_ = 0;
     const std::uint64_t last_;
     const std::uint64_t linkings_;
-    Walk* const outer_;
+    std::uint64_t removals_;
 };
 
 VobSynchroniserBase::VobSynchroniserBase(bool syncEnabled) : syncEnabled_(syncEnabled) {}
@@ -103,7 +97,7 @@ const VobSynchroniserBase::Client* VobSynchroniserBase::findClient(const Vob* vo
 // When the reference goes the next one takes its place; all offsets stay, so that a move that is
 // being handed on keeps its distances.
 void VobSynchroniserBase::take(Clients::iterator client) {
-    Walk::leaving(walks_, client);
+    ++removals_;
     clients_.erase(client);
 }
 

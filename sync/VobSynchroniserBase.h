@@ -106,6 +106,6 @@ private:
     bool syncEnabled_;
     std::uint64_t lastSerial_ = 0;
     std::uint64_t linkings_ = 0; // changes with every set linked anew
-    Walk* walks_ = nullptr;      // under way, innermost first
+    std::uint64_t removals_ = 0; // changes with every client that goes
     cutroom::Lifeline life_;
 };
