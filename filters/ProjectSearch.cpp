@@ -112,6 +112,8 @@ Kv::Ptr<BinData> ProjectSearch::perform(const Criteria& criteria, const Watcher&
 }
 
 bool ProjectSearch::find(const Criteria& criteria, BinData::Items& items, const Watcher& watcher) {
+    if (criteria.clipMedia != eItemPresence::any)
+        MediaStatus::instance().forgetAll(); // drives come and go
     projdb::Search search(criteria);
     const bool asksMore = criteria.needsMoreThanText();
     std::vector<projdb::Hit> hits;

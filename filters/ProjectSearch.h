@@ -86,7 +86,7 @@ public:
     // A new bin named by `makeName` with each asset that meets the criteria, in the order in which
     // they came into the project, at its start and with its extent as marks. Nobody manages it.
     // Without a project it is empty. The first search of a project reads all its texts; later ones
-    // find free text in memory.
+    // find free text in memory. Whether media is there is asked anew by each search, once a place.
     Kv::Ptr<BinData> perform(const Criteria& criteria);
     // The same, watched; empty when the watcher stopped it.
     Kv::Ptr<BinData> perform(const Criteria& criteria, const Watcher& watcher);
