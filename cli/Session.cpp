@@ -47,6 +47,7 @@ VerbTable::VerbTable() {
     addBinVerbs(*this);
     addBinViewVerbs(*this);
     addAssetVerbs(*this);
+    addSearchVerbs(*this);
     addProjectVerbs(*this);
 }
 

@@ -72,6 +72,7 @@ void addContainerVerbs(VerbTable& verbs);
 void addBinVerbs(VerbTable& verbs);
 void addBinViewVerbs(VerbTable& verbs);
 void addAssetVerbs(VerbTable& verbs);
+void addSearchVerbs(VerbTable& verbs);
 void addProjectVerbs(VerbTable& verbs);
 
 // One session on one open project. User-interface thread.

@@ -55,6 +55,7 @@ void addAll(Commands commands) {
     addBinCommand(commands);
     addGroupCommand(commands);
     addDocumentCommand(commands);
+    addSearchCommand(commands);
     addShellCommand(commands);
     addCheckCommand(commands);
 }
