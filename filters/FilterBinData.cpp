@@ -12,8 +12,6 @@ using cutroom::StatusCode;
 
 namespace {
 
-// The kind of bin that holds items.
-constexpr char kItemsType[] = "Items";
 // Of every bin that a filter presents under a fixed key: tells its cookie from fresh ones.
 constexpr std::uint64_t kFixedMark = 0xF117'0000'0000'0000;
 constexpr std::uint64_t kMarkBits = 0xFFFF'0000'0000'0000;
@@ -46,7 +44,6 @@ FilterBinData::FilterBinData(const LightweightString<wchar_t>& name, const Cooki
         setID(id);
 }
 
-LightweightString<char> FilterBinData::getTypeID() const { return kItemsType; }
 bool FilterBinData::isDynamic() const { return false; }
 
 // --- contents that follow the project ------------------------------------------------------------

@@ -11,6 +11,7 @@
 #include "platform/files/JsonBuilder.h"
 #include "platform/files/JsonElement.h"
 
+#include <atomic>
 #include <optional>
 #include <string>
 
@@ -84,7 +85,7 @@ private:
     void lookAgainAt(const CookieVec& assets) CUTROOM_REQUIRES(lock_);
 
     cutroom::FollowState following_;
-    bool silent_ CUTROOM_GUARDED_BY(lock_) = false; // no record is told
+    std::atomic<bool> silent_{false}; // no record is told; changed under the lock
 };
 
 namespace cutroom {
@@ -94,6 +95,8 @@ using FilterBinMaker = Kv::Ptr<FilterBinData> (*)();
 // Has persisted bins of the type `typeID` made by `maker` (null: by nobody). Any thread.
 CUTROOM_API void installFilterBinMaker(const LightweightString<char>& typeID, FilterBinMaker maker);
 
+// Tells whether a bin of that type can be read again: a plain one, or one that has a maker.
+CUTROOM_API bool isPersistedFilterBinType(const LightweightString<char>& typeID);
 // Makes a bin by its "Type" and has it read the object; the failure says what is wrong.
 CUTROOM_API Result<Kv::Ptr<FilterBinData>> readFilterBin(const JSON::Element& object,
                                                          const std::string& file);

@@ -13,6 +13,8 @@ using cutroom::StatusCode;
 
 namespace {
 
+// The kind of bin that holds items.
+constexpr char kItemsType[] = "Items";
 // Members of a bin.
 constexpr char kType[] = "Type";
 constexpr char kID[] = "ID";
@@ -88,6 +90,8 @@ cutroom::Result<BinData::Items> readItems(const JSON::Element& object, const std
 }
 
 } // namespace
+
+LightweightString<char> FilterBinData::getTypeID() const { return kItemsType; }
 
 void FilterBinData::writeIdentity(JSON::Builder& object) const {
     object.add(kType, getTypeID());
@@ -166,20 +170,30 @@ void installFilterBinMaker(const LightweightString<char>& typeID, FilterBinMaker
         makers().erase(typeID);
 }
 
+namespace {
+
+FilterBinMaker makerOf(std::string_view typeID) {
+    const CriticalSection::Lock lock(makersLock);
+    const auto at = makers().find(typeID);
+    return at == makers().end() ? nullptr : at->second;
+}
+
+} // namespace
+
+bool isPersistedFilterBinType(const LightweightString<char>& typeID) {
+    return typeID == kItemsType || makerOf(typeID) != nullptr;
+}
+
 Result<Kv::Ptr<FilterBinData>> readFilterBin(const JSON::Element& object, const std::string& file) {
-    Kv::Ptr<FilterBinData> bin = Kv::makePtr<FilterBinData>();
-    const std::string type = object.isObject() ? object.getString(kType) : std::string();
-    if (!type.empty() && type != bin->getTypeID()) {
-        FilterBinMaker maker = nullptr;
-        {
-            const CriticalSection::Lock lock(makersLock);
-            const auto at = makers().find(type);
-            maker = at == makers().end() ? nullptr : at->second;
-        }
-        if (!maker)
-            return refuse(file, "Type: \"" + type + "\" is no known kind of bin");
+    if (!object.isObject())
+        return refuse(file, "is no bin: an object is expected");
+    Kv::Ptr<FilterBinData> bin;
+    if (const std::string type = object.getString(kType, kItemsType); type == kItemsType)
+        bin = Kv::makePtr<FilterBinData>();
+    else if (const FilterBinMaker maker = makerOf(type))
         bin = maker();
-    }
+    else
+        return refuse(file, "Type: \"" + type + "\" is no known kind of bin");
     if (Status read = bin->read(object, file); !read)
         return read;
     return bin;

@@ -7,30 +7,37 @@
 // Empty while no project is open. Any thread may call, but not under the lock of a container that
 // it only reads; what reads or writes files says so, and is not to be called by a listener of a
 // container. The list has a reader/writer lock; whoever changes it takes the process's change lock
-// first. Listeners of `changeMsgType()` are given a `ContainerNotice` (`changed`), on the thread
-// that made the change, under both: they may ask for filters and must not make, change or destroy
-// any. Its container is the result bin that changed, or invalid, and then the records name filters:
+// first. Listeners of `changeMsgType()` are given a `ContainerNotice` on the thread that made the
+// change, under both locks: they may ask for filters and must not make, change or destroy any. It
+// is `reset` when a project comes or goes, else `changed`; its container is the result bin that
+// changed, or invalid, and then the records name filters (of the search results: their bins):
 //
 //   130 (2, 128)          made              640 (128, 512)   gone
 //   896 (128, 256, 512)   has other bins    160 (32, 128)    visibility or name changed
 #pragma once
 
 #include "bins/ContainerManagerBase.h"
+#include "bins/ContainerNotice.h"
+#include "filters/FieldIndex.h"
 #include "filters/FilterBinData.h"
 #include "filters/ProjectSearch.h"
 #include "filters/SetOperation.h"
 #include "filters/UserFilter.h"
 #include "filters/iProjectFilter.h"
-#include "platform/files/GroupCommit.h"
+#include "platform/base/Annotations.h"
 
+#include <atomic>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace cutroom {
 class FilterFollower;
 class UserFilterFiles;
 } // namespace cutroom
+class EditConstituentsFilter;
 class SearchResultsFilter;
+class SubClipsFilter;
 
 class CUTROOM_API ProjectFilterManager final : public ContainerManagerBase {
 public:
@@ -118,22 +125,43 @@ public:
 
 private:
     friend class cutroom::ProcessSingleton<ProjectFilterManager>;
-    friend class cutroom::FilterFollower;
     class Writer;
 
     ProjectFilterManager();
     ~ProjectFilterManager() override;
 
-    CookieVec getPersistedUserFilters() const;
+    // Sets up for the open project, if it is not; on the user-interface thread.
+    void settle();
     void buildSystemFilters();
     void buildTagFilters() const;
     void addUserFilters();
+    CookieVec getPersistedUserFilters() const CUTROOM_REQUIRES(filesLock_);
+
+    Filters list() const;
+    bool isListed(const FilterPtr& filter) const;
+    std::vector<Kv::Ptr<UserFilter>> userFilters() const;
+    Kv::Ptr<SearchResultsFilter> getSearchResults() const;
+    std::shared_ptr<cutroom::FieldIndex> tagIndex() const;
+    void insertTagFilter(const std::string& tag) const CUTROOM_REQUIRES(listLock_);
+    void updateTagFilters(const cutroom::FieldIndex::Changes& tags);
+    template <class Function> void forEachResult(const Function& function) const;
+    void assetsChanged(const CookieVec& assets);
+    void followMachines();
+    void tell(unsigned type, const Cookie& filter) const;
 
     // Guards the list. Its writer holds the change lock, and tells while it holds both.
     mutable SharedLock listLock_{LockRank::notifier};
     mutable Filters filters_ CUTROOM_GUARDED_BY(listLock_);
     Kv::Ptr<SearchResultsFilter> searches_ CUTROOM_GUARDED_BY(listLock_);
-    std::unique_ptr<cutroom::UserFilterFiles> files_;
+    std::shared_ptr<cutroom::FieldIndex> tags_ CUTROOM_GUARDED_BY(listLock_); // null: no project
+    mutable std::atomic<bool> tagsMade_{false}; // changed under the list's lock
+    std::atomic<bool> entered_{false};
+    // User-interface thread.
+    Kv::Ptr<SubClipsFilter> subClips_;
+    Kv::Ptr<EditConstituentsFilter> constituents_;
+    // Held while the user's filters are made, changed, read and written.
+    mutable CriticalSection filesLock_{LockRank::saveAll};
+    const std::unique_ptr<cutroom::UserFilterFiles> files_;
     std::unique_ptr<cutroom::FilterFollower> follower_;
     std::vector<Kv::Ptr<Guard>> registrations_;
 };

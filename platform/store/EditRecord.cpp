@@ -2,9 +2,12 @@
 
 #include "platform/base/Log.h"
 #include "platform/files/Files.h"
+#include "platform/project/MediaKind.h"
 #include "platform/project/ProjDb.h"
 #include "platform/project/ProjectPaths.h"
 #include "platform/store/EditFile.h"
+
+#include <algorithm>
 
 namespace cutroom {
 
@@ -24,6 +27,12 @@ void addMarkers(projdb::Record& record, const CueList& cues) {
             if (!text->empty())
                 record.markerTexts.push_back(toUtf8(*text));
     }
+}
+
+// A clip whose only media are still pictures.
+bool isImage(const projdb::Record& record) {
+    return (record.kinds & projdb::kKindClip) != 0 && !record.mediaLocations.empty() &&
+           std::all_of(record.mediaLocations.begin(), record.mediaLocations.end(), isStillImage);
 }
 
 } // namespace
@@ -46,6 +55,8 @@ projdb::Record recordOf(const Cookie& cookie, const EditState& state) {
     record.setField(LogAttribute(LogAttribute::name).getID(), toUtf8(state.name));
     for (const auto& location : state.texts->mediaLocations)
         record.mediaLocations.push_back(toUtf8(location));
+    if (isImage(record))
+        record.kinds |= projdb::kKindImage;
     addMarkers(record, *state.cues);
     return record;
 }

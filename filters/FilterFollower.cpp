@@ -1,0 +1,54 @@
+#include "filters/FilterFollower.h"
+
+#include "bins/ChangeLock.h"
+#include "platform/messaging/UiThread.h"
+#include "platform/project/ProjDb.h"
+
+#include <utility>
+
+namespace cutroom {
+
+FilterFollower::FilterFollower(std::function<void(const CookieVec&)> apply,
+                               std::function<void()> arrange)
+    : apply_(std::move(apply)), arrange_(std::move(arrange)),
+      registration_(projdb::addListener(
+          makeCallback<NotifyMsg>([this](const NotifyMsg& message) { hear(message); }))) {}
+
+void FilterFollower::hear(const NotifyMsg& message) {
+    const auto* changes = message.getObjectAs<projdb::Changes>();
+    if (!changes)
+        return;
+    bool first = false;
+    {
+        const CriticalSection::Lock lock(lock_);
+        first = waiting_.empty();
+        for (const CookieVec* assets : {&changes->removed, &changes->added, &changes->modified})
+            waiting_.insert(waiting_.end(), assets->begin(), assets->end());
+        anyWaiting_ = true;
+    }
+    if (isUiThread())
+        catchUp();
+    else if (first)
+        arrange_();
+}
+
+CookieVec FilterFollower::take() {
+    CookieVec assets;
+    const CriticalSection::Lock lock(lock_);
+    assets.swap(waiting_);
+    anyWaiting_ = false;
+    return assets;
+}
+
+// Taken under the change lock: who finds nothing waiting there knows that all has been applied.
+void FilterFollower::catchUp() {
+    if (!anyWaiting_)
+        return;
+    const ChangeLock oneAtATime;
+    if (const CookieVec assets = take(); !assets.empty())
+        apply_(assets);
+}
+
+void FilterFollower::reset() { (void)take(); }
+
+} // namespace cutroom

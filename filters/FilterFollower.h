@@ -1,0 +1,42 @@
+// `cutroom::FilterFollower`: gathers what changes in the project database, on whichever thread, and
+// hands it on under the change lock.
+#pragma once
+
+#include "platform/base/Annotations.h"
+#include "platform/base/Cookie.h"
+#include "platform/base/Guard.h"
+#include "platform/base/Locks.h"
+#include "platform/messaging/NotifyMsg.h"
+
+#include <atomic>
+#include <functional>
+
+namespace cutroom {
+
+// Whoever tells of a change holds the database's notifier, and may not wait for the change lock
+// there, save on the user-interface thread. So what other threads change waits until that thread
+// comes to it, or until somebody looks at a filter.
+class FilterFollower {
+public:
+    // `apply` is called under the change lock, with assets that came, changed or went; `arrange`
+    // has `catchUp` called on the user-interface thread later.
+    FilterFollower(std::function<void(const CookieVec&)> apply, std::function<void()> arrange);
+
+    // Hands on what waits. Any thread that may take the change lock.
+    void catchUp();
+    // Forgets what waits.
+    void reset();
+
+private:
+    void hear(const NotifyMsg& message);
+    CookieVec take();
+
+    const std::function<void(const CookieVec&)> apply_;
+    const std::function<void()> arrange_;
+    std::atomic<bool> anyWaiting_{false};
+    CriticalSection lock_{LockRank::leaf};
+    CookieVec waiting_ CUTROOM_GUARDED_BY(lock_);
+    Kv::Ptr<Guard> registration_;
+};
+
+} // namespace cutroom
