@@ -1,0 +1,77 @@
+// A sync group is a bin of kind 'M': made, kept and read back by the bin manager.
+#include "sync/SyncGroupData.h"
+#include "tests/bins/BinProject.h"
+
+using namespace cutroom;
+using namespace cutroom::test;
+using testing::ElementsAre;
+
+namespace {
+
+class SyncGroupDataTest : public BinProject {};
+
+TEST_F(SyncGroupDataTest, itIsReadBackAsItWas) {
+    const Cookie one = newEdit(L"one"), two = newEdit(L"two");
+    Kv::Ptr<SyncGroupData> group = SyncGroupData::make(L"Scene 1");
+    const Cookie id = group->getID();
+    EXPECT_TRUE(bins().getSummary(id).isSynced());
+    EXPECT_FALSE(group->canAccomodate('D') || group->canAccomodate('G'));
+    group->add(CookieVec{one, two});
+    group->takePlaces({{two, 2.5, 1, kNoTime}, {Cookie('E', 99), 1}}, false);
+    group->storeRelationships({{one, 0}, {two, -0.1}});
+    ASSERT_TRUE(bins().saveAll().ok());
+    EXPECT_FALSE(group->isDirty());
+    group->takePlaces({{two, 2.5, 1, kNoTime}}, false);
+    EXPECT_FALSE(group->isDirty()); // nothing differs
+    group.reset();
+    reopen();
+    group = SyncGroupData::open(id);
+    ASSERT_TRUE(group && group->valid());
+    EXPECT_THAT(group->clips(), ElementsAre(one, two));
+    EXPECT_EQ(group->getItem(1).time, 2.5);
+    EXPECT_EQ(group->getItem(1).markIn, 1);
+    EXPECT_THAT(group->relationships(), ElementsAre(std::pair(one, 0.0), std::pair(two, -0.1)));
+    EXPECT_FALSE(SyncGroupData::open(newBin(L"a bin")->getID()));
+}
+
+TEST_F(SyncGroupDataTest, everyTruncationIsNoticedAndMovedAside) {
+    const Cookie one = newEdit(L"one");
+    Kv::Ptr<SyncGroupData> group = SyncGroupData::make(L"Scene 1");
+    const Cookie id = group->getID();
+    group->add(one);
+    group->storeRelationships({{one, 3}});
+    ASSERT_TRUE(bins().saveAll().ok());
+    const std::string path = fileOf(id), good = file(path);
+    for (std::size_t size = 0; size < good.size(); size += 7) {
+        ASSERT_TRUE(writeFile(path, good.substr(0, size)).ok());
+        SyncGroupData damaged;
+        damaged.setID(id);
+        EXPECT_FALSE(damaged.load().ok()) << size;
+        EXPECT_FALSE(damaged.valid());
+    }
+    group->takePlaces({{one, 4}}, false);
+    ASSERT_TRUE(bins().saveAll().ok());
+    EXPECT_EQ(SyncGroupData::open(id)->relationships().size(), 1u);
+}
+
+TEST(Relationships, areReadAsFarAsTheyAreSound) {
+    const Cookie a('E', 1), b('E', 2);
+    const std::string good = relationshipsText({{a, 0}, {b, 1e-3}});
+    const struct {
+        std::string text;
+        std::size_t read;
+    } rows[] = {{good, 2},
+                {"", 0},
+                {"|" + good + "|", 2},
+                {good + "|" + good, 2}, // the first of each clip
+                {a.asString(), 0},
+                {a.asString() + "=", 0},
+                {a.asString() + "=nan|" + b.asString() + "=1", 1},
+                {a.asString() + "=1e99", 0},
+                {"../x=1|I=2|=3", 0}};
+    for (const auto& row : rows)
+        EXPECT_EQ(readRelationships(row.text).size(), row.read) << row.text;
+    EXPECT_EQ(relationshipsText(readRelationships(good)), good);
+}
+
+} // namespace
