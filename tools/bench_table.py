@@ -146,14 +146,14 @@ def main():
     results = Results(arguments[1 if everything else 0:])
     print(HEAD)
     for number, _, title in goals.workloads:
-        lines = [row(results, goals.rivals, number, *columns) for columns in goals.rows[number]]
+        lines = [row(results, goals.rivals, number, *columns)
+                 or everything and f"| {number} | {columns[3]} | | | | | | {columns[2]} | **not there** |"
+                 for columns in goals.rows[number]]
         lines = [line for line in lines if line]
         if lines:
-            lines.insert(0, f"| {number} | **{title}** | | | | | | | |")
+            print(f"| {number} | **{title}** | | | | | | | |", *lines, sep="\n")
         elif everything:
-            lines.append(f"| {number} | {title} | | | | | | | **not there** |")
-        if lines:
-            print("\n".join(lines))
+            print(f"| {number} | **{title}** | | | | | | | **not there** |")
     for columns in unknown(results, goals):
         print(row(results, goals.rivals, "", *columns))
 
