@@ -55,9 +55,8 @@ FieldIndex::Changes FieldIndex::assetsChanged(const CookieVec& assets) {
     }
     // What went and came back, or the reverse, within the list is as it was.
     const CriticalSection::Lock lock(lock_);
-    const auto isThere = [&all = tables_.byValue](const std::string& value) {
-        return all.count(value) != 0;
-    };
+    const auto& all = tables_.byValue;
+    const auto isThere = [&all](const std::string& value) { return all.count(value) != 0; };
     std::erase_if(changes.came, [&](const std::string& value) { return !isThere(value); });
     std::erase_if(changes.gone, isThere);
     return changes;
