@@ -1,6 +1,7 @@
-// cutroom markers EDIT [add|change|remove]
+// cutroom markers EDIT [add|change|remove|import]
 #include "cli/Command.h"
 #include "cli/EditView.h"
+#include "cli/MarkersIn.h"
 #include "cli/Names.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
@@ -27,15 +28,28 @@ struct MarkerWords {
     std::optional<std::string> description;
     std::optional<std::string> colour;
     bool point = false;
+    std::vector<std::string> fields; // KEY=VALUE
+    MarkersInWords in;
 
-    bool describe() const { return at || end || name || description || colour || point; }
+    bool describe() const {
+        return at || end || name || description || colour || point || !fields.empty();
+    }
+    bool importing() const {
+        return !in.format.empty() || !in.encoding.empty() || !in.conflict.empty() ||
+               !in.clock.empty();
+    }
 };
 
 // Words that the action would not look at are a mistake: what they ask for would not be done.
 Status checkWords(const MarkerWords& words) {
     const bool choosing = words.action == "change" || words.action == "remove";
     const bool describing = words.action == "change" || words.action == "add";
-    if (!choosing && !words.numbers.empty())
+    const bool importing = words.action == "import";
+    if (importing && words.numbers.size() != 1)
+        return {StatusCode::wrongUsage, words.action, "say which file, and one alone"};
+    if (!importing && words.importing())
+        return {StatusCode::wrongUsage, words.action, "takes no words about a file; `import` does"};
+    if (!choosing && !importing && !words.numbers.empty())
         return {StatusCode::wrongUsage, words.action, "takes no numbers of markers"};
     if (!describing && words.describe())
         return {StatusCode::wrongUsage, words.action,
@@ -85,9 +99,23 @@ Status applyTexts(Cue& cue, const MarkerWords& words) {
     return {};
 }
 
+Status applyFields(Cue& cue, const MarkerWords& words) {
+    for (const std::string& field : words.fields) {
+        const auto equals = field.find('=');
+        const auto value =
+            equals == field.npos ? std::nullopt : toWideStrict(field.substr(equals + 1));
+        if (!value || equals == 0 || !isUtf8(field))
+            return {StatusCode::wrongUsage, field, "not KEY=VALUE"};
+        cue.setCustomMetadata(field.substr(0, equals), *value);
+    }
+    return {};
+}
+
 Status applyWords(Cue& cue, const MarkerWords& words, const EditPtr& edit) {
-    const Status times = applyTimes(cue, words, edit);
-    return times.ok() ? applyTexts(cue, words) : times;
+    if (const Status times = applyTimes(cue, words, edit); !times)
+        return times;
+    const Status texts = applyTexts(cue, words);
+    return texts.ok() ? applyFields(cue, words) : texts;
 }
 
 // Numbers on the command line count from 1, as `markers` and `show` print them.
@@ -165,7 +193,39 @@ std::string listJson(const EditView& view) {
     return json.take();
 }
 
-Status perform(const MarkerWords& words, const EditPtr& edit) {
+std::string importedJson(const MarkersInReport& report) {
+    JSON::Builder json;
+    json.beginObject();
+    json.add("added", report.plan.added);
+    json.add("replaced", report.plan.replaced);
+    json.add("kept", report.plan.kept);
+    json.beginArray("warnings");
+    for (const std::string& warning : report.warnings)
+        json.add(warning);
+    json.endArray();
+    json.endObject();
+    return json.take();
+}
+
+Status import(const Options& options, const MarkerWords& words, const EditPtr& edit) {
+    MarkersInWords in = words.in;
+    in.file = words.numbers.front();
+    const auto report = addMarkers(in, edit);
+    if (!report)
+        return report.status();
+    if (options.json) {
+        print(importedJson(*report));
+        return {};
+    }
+    for (const std::string& warning : report->warnings)
+        note("warning: " + in.file + ": " + warning);
+    note(textOf(report->plan));
+    return {};
+}
+
+Status perform(const Options& options, const MarkerWords& words, const EditPtr& edit) {
+    if (words.action == "import")
+        return import(options, words, edit);
     if (words.action == "add")
         return add(words, edit);
     return words.action == "change" ? change(words, edit) : removeChosen(words, edit);
@@ -187,7 +247,7 @@ int run(const Options& options, const MarkerWords& words) {
                            }
                            if ((*edit)->isReadOnly())
                                return {StatusCode::failed, words.edit, "the edit is read-only"};
-                           return perform(words, *edit);
+                           return perform(options, words, *edit);
                        });
 }
 
@@ -195,23 +255,40 @@ int run(const Options& options, const MarkerWords& words) {
 
 void addMarkersCommand(Commands commands) {
     auto words = std::make_shared<MarkerWords>();
-    CLI::App* command =
-        commands.app.add_subcommand("markers", "List, add, change or remove an edit's markers");
+    CLI::App* command = commands.app.add_subcommand(
+        "markers", "List, add, change, remove or import an edit's markers");
     command->add_option("edit", words->edit, "Name or cookie")->required()->type_name("EDIT");
-    command->add_option("action", words->action, "list (the default), add, change, remove")
-        ->check(CLI::IsMember({"list", "add", "change", "remove"}));
-    command->add_option("numbers", words->numbers, "Which markers, by their number in the list");
+    command->add_option("action", words->action, "list (the default), add, change, remove, import")
+        ->check(CLI::IsMember({"list", "add", "change", "remove", "import"}));
+    command->add_option("numbers", words->numbers,
+                        "Which markers, by their number in the list; import: the file");
     command->add_option("--at", words->at, "Place: 01:00:10:12, 12.5 (seconds) or 300f (frames)");
     command->add_option("--end", words->end, "End of a range, likewise");
     command->add_flag("--point", words->point, "Make it a point, without an end");
     command->add_option("--name", words->name, "Name");
     command->add_option("--description", words->description, "Description");
     command->add_option("--colour,--color", words->colour, "red, green ... or #rrggbb");
+    command->add_option("--field", words->fields, "A custom field")
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false);
+    command->add_option("--format", words->in.format, "Of a file (default: by its extension)")
+        ->check(CLI::IsMember({"csv", "json", "srt", "edl"}));
+    command->add_option("--encoding", words->in.encoding, "Of a file's text (default: UTF-8)");
+    command
+        ->add_option("--on-conflict", words->in.conflict,
+                     "A marker of the same time and name: keep it (the default), replace it with "
+                     "the file's, or have both")
+        ->check(CLI::IsMember({"keep", "replace", "both"}));
+    command
+        ->add_option("--clock", words->in.clock,
+                     "What the times of subtitles count: timecode (the default), or media")
+        ->check(CLI::IsMember({"timecode", "media"}));
     command->footer(
         "  cutroom markers \"Reel 1\"\n"
         "  cutroom markers \"Reel 1\" add --at 01:00:10:00 --end 01:00:12:00 --name Sky\n"
         "  cutroom markers \"Reel 1\" change 2 --colour green\n"
-        "  cutroom markers \"Reel 1\" remove 1 3");
+        "  cutroom markers \"Reel 1\" remove 1 3\n"
+        "  cutroom markers \"Reel 1\" import notes.csv --on-conflict replace");
     command->callback([commands, words] {
         commands.action = [&options = commands.options, words] { return run(options, *words); };
     });

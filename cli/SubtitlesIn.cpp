@@ -55,18 +55,19 @@ Result<std::string> toUtf8From(std::string bytes, const std::string& encoding,
 
 } // namespace
 
-Result<SubtitleReport> addSubtitles(const SubtitleWords& words) {
-    auto bytes = readFile(words.file, kMaxBytes);
+Result<std::string> readText(const std::string& file, const std::string& asked) {
+    auto bytes = readFile(file, kMaxBytes);
     if (!bytes)
         return bytes.status();
-    std::string text = std::move(*bytes);
-    if (const std::string encoding = encodingOf(text, words.encoding); encoding != "UTF-8") {
-        auto converted = toUtf8From(std::move(text), encoding, words.file);
-        if (!converted)
-            return converted.status();
-        text = std::move(*converted);
-    }
-    const auto file = readSrt(text, words.file);
+    const std::string encoding = encodingOf(*bytes, asked);
+    return encoding == "UTF-8" ? std::move(bytes) : toUtf8From(std::move(*bytes), encoding, file);
+}
+
+Result<SubtitleReport> addSubtitles(const SubtitleWords& words) {
+    const auto text = readText(words.file, words.encoding);
+    if (!text)
+        return text.status();
+    const auto file = readSrt(*text, words.file);
     if (!file)
         return file.status();
     const auto edit = openEdit(words.edit);

@@ -15,6 +15,9 @@ struct SubtitleWords {
     SubtitleClock clock = SubtitleClock::media;
 };
 
+// A text file as UTF-8; `encoding` is as in `SubtitleWords`.
+Result<std::string> readText(const std::string& file, const std::string& encoding);
+
 // Reads the file and lays it on a new channel of the edit, as one step of undo.
 Result<SubtitleReport> addSubtitles(const SubtitleWords& words);
 

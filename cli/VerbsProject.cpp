@@ -2,6 +2,7 @@
 #include "bins/BinManager.h"
 #include "cli/Assets.h"
 #include "cli/EditView.h"
+#include "cli/MarkersIn.h"
 #include "cli/Session.h"
 #include "editops/basics/EmptyEdit.h"
 #include "export/AssetMetadataSRTExporter.h"
@@ -13,6 +14,7 @@
 #include "platform/host/Host.h"
 #include "platform/prefs/Configuration.h"
 #include "platform/prefs/EditorPreferences.h"
+#include "platform/project/CurrentProject.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
@@ -133,6 +135,37 @@ void exportAny(Session& session, SessionWords& words) {
                     " written: " + toText(static_cast<unsigned long long>(bin->numItems())));
 }
 
+void importMarkers(Session& session, SessionWords& words) {
+    MarkersInWords in;
+    in.file = words.take("a file");
+    if (!words.done())
+        in.conflict = words.takeOneOf("a word", {"keep", "replace", "both"});
+    const auto report = require(addMarkers(in, session.editForChange()));
+    for (const std::string& warning : report.warnings)
+        session.say("warning: " + warning);
+    session.say(textOf(report.plan));
+}
+
+void defineAttribute(Session&, SessionWords& words) {
+    const std::string id = words.take("an ID");
+    const std::wstring name = toWide(words.take("a name"));
+    static constexpr std::pair<const char*, DBFieldTypes::eType> kTypes[] = {
+        {"text", DBFieldTypes::text},
+        {"number", DBFieldTypes::number},
+        {"date-time", DBFieldTypes::dateTime},
+        {"date", DBFieldTypes::date},
+        {"time", DBFieldTypes::time}};
+    DBFieldTypes::eType type = DBFieldTypes::text;
+    if (!words.done()) {
+        const std::string word =
+            words.takeOneOf("a type", {"text", "number", "date-time", "date", "time"});
+        for (const auto& [known, value] : kTypes)
+            if (word == known)
+                type = value;
+    }
+    require(CurrentProject::addCustomAttribute(id, name, type));
+}
+
 void preference(Session& session, SessionWords& words) {
     const std::string key = words.take("a key");
     if (words.done())
@@ -168,6 +201,12 @@ void addProjectVerbs(VerbTable& verbs) {
     verbs.add({"show", "[json]", "draws the edit of the viewer", show});
     verbs.add({"srt", "FILE [CHANNEL]", "writes the markers, or a subtitle channel, as SubRip",
                exportSrt});
+    verbs.add({"import-markers", "FILE [keep|replace|both]",
+               "takes the markers of a file; where one of the same time and name is, as said",
+               importMarkers});
+    verbs.add({"define", "ID NAME [text|number|date-time|date|time]",
+               "defines an attribute of the project; cue.KEY is a field of markers",
+               defineAttribute});
     verbs.add({"exporters", "", "tells what markers and bins can be written as", listExporters});
     verbs.add({"export", "FORMAT FILE [BIN]", "writes the markers, or a bin, with an exporter",
                exportAny});

@@ -65,7 +65,9 @@ bool hasTimes(const Cue& cue) {
 // Up to two lines, and where they were made. Used again for one cue after the other.
 struct AssetMetadataSRTExporter::MarkerText {
     cutroom::SubtitleLine whole;
-    std::wstring lines[2];
+    std::wstring halves[2];
+    std::wstring scratch[2];
+    std::wstring_view lines[2];
     int count = 0;
 };
 
@@ -140,15 +142,16 @@ void AssetMetadataSRTExporter::getMarkerText(const Cue& cue, MarkerText& text) {
     const std::wstring_view whole =
         text.whole.of(cue.getDescription().empty() ? cue.getName() : cue.getDescription());
     text.count = whole.empty() ? 0 : 1;
+    text.lines[0] = whole;
     const int limit = splitLength.get();
     if (limit != 0 && static_cast<long long>(whole.size()) > limit &&
-        cutroom::splitInHalf(whole, text.lines[0], text.lines[1])) {
+        cutroom::splitInHalf(whole, text.halves[0], text.halves[1])) {
+        text.lines[0] = text.halves[0];
+        text.lines[1] = text.halves[1];
         text.count = text.lines[1].empty() ? 1 : 2;
-        cutroom::defuseTimes(text.lines[1]);
-    } else {
-        text.lines[0] = whole;
     }
-    cutroom::defuseTimes(text.lines[0]);
+    for (int i = 0; i < text.count; ++i)
+        text.lines[i] = cutroom::withoutTimes(text.lines[i], text.scratch[i]);
 }
 
 std::optional<std::string> AssetMetadataSRTExporter::getText(const EditPtr& edit,
@@ -156,6 +159,7 @@ std::optional<std::string> AssetMetadataSRTExporter::getText(const EditPtr& edit
     if (!edit || cues.empty())
         return std::nullopt;
     Writer file(edit, clock_);
+    const Tags untagged;
     MarkerText text;
     for (std::size_t i = 0; i < cues.size(); ++i) {
         if (!hasTimes(cues[i]))
@@ -165,7 +169,7 @@ std::optional<std::string> AssetMetadataSRTExporter::getText(const EditPtr& edit
             continue;
         file.begin(i + 1, cues[i].getRange());
         for (int line = 0; line < text.count; ++line)
-            file.line({}, text.lines[line]);
+            file.line(untagged, text.lines[line]);
     }
     return file.take();
 }
@@ -181,6 +185,7 @@ std::optional<std::string> AssetMetadataSRTExporter::getText(const EditPtr& edit
     const Tags tags = tagsOf(edit->getSubtitleFont(channel));
     Writer file(edit, clock);
     cutroom::SubtitleLine line;
+    std::wstring scratch;
     std::size_t number = 0;
     for (std::uint32_t i = 0; i < cel->numSegments(); ++i) {
         const CelSegment segment = cel->getSegment(i);
@@ -188,10 +193,8 @@ std::optional<std::string> AssetMetadataSRTExporter::getText(const EditPtr& edit
             continue;
         file.begin(++number, {cutroom::toSeconds(segment.start), cutroom::toSeconds(segment.end)});
         for (const auto& own : segment.detail.lines)
-            if (std::wstring text(line.of(own)); !text.empty()) {
-                cutroom::defuseTimes(text);
-                file.line(tags, text);
-            }
+            if (const std::wstring_view text = line.of(own); !text.empty())
+                file.line(tags, cutroom::withoutTimes(text, scratch));
     }
     return number == 0 ? std::nullopt : std::optional(file.take());
 }

@@ -15,12 +15,14 @@ CueTimecodes::CueTimecodes(const EditPtr& edit) {
             format_ = label.format();
             start_ = label.get_abs_posn();
         }
+    const bool drops = format_.dropFrame && format_.rate.allowsDropFrame();
+    if (const int labels = format_.rate.nominal(); !drops && labels <= 100)
+        plainLabels_ = static_cast<unsigned>(labels);
     const std::int64_t flicks = format_.rate.frameToFlicks(1);
     if (flicks * format_.rate.num() == kFlicksPerSecond * format_.rate.den())
         flicksPerFrame_ = flicks;
 }
 
-// The frame that holds the place.
 std::int64_t CueTimecodes::frameAt(double seconds) const noexcept {
     const Flicks time = toFlicks(seconds);
     if (flicksPerFrame_ > 0 && time >= 0)
@@ -33,7 +35,22 @@ void CueTimecodes::append(std::string& out, double seconds) const {
     if (!format_.rate.valid() || !isStorableTime(seconds) ||
         __builtin_add_overflow(start_, frameAt(seconds), &label))
         return;
-    out += timecodeText(label, format_);
+    if (plainLabels_ == 0 || label < 0 || label >= std::int64_t{plainLabels_} * 86400)
+        out += timecodeText(label, format_);
+    else
+        appendPlain(out, static_cast<unsigned>(label));
+}
+
+// Plain counting within a day, which most files have, digit by digit.
+void CueTimecodes::appendPlain(std::string& out, unsigned label) const {
+    const unsigned second = label / plainLabels_;
+    const unsigned parts[] = {second / 3600, second / 60 % 60, second % 60, label % plainLabels_};
+    char text[11] = {0, 0, ':', 0, 0, ':', 0, 0, ':'};
+    for (std::size_t i = 0; i < 4; ++i) {
+        text[3 * i] = static_cast<char>('0' + parts[i] / 10);
+        text[3 * i + 1] = static_cast<char>('0' + parts[i] % 10);
+    }
+    out.append(text, sizeof text);
 }
 
 std::optional<double> CueTimecodes::timeOf(std::string_view timecode) const {

@@ -7,6 +7,8 @@ namespace cutroom {
 namespace {
 
 bool breaksLine(wchar_t c) noexcept {
+    if (c >= L' ' && c < L'\x7F')
+        return false;
     return c < L' ' || c == L'\x7F' || c == L'\x85' || c == L'\u2028' || c == L'\u2029';
 }
 
@@ -62,13 +64,16 @@ bool splitInHalf(std::wstring_view text, std::wstring& first, std::wstring& seco
     return true;
 }
 
-void defuseTimes(std::wstring& line) {
+std::wstring_view withoutTimes(std::wstring_view line, std::wstring& scratch) {
     constexpr std::wstring_view kArrow = L"-->";
     const std::size_t begin = line.find_first_not_of(L' ');
-    if (begin == line.npos || std::wstring_view(L"+-0123456789").find(line[begin]) == line.npos)
-        return;
-    for (std::size_t at = line.find(kArrow); at != line.npos; at = line.find(kArrow, at))
-        line.erase(at, 1);
+    if (begin == line.npos || std::wstring_view(L"+-0123456789").find(line[begin]) == line.npos ||
+        line.find(kArrow) == line.npos)
+        return line;
+    scratch = line;
+    for (std::size_t at = scratch.find(kArrow); at != scratch.npos; at = scratch.find(kArrow, at))
+        scratch.erase(at, 1);
+    return scratch;
 }
 
 } // namespace cutroom

@@ -22,7 +22,8 @@ private:
 // single blanks. False, and nothing is done, for fewer than two words.
 bool splitInHalf(std::wstring_view text, std::wstring& first, std::wstring& second);
 
-// Has a line that readers would take for times ("1:2:3 --> ...") no longer look like it.
-void defuseTimes(std::wstring& line);
+// The line, or where readers would take it for times ("1:2:3 --> ...") one made in `scratch` that
+// does not look like it.
+std::wstring_view withoutTimes(std::wstring_view line, std::wstring& scratch);
 
 } // namespace cutroom

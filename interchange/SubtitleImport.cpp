@@ -9,8 +9,6 @@ namespace cutroom {
 
 namespace {
 
-constexpr Flicks kFlicksPerMillisecond = kFlicksPerSecond / 1000;
-
 // Where a file's times lie on the edit, in frames.
 class Placer {
 public:
@@ -31,7 +29,7 @@ public:
         const std::int64_t nominal = rate_.nominal();
         const std::int64_t seconds = time / kFlicksPerSecond;
         const std::int64_t frames =
-            time % kFlicksPerSecond / kFlicksPerMillisecond * nominal / 1000;
+            std::min(rate_.flicksToFrameNearest(time % kFlicksPerSecond), nominal - 1);
         const std::string text =
             format("%02lld:%02lld:%02lld:%02lld", static_cast<long long>(seconds / 3600 % 24),
                    static_cast<long long>(seconds / 60 % 60), static_cast<long long>(seconds % 60),

@@ -1,0 +1,140 @@
+#include "interchange/MarkerImport.h"
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <optional>
+#include <tuple>
+#include <utility>
+
+namespace cutroom {
+
+namespace {
+
+// Words joined by single blanks: what subtitles show of a text, in however many lines.
+std::wstring words(std::wstring_view text) {
+    std::wstring joined;
+    bool pending = false;
+    for (const wchar_t c : text) {
+        if (c <= L' ' || c == L'\x7F' || c == L'\x85' || c == L'\u2028' || c == L'\u2029') {
+            pending = !joined.empty();
+            continue;
+        }
+        if (std::exchange(pending, false))
+            joined += L' ';
+        joined += c;
+    }
+    return joined;
+}
+
+std::wstring shownText(const Cue& cue) {
+    return words(cue.getDescription().empty() ? cue.getName() : cue.getDescription());
+}
+
+// The edit's markers, each to stand against one of the file's at most.
+class Existing {
+public:
+    Existing(const std::vector<Cue>& cues, const MarkerPlaces& places) : places_(places) {
+        taken_.resize(cues.size());
+        for (std::size_t i = 0; i < cues.size(); ++i) {
+            const std::int64_t frame = places.frameAt(cues[i].getTime());
+            equal_[{frame, cues[i].getName(), cues[i].getDescription()}].push_back(i);
+            named_[{frame, cues[i].getName(), {}}].push_back(i);
+            shown_[{frame, shownText(cues[i]), {}}].push_back(i);
+        }
+    }
+
+    // The index of one with the same description too; of one of the same name or shown text.
+    std::optional<std::size_t> takeEqual(const MarkerRead& read) {
+        return read.saidName ? take(equal_, read, read.cue.getName(), read.cue.getDescription())
+                             : std::nullopt;
+    }
+    std::optional<std::size_t> takeSame(const MarkerRead& read) {
+        return read.saidName ? take(named_, read, read.cue.getName(), {})
+                             : take(shown_, read, words(read.cue.getName()), {});
+    }
+
+private:
+    using Key = std::tuple<std::int64_t, std::wstring, std::wstring>;
+    using Places = std::map<Key, std::deque<std::size_t>>;
+
+    std::optional<std::size_t> take(Places& among, const MarkerRead& read, std::wstring text,
+                                    std::wstring description) {
+        const auto found = among.find(
+            {places_.frameAt(read.cue.getTime()), std::move(text), std::move(description)});
+        if (found == among.end())
+            return std::nullopt;
+        std::deque<std::size_t>& indexes = found->second;
+        while (!indexes.empty()) {
+            const std::size_t index = indexes.front();
+            indexes.pop_front();
+            if (!taken_[index]) {
+                taken_[index] = true;
+                return index;
+            }
+        }
+        return std::nullopt;
+    }
+
+    const MarkerPlaces& places_;
+    std::vector<bool> taken_;
+    Places equal_;
+    Places named_;
+    Places shown_;
+};
+
+// Takes over what the file says; a place that the timecode names already stays as exact as it is.
+void takeOver(Cue& cue, const MarkerRead& read, const MarkerPlaces& places) {
+    if (read.saidEnd) {
+        const bool sameEnd =
+            cue.hasEnd() && read.cue.hasEnd() &&
+            places.frameAt(cue.getEndTime()) == places.frameAt(read.cue.getEndTime());
+        if (!sameEnd)
+            cue.setEndTime(read.cue.getEndTime());
+    }
+    if (read.saidDescription)
+        cue.setDescription(read.cue.getDescription());
+    if (read.saidColour)
+        cue.setColour(read.cue.getColour());
+    for (const std::string& field : read.fields)
+        cue.setCustomMetadata(field, read.cue.getCustomMetadata(field));
+}
+
+} // namespace
+
+MarkerPlan planMarkers(const CueList& cues, const MarkerFile& file, const MarkerPlaces& places,
+                       MarkerConflict conflict) {
+    MarkerPlan plan;
+    std::vector<Cue> all = cues.cues();
+    std::vector<std::optional<std::size_t>> against(file.markers.size());
+    if (conflict != MarkerConflict::both) {
+        Existing existing(cues.cues(), places);
+        for (std::size_t i = 0; i < against.size(); ++i)
+            against[i] = existing.takeEqual(file.markers[i]);
+        for (std::size_t i = 0; i < against.size(); ++i)
+            if (!against[i])
+                against[i] = existing.takeSame(file.markers[i]);
+    }
+    for (std::size_t i = 0; i < against.size(); ++i) {
+        const MarkerRead& read = file.markers[i];
+        const std::optional<std::size_t> same = against[i];
+        if (!same) {
+            all.push_back(read.cue);
+            ++plan.added;
+            plan.behind += places.isBehind(read.cue.getTime()) ? 1 : 0;
+            continue;
+        }
+        Cue changed = all[*same];
+        if (conflict == MarkerConflict::replace)
+            takeOver(changed, read, places);
+        ++(changed == all[*same] ? plan.kept : plan.replaced);
+        all[*same] = std::move(changed);
+    }
+    std::stable_sort(all.begin(), all.end(),
+                     [](const Cue& a, const Cue& b) { return a.getTime() < b.getTime(); });
+    for (const Cue& cue : all) // each goes to the end, which costs nothing
+        plan.cues.addCuePoint(cue);
+    return plan;
+}
+
+} // namespace cutroom
