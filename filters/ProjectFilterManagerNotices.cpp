@@ -73,6 +73,11 @@ void ProjectFilterManager::handleProjectExit() {
         LogBoth("filters: %s\n", saved.text().c_str());
         cutroom::Savers::noteFailure(saved);
     }
+    if (const auto searches = getSearchResults())
+        if (const Status saved = searches->save(); !saved) {
+            LogBoth("search results: %s\n", saved.text().c_str());
+            cutroom::Savers::noteFailure(saved);
+        }
     subClips_.reset();
     constituents_.reset();
     Filters gone; // let go outside the locks
