@@ -3,6 +3,7 @@
 #include "cli/Assets.h"
 #include "platform/base/Strings.h"
 #include "platform/messaging/NotifyMsgTypeDictionary.h"
+#include "sync/SyncGroupData.h"
 
 #include <array>
 #include <utility>
@@ -19,6 +20,8 @@ constexpr std::array kTypeWords{
     std::pair{ContainerBase::kModItemsRemoved, "removed"},
     std::pair{ContainerBase::kModItemsTagged, "tagged"},
     std::pair{ContainerBase::kModItemsOrdered, "ordered"},
+    std::pair{static_cast<ContainerBase::eModificationType>(SyncGroupData::kModClipMovedAlone),
+              "moved alone"},
 };
 
 std::string typesText(const ContainerBase::Modification& change) {

@@ -43,6 +43,7 @@ VerbTable::VerbTable() {
     addChannelVerbs(*this);
     addDetailVerbs(*this);
     addMixVerbs(*this);
+    addSyncVerbs(*this);
     addContainerVerbs(*this);
     addBinVerbs(*this);
     addBinViewVerbs(*this);
@@ -93,6 +94,7 @@ Session::Session(Workspace& workspace) : workspace_(workspace) {
 Session::~Session() {
     leaving_ = true; // that everybody goes is no news
     host().messages().setPrinter(nullptr);
+    links_.clear();
     while (!clients_.empty())
         removeClient(clients_.back()->name());
     for (const Kv::Ptr<Vob>& vob : VobManager::instance().getAllVobs())

@@ -4,6 +4,7 @@
 
 #include "cli/ContainerWatch.h"
 #include "cli/PrintingClient.h"
+#include "cli/SessionLinks.h"
 #include "cli/SessionWords.h"
 #include "cli/Workspace.h"
 #include "editops/basics/IndexIndependentEventList.h"
@@ -68,6 +69,7 @@ void addTransitionVerbs(VerbTable& verbs);
 void addChannelVerbs(VerbTable& verbs);
 void addDetailVerbs(VerbTable& verbs);
 void addMixVerbs(VerbTable& verbs);
+void addSyncVerbs(VerbTable& verbs);
 void addContainerVerbs(VerbTable& verbs);
 void addBinVerbs(VerbTable& verbs);
 void addBinViewVerbs(VerbTable& verbs);
@@ -137,6 +139,8 @@ public:
     std::string channelName(const IdStamp& channel) const;
     // What is kept of bins, groups and documents.
     SessionContainers& containers() noexcept { return containers_; }
+    // The links between viewers.
+    SessionLinks& links() noexcept { return links_; }
     // Keeps a machine for as long as viewers may name it.
     AVMachine& machine(std::unique_ptr<AVMachine> machine);
     // A segment that is found again by its points, whatever changed since.
@@ -155,6 +159,7 @@ private:
     std::vector<std::unique_ptr<PrintingClient>> clients_;
     std::vector<Kv::Ptr<Guard>> roleWatch_;
     SessionContainers containers_;
+    SessionLinks links_;
     std::vector<std::unique_ptr<AVMachine>> machines_;
     IndexIndependentEventList remembered_;
     std::string line_;
