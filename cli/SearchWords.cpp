@@ -234,9 +234,9 @@ Criteria takeConditions(SessionWords& words) {
 }
 
 Result<Kv::Ptr<SearchResultsFilter>> searchResults() {
-    for (const auto& filter : ProjectFilterManager::instance().getAllFilters())
-        if (auto* const found = dynamic_cast<SearchResultsFilter*>(filter.get()))
-            return Kv::Ptr<SearchResultsFilter>(found);
+    const auto filter = ProjectFilterManager::instance().getFilter(SearchResultsFilter::fixedID());
+    if (auto* const found = dynamic_cast<SearchResultsFilter*>(filter.get()))
+        return Kv::Ptr<SearchResultsFilter>(found);
     return Status(StatusCode::failed, "search results", "no project is open");
 }
 

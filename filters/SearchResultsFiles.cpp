@@ -59,6 +59,7 @@ std::wstring plainCriteriaName(const LightweightString<wchar_t>& name) {
     for (wchar_t& c : plain)
         if (isControl(c) || c == L'/')
             c = L' ';
+    plain.erase(plain.find_last_not_of(L' ') + 1);
     if (plain.empty() || plain.front() == L'.')
         plain.insert(0, L"_");
     return plain;
@@ -169,5 +170,6 @@ Status SearchResultsFilter::saveList(const SearchBin* withCriteria, const Search
         return status;
     for (std::size_t i = 0; i < results.size(); ++i)
         results[i]->setSaved(counts[i]);
+    visibilityChanged_ = false;
     return {};
 }

@@ -19,8 +19,6 @@ using cutroom::StatusCode;
 
 namespace {
 
-Cookie filterID() { return Cookie('F', cutroom::fixedFilterBinID("search results").id()); }
-
 // In a project that is open for reading only, changes last until its close.
 bool isKept() { return CurrentProject::isOpen() && !CurrentProject::isReadOnly(); }
 
@@ -35,7 +33,7 @@ Kv::Ptr<FilterBinData> makeSearchBin() { return Kv::makePtr<SearchBin>(); }
 } // namespace
 
 SearchResultsFilter::SearchResultsFilter()
-    : ProjectFilterBase(filterID(), resourceStrW(cutroom::kResSearchResults)) {
+    : ProjectFilterBase(fixedID(), resourceStrW(cutroom::kResSearchResults)) {
     cutroom::installFilterBinMaker(SearchBin().getTypeID(), &makeSearchBin);
     {
         const CriticalSection::Lock lock(saving_);
@@ -50,11 +48,21 @@ SearchResultsFilter::SearchResultsFilter()
 
 SearchResultsFilter::~SearchResultsFilter() = default;
 
+Cookie SearchResultsFilter::fixedID() noexcept {
+    return Cookie('F', cutroom::fixedFilterBinID("search results").id());
+}
+
 iProjectFilter::eResultsType SearchResultsFilter::getResultsType() const { return kSearchResults; }
 iProjectFilter::eVisibility SearchResultsFilter::getDefaultVisibility() const { return kOptional; }
 
 LightweightString<wchar_t> SearchResultsFilter::getDescription() const {
     return resourceStrW(cutroom::kResSearchResults);
+}
+
+void SearchResultsFilter::setVisibility(eVisibility visibility) {
+    ProjectFilterBase::setVisibility(visibility);
+    visibilityChanged_ = true;
+    cutroom::Savers::noteChange();
 }
 
 void SearchResultsFilter::tell(unsigned kind, const CookieVec& bins) const {
@@ -205,8 +213,9 @@ void SearchResultsFilter::update() {
 
 bool SearchResultsFilter::anyDirty() const {
     const FilterBins results = peekResults();
-    return std::any_of(results.begin(), results.end(),
-                       [](const auto& bin) { return !bin->isDynamic() && bin->isDirty(); });
+    return visibilityChanged_ || std::any_of(results.begin(), results.end(), [](const auto& bin) {
+               return !bin->isDynamic() && bin->isDirty();
+           });
 }
 
 Status SearchResultsFilter::save() {

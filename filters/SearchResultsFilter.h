@@ -8,6 +8,7 @@
 #include "filters/ProjectSearch.h"
 #include "filters/SearchBin.h"
 
+#include <atomic>
 #include <map>
 #include <set>
 #include <string>
@@ -24,11 +25,15 @@ public:
     SearchResultsFilter();
     ~SearchResultsFilter() override;
 
+    // The cookie of the filter, the same in every project.
+    static Cookie fixedID() noexcept;
     // The folder; empty without a project.
     static LightweightString<wchar_t> getFolder();
 
     eResultsType getResultsType() const override;
     LightweightString<wchar_t> getDescription() const override;
+    // Written with the next save.
+    void setVisibility(eVisibility visibility) override;
 
     // Performs the search and keeps its bin: as it is now, or (`dynamic`) with its criteria in a
     // file. Empty, and nothing changes, when it cannot be saved (logged); in a project that is open
@@ -51,7 +56,7 @@ public:
     // changed ones are searched anew.
     void update();
 
-    // Some kept results have changed since they were saved.
+    // Kept results or the visibility have changed since they were saved.
     bool anyDirty() const;
     cutroom::Status save();
     // What is wrong with the files that could not be read.
@@ -85,5 +90,6 @@ private:
     // Held while files are read or written.
     mutable CriticalSection saving_{LockRank::saveAll};
     std::map<std::string, cutroom::Status> damaged_ CUTROOM_GUARDED_BY(saving_); // by file
+    std::atomic<bool> visibilityChanged_{false};
     Kv::Ptr<Guard> saver_;
 };
