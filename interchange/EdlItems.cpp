@@ -76,6 +76,7 @@ Item edlItem(const EdlEvent& event, const EdlPlace& place, std::int64_t first,
     if (item.name.empty())
         item.name = event.reelName.empty() ? event.reel : event.reelName;
     item.sourceStart = place.source;
+    item.sourceDrop = event.sourceDrop || event.sourceIn.drop;
     if (event.framesPerSecond)
         item.speed = *event.framesPerSecond / clock.rate.nominal();
     item.media = mediaOf(event);

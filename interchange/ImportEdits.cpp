@@ -36,6 +36,7 @@ std::string metadataOf(const Timeline& timeline, const std::string& path) {
         start.add(kImportedRate, timeline.startRate.literal);
         json.addRaw(kImportedStart, start.take());
     }
+    json.add(kImportedOwner, timeline.owner);
     json.addRaw(kImportedMetadata, timeline.metadata);
     json.addRaw(kImportedExtra, timeline.extra);
     return json.take();

@@ -31,7 +31,9 @@ std::string metadataOf(const Marker& marker) {
     json.add(kImportedMeant, toSeconds(marker.meant));
     json.add(kImportedRate, marker.rate.literal);
     json.add(kImportedColour, marker.colourText);
+    json.addRaw(kImportedRange, marker.range);
     json.addRaw(kImportedMetadata, marker.metadata);
+    json.addRaw(kImportedExtra, marker.extra);
     return json.take();
 }
 

@@ -46,11 +46,16 @@ Cookie templateOf(const Item& transition) {
     return found ? found->id : Cookie();
 }
 
-void addCommon(ImportedJson& json, const Item& item) {
+void addCommon(ImportedJson& json, const Item& item, const Kv::FrameRate& rate) {
     json.addRaw(kImportedMetadata, item.metadata);
     json.addRaw(kImportedEffects, item.effects);
     json.addRaw(kImportedExtra, item.extra);
-    json.add(kImportedRate, item.sourceRate.literal);
+    const RateRead& own = item.sourceRate;
+    const bool unwritten = own.literal.empty() && own.valid() && own.rate != rate;
+    json.add(kImportedRate, unwritten ? own.rate.asString() : own.literal);
+    if (item.sourceDrop)
+        json.addBool(kImportedDrop, true);
+    json.addRaw(kImportedRange, item.range);
     json.add(kImportedChannel, item.channel);
 }
 
@@ -90,7 +95,7 @@ private:
         segment.end = item.end();
         segment.detail.name = toWide(item.name);
         ImportedJson json;
-        addCommon(json, item);
+        addCommon(json, item, edit_.getFrameRate());
         if (item.type != ItemType::gap) {
             segment.material = materialOf(item);
             segment.stripStart = importedStripStart(item);
@@ -176,7 +181,11 @@ private:
         graph.outOffset = transition.outOffset;
         ImportedJson json;
         json.add(kImportedType, transition.transitionType);
-        addCommon(json, transition);
+        if (transition.name == transition.transitionType)
+            json.add(kImportedName, transition.name);
+        if (!transition.enabled)
+            json.addBool(kImportedEnabled, false);
+        addCommon(json, transition, edit_.getFrameRate());
         graph.parameters = json.take();
         return edit_.setEffectGraph(std::move(graph));
     }
@@ -192,6 +201,10 @@ void describeChannel(Edit& edit, const IdStamp& channel, const Track& track) {
     edit.setChanUserName(channel, toWide(track.name));
     ImportedJson json;
     json.add(kImportedKind, track.kindText);
+    if (track.place >= 0)
+        json.add(kImportedPlace, track.place);
+    if (track.alone)
+        json.addBool(kImportedAlone, true);
     if (!track.enabled)
         json.addBool(kImportedEnabled, false);
     json.addRaw(kImportedMetadata, track.metadata);

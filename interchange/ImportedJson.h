@@ -4,17 +4,24 @@
 // included: read them tolerantly.
 //
 //   edit        "format" ("otio", "edl"), "schema" of the root, "file", "rate" and "start"
-//               ({"value", "rate"}) as written, "metadata", "extra"
-//   channel     "kind" as written, "enabled" when false, "metadata", "effects", "extra"
-//   segment     "metadata", "effects", "extra", "media" (all references), "rate" of the source as
-//               written, "channel" of an edit list's event, "enabled" when false on a channel that
-//               is not enabled itself
-//   transition  "type", "channel", "rate", "metadata", "effects", "extra"
-//   marker      "owner", "placement", "written" and "meant" (seconds), "rate", "colour" as written,
-//               "metadata"
+//               ({"value", "rate"}) as written, "owner" (the path of the root), "metadata", "extra"
+//   channel     "kind" as written, "place" in its stack, "alone" for what was no track, "enabled"
+//               when false, "metadata", "effects", "extra"
+//   segment     "metadata", "effects", "extra", "media" (all references), "rate" of the source and
+//               its "range" as written, "channel" of an edit list's event, "drop" where it counts
+//               its source in drop frame, "enabled" when false on a channel that is not enabled
+//               itself
+//   transition  "type", "channel", "rate", "range" (both offsets as written), "enabled" when false,
+//               "name" where it is that of the type, "metadata", "effects", "extra"
+//   marker      "owner", "placement", "written" and "meant" (seconds), "rate", "range" and "colour"
+//               as written, "metadata", "extra"
 //   log         "kind" of its media, "media" (all references of the first clip that plays it)
 #pragma once
 
+#include "platform/base/Export.h"
+
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -39,6 +46,11 @@ inline constexpr char kImportedPlacement[] = "placement";
 inline constexpr char kImportedWritten[] = "written";
 inline constexpr char kImportedMeant[] = "meant";
 inline constexpr char kImportedColour[] = "colour";
+inline constexpr char kImportedDrop[] = "drop";
+inline constexpr char kImportedRange[] = "range";
+inline constexpr char kImportedPlace[] = "place";
+inline constexpr char kImportedAlone[] = "alone";
+inline constexpr char kImportedName[] = "name";
 
 // Puts together such a text. A value that is empty leaves its key out.
 class ImportedJson {
@@ -55,5 +67,20 @@ private:
     void addKey(std::string_view key);
     std::string text_;
 };
+
+// The JSON text of the member `key` of an object's text, which somebody has read as JSON before;
+// empty when there is none, and for null. Looks at nothing inside other members.
+CUTROOM_API std::string_view importedMember(std::string_view object, std::string_view key);
+// Calls `visit` with key (as written, without quotes) and text of each member.
+CUTROOM_API void
+forEachImported(std::string_view object,
+                const std::function<void(std::string_view key, std::string_view text)>& visit);
+// Each entry of an array's text.
+CUTROOM_API void forEachImportedEntry(std::string_view array,
+                                      const std::function<void(std::string_view text)>& visit);
+// The text of a string member with its escapes resolved; empty for anything else.
+CUTROOM_API std::string importedText(std::string_view object, std::string_view key);
+// A number member; nothing for anything else.
+CUTROOM_API std::optional<double> importedNumber(std::string_view object, std::string_view key);
 
 } // namespace cutroom

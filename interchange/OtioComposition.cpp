@@ -62,10 +62,12 @@ Span readChildren(Document& document, const Json& object, const Place& place,
 void readLayer(Document& document, const Json& object, const Place& place, const std::string& owner,
                Timeline& timeline, Found& found) {
     Track track;
+    track.place = static_cast<int>(place.index);
     if (schemaOf(object) == "Track") {
         readTrack(document, object, place, owner, timeline, track, found);
     } else {
         track.kindText = "Video";
+        track.alone = true;
         track.items.push_back(readItem(document, object, place, owner, timeline, found));
         track.name = track.items.front().name;
         track.duration = track.items.front().duration;
@@ -126,18 +128,18 @@ void setStart(const Time& start, Timeline& timeline) {
     timeline.startRate = start.rate;
     const double nominal = start.rate.rate.nominal();
     timeline.startFrame = std::llround(start.value / nominal * timeline.rate.rate.nominal());
-    // A start on a whole minute in drop frame and on none otherwise was meant in drop frame.
-    TimecodeFormat format{timeline.rate.rate, true};
-    const auto isWholeMinute = [&](bool drop) {
-        format.dropFrame = drop;
-        return timecodeText(*timeline.startFrame, format).substr(6, 2) == "00" &&
-               timecodeText(*timeline.startFrame, format).substr(9) == "00";
-    };
-    timeline.dropFrame = timeline.rate.rate.allowsDropFrame() && *timeline.startFrame > 0 &&
-                         isWholeMinute(true) && !isWholeMinute(false);
+    timeline.dropFrame = meansDropFrame(*timeline.startFrame, timeline.rate.rate);
 }
 
 } // namespace
+
+bool meansDropFrame(std::int64_t startFrame, const Kv::FrameRate& rate) {
+    const auto isWholeMinute = [&](bool drop) {
+        const std::string text = timecodeText(startFrame, {rate, drop});
+        return text.substr(6, 2) == "00" && text.substr(9) == "00";
+    };
+    return rate.allowsDropFrame() && startFrame > 0 && isWholeMinute(true) && !isWholeMinute(false);
+}
 
 void readTrack(Document& document, const Json& object, const Place& place, const std::string& owner,
                Timeline& timeline, Track& track, Found& found) {
@@ -192,7 +194,7 @@ Timeline readComposition(Document& document, const Json& object, const Place& pl
         document.warn("no frame rate is stated; " + timeline.rate.rate.asString() + " taken");
     if (start)
         setStart(*start, timeline);
-    placeMarkers(document, markers, timeline);
+    placeMarkers(document, std::move(markers), timeline);
     return timeline;
 }
 

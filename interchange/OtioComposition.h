@@ -42,6 +42,10 @@ std::size_t trimTo(const Span& range, std::vector<Item>& items,
 // Moves markers from `first` on, and their owners.
 void moveMarkers(std::vector<PendingMarker>& markers, std::size_t first, Flicks by);
 
+// Tells whether a start label that is a whole minute in drop frame, and none otherwise, was meant
+// so.
+bool meansDropFrame(std::int64_t startFrame, const Kv::FrameRate& rate);
+
 // The rate of a timeline whose tracks have these rates: the start's where one of them has it, else
 // the highest on the first picture track. Rates of samples and media ticks count for nothing; with
 // no other, the one at which most cuts lie on frames is taken and `assumed` set.

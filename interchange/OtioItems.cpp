@@ -1,5 +1,6 @@
 #include "interchange/OtioComposition.h"
 #include "interchange/OtioMedia.h"
+#include "platform/files/JsonBuilder.h"
 
 #include <utility>
 
@@ -27,13 +28,24 @@ void takeRange(const Range& range, Item& item, Found& found) {
     found.rates.push_back(range.duration.rate);
 }
 
+// Takes the range of a clip or gap, and how it is written; false when it has none.
+bool readSourceRange(Document& document, const Json& object, const Place& place, Item& item,
+                     Found& found) {
+    const auto range = readRange(document, object, "source_range", place);
+    if (!range)
+        return false;
+    takeRange(*range, item, found);
+    item.range = document.raw(document.member(object, "source_range"), place);
+    return true;
+}
+
 void readClip(Document& document, const Json& object, const Place& place, Item& item,
               Found& found) {
     item.media = readMedia(document, object, place);
     item.speed = readSpeed(document, object, place);
-    if (const auto range = readRange(document, object, "source_range", place)) {
-        takeRange(*range, item, found);
-    } else if (item.media.available) {
+    if (readSourceRange(document, object, place, item, found))
+        return;
+    if (item.media.available) {
         item.sourceStart = item.media.available->start;
         item.sourceRate = item.media.rate;
         item.duration = item.media.available->duration;
@@ -52,6 +64,8 @@ void readNested(Document& document, const Json& object, const Place& place,
         return;
     Timeline nested = readComposition(document, object, place, owner, nullptr);
     nested.name = item.name;
+    nested.source = textOf(document, object, "OTIO_SCHEMA");
+    nested.owner = owner;
     item.type = ItemType::nested;
     item.duration = nested.duration;
     item.sourceRate = nested.rate;
@@ -73,10 +87,19 @@ void readNested(Document& document, const Json& object, const Place& place,
 
 void readGap(Document& document, const Json& object, const Place& place, Item& item, Found& found) {
     item.type = ItemType::gap;
-    if (const auto range = readRange(document, object, "source_range", place))
-        takeRange(*range, item, found);
-    else
+    if (!readSourceRange(document, object, place, item, found))
         document.warn("gaps without a range take no time");
+}
+
+// The offsets of a transition as written.
+std::string offsetsOf(Document& document, const Json& transition, const Place& place) {
+    JSON::Builder builder(JSON::Layout::compact);
+    builder.beginObject();
+    for (const char* const key : {"in_offset", "out_offset"})
+        if (const Json offset = document.member(transition, key))
+            builder.add(key, *offset);
+    builder.endObject();
+    return document.keep(builder.take(), place);
 }
 
 } // namespace
@@ -125,6 +148,7 @@ Item readTransition(Document& document, const Json& object, const Place& place) 
     if (item.inOffset < 0 || item.outOffset < 0)
         document.fail(place, "the transition has a negative length");
     item.sourceRate = in ? in->rate : out ? out->rate : RateRead{};
+    item.range = offsetsOf(document, object, place);
     item.start = -item.inOffset;
     item.duration = item.inOffset + item.outOffset;
     return item;

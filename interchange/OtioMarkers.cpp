@@ -125,28 +125,38 @@ std::vector<PendingMarker> readMarkers(Document& document, const Json& object, c
         marker.rate = range->start.rate;
         marker.owner = owner;
         marker.metadata = document.raw(read->find("metadata"), at);
+        const Json written = document.member(read, "marked_range");
+        marker.range = document.raw(written ? written : document.member(read, "range"), at);
+        marker.extra = otherMembers(document, read, at,
+                                    {"OTIO_SCHEMA", "OTIO_REF_ID", "name", "metadata", "comment",
+                                     "color", "marked_range", "range"});
         readColour(document.member(read, "color"), marker);
         all.push_back(std::move(pending));
     }
     return all;
 }
 
-void placeMarkers(Document& document, const std::vector<PendingMarker>& pending,
-                  Timeline& timeline) {
+PlaceCounts decidePlaces(std::vector<PendingMarker>& pending, const Timeline& timeline) {
     const Flicks startTime =
         timeline.startFrame && timeline.startRate.valid()
             ? toFlicks(timeline.startWritten / timeline.startRate.rate.asDouble())
             : 0;
     const bool fromFirstFrames = countsFromFirstFrames(pending, startTime);
-    std::size_t outside = 0, byHabit = 0;
-    for (PendingMarker each : pending) {
-        if (!each.placed) {
-            outside += !choosePlace(each, fromFirstFrames, startTime, timeline);
-            byHabit += each.marker.placement == MarkerPlacement::fromFirstFrame ||
-                       each.marker.placement == MarkerPlacement::recordTimecode;
-        }
-        timeline.markers.push_back(std::move(each.marker));
+    PlaceCounts counts;
+    for (PendingMarker& each : pending) {
+        if (each.placed)
+            continue;
+        counts.outside += !choosePlace(each, fromFirstFrames, startTime, timeline);
+        counts.byHabit += each.marker.placement == MarkerPlacement::fromFirstFrame ||
+                          each.marker.placement == MarkerPlacement::recordTimecode;
     }
+    return counts;
+}
+
+void placeMarkers(Document& document, std::vector<PendingMarker> pending, Timeline& timeline) {
+    const auto [outside, byHabit] = decidePlaces(pending, timeline);
+    for (PendingMarker& each : pending)
+        timeline.markers.push_back(std::move(each.marker));
     if (byHabit > 0)
         document.warn("markers not counted in the time of what they mark, placed by their first "
                       "frame or timecode: " +

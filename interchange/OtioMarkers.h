@@ -21,9 +21,18 @@ struct PendingMarker {
 std::vector<PendingMarker> readMarkers(Document& document, const Json& object, const Place& place,
                                        const std::string& owner);
 
+// How markers were found to be placed.
+struct PlaceCounts {
+    std::size_t outside = 0; // fit in no way
+    std::size_t byHabit = 0; // not counted in the time of what they mark
+};
+
+// Decides for each marker how its place is written: what a reader makes of markers so written on
+// these owners. Places are never negative. Of `timeline`, duration and start label count.
+PlaceCounts decidePlaces(std::vector<PendingMarker>& pending, const Timeline& timeline);
+
 // Decides for each marker how its place is written and puts all into `timeline`, whose duration
-// and start label are known; places are never negative. Warns of those that fit in no way.
-void placeMarkers(Document& document, const std::vector<PendingMarker>& pending,
-                  Timeline& timeline);
+// and start label are known. Warns of those that fit in no way.
+void placeMarkers(Document& document, std::vector<PendingMarker> pending, Timeline& timeline);
 
 } // namespace cutroom::otio

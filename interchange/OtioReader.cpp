@@ -30,11 +30,13 @@ std::string extraOf(Document& document, const Json& timeline, const Place& place
         builder.add(key, *member);
         any = true;
     }
-    if (stack && stack->isObject()) {
+    if (schemaOf(stack) == "Stack") {
         builder.beginObject("tracks");
-        for (const char* const key : {"name", "metadata", "effects", "enabled", "color"})
-            if (const Json value = stack->find(key)) {
-                builder.add(key, *value);
+        for (const Json& member : stack->children())
+            if (const auto key = member->key(); key != "OTIO_SCHEMA" && key != "OTIO_REF_ID" &&
+                                                key != "children" && key != "markers" &&
+                                                key != "source_range") {
+                builder.add(key, *member);
                 any = true;
             }
         builder.endObject();
@@ -49,6 +51,19 @@ Timeline readTimeline(Document& document, const Json& object, const Place& place
         readComposition(document, object, place, "stack", start ? &*start : nullptr);
     timeline.extra = extraOf(document, object, place);
     return timeline;
+}
+
+// The free metadata, without what our own writer adds to it: whether labels are drop frame.
+void readMetadata(Document& document, const Json& object, const Place& place, Timeline& timeline) {
+    const Json metadata = document.member(object, "metadata");
+    const Json own = metadata && metadata->isObject() ? metadata->find(kOwnMetadata) : Json();
+    if (!own || !own->isObject()) {
+        timeline.metadata = document.raw(object->find("metadata"), place);
+        return;
+    }
+    timeline.dropFrame =
+        own->getBool(kOwnDropFrame, timeline.dropFrame) && timeline.rate.rate.allowsDropFrame();
+    timeline.metadata = otherMembers(document, metadata, place, {kOwnMetadata});
 }
 
 // Reads what can be played at the root or in a collection; other things are left out with a word.
@@ -78,9 +93,14 @@ void readPlayable(Document& document, const Json& object, const Place& place, in
     Timeline timeline = schema == "Timeline"
                             ? readTimeline(document, object, place)
                             : readComposition(document, object, place, "root", nullptr);
+    timeline.owner = schema == "Timeline" ? "stack" : "root";
+    if (schema == "Stack")
+        timeline.extra = otherMembers(document, object, place,
+                                      {"OTIO_SCHEMA", "OTIO_REF_ID", "name", "metadata", "children",
+                                       "markers", "source_range"});
     timeline.name = textOf(document, object, "name");
     timeline.source = textOf(document, object, "OTIO_SCHEMA");
-    timeline.metadata = document.raw(object->find("metadata"), place);
+    readMetadata(document, object, place, timeline);
     if (document.failed())
         return;
     roundToFrames(timeline);

@@ -11,6 +11,11 @@
 
 namespace cutroom {
 
+// The key under which our own writer keeps, in the metadata of a timeline, what the format has no
+// place for, and the one member there.
+inline constexpr char kOwnMetadata[] = "cutroom";
+inline constexpr char kOwnDropFrame[] = "drop_frame";
+
 // Reads `bytes`; `file` names them in messages. Gives one timeline for a root Timeline, Clip,
 // Stack or Track, and one per such child of a collection. Unknown schemas, metadata and effects are
 // kept as JSON text. Fails as `damaged`, naming the place, for text that is not JSON, a NaN or

@@ -15,16 +15,21 @@ void addWarning(Timeline& timeline, const std::string& text) {
         warnings.push_back(text);
 }
 
+namespace {
+
+constexpr std::array<std::pair<std::string_view, std::uint32_t>, 27> kColours = {{
+    {"red", 0xFF0000},     {"green", 0x00FF00},  {"blue", 0x0000FF},   {"cyan", 0x00FFFF},
+    {"magenta", 0xFF00FF}, {"yellow", 0xFFFF00}, {"white", 0xFFFFFF},  {"black", 0x000000},
+    {"pink", 0xFFC0CB},    {"orange", 0xFFA500}, {"purple", 0x800080}, {"grey", 0x808080},
+    {"gray", 0x808080},    {"brown", 0xA52A2A},  {"violet", 0xEE82EE}, {"lavender", 0xE6E6FA},
+    {"fuchsia", 0xFF00AA}, {"rose", 0xFF007F},   {"sky", 0x87CEEB},    {"mint", 0x98FF98},
+    {"lemon", 0xFFF44F},   {"sand", 0xC2B280},   {"cocoa", 0xD2691E},  {"cream", 0xFFFDD0},
+    {"teal", 0x008080},    {"denim", 0x1560BD},  {"gold", 0xFFD700},
+}};
+
+} // namespace
+
 std::optional<std::uint32_t> markerColour(std::string_view text) {
-    static constexpr std::array<std::pair<std::string_view, std::uint32_t>, 27> kColours = {{
-        {"red", 0xFF0000},     {"green", 0x00FF00},  {"blue", 0x0000FF},   {"cyan", 0x00FFFF},
-        {"magenta", 0xFF00FF}, {"yellow", 0xFFFF00}, {"white", 0xFFFFFF},  {"black", 0x000000},
-        {"pink", 0xFFC0CB},    {"orange", 0xFFA500}, {"purple", 0x800080}, {"grey", 0x808080},
-        {"gray", 0x808080},    {"brown", 0xA52A2A},  {"violet", 0xEE82EE}, {"lavender", 0xE6E6FA},
-        {"fuchsia", 0xFF00AA}, {"rose", 0xFF007F},   {"sky", 0x87CEEB},    {"mint", 0x98FF98},
-        {"lemon", 0xFFF44F},   {"sand", 0xC2B280},   {"cocoa", 0xD2691E},  {"cream", 0xFFFDD0},
-        {"teal", 0x008080},    {"denim", 0x1560BD},  {"gold", 0xFFD700},
-    }};
     if (text.size() == 7 && text.front() == '#') {
         std::uint32_t value = 0;
         for (const char c : text.substr(1)) {
@@ -42,6 +47,13 @@ std::optional<std::uint32_t> markerColour(std::string_view text) {
         if (text.size() == name.size() && equalNoCase(text, name))
             return value;
     return {};
+}
+
+std::string markerColourName(std::uint32_t colour) {
+    for (const auto& [name, value] : kColours)
+        if (value == colour)
+            return std::string(name);
+    return format("#%06x", colour & 0xFFFFFFu);
 }
 
 TrackKind trackKind(std::string_view text) {

@@ -67,6 +67,7 @@ struct Item {
     // Of a nested thing the time inside it, 0 unless it is trimmed once more.
     Flicks sourceStart = 0;
     RateRead sourceRate;
+    bool sourceDrop = false; // an edit list counts its source in drop frame
     // Source seconds per timeline second: 0 a freeze, negative backwards.
     double speed = 1.0;
     MediaReference media;
@@ -85,6 +86,9 @@ struct Item {
     std::string metadata;
     std::string effects;
     std::string extra;
+    // Times as written, a JSON object; empty where none are: the source range, of a transition its
+    // two offsets. A writer repeats them as long as they still say what is here.
+    std::string range;
 
     Flicks end() const noexcept { return start + duration; }
     Flicks cut() const noexcept { return start + inOffset; }
@@ -97,6 +101,8 @@ struct Track {
     std::string kindText; // as written: "Video", "Audio", any text
     std::string name;
     bool enabled = true;
+    int place = -1; // among the children of its stack, which count what was left out; -1 unknown
+    bool alone = false; // no track in the file, but one thing that plays alone in its stack
     Flicks duration = 0;
     std::vector<Item> items;
     std::string metadata;
@@ -132,13 +138,18 @@ struct Marker {
     Flicks meant = 0;
     RateRead rate;
     std::string metadata;
+    std::string extra; // members that the reader has no use for (an object)
+    std::string range; // the marked range as written (an object)
 };
 
 // One timeline, or whatever else stood at the root of a file and can be played.
 struct Timeline {
     std::string name;
-    // Schema of the root: "Timeline.1", "Clip.2", "Stack.1"; "CMX 3600" for an edit list.
+    // Schema of the root, or of the nested thing: "Timeline.1", "Clip.2", "Stack.1"; "CMX 3600" for
+    // an edit list.
     std::string source;
+    // The path of its stack, or of the one thing that it is, for the owners of markers.
+    std::string owner;
     // The rate of the edit, and whether its labels are counted in drop frame. `rateAssumed`: the
     // file does not state the rate and nobody gave it.
     RateRead rate;
@@ -165,6 +176,9 @@ CUTROOM_API void addWarning(Timeline& timeline, const std::string& text);
 
 // The colour that a marker colour's name or "#rrggbb" means, whatever its case; nothing for others.
 CUTROOM_API std::optional<std::uint32_t> markerColour(std::string_view text);
+
+// The name of exactly this colour, in lower case, else "#rrggbb".
+CUTROOM_API std::string markerColourName(std::uint32_t colour);
 
 // The kind that a track's kind text means.
 CUTROOM_API TrackKind trackKind(std::string_view text);

@@ -12,12 +12,12 @@
 
 namespace corpus {
 
-inline std::string folder() { return std::string(CUTROOM_TEST_DATA) + "/corpus/"; }
+inline std::string folder() { return CUTROOM_TEST_DATA "/corpus/"; }
 
 // Names of all files below `kind` ("otio", "edl"), as facts.json has them.
 inline std::vector<std::string> files(const std::string& kind) {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder() + kind))
+    for (const auto& entry : std::filesystem::directory_iterator(folder().append(kind)))
         names.push_back(kind + "/" + entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;

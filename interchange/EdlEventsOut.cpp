@@ -1,0 +1,186 @@
+#include "interchange/EdlEventsOut.h"
+
+#include "interchange/ImportedJson.h"
+#include "platform/base/Strings.h"
+
+#include <algorithm>
+#include <map>
+#include <tuple>
+
+namespace cutroom {
+
+namespace {
+
+bool plays(const Item& item) {
+    return (item.type == ItemType::clip || item.type == ItemType::nested) && item.enabled;
+}
+
+bool hasOtherEffects(const Item& item) {
+    bool any = false;
+    forEachImportedEntry(item.effects, [&](std::string_view effect) {
+        const std::string schema = importedText(effect, "OTIO_SCHEMA");
+        any = any || !(schema.starts_with("LinearTimeWarp") || schema.starts_with("FreezeFrame"));
+    });
+    return any;
+}
+
+// The channel of a list that a track is: its number stands in its name when it came from a list.
+EdlChannel channelOf(const Timeline& timeline, int track) {
+    const Track& own = timeline.tracks[static_cast<std::size_t>(track)];
+    EdlChannel channel{own.kind, 0, own.name};
+    for (int i = 0; i <= track; ++i)
+        channel.number += timeline.tracks[static_cast<std::size_t>(i)].kind == own.kind;
+    const bool listed = std::any_of(own.items.begin(), own.items.end(),
+                                    [](const Item& item) { return !item.channel.empty(); });
+    if (own.kind == TrackKind::video)
+        channel.number =
+            listed ? std::max(1, leadingInt(own.name.substr(own.name.empty() ? 0 : 1))) : 1;
+    else if (own.kind == TrackKind::audio && listed && own.name.size() > 1)
+        channel.number = std::max(1, leadingInt(own.name.substr(1)));
+    else if (own.kind != TrackKind::audio)
+        channel.number = 1;
+    if (own.kind == TrackKind::audio)
+        channel.name = "A" + toText(static_cast<long long>(channel.number));
+    else if (own.kind == TrackKind::video)
+        channel.name =
+            channel.number == 1 ? "V" : "V" + toText(static_cast<long long>(channel.number));
+    return channel;
+}
+
+class TrackEvents {
+public:
+    TrackEvents(const Timeline& timeline, int track, EdlLosses& losses)
+        : rate_(timeline.rate.rate), track_(timeline.tracks[static_cast<std::size_t>(track)]),
+          channel_(channelOf(timeline, track)), losses_(losses) {}
+
+    std::vector<EdlEventOut> take() {
+        const auto& items = track_.items;
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (items[i].type == ItemType::transition) {
+                lead_ = &items[i];
+                continue;
+            }
+            const bool leads = i + 1 < items.size() && items[i + 1].type == ItemType::transition &&
+                               items[i + 1].cut() == items[i].end();
+            add(items[i], leads ? frame(items[i + 1].inOffset) : 0);
+        }
+        if (lead_ && lead_->outOffset > 0)
+            addEvent(nullptr, frame(lead_->cut()), frame(lead_->end()));
+        shorten();
+        return std::move(events_);
+    }
+
+private:
+    std::int64_t frame(Flicks time) const { return rate_.flicksToFrameNearest(time); }
+
+    void add(const Item& item, std::int64_t nextIn) {
+        const bool hole = last_ ? item.start > last_->end() : item.start > 0;
+        if (hole && !(lead_ && lead_->cut() == item.start))
+            last_ = nullptr;
+        const bool written = plays(item);
+        losses_.disabled += !written && item.type != ItemType::gap;
+        if (written || (lead_ && lead_->outOffset > 0) ||
+            (item.type == ItemType::gap && !edlFacts(item).empty())) {
+            addEvent(written ? &item : nullptr, frame(item.start), frame(item.end()) - nextIn);
+            losses_.nested += item.type == ItemType::nested;
+            losses_.effects += hasOtherEffects(item);
+        }
+        lead_ = nullptr;
+        last_ = &item;
+    }
+
+    // An event whose item begins at `at`, or sooner with the transition that leads to it.
+    void addEvent(const Item* item, std::int64_t at, std::int64_t end) {
+        EdlEventOut event;
+        event.item = item;
+        event.recordIn = at;
+        event.recordOut = end;
+        event.channels = {channel_};
+        if (lead_) {
+            event.recordIn = at - frame(lead_->inOffset);
+            event.transition = lead_;
+            event.transitionFrames = frame(lead_->end()) - frame(lead_->start);
+            event.outgoing = last_ && plays(*last_) ? last_ : nullptr;
+            const std::string& type = lead_->transitionType;
+            const bool known = toLowerUtf8(type).find("dissolve") != type.npos ||
+                               (type.size() == 4 && type[0] == 'W' &&
+                                type.find_first_not_of("0123456789", 1) == type.npos);
+            losses_.transitions += !known;
+        }
+        if (event.recordOut > event.recordIn)
+            events_.push_back(std::move(event));
+    }
+
+    void shorten() {
+        for (EdlEventOut& event : events_)
+            if (event.transitionFrames > event.length()) {
+                event.transitionFrames = event.length();
+                ++losses_.shortened;
+            }
+    }
+
+    const Kv::FrameRate rate_;
+    const Track& track_;
+    const EdlChannel channel_;
+    EdlLosses& losses_;
+    const Item* lead_ = nullptr; // a transition whose incoming item is to come
+    const Item* last_ = nullptr; // what touches the next item
+    std::vector<EdlEventOut> events_;
+};
+
+// All that has to agree before the events of two tracks become one.
+auto identityOf(const EdlEventOut& event) {
+    static const Item kBlack;
+    const Item& item = event.item ? *event.item : kBlack;
+    const std::string type = event.transition ? event.transition->transitionType : std::string();
+    return std::make_tuple(event.recordIn, event.recordOut, event.transitionFrames, type,
+                           event.item != nullptr, std::string_view(item.name),
+                           std::string_view(item.channel), std::string_view(item.media.reel),
+                           std::string_view(item.media.name), std::string_view(item.media.location),
+                           item.sourceStart, item.speed, std::string_view(item.metadata),
+                           event.outgoing ? std::string_view(event.outgoing->name)
+                                          : std::string_view());
+}
+
+} // namespace
+
+std::string_view edlFacts(const Item& item) { return importedMember(item.metadata, "edl"); }
+
+int edlTrackNamed(const Timeline& timeline, const std::string& name) {
+    int pictures = 0;
+    int sounds = 0;
+    int byPlace = -1;
+    for (std::size_t i = 0; i < timeline.tracks.size(); ++i) {
+        const Track& track = timeline.tracks[i];
+        if (!track.name.empty() && track.name == name)
+            return static_cast<int>(i);
+        const bool picture = track.kind == TrackKind::video;
+        if (!picture && track.kind != TrackKind::audio)
+            continue;
+        const int number = picture ? ++pictures : ++sounds;
+        if (name == (picture ? "V" : "A") + toText(static_cast<long long>(number)))
+            byPlace = static_cast<int>(i);
+    }
+    return byPlace;
+}
+
+std::vector<EdlEventOut> edlEventsOf(const Timeline& timeline, const std::vector<int>& tracks,
+                                     EdlLosses& losses) {
+    std::vector<EdlEventOut> all;
+    std::map<decltype(identityOf(EdlEventOut())), std::size_t> known;
+    for (const int track : tracks)
+        for (EdlEventOut& event : TrackEvents(timeline, track, losses).take()) {
+            const auto [entry, isNew] = known.try_emplace(identityOf(event), all.size());
+            if (isNew || all[entry->second].channels.contains(*event.channels.begin()) ||
+                event.channels.begin()->kind == TrackKind::other)
+                all.push_back(std::move(event));
+            else
+                all[entry->second].channels.insert(*event.channels.begin());
+        }
+    std::stable_sort(all.begin(), all.end(), [](const EdlEventOut& a, const EdlEventOut& b) {
+        return a.recordIn < b.recordIn;
+    });
+    return all;
+}
+
+} // namespace cutroom

@@ -1,0 +1,51 @@
+// The events that an edit list will hold, before they become lines.
+#pragma once
+
+#include "interchange/EdlTracks.h"
+#include "interchange/Timeline.h"
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace cutroom {
+
+// One event: an item on its channels, with the transition that leads to it. Frames count from the
+// start of the timeline; a transition begins at `recordIn`.
+struct EdlEventOut {
+    const Item* item = nullptr; // null: black
+    const Item* transition = nullptr;
+    const Item* outgoing = nullptr; // what is there before it; null: black
+    std::int64_t recordIn = 0;
+    std::int64_t recordOut = 0;
+    std::int64_t transitionFrames = 0;
+    std::set<EdlChannel> channels;
+
+    std::int64_t length() const noexcept { return recordOut - recordIn; }
+};
+
+// What could not be listed as it is.
+struct EdlLosses {
+    long disabled = 0;
+    long nested = 0;
+    long effects = 0;
+    long transitions = 0; // of kinds that a list does not have
+    long shortened = 0;   // transitions
+    long tracks = 0;
+};
+
+// The track that `name` means: a name, or "V1", "A2" by kind and place. -1 when there is none.
+int edlTrackNamed(const Timeline& timeline, const std::string& name);
+
+// The events of the tracks with these numbers, by record time. Events of several tracks that agree
+// in everything are one.
+std::vector<EdlEventOut> edlEventsOf(const Timeline& timeline, const std::vector<int>& tracks,
+                                     EdlLosses& losses);
+
+// What the edit list that an item was read from said of its event, a member of the item's metadata;
+// empty for others.
+std::string_view edlFacts(const Item& item);
+
+} // namespace cutroom

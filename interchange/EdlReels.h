@@ -1,0 +1,31 @@
+// The reel column of an edit list: eight characters of A-Z, 0-9 and _, as the strict form has it.
+#pragma once
+
+#include "interchange/Timeline.h"
+
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace cutroom {
+
+// Gives each source of a list a reel of its own. The same sources in the same order get the same
+// reels.
+class EdlReels {
+public:
+    // The reel of what `item` plays: as the list that it was read from had it, else its reel, else
+    // its file or name in short. "AX" for an item of an edit list that had none.
+    const std::string& reelOf(const Item& item);
+    // Tells whether the reel of `item` says less than its source's own, which then is to be told.
+    bool isShort(const Item& item);
+    std::size_t shortened() const noexcept { return shortened_; }
+
+private:
+    std::string makeUnique(std::string reel);
+
+    std::unordered_map<std::string, std::string> bySource_;
+    std::unordered_set<std::string> taken_{"AX", "BL"};
+    std::size_t shortened_ = 0;
+};
+
+} // namespace cutroom
