@@ -149,7 +149,8 @@ void FilterBinData::issueModificationNotification(const Modifications& changes,
                                                   LightweightString<char> reason) {
     if (silent_)
         return;
-    if (auto* manager = cutroom::ProcessSingleton<ProjectFilterManager>::find())
+    auto* const manager = cutroom::ProcessSingleton<ProjectFilterManager>::find();
+    if (manager && presenters_ > 0)
         manager->issueNotification(changes, getID(), reason);
     ContainerBase::issueModificationNotification(changes, std::move(reason));
 }

@@ -15,9 +15,9 @@
 #include <optional>
 #include <string>
 
-// Any thread, as `BinData`. No manager of bins knows it: it tells the manager of the filters, then
-// its own listeners. It has no file of its own: a plain one is written with its filter, a dynamic
-// one is never dirty.
+// Any thread, as `BinData`. No manager of bins knows it: while a filter presents it, it tells the
+// manager of the filters, then its own listeners. It has no file of its own: a plain one is written
+// with its filter, a dynamic one is never dirty.
 class CUTROOM_API FilterBinData : public BinData {
 public:
     using Ptr = Kv::Ptr<FilterBinData>;
@@ -54,6 +54,9 @@ public:
     // what is no such bin. Heirs read the identity with `readIdentity`.
     virtual cutroom::Status read(const JSON::Element& object, const std::string& file);
 
+    // One filter more presents the bin, or one less.
+    void presented(bool more) noexcept { presenters_ += more ? 1 : -1; }
+
     // Saves the filter that presents the bin. `notFound` when none of the user's does; dynamic
     // bins have nothing to save.
     cutroom::Status save() override;
@@ -85,6 +88,7 @@ private:
     void lookAgainAt(const CookieVec& assets) CUTROOM_REQUIRES(lock_);
 
     cutroom::FollowState following_;
+    std::atomic<int> presenters_{0};
     std::atomic<bool> silent_{false}; // no record is told; changed under the lock
 };
 

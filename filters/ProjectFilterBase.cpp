@@ -28,7 +28,12 @@ constexpr char kPrefKeyEnd[] = " : visiblity";
 ProjectFilterBase::ProjectFilterBase(const Cookie& id, LightweightString<wchar_t> name)
     : id_(id), name_(std::move(name)) {}
 
-ProjectFilterBase::~ProjectFilterBase() = default;
+CUTROOM_NO_THREAD_SAFETY ProjectFilterBase::~ProjectFilterBase() { note(results_, false); }
+
+void ProjectFilterBase::note(const FilterBins& bins, bool presented) noexcept {
+    for (const Kv::Ptr<FilterBinData>& bin : bins)
+        bin->presented(presented);
+}
 
 LightweightString<wchar_t> ProjectFilterBase::getName() const {
     const CriticalSection::Lock lock(lock_);
@@ -79,14 +84,19 @@ iProjectFilter::eResultsType ProjectFilterBase::resultsTypeByCount() const {
 
 // Bins that go do so outside the lock.
 void ProjectFilterBase::setResults(FilterBins results) {
-    const CriticalSection::Lock lock(lock_);
-    results_.swap(results);
+    note(results, true);
+    {
+        const CriticalSection::Lock lock(lock_);
+        results_.swap(results);
+    }
+    note(results, false);
 }
 
 void ProjectFilterBase::clear() { setResults({}); }
 
 void ProjectFilterBase::appendResult(const Kv::Ptr<FilterBinData>& bin) {
     const CriticalSection::Lock lock(lock_);
+    bin->presented(true);
     results_.push_back(bin);
 }
 
@@ -96,6 +106,7 @@ bool ProjectFilterBase::removeResult(const Kv::Ptr<BinData>& bin) {
                                  [&](const auto& result) { return result.get() == bin.get(); });
     if (at == results_.end())
         return false;
+    (*at)->presented(false);
     results_.erase(at); // the caller's share keeps it alive
     return true;
 }
@@ -217,6 +228,7 @@ Status ProjectFilterBase::fromElement(const JSON::Element& object, const std::st
     const CriticalSection::Lock lock(lock_);
     name_ = object.getWString(kName);
     visibility_ = visibility ? visibilityFromString(visibility->text()) : kOptional;
+    note(*bins, true);
     results_.insert(results_.end(), bins->begin(), bins->end());
     return {};
 }

@@ -68,6 +68,7 @@ private:
     static constexpr eVisibility kUnread = static_cast<eVisibility>(3);
 
     LightweightString<char> makePrefKey() const;
+    static void note(const FilterBins& bins, bool presented) noexcept;
 
     const Cookie id_;
     mutable CriticalSection lock_{LockRank::leaf};

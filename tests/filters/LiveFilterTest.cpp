@@ -1,0 +1,198 @@
+// Filters follow the project, changed on one thread and on several.
+#include "bins/DocumentManager.h"
+#include "tests/filters/FilterProject.h"
+#include "tests/support/Scale.h"
+#include "vob/VobManager.h"
+
+#include <random>
+#include <thread>
+
+using namespace cutroom::test;
+using testing::ElementsAre;
+
+namespace {
+
+class LiveFilterTest : public FilterProject {
+protected:
+    static projdb::Record tagged(std::uint64_t id, const char* tags) {
+        projdb::Record made = record(id, projdb::kKindSequence, kLogTypeEdit);
+        made.setField("tags", tags);
+        return made;
+    }
+    static projdb::Record subClip(std::uint64_t id, const Cookie& parent) {
+        projdb::Record made = record(id, projdb::kKindSubClip, kLogTypeSubclip);
+        made.setField("parent", parent.asString());
+        return made;
+    }
+    static void change(unsigned seed, int times);
+};
+
+// Each filter is looked at before each step, or at the end only: the answers are the same.
+TEST_F(LiveFilterTest, FollowsEachChange) {
+    const struct {
+        const wchar_t* filter;
+        std::function<void()> change;
+        const char* content;
+    } steps[] = {
+        {L"Everything", [] { put(record(1, projdb::kKindClip)); }, "Everything: 1"},
+        {L"Logs", [] { put(record(2, projdb::kKindSync)); }, "Clips: 1 | Synced clips: 2"},
+        {L"Logs", [] { put(record(1, projdb::kKindPrint)); }, "Synced clips: 2 | Prints: 1"},
+        {L"Images", [] { put(record(3, projdb::kKindClip | projdb::kKindImage)); }, "Images: 3"},
+        {L"Everything", [] { put(record(4, projdb::kKindClip | projdb::kKindClipboard)); },
+         "Everything: 1 2 3"},
+        {L"Everything", [] { (void)projdb::remove(Cookie('E', 2)); }, "Everything: 1 3"},
+        {L"Documents", [] { DocumentManager::instance().createDocument(L"/a.pdf", 'D'); },
+         "Documents: D"},
+        {L"Images", [] { DocumentManager::instance().createDocument(L"/a.PNG", 'A'); },
+         "Images: 3 A"},
+        {L"Images",
+         [] { DocumentManager::instance().getDocuments()[0]->setLocations({L"/b.txt"}); },
+         "Images: 3"},
+        {L"Documents",
+         [] {
+             auto& documents = DocumentManager::instance();
+             (void)documents.destroy(documents.getDocuments()[0]->getID(), "done with");
+         },
+         "Documents: D"},
+        {L"night", [] { put(tagged(6, " night; rain,,night ")); }, "night: 6"},
+        {L"rain", [] { put(tagged(7, "rain")); }, "rain: 6 7"},
+        {L"night", [] { put(tagged(6, "rain")); }, "none"},
+        {L"rain", [] { put(tagged(6, "")); }, "rain: 7"},
+    };
+    for (const bool looking : {true, false}) {
+        for (const auto& step : steps) {
+            if (looking)
+                for (const auto& filter : filters().getAllFilters())
+                    (void)filter->isEmpty();
+            step.change();
+            EXPECT_EQ(contentOf(step.filter), step.content) << looking;
+        }
+        for (const Cookie& edit : EditManager::instance().getAllEdits())
+            EXPECT_TRUE(projdb::remove(edit).ok());
+        CookieVec documents;
+        for (const auto& document : DocumentManager::instance().getDocuments())
+            documents.push_back(document->getID());
+        EXPECT_TRUE(DocumentManager::instance().destroy(documents, "again").ok());
+        if (looking)
+            reopenWithFilters();
+    }
+}
+
+TEST_F(LiveFilterTest, TellsOfTagsAndOfBinsThatAreLookedAt) {
+    (void)contentOf(L"Everything");
+    put(tagged(1, "night"));
+    put(tagged(1, "day"));
+    EXPECT_THAT(toldFilters_, ElementsAre("bin 256", "130 night", "640 130 day"));
+}
+
+TEST_F(LiveFilterTest, FollowsTheEditsThatAreWorkedOn) {
+    const Cookie cut = newEdit(L"cut"), clip = newEdit(L"clip");
+    auto& vobs = VobManager::instance();
+    const auto source = vobs.createVob(clip), recorder = vobs.createVob(cut);
+    vobs.setSourceMachine(source.get(), 0);
+    vobs.setRecordMachine(recorder.get(), 0);
+    put(subClip(1, clip));
+    put(subClip(2, cut));
+    put(record(3, projdb::kKindClip));
+    EXPECT_EQ(contentOf(L"Sub-clips"), "cut: 2 | clip: 1");
+    put(subClip(1, cut));
+    EXPECT_EQ(contentOf(L"Sub-clips"), "cut: 2 1");
+
+    EXPECT_EQ(contentOf(L"Constituents"), "");
+    EditModifier edit(cut);
+    CelSegment segment;
+    segment.end = cutroom::kFlicksPerSecond;
+    segment.material = Cookie('V', 3, 1);
+    const auto cel = edit->get_edit_cel_p(edit->getFirstChan(kChanVideo));
+    EXPECT_TRUE(cel->overwrite(segment).ok());
+    edit->addModification(kModEventsAdded, true);
+    EXPECT_EQ(contentOf(L"Constituents"), "Constituents: 3");
+    toldFilters_.clear();
+    vobs.closeVob(recorder, true);
+    EXPECT_EQ(contentOf(L"Constituents"), "");
+    EXPECT_THAT(toldFilters_, ElementsAre("896 Sub-clips Constituents"));
+}
+
+TEST_F(LiveFilterTest, LogsGrowTooOldToBeRecent) {
+    const std::uint32_t now = cutroom::idSource().secondsNow();
+    constexpr std::uint32_t kDay = 86400;
+    std::uint64_t id = 0;
+    for (const std::uint32_t age : {8 * kDay, 0u, kDay - 5, kDay, 31 * kDay}) {
+        projdb::Record log = record(++id, projdb::kKindClip);
+        log.created = now - age;
+        put(log);
+    }
+    EXPECT_EQ(contentOf(L"Recent logs"), "Last day: 3 2 | Last 7 days: 4 3 2 | "
+                                         "Last 30 days: 1 4 3 2");
+}
+
+void LiveFilterTest::change(unsigned seed, int times) {
+    std::mt19937 random(seed);
+    for (int i = 0; i < times; ++i) {
+        const std::uint64_t id = 1 + random() % 40;
+        const char* const tags[] = {"", "a", "b", "a,c"};
+        projdb::Record made = subClip(id, Cookie('E', 1 + random() % 3));
+        made.kinds = 1u << random() % 5;
+        made.setField("tags", tags[random() % 4]);
+        if (random() % 4 != 0)
+            put(made);
+        else
+            (void)projdb::remove(made.cookie); // perhaps of none
+        if (random() % 50 == 0)
+            DocumentManager::instance().createDocument(L"/a.png", 'D');
+    }
+}
+
+std::vector<Cookie> sorted(const BinData& bin) {
+    std::vector<Cookie> assets;
+    for (const AssetReference& one : bin.getCookies())
+        assets.push_back(one.cookie);
+    std::sort(assets.begin(), assets.end());
+    return assets;
+}
+
+// Four threads change the project and look at filters while the list is set up again and again; in
+// the end every bin holds what one that is made afresh does.
+TEST_F(LiveFilterTest, StaysRightWhileThreadsChangeTheProject) {
+    filesForThreads();
+    const auto subClips = filters().getFilterByName(L"Sub-clips");
+    const auto vob = VobManager::instance().createVob(newEdit());
+    VobManager::instance().setRecordMachine(vob.get(), 0);
+    ASSERT_EQ(subClips->getBins().size(), 1u);
+    std::atomic<int> running{4};
+    std::vector<std::thread> threads;
+    filterGuard_.reset(); // its recorder is for one thread
+    for (unsigned i = 0; i < 4; ++i)
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < rounds(10, 100); ++round) {
+                change(i * 1000 + static_cast<unsigned>(round), 20);
+                for (const auto& filter : filters().getAllFilters())
+                    (void)filter->isEmpty();
+            }
+            --running;
+        });
+    while (running > 0) {
+        const auto made = filters().createFilter({}, L"made");
+        filters().reInit();
+        EXPECT_TRUE(filters().destroyFilter(made));
+        host_->loop().pump();
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    host_->loop().pump();
+    std::vector<std::pair<std::wstring, std::vector<Cookie>>> followed;
+    for (const auto& filter : filters().getAllFilters())
+        for (const auto& bin : filter->getResults())
+            followed.emplace_back(bin->getName(), sorted(*bin));
+    filters().handleProjectExit(); // all filters are made afresh
+    filters().handleProjectEntry();
+    std::vector<std::pair<std::wstring, std::vector<Cookie>>> fresh;
+    for (const auto& filter : filters().getAllFilters())
+        for (const auto& bin : filter->getResults())
+            fresh.emplace_back(bin->getName(), sorted(*bin));
+    std::sort(followed.begin(), followed.end()); // tags came in another order
+    std::sort(fresh.begin(), fresh.end());
+    EXPECT_EQ(followed, fresh);
+}
+
+} // namespace
