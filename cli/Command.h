@@ -40,6 +40,7 @@ void addShowCommand(Commands commands);
 void addExportCommand(Commands commands);
 void addMarksCommand(Commands commands);
 void addMarkersCommand(Commands commands);
+void addMixCommand(Commands commands);
 void addCopyCommand(Commands commands);
 void addFlattenCommand(Commands commands);
 void addCuesCommand(Commands commands);

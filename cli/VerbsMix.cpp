@@ -1,102 +1,62 @@
 // Verbs for the audio mix of an edit.
-#include "audio/AudioMixReader.h"
-#include "audio/AudioMixWriter.h"
+#include "cli/MixWords.h"
 #include "cli/Session.h"
 #include "editops/basics/StereoPairs.h"
 #include "platform/base/Strings.h"
 #include "platform/files/KvIniFile.h"
 #include "platform/store/Edit.h"
 
-#include <functional>
-
 namespace cutroom::cli {
 
 namespace {
 
-constexpr int kMostOutputs = 128;
+signed char takeMix(SessionWords& words) { return require(parseMix(words.take("a mix"))); }
 
-std::string mixName(int mix) {
-    return mix == Aud::kMainMix ? "main" : "bus" + std::to_string(mix + 1);
-}
-
-signed char takeMix(SessionWords& words) {
-    const std::string& word = words.take("a mix");
-    if (word == mixName(Aud::kMainMix))
-        return Aud::kMainMix;
-    const auto number = word.starts_with("bus") ? parseInt(word.substr(3)) : std::nullopt;
-    if (!number || *number < 1 || *number > Aud::kLastMix + 1)
-        refuse(StatusCode::wrongUsage, word, "not a mix: main, bus1 to bus125");
-    return static_cast<signed char>(*number - 1);
-}
-
-float takeGain(SessionWords& words) { return static_cast<float>(words.takeNumber("a gain")); }
+float takeGain(SessionWords& words) { return require(parseGain(words.take("a gain"))); }
 
 // --- changing ------------------------------------------------------------------------------------
 
-// A setting, read before the edit is touched.
-using MixChange = std::function<void(AudioMixWriter&)>;
-
-unsigned char takeAudioChannel(const Edit& edit, SessionWords& words) {
-    const int channels = edit.getNumChans(kChanAudio);
-    const std::string word = words.peek();
-    const long long number = words.takeInt("an audio channel", 1, 256);
-    if (number > channels)
-        refuse(StatusCode::notFound, word,
-               format("no such audio channel; the edit has %d", channels));
-    return static_cast<unsigned char>(number - 1);
-}
-
-MixChange takeChannelChange(const Edit& edit, SessionWords& words) {
-    const unsigned char channel = takeAudioChannel(edit, words);
+MixSetting takeChannelSetting(const EditPtr& edit, SessionWords& words) {
+    MixSetting setting;
+    setting.target = require(findAudioChannel(words.take("an audio channel"), edit));
     const auto& what = words.takeOneOf("a word", {"level", "pan", "mute", "solo", "to"});
-    if (what == "level")
-        return [=, level = takeGain(words)](auto& mix) { mix.setChannelLevel(channel, level); };
-    if (what == "pan")
-        return [=, pan = static_cast<float>(words.takeNumber("a pan"))](auto& mix) {
-            mix.setChannelPan(channel, pan);
-        };
-    if (what == "to") {
-        const signed char target = takeMix(words);
-        return [=, on = words.takeOnOff("on or off")](auto& mix) {
-            mix.setChannelRoutedToMix(channel, target, on);
-        };
+    if (what == "level") {
+        setting.value = takeGain(words);
+    } else if (what == "pan") {
+        setting.what = kMixChannelPan;
+        setting.value = require(parsePan(words.take("a pan")));
+    } else {
+        setting.what = what == "mute"   ? kMixChannelMute
+                       : what == "solo" ? kMixChannelSolo
+                                        : kMixChannelRouting;
+        if (what == "to")
+            setting.to = takeMix(words);
+        setting.on = words.takeOnOff("on or off");
     }
-    return [=, mute = what == "mute", on = words.takeOnOff("on or off")](auto& mix) {
-        mute ? mix.setChannelMuteState(channel, on) : mix.setChannelSoloState(channel, on);
-    };
+    return setting;
 }
 
-MixChange takeMixChange(SessionWords& words) {
-    const signed char target = takeMix(words);
+MixSetting takeMixSetting(SessionWords& words) {
+    MixSetting setting;
+    setting.target = takeMix(words);
     const auto& what = words.takeOneOf("a word", {"level", "mute", "solo", "output"});
-    if (what == "level")
-        return [=, level = takeGain(words)](auto& mix) { mix.setMixLevel(target, level); };
-    if (what == "output") {
-        const auto output = static_cast<signed char>(words.takeInt("an output", 1, kMostOutputs));
-        const bool on = words.takeOnOff("on or off");
-        return [=, monitor = words.takeIf("monitor")](auto& mix) {
-            mix.setMixRoutedToOutput(target, static_cast<signed char>(output - 1), on, monitor);
-        };
+    if (what == "level") {
+        setting.what = kMixLevel;
+        setting.value = takeGain(words);
+    } else {
+        setting.what = what == "mute" ? kMixMute : what == "solo" ? kMixSolo : kMixRouting;
+        if (what == "output")
+            setting.to = static_cast<int>(words.takeInt("an output", 1, kMostOutputs) - 1);
+        setting.on = words.takeOnOff("on or off");
+        setting.monitoring = what == "output" && words.takeIf("monitor");
     }
-    return [=, mute = what == "mute", on = words.takeOnOff("on or off")](auto& mix) {
-        mute ? mix.setMixMuteState(target, on) : mix.setMixSoloState(target, on);
-    };
+    return setting;
 }
 
 void load(Session& session, const std::string& path) {
     if (KvIniFile file(path); !file.load())
         throw Refused{file.status()};
     AudioMixWriter(session.editForChange(), "mix").loadFrom(toWide(path));
-}
-
-void save(Session& session, const std::string& path) {
-    const auto mix = session.edit()->getAudioMix();
-    if (!mix)
-        refuse(StatusCode::failed, path, "the edit has no mix");
-    KvIniFile file(path);
-    mix->writeConfigurationInformation(file);
-    if (!file.save())
-        throw Refused{file.status()};
 }
 
 // --- listing -------------------------------------------------------------------------------------
@@ -109,21 +69,18 @@ std::string stateText(float level, bool mute, bool solo) {
 // The mixes that a channel feeds, where they are not the main one alone.
 std::string routing(const AudioMixReader& reader, unsigned char channel) {
     std::string mixes;
-    for (int mix = Aud::kMainMix; mix <= Aud::kLastMix; ++mix)
-        if (reader.getChannelRoutedToMix(channel, static_cast<signed char>(mix)))
-            mixes += ' ' + mixName(mix);
+    for (const signed char mix : mixesOf(reader, channel))
+        mixes += ' ' + mixName(mix);
     return mixes == " main" ? "" : " to" + (mixes.empty() ? " nothing" : mixes);
 }
 
-// The outputs of a mix that differ from what it has by itself.
 std::string outputs(const AudioMixReader& reader, signed char mix, bool monitoring) {
-    const bool usual = mix == Aud::kMainMix;
     std::string text;
-    for (int output = 0; output < kMostOutputs; ++output)
-        if (reader.getMixRoutedToOutput(mix, static_cast<signed char>(output), monitoring) != usual)
-            text += (text.empty() ? "" : ",") + std::to_string(output + 1);
+    for (const int output : changedOutputs(reader, mix, monitoring))
+        text += (text.empty() ? "" : ",") + std::to_string(output);
     return text.empty() ? ""
-                        : (usual ? " not to " : " to ") + text + (monitoring ? " (monitor)" : "");
+                        : (mix == Aud::kMainMix ? " not to " : " to ") + text +
+                              (monitoring ? " (monitor)" : "");
 }
 
 void list(Session& session) {
@@ -138,14 +95,11 @@ void list(Session& session) {
                            reader.getChannelSoloState(channel) ? " solo" : "") +
                     routing(reader, channel));
     }
-    for (int i = Aud::kMainMix; i <= Aud::kLastMix; ++i) {
-        const auto mix = static_cast<signed char>(i);
-        const std::string state = stateText(reader.getMixLevel(mix), reader.getMixMuteState(mix),
-                                            reader.getMixSoloState(mix));
-        const std::string to = outputs(reader, mix, false) + outputs(reader, mix, true);
-        if (state != " level 1" || !to.empty())
-            session.say("  " + mixName(i) + state + to);
-    }
+    for (const signed char mix : touchedMixes(reader))
+        session.say("  " + mixName(mix) +
+                    stateText(reader.getMixLevel(mix), reader.getMixMuteState(mix),
+                              reader.getMixSoloState(mix)) +
+                    outputs(reader, mix, false) + outputs(reader, mix, true));
     if (reader.anyChannelSolo() || reader.anyMixSolo())
         session.say(std::string("  soloed:") + (reader.anyChannelSolo() ? " channels" : "") +
                     (reader.anyMixSolo() ? " mixes" : ""));
@@ -157,11 +111,11 @@ void mix(Session& session, SessionWords& words) {
     if (words.takeIf("load"))
         return load(session, words.take("a file"));
     if (words.takeIf("save"))
-        return save(session, words.take("a file"));
-    const MixChange change =
-        parseInt(words.peek()) ? takeChannelChange(*session.edit(), words) : takeMixChange(words);
+        return require(saveMix(session.edit(), words.take("a file")));
+    const MixSetting setting =
+        parseInt(words.peek()) ? takeChannelSetting(session.edit(), words) : takeMixSetting(words);
     AudioMixWriter writer(session.editForChange(), "mix");
-    change(writer);
+    setting.apply(writer);
 }
 
 void pair(Session& session, SessionWords& words) {

@@ -45,6 +45,7 @@ void addAll(Commands commands) {
     addExportCommand(commands);
     addMarksCommand(commands);
     addMarkersCommand(commands);
+    addMixCommand(commands);
     addCopyCommand(commands);
     addFlattenCommand(commands);
     addCuesCommand(commands);

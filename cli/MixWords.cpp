@@ -1,0 +1,167 @@
+#include "cli/MixWords.h"
+
+#include "platform/base/Strings.h"
+#include "platform/files/KvIniFile.h"
+#include "platform/store/Edit.h"
+
+#include <cmath>
+#include <limits>
+
+namespace cutroom::cli {
+
+namespace {
+
+constexpr std::string_view kBus = "bus";
+constexpr std::string_view kDecibels = "dB";
+
+} // namespace
+
+std::string mixName(int mix) {
+    return mix == Aud::kMainMix ? "main" : std::string(kBus) + std::to_string(mix + 1);
+}
+
+Result<signed char> parseMix(std::string_view text) {
+    if (text == mixName(Aud::kMainMix))
+        return Aud::kMainMix;
+    const auto number =
+        text.starts_with(kBus) ? parseInt(text.substr(kBus.size())) : std::optional<long long>();
+    if (!number || *number < 1 || *number > Aud::kLastMix + 1)
+        return Status(StatusCode::wrongUsage, std::string(text), "not a mix: main, bus1 to bus125");
+    return static_cast<signed char>(*number - 1);
+}
+
+Result<float> parseGain(std::string_view text) {
+    const bool decibels = text.ends_with(kDecibels);
+    const auto number =
+        parseDouble(decibels ? text.substr(0, text.size() - kDecibels.size()) : text);
+    const auto gain = number ? static_cast<float>(decibels ? std::pow(10.0, *number / 20) : *number)
+                             : std::numeric_limits<float>::infinity();
+    if (!std::isfinite(gain))
+        return Status(StatusCode::wrongUsage, std::string(text), "not a level, as 0.5 or -6dB");
+    return gain;
+}
+
+Result<float> parsePan(std::string_view text) {
+    if (text == "left" || text == "centre" || text == "right")
+        return text == "left" ? 0.0f : text == "right" ? 1.0f : 0.5f;
+    const auto number = parseDouble(text);
+    if (!number || !(*number >= 0 && *number <= 1))
+        return Status(StatusCode::wrongUsage, std::string(text),
+                      "not a pan: 0 (left) to 1 (right), left, centre, right");
+    return static_cast<float>(*number);
+}
+
+Result<unsigned char> findAudioChannel(std::string_view text, const EditPtr& edit) {
+    const std::vector<IdStamp> channels = edit->getChans(kChanAudio);
+    const std::wstring wanted = toWide(text);
+    const auto place = text.starts_with('A') ? parseInt(text.substr(1)) : parseInt(text);
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < channels.size() && i < Aud::kMaxInputs; ++i)
+        if (edit->getChanDisplayName(channels[i]) == wanted ||
+            (!found && place && *place == static_cast<long long>(i + 1)))
+            found = i;
+    if (!found)
+        return Status(
+            StatusCode::notFound, std::string(text),
+            format("no such audio channel; the edit has %d", static_cast<int>(channels.size())));
+    return static_cast<unsigned char>(*found);
+}
+
+// --- one setting ---------------------------------------------------------------------------------
+
+bool MixSetting::differs(const AudioMixReader& reader) const {
+    const auto channel = static_cast<unsigned char>(target);
+    const auto mix = static_cast<signed char>(target);
+    const auto other = static_cast<signed char>(to);
+    switch (what) {
+    case kMixChannelLevel:
+        return reader.getChannelLevel(channel) != value;
+    case kMixChannelPan:
+        return reader.getChannelPan(channel) != value;
+    case kMixChannelSolo:
+        return reader.getChannelSoloState(channel) != on;
+    case kMixChannelMute:
+        return reader.getChannelMuteState(channel) != on;
+    case kMixChannelRouting:
+        return reader.getChannelRoutedToMix(channel, other) != on;
+    case kMixLevel:
+        return reader.getMixLevel(mix) != value;
+    case kMixSolo:
+        return reader.getMixSoloState(mix) != on;
+    case kMixMute:
+        return reader.getMixMuteState(mix) != on;
+    case kMixRouting:
+        return reader.getMixRoutedToOutput(mix, other, monitoring) != on;
+    }
+    return false;
+}
+
+void MixSetting::apply(AudioMixWriter& writer) const {
+    const auto channel = static_cast<unsigned char>(target);
+    const auto mix = static_cast<signed char>(target);
+    const auto other = static_cast<signed char>(to);
+    switch (what) {
+    case kMixChannelLevel:
+        return writer.setChannelLevel(channel, value);
+    case kMixChannelPan:
+        return writer.setChannelPan(channel, value);
+    case kMixChannelSolo:
+        return writer.setChannelSoloState(channel, on);
+    case kMixChannelMute:
+        return writer.setChannelMuteState(channel, on);
+    case kMixChannelRouting:
+        return writer.setChannelRoutedToMix(channel, other, on);
+    case kMixLevel:
+        return writer.setMixLevel(mix, value);
+    case kMixSolo:
+        return writer.setMixSoloState(mix, on);
+    case kMixMute:
+        return writer.setMixMuteState(mix, on);
+    case kMixRouting:
+        return writer.setMixRoutedToOutput(mix, other, on, monitoring);
+    }
+}
+
+// --- a whole mix ---------------------------------------------------------------------------------
+
+std::vector<signed char> mixesOf(const AudioMixReader& reader, unsigned char channel) {
+    std::vector<signed char> mixes;
+    for (int mix = Aud::kMainMix; mix <= Aud::kLastMix; ++mix)
+        if (reader.getChannelRoutedToMix(channel, static_cast<signed char>(mix)))
+            mixes.push_back(static_cast<signed char>(mix));
+    return mixes;
+}
+
+std::vector<int> changedOutputs(const AudioMixReader& reader, signed char mix, bool monitoring) {
+    std::vector<int> outputs;
+    for (int output = 0; output < kMostOutputs; ++output)
+        if (reader.getMixRoutedToOutput(mix, static_cast<signed char>(output), monitoring) !=
+            (mix == Aud::kMainMix))
+            outputs.push_back(output + 1);
+    return outputs;
+}
+
+std::vector<signed char> touchedMixes(const AudioMixReader& reader) {
+    std::vector<signed char> mixes;
+    for (int i = Aud::kMainMix; i <= Aud::kLastMix; ++i) {
+        const auto mix = static_cast<signed char>(i);
+        if (reader.getMixLevel(mix) != 1.0f || reader.getMixMuteState(mix) ||
+            reader.getMixSoloState(mix) || !changedOutputs(reader, mix, false).empty() ||
+            !changedOutputs(reader, mix, true).empty())
+            mixes.push_back(mix);
+    }
+    return mixes;
+}
+
+Status saveMix(const EditPtr& edit, const std::string& path) {
+    const auto mix = edit->getAudioMix();
+    if (!mix || !mix->valid())
+        return {StatusCode::failed, path, "the edit has no mix"};
+    KvIniFile file(path);
+    if (!file.load() && file.status().code() != StatusCode::notFound)
+        return file.status();
+    mix->writeConfigurationInformation(file);
+    return file.save() ? Status() : file.status();
+}
+
+} // namespace cutroom::cli

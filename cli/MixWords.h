@@ -1,0 +1,54 @@
+// Names and settings of an edit's audio mix, as the command and the session say them: channels by
+// name or place, mixes "main", "bus1" to "bus125", outputs from 1.
+#pragma once
+
+#include "audio/AudioMixReader.h"
+#include "audio/AudioMixWriter.h"
+#include "platform/base/Status.h"
+#include "platform/store/EditPtr.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cutroom::cli {
+
+inline constexpr int kMostOutputs = 128;
+
+std::string mixName(int mix);
+// `wrongUsage` for what is no mix.
+Result<signed char> parseMix(std::string_view text);
+// Linear gain, "0.5", or decibels, "-6dB".
+Result<float> parseGain(std::string_view text);
+// 0 (left) to 1 (right), or "left", "centre", "right".
+Result<float> parsePan(std::string_view text);
+// The audio channel of that name or place, "A2", as an index from 0; `notFound` otherwise.
+Result<unsigned char> findAudioChannel(std::string_view text, const EditPtr& edit);
+
+// One setting of a mix.
+struct MixSetting {
+    eAudioMixChange what = kMixChannelLevel;
+    int target = 0;     // a channel for codes 1 to 5, else a mix
+    int to = 0;         // the mix or output of a routing
+    float value = 0.0f; // of a level or pan
+    bool on = false;
+    bool monitoring = false; // of a routing to an output
+
+    bool differs(const AudioMixReader& reader) const;
+    void apply(AudioMixWriter& writer) const;
+};
+
+// The mixes that a channel feeds.
+std::vector<signed char> mixesOf(const AudioMixReader& reader, unsigned char channel);
+// The outputs, from 1, that a mix feeds (the main mix: does not feed) unlike a mix of its kind that
+// nobody has touched.
+std::vector<int> changedOutputs(const AudioMixReader& reader, signed char mix, bool monitoring);
+// The mixes that somebody has touched, ascending.
+std::vector<signed char> touchedMixes(const AudioMixReader& reader);
+
+// Puts the edit's mix into a mix configuration file, beside what else the file holds. Fails without
+// a mix, and when a file that is there cannot be read.
+Status saveMix(const EditPtr& edit, const std::string& path);
+
+} // namespace cutroom::cli
