@@ -43,6 +43,7 @@ VerbTable::VerbTable() {
     addChannelVerbs(*this);
     addDetailVerbs(*this);
     addMixVerbs(*this);
+    addMonitorVerbs(*this);
     addSyncVerbs(*this);
     addContainerVerbs(*this);
     addBinVerbs(*this);
@@ -95,6 +96,7 @@ Session::~Session() {
     leaving_ = true; // that everybody goes is no news
     host().messages().setPrinter(nullptr);
     links_.clear();
+    monitors_.clear();
     while (!clients_.empty())
         removeClient(clients_.back()->name());
     for (const Kv::Ptr<Vob>& vob : VobManager::instance().getAllVobs())

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "cli/ContainerWatch.h"
+#include "cli/MonitorWatch.h"
 #include "cli/PrintingClient.h"
 #include "cli/SessionLinks.h"
 #include "cli/SessionWords.h"
@@ -69,6 +70,7 @@ void addTransitionVerbs(VerbTable& verbs);
 void addChannelVerbs(VerbTable& verbs);
 void addDetailVerbs(VerbTable& verbs);
 void addMixVerbs(VerbTable& verbs);
+void addMonitorVerbs(VerbTable& verbs);
 void addSyncVerbs(VerbTable& verbs);
 void addContainerVerbs(VerbTable& verbs);
 void addBinVerbs(VerbTable& verbs);
@@ -141,6 +143,8 @@ public:
     SessionContainers& containers() noexcept { return containers_; }
     // The links between viewers.
     SessionLinks& links() noexcept { return links_; }
+    // The monitors of viewers and the audio components.
+    SessionMonitors& monitors() noexcept { return monitors_; }
     // Keeps a machine for as long as viewers may name it.
     AVMachine& machine(std::unique_ptr<AVMachine> machine);
     // A segment that is found again by its points, whatever changed since.
@@ -160,6 +164,7 @@ private:
     std::vector<Kv::Ptr<Guard>> roleWatch_;
     SessionContainers containers_;
     SessionLinks links_;
+    SessionMonitors monitors_;
     std::vector<std::unique_ptr<AVMachine>> machines_;
     IndexIndependentEventList remembered_;
     std::string line_;
