@@ -1,0 +1,220 @@
+// What the exporters write of bins and markers, to the letter.
+#include "export/MetadataExporters.h"
+#include "bins/DocumentManager.h"
+#include "export/AssetMetadataCSVExporter.h"
+#include "export/AssetMetadataJSONExporter.h"
+#include "export/AssetMetadataSRTExporter.h"
+#include "export/AssetMetadataSubtitlesExporter.h"
+#include "export/AssetMetadataXMLExporter.h"
+#include "platform/files/JsonElement.h"
+#include "platform/prefs/Configuration.h"
+#include "tests/bins/BinProject.h"
+
+#include <filesystem>
+
+namespace {
+
+using cutroom::toWide;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Base = AssetMetadataExporterBase;
+
+std::vector<std::string> keysOf(const JSON::Element& object) {
+    std::vector<std::string> keys;
+    for (const auto& child : object.children())
+        keys.emplace_back(child->key());
+    return keys;
+}
+
+Cue marker(double from, double to, std::wstring name, std::wstring text = {}) {
+    Cue cue(TimeRange(from, to), std::move(name));
+    cue.setDescription(std::move(text));
+    return cue;
+}
+
+// Names that break what is written carelessly.
+const std::wstring kHostile =
+    std::wstring(L"a<b>&\"]]>\r\n\t,;='") + L'\x01' + L'\x0B' + L'\xFFFE' + L'\xD800' + L"ü😀";
+
+class MetadataExport : public cutroom::test::BinProject {
+protected:
+    // A log with a marker and locations, an edit, a document, a bin, an item that is gone.
+    Kv::Ptr<BinData> fullBin() {
+        const Kv::Ptr<BinData> bin = newBin(L"Dailies");
+        edit_ = EditManager::instance().addToProject(
+            cutroom::test::makeEdit(1, 0, Kv::FrameRate(25), L"Reel"));
+        log_ = EditManager::instance().addToProject(
+            cutroom::test::makeEdit(1, 0, Kv::FrameRate(25), L"A001"));
+        {
+            const EditModifier log(log_, "set up");
+            log->setLogType(kLogTypeSource);
+            log->setMediaLocations({L"/media/a.mov", L"/copy/a.mov"});
+            log->setConfig("scene", std::string("12"));
+            log->addCue(marker(1, 2, L"Sky", L"too bright"));
+        }
+        EXPECT_TRUE(EditManager::instance().flushChanges(false).ok());
+        const auto document = DocumentManager::instance().createDocument(L"/notes.txt", 'D');
+        for (const Cookie& asset : {edit_.getCookie(), log_.getCookie(), document->getID()})
+            bin->add(asset);
+        bin->add(newBin(L"Inner")->getID());
+        return bin;
+    }
+    Kv::Ptr<JSON::Element> json(const Kv::Ptr<BinData>& bin) {
+        const auto text = AssetMetadataJSONExporter().getText(bin);
+        return JSON::Element::parse(text.value_or(""), "out.json").value();
+    }
+
+    EditPtr edit_, log_;
+};
+
+TEST_F(MetadataExport, ABinIsGroupedByKindInOrderAndOnlyWhatIsTaggedIsWritten) {
+    const Kv::Ptr<BinData> bin = fullBin();
+    const auto all = json(bin);
+    EXPECT_THAT(keysOf(*all), ElementsAre("name", "Clips", "Sequences", "Bins", "Documents"));
+    EXPECT_EQ(all->getString("name"), "Dailies");
+    const auto log = all->find("Clips")->child(0);
+    EXPECT_EQ(log->getString("name"), "A001");
+    EXPECT_EQ(log->getString("scene"), "12");
+    EXPECT_FALSE(log->has("media_location"));
+    EXPECT_FALSE(log->has("notes")) << "empty values are left out";
+    EXPECT_EQ(log->find("Locations")->child(1)->text(), "/copy/a.mov");
+    EXPECT_THAT(keysOf(*log->find("markers")->child(0)),
+                ElementsAre("name", "description", "in", "out", "colour"));
+    EXPECT_FALSE(all->find("Sequences")->child(0)->has("markers"));
+    EXPECT_THAT(keysOf(*all->find("Documents")->child(0)),
+                ElementsAre("name", "cookie", "modified", "created", "Locations"));
+    EXPECT_EQ(Base::getAssetType(bin), Base::kAssetMixed);
+    bin->setTags(std::map<unsigned, bool>{{1, true}});
+    EXPECT_THAT(keysOf(*json(bin)), ElementsAre("name", "Clips"));
+    EXPECT_FALSE(AssetMetadataJSONExporter().getText(newBin(L"none")));
+}
+
+TEST_F(MetadataExport, ATableHasARowForEachAssetInTheOrderOfTheBin) {
+    const auto text = AssetMetadataCSVExporter().getText(fullBin()).value();
+    const auto rows = cutroom::split(text, '\n');
+    ASSERT_EQ(rows.size(), 6U); // the last one ends in a line end
+    EXPECT_TRUE(rows[0].starts_with("name,cookie,modified,created,type,duration,")) << rows[0];
+    const std::vector<std::string> names{"Reel,", "A001,", "notes.txt,", "Inner,"};
+    for (std::size_t i = 0; i < names.size(); ++i)
+        EXPECT_TRUE(rows[i + 1].starts_with(names[i])) << rows[i + 1];
+    EXPECT_THAT(rows[2], HasSubstr("/media/a.mov; /copy/a.mov"));
+}
+
+TEST_F(MetadataExport, TheMarkersOfAnEditAreWrittenByEachFormat) {
+    ASSERT_TRUE(CurrentProject::addCustomAttribute("cue.take", L"Take", DBFieldTypes::text).ok());
+    ASSERT_TRUE(CurrentProject::addCustomAttribute("cue.name", L"Own", DBFieldTypes::text).ok());
+    const EditPtr edit = cutroom::test::makeEdit(1, 0, Kv::FrameRate(25), L"Reel");
+    cutroom::test::setStartTimecode(edit, "01:00:00:00");
+    Cue first = marker(1, 2.48, L"Sky", L"=SUM(1), \"x\"");
+    first.setColour(0xFF0000);
+    first.setCustomMetadata("take", L"3");
+    first.setCustomMetadata("name", L"mine");
+    Cue second(3.0, L"point");
+    second.setColour(0x123456);
+    const std::vector<Cue> cues{first, second};
+    const auto textOf = [&](const Base& exporter) { return exporter.getText(edit, cues).value(); };
+
+    EXPECT_EQ(textOf(AssetMetadataCSVExporter()),
+              "name,description,in,out,colour,take,name 2\r\n"
+              "Sky,\"=SUM(1), \"\"x\"\"\",01:00:01:00,01:00:02:12,red,3,mine\r\n"
+              "point,,01:00:03:00,,#123456,,\r\n");
+    EXPECT_THAT(textOf(AssetMetadataCSVExporter(AssetMetadataCSVExporter::Cells::guarded)),
+                HasSubstr("\"'=SUM(1), "));
+    EXPECT_EQ(textOf(AssetMetadataSubtitlesExporter()),
+              "<begin subtitles>\n01:00:01:00 01:00:02:12\n=SUM(1), \"x\"\n\n<end subtitles>\n");
+    const auto root = JSON::Element::parse(textOf(AssetMetadataJSONExporter()), "x").value();
+    const auto written = root->find("Sequences")->child(0)->find("markers")->child(0);
+    EXPECT_EQ(written->getString("in"), "01:00:01:00");
+    EXPECT_EQ(written->getString("colour"), "red");
+    EXPECT_EQ(written->getString("name 2"), "mine");
+    const std::string xml = textOf(AssetMetadataXMLExporter());
+    EXPECT_TRUE(xml.starts_with("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<assets>\n"
+                                "    <name>Reel</name>\n    <Sequences>\n"));
+    EXPECT_THAT(xml, HasSubstr("<marker>\n                    <name>Sky</name>\n"));
+    EXPECT_THAT(xml, HasSubstr("<name_2 key=\"name 2\">mine</name_2>"));
+    cutroom::Configuration::instance().set("convert_marker_timecodes", "0");
+    EXPECT_THAT(textOf(AssetMetadataCSVExporter()), HasSubstr("00:00:01:00,00:00:02:12"));
+    const auto refuses = [&](const Base& exporter) {
+        EXPECT_FALSE(exporter.exportToFile(edit, {}, toWide(folder_ / "none")));
+        EXPECT_FALSE(exporter.exportToFile(edit, cues, toWide(folder_ / "no/such")));
+    };
+    refuses(AssetMetadataCSVExporter());
+    refuses(AssetMetadataSubtitlesExporter());
+    refuses(AssetMetadataJSONExporter());
+    refuses(AssetMetadataXMLExporter());
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "none"));
+}
+
+TEST_F(MetadataExport, WhatNamesHoldBreaksNoFile) {
+    const EditPtr edit = cutroom::test::makeEdit(1, 0, Kv::FrameRate(25), kHostile);
+    const std::vector<Cue> cues{marker(0, 1, kHostile),
+                                marker(1, 2, L"5\n\n00:00:01,000 --> 00:00:02,000"),
+                                marker(2, 3, L"\n \r")};
+    const auto json = AssetMetadataJSONExporter().getText(edit, cues);
+    EXPECT_TRUE(JSON::Element::parse(json.value_or(""), "x").ok());
+    const std::string xml = AssetMetadataXMLExporter().getText(edit, cues).value();
+    EXPECT_THAT(xml, HasSubstr("<name>a&lt;b&gt;&amp;\"]]&gt;&#13;\n\t,;='"
+                               "\uFFFD\uFFFD\uFFFD\uFFFDü😀</name>"));
+    EXPECT_THAT(AssetMetadataCSVExporter().getText(edit, cues).value(),
+                HasSubstr("\r\n\"a<b>&\"\"]]>\r\n\t,;='"
+                          "\uFFFD\uFFFD\xEF\xBF\xBE\uFFFDü😀\","));
+    EXPECT_EQ(AssetMetadataSRTExporter().getText(edit, {cues[1], cues[2]}).value(),
+              "1\n00:00:01,000 --> 00:00:02,000\n5 00:00:01,000 -> 00:00:02,000\n");
+}
+
+TEST_F(MetadataExport, ValuesAreWrittenAsTheyAreStoredAndDatesToBeRead) {
+    using enum DBFieldTypes::eType;
+    const struct {
+        std::int64_t value;
+        DBFieldTypes::eType type;
+        const char* text;
+    } rows[] = {{1'700'000'000, dateTime, "14 Nov 2023, 22:13"},
+                {1'700'000'000, date, "14 Nov 2023"},
+                {0, dateTime, "01 Jan 1970, 00:00"},
+                {-1, dateTime, "31 Dec 1969, 23:59"},
+                {3661, time, "01:01"},
+                {951'782'400, date, "29 Feb 2000"},
+                {3661, number, ""},
+                {std::numeric_limits<std::int64_t>::max(), dateTime, ""}};
+    for (const auto& row : rows)
+        EXPECT_EQ(Base::getDateString(row.value, row.type), row.text);
+    EXPECT_EQ(Base::getPersistableString(LogAttribute::created, L"1700000000"),
+              "14 Nov 2023, 22:13");
+    EXPECT_EQ(Base::getPersistableString(LogAttribute::created, L"soon"), "soon");
+    EXPECT_EQ(Base::getPersistableString(LogAttribute::duration, L"12.5"), "12.5");
+    EXPECT_EQ(Base::getDisplayString(Base::kAssetCopiedClip, true, Base::kStringLowerCase),
+              L"copied clips");
+}
+
+TEST_F(MetadataExport, TheExportersAreOfferedAndWriteWholeFilesOrNone) {
+    cutroom::registerMetadataExporters();
+    cutroom::registerMetadataExporters();
+    std::string offered;
+    const Kv::Ptr<BinData> bin = fullBin();
+    const std::string path = folder_ / "out";
+    for (const auto& exporter : bins().getMetadataExporters()) {
+        const bool takesBins = exporter->getSupportedSources() & iAssetMetadataExporter::kSourceBin;
+        offered += cutroom::toUtf8(exporter->getFormatName()) + '.' +
+                   cutroom::toUtf8(exporter->getFileExtension()) + (takesBins ? "+ " : " ");
+        EXPECT_EQ(exporter->exportToFile(bin, toWide(path)), takesBins);
+        if (!takesBins)
+            continue;
+        const std::string old = file(path);
+        bin->setName(L"Renamed");
+        for (long at = 0;; ++at) {
+            files_.arm(at, cutroom::test::FaultyFiles::Span::once);
+            const bool done = exporter->exportToFile(bin, toWide(path));
+            files_.disarm();
+            if (!files_.struck()) {
+                EXPECT_TRUE(done);
+                break;
+            }
+            ASSERT_LT(at, 100);
+            const std::string now = file(path); // may be new where only its folder was not flushed
+            EXPECT_TRUE(now == old ? !done : now.find("Renamed") != now.npos);
+        }
+    }
+    EXPECT_EQ(offered, "SRT.srt Subtitles.txt JSON.json+ XML.xml+ CSV.csv+ ");
+}
+
+} // namespace
