@@ -25,6 +25,9 @@ constexpr ExportFormat kFormats[] = {
     {"xml", "the same as XML", kEdits | kBins, kTakesPointDuration, writeXml},
     {"csv", "a table of an edit's markers, or of a bin's assets", kEdits | kBins,
      kTakesPointDuration | kTakesSpreadsheet, writeCsv},
+    {"otio", "the edit as an OpenTimelineIO timeline", kEdits, 0, writeOtioEdit},
+    {"edl", "one picture track with sound as a CMX 3600 edit list", kEdits, kTakesTrack,
+     writeEdlEdit},
 };
 
 const ExportFormat& formatOf(const std::string& name) {
@@ -81,7 +84,21 @@ Result<ExportSource> openSource(const ExportWords& words, const ExportFormat& fo
     return source;
 }
 
-Status run(const ExportWords& words) {
+// Without --format the name of the file tells.
+Status chooseFormat(ExportWords& words) {
+    if (!words.format.empty())
+        return {};
+    words.format = toLowerUtf8(extensionOf(words.output));
+    const auto names = formatNames();
+    if (std::find(names.begin(), names.end(), words.format) != names.end())
+        return {};
+    return {StatusCode::wrongUsage, words.output.empty() ? "export" : words.output,
+            "say the format with --format, or by the file's name: " + join(names, ", ")};
+}
+
+Status run(ExportWords words) {
+    if (const Status chosen = chooseFormat(words); !chosen)
+        return chosen;
     const ExportFormat& format = formatOf(words.format);
     if (const Status wrong = checkWords(words, format); !wrong)
         return wrong;
@@ -103,15 +120,19 @@ Status run(const ExportWords& words) {
 
 void addExportCommand(Commands commands) {
     auto words = std::make_shared<ExportWords>();
-    CLI::App* command =
-        commands.app.add_subcommand("export", "Write markers, subtitles or metadata to a file");
+    CLI::App* command = commands.app.add_subcommand(
+        "export", "Write a timeline, markers, subtitles or metadata to a file");
     command->add_option("asset", words->asset, "Name or cookie")->required()->type_name("EDIT|BIN");
-    command->add_option("--format", words->format, formatHelp())
-        ->required()
+    command
+        ->add_option("--format", words->format,
+                     formatHelp() + " (default: what the name of the file ends in)")
         ->check(CLI::IsMember(formatNames()));
     command->add_option("-o,--output", words->output, "The file (default: standard output)")
         ->type_name("FILE");
-    command->add_option("--track", words->track, "A subtitle track instead of the markers (S1)")
+    command
+        ->add_option("--track", words->track,
+                     "srt: a subtitle track instead of the markers (S1); edl: the picture track "
+                     "that is wanted, or one sound track alone (V2, A1)")
         ->type_name("TRACK");
     command
         ->add_option("--clock", words->clock,
@@ -127,7 +148,9 @@ void addExportCommand(Commands commands) {
     command->footer("  cutroom export \"Reel 1\" --format srt -o reel1.srt --clock media\n"
                     "  cutroom export \"Reel 1\" --format srt --point-duration next\n"
                     "  cutroom export \"Reel 1\" --format srt --track S1\n"
-                    "  cutroom export Dailies --format csv -o dailies.csv");
+                    "  cutroom export Dailies --format csv -o dailies.csv\n"
+                    "  cutroom export \"Reel 1\" -o reel1.otio\n"
+                    "  cutroom export \"Reel 1\" -o reel1.edl --track V2");
     runsWithProject(commands, command, Workspace::Use::read,
                     [words](const Options&) { return run(*words); });
 }

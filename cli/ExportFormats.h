@@ -50,6 +50,8 @@ Result<std::string> writeSrt(const ExportWords& words, const ExportSource& sourc
 Result<std::string> writeSubtitles(const ExportWords& words, const ExportSource& source);
 Result<std::string> writeJson(const ExportWords& words, const ExportSource& source);
 Result<std::string> writeXml(const ExportWords& words, const ExportSource& source);
+Result<std::string> writeOtioEdit(const ExportWords& words, const ExportSource& source);
+Result<std::string> writeEdlEdit(const ExportWords& words, const ExportSource& source);
 Result<std::string> writeCsv(const ExportWords& words, const ExportSource& source);
 
 } // namespace cutroom::cli

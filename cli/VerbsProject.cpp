@@ -7,6 +7,7 @@
 #include "editops/basics/EmptyEdit.h"
 #include "export/AssetMetadataSRTExporter.h"
 #include "export/MetadataExporters.h"
+#include "interchange/Exporter.h"
 #include "interchange/Importer.h"
 #include "platform/base/Strings.h"
 #include "platform/files/Files.h"
@@ -92,6 +93,23 @@ void exportSrt(Session& session, SessionWords& words) {
             refuse(StatusCode::failed, path, "the channel has no texts to write");
     }
     require(writeOutput(path, *text));
+}
+
+void saveTimeline(Session& session, const std::string& path, const Result<ExportedFile>& file) {
+    require(file.status());
+    for (const std::string& warning : file->warnings)
+        session.say("warning: " + warning);
+    require(writeOutput(path, file->text));
+}
+
+void exportOtioFile(Session& session, SessionWords& words) {
+    const std::string path = words.take("a file");
+    saveTimeline(session, path, exportOtio(session.edit()));
+}
+
+void exportEdlFile(Session& session, SessionWords& words) {
+    const std::string path = words.take("a file");
+    saveTimeline(session, path, exportEdl(session.edit(), words.takeOr("")));
 }
 
 // Those of the library, unless others are registered.
@@ -207,6 +225,11 @@ void addProjectVerbs(VerbTable& verbs) {
     verbs.add({"define", "ID NAME [text|number|date-time|date|time]",
                "defines an attribute of the project; cue.KEY is a field of markers",
                defineAttribute});
+    verbs.add(
+        {"otio", "FILE", "writes the edit, with what is nested in it, as OTIO", exportOtioFile});
+    verbs.add({"edl", "FILE [TRACK]",
+               "writes the edit as an edit list: its picture track, or the one named, with sound",
+               exportEdlFile});
     verbs.add({"exporters", "", "tells what markers and bins can be written as", listExporters});
     verbs.add({"export", "FORMAT FILE [BIN]", "writes the markers, or a bin, with an exporter",
                exportAny});
