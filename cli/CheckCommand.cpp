@@ -119,7 +119,8 @@ std::string soundText(std::size_t edits, const ContainerCounts& containers) {
     };
     return format("%zu edit%s and logs", edits, edits == 1 ? "" : "s") +
            some(containers.bins, "bin") + some(containers.groups, "group") +
-           some(containers.documents, "document") + ", all sound";
+           some(containers.documents, "document") + some(containers.filters, "filter") +
+           ", all sound";
 }
 
 Status check(const Options& options, bool repair) {
@@ -139,8 +140,9 @@ Status check(const Options& options, bool repair) {
     for (Status& one : checkContainers(&containers))
         addNew(wrong, std::move(one));
     if (options.json)
-        print(
-            reportJson(count + containers.bins + containers.groups + containers.documents, wrong));
+        print(reportJson(count + containers.bins + containers.groups + containers.documents +
+                             containers.filters,
+                         wrong));
     else if (wrong.empty())
         print(soundText(count, containers) +
               (repair ? "; the project database was rebuilt\n" : "\n"));

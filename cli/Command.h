@@ -51,6 +51,7 @@ void addHistoryCommands(Commands commands);
 void addBinCommand(Commands commands);
 void addGroupCommand(Commands commands);
 void addDocumentCommand(Commands commands);
+void addFilterCommand(Commands commands);
 void addSearchCommand(Commands commands);
 void addCheckCommand(Commands commands);
 // "rename" and "delete" below a command for assets of some kinds (AssetKinds), of the value type

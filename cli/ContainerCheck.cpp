@@ -6,6 +6,8 @@
 #include "bins/Document.h"
 #include "bins/DocumentManager.h"
 #include "cli/Command.h"
+#include "cli/SearchWords.h"
+#include "filters/UserFilter.h"
 #include "platform/files/Files.h"
 #include "platform/files/JsonElement.h"
 #include "platform/project/CurrentProject.h"
@@ -42,12 +44,18 @@ template <class Container> Status readDescription(const Cookie& id, const std::s
     return {};
 }
 
+Status readFilter(const Cookie& id, const std::string& path) {
+    const auto element = JSON::Element::load(path, DescriptionFiles::readOptions());
+    return element ? UserFilter(id).take(**element, path) : element.status();
+}
+
 // Documents come first: bins leave out those that are not known.
 constexpr Kind kKinds[] = {
     {kDocumentsFolder, ".KvDoc", "DA", readDescription<Document>, &ContainerCounts::documents},
     {kAssociationsFolder, ".AssetGroup", "G", readDescription<AssetAssociationGroup>,
      &ContainerCounts::groups},
     {kGroupsFolder, ".bin", "GM", readBin, &ContainerCounts::bins},
+    {kFiltersFolder, ".filter", "ABCDEFGHJKLMNOPQRSTUVWXYZ", readFilter, &ContainerCounts::filters},
 };
 
 struct File {
@@ -96,6 +104,9 @@ Status restore(const Kind& kind, const File& file, const Status& damage) {
 
 std::vector<Status> checkContainers(ContainerCounts* counts) {
     std::vector<Status> wrong;
+    // The kept searches are read, and the kinds of bins in filters known, once the filters are.
+    if (const auto searches = searchResults())
+        wrong = (*searches)->getDamaged();
     for (const Kind& kind : kKinds)
         for (const File& file : filesOf(kind)) {
             ++(counts->*kind.count);

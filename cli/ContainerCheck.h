@@ -1,4 +1,4 @@
-// Verifying and mending the files of bins, groups and documents.
+// Verifying and mending the files of bins, groups, documents and filters.
 #pragma once
 
 #include "platform/base/Status.h"
@@ -12,6 +12,7 @@ struct ContainerCounts {
     std::size_t bins = 0;
     std::size_t groups = 0;
     std::size_t documents = 0;
+    std::size_t filters = 0;
 };
 
 // Reads every file; gives what is wrong with each that is not sound. Writes nothing.

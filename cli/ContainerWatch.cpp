@@ -1,6 +1,7 @@
 #include "cli/ContainerWatch.h"
 
 #include "cli/Assets.h"
+#include "cli/FilterWords.h"
 #include "platform/base/Strings.h"
 #include "platform/messaging/NotifyMsgTypeDictionary.h"
 #include "sync/SyncGroupData.h"
@@ -24,10 +25,15 @@ constexpr std::array kTypeWords{
               "moved alone"},
 };
 
+// Beside another kind it says only that the container itself counts as unchanged.
+bool isAside(const ContainerBase::Modification& change, ContainerBase::eModificationType type) {
+    return type == ContainerBase::kModUncounted && change.getType() != unsigned{type};
+}
+
 std::string typesText(const ContainerBase::Modification& change) {
     std::string text;
     for (const auto& [type, word] : kTypeWords)
-        if (change.includes(type))
+        if (change.includes(type) && !isAside(change, type))
             text += (text.empty() ? "" : "+") + std::string(word);
     if (!change.includes(ContainerBase::kModAttribute))
         return text;
@@ -40,7 +46,9 @@ std::string typesText(const ContainerBase::Modification& change) {
 std::string namesText(const CookieVec& assets) {
     std::string text;
     for (const Cookie& asset : assets) {
-        const std::string name = assetName(asset);
+        std::string name = assetName(asset);
+        if (name == asset.asString())
+            name = filterName(asset);
         text += (text.empty() ? "" : ", ") +
                 (name == asset.asString() ? asset.type() + std::string("-asset") : name);
     }
@@ -56,6 +64,8 @@ std::string noticeText(const ContainerNotice& notice) {
     const std::string subjects = namesText(notice.subjects());
     switch (notice.what()) {
     case What::changed:
+        if (!notice.container().valid())
+            return changesText(notice.changes());
         return subjects + ": " + changesText(notice.changes());
     case What::destroyed:
         return "destroyed " + subjects + reasonText(notice.reason());

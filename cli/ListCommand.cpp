@@ -1,6 +1,7 @@
-// cutroom list [edits|logs|bins|groups|documents]
+// cutroom list [edits|logs|bins|groups|documents|filters]
 #include "cli/Command.h"
 #include "cli/ContainerText.h"
+#include "cli/FilterWords.h"
 #include "platform/base/Strings.h"
 #include "platform/base/Timecode.h"
 #include "platform/files/JsonBuilder.h"
@@ -78,6 +79,8 @@ std::string listed(const std::string& what, bool json) {
         return listGroups(json);
     if (what == "documents")
         return listDocuments(json);
+    if (what == "filters")
+        return listFilters(json);
     const auto found = records(what == "logs");
     return json ? listJson(found) : listText(found);
 }
@@ -87,11 +90,12 @@ std::string listed(const std::string& what, bool json) {
 void addListCommand(Commands commands) {
     auto what = std::make_shared<std::string>("edits");
     CLI::App* command = commands.app.add_subcommand("list", "Show what the project holds");
-    command->add_option("what", *what, "edits (the default), logs, bins, groups or documents")
-        ->check(CLI::IsMember({"edits", "logs", "bins", "groups", "documents"}));
+    command
+        ->add_option("what", *what, "edits (the default), logs, bins, groups, documents or filters")
+        ->check(CLI::IsMember({"edits", "logs", "bins", "groups", "documents", "filters"}));
     command->footer("One line each: cookie, then length, picture and sound tracks of edits and "
-                    "logs, the number of\nitems of bins and groups, the size of documents; and "
-                    "the name.");
+                    "logs, the number of\nitems of bins and groups, the size of documents, who "
+                    "made a filter and when it is shown;\nand the name.");
     command->callback([commands, what] {
         commands.action = [&options = commands.options, what] {
             return withProject(options, Workspace::Use::read, [&](Workspace&) {

@@ -49,6 +49,7 @@ VerbTable::VerbTable() {
     addBinVerbs(*this);
     addBinViewVerbs(*this);
     addAssetVerbs(*this);
+    addFilterVerbs(*this);
     addSearchVerbs(*this);
     addProjectVerbs(*this);
 }

@@ -76,6 +76,7 @@ void addContainerVerbs(VerbTable& verbs);
 void addBinVerbs(VerbTable& verbs);
 void addBinViewVerbs(VerbTable& verbs);
 void addAssetVerbs(VerbTable& verbs);
+void addFilterVerbs(VerbTable& verbs);
 void addSearchVerbs(VerbTable& verbs);
 void addProjectVerbs(VerbTable& verbs);
 

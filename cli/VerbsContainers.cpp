@@ -5,6 +5,7 @@
 #include "bins/DocumentManager.h"
 #include "cli/ContainerWords.h"
 #include "cli/Session.h"
+#include "filters/ProjectFilterManager.h"
 #include "platform/base/Strings.h"
 
 #include <map>
@@ -31,6 +32,8 @@ const ContainerManagerBase* managerOf(const std::string& word) {
         return &bins();
     if (word == "groups")
         return &AssetAssociationGroupManager::instance();
+    if (word == "filters")
+        return &ProjectFilterManager::instance();
     return word == "documents" ? &DocumentManager::instance() : nullptr;
 }
 
@@ -74,6 +77,7 @@ void saveContainers(Session& session, SessionWords& words) {
         require(bins().saveAll());
         require(AssetAssociationGroupManager::instance().flushChanges());
         require(DocumentManager::instance().saveAll());
+        require(ProjectFilterManager::instance().saveAll());
         return;
     }
     if (words.left() == 3) { // BIN as OTHER
@@ -174,9 +178,9 @@ void dropOn(Session& session, SessionWords& words) {
 
 void addContainerVerbs(VerbTable& verbs) {
     verbs.heading("Bins, groups and documents");
-    verbs.add({"watch", "bins|groups|documents | CONTAINER",
+    verbs.add({"watch", "bins|groups|documents|filters | CONTAINER",
                "prints what a manager, or one container, tells", watch});
-    verbs.add({"unwatch", "bins|groups|documents | CONTAINER", "ends that", unwatch});
+    verbs.add({"unwatch", "bins|groups|documents|filters | CONTAINER", "ends that", unwatch});
     verbs.add({"change",
                "CONTAINER begin|forget | CONTAINER end [REASON] | CONTAINER tell KINDS | "
                "CONTAINER name|external-id TEXT",

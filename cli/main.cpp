@@ -56,6 +56,7 @@ void addAll(Commands commands) {
     addBinCommand(commands);
     addGroupCommand(commands);
     addDocumentCommand(commands);
+    addFilterCommand(commands);
     addSearchCommand(commands);
     addShellCommand(commands);
     addCheckCommand(commands);
