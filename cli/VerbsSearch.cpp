@@ -20,8 +20,11 @@ void sayResults(Session& session, const BinData& results) {
     session.say("  " + toUtf8(results.getName()) + ": " + countText(results.numItems()));
     for (const BinItem& item : results) {
         const auto summary = projdb::findSummary(item.asset);
-        session.say("    " + assetName(item.asset) + ", " + kindText(summary ? summary->kinds : 0) +
-                    format(", %.3f to %.3f", item.markIn, item.markOut));
+        std::string line =
+            "    " + assetName(item.asset) + ", " + kindText(summary ? summary->kinds : 0);
+        if (item.hasMark())
+            line += format(", %.3f to %.3f", item.markIn, item.markOut);
+        session.say(line);
     }
 }
 

@@ -107,6 +107,7 @@ Kv::Ptr<BinData> SearchResultsFilter::keep(const Kv::Ptr<SearchBin>& bin) {
         removeResult(bin);
         return nullptr;
     }
+    bin->fill();
     tell(ContainerBase::kModItemsAdded, {bin->getID()});
     return bin;
 }
@@ -135,6 +136,7 @@ SearchResultsFilter::saveCriteria(const LightweightString<wchar_t>& name,
             bin->setCriteria(*before);
         return status;
     }
+    bin->fill();
     if (isNew)
         tell(ContainerBase::kModItemsAdded, {bin->getID()});
     return Kv::Ptr<BinData>(bin);

@@ -22,8 +22,7 @@ constexpr std::pair<projdb::eRecordKind, ResId> kKindNames[] = {
     {projdb::kKindClipSection, cutroom::kResTypeClipSections},
     {projdb::kKindSubClip, cutroom::kResTypeSubclips},
     {projdb::kKindPrint, cutroom::kResTypePrintGhosts},
-    {projdb::kKindSync, cutroom::kResTypeSyncGhosts},
-    {projdb::kKindImage, cutroom::kResSearchImages}};
+    {projdb::kKindSync, cutroom::kResTypeSyncGhosts}};
 
 std::string quoted(const std::string& text) { return '"' + text + '"'; }
 
@@ -51,6 +50,8 @@ void describeKinds(const Criteria& criteria, Pairs& pairs) {
     for (const auto& [kind, name] : kKindNames)
         if (criteria.wants(kind))
             names.push_back(resourceStr(name));
+    if (!criteria.wants(projdb::kKindImage))
+        names.push_back(resourceStr(cutroom::kResSearchNoImages));
     if (clipboard)
         names.push_back(resourceStr(cutroom::kResSearchClipboard));
     pairs.emplace_back(resourceStr(cutroom::kResSearchKinds), cutroom::join(names, kSeparator));

@@ -88,7 +88,7 @@ constexpr Row kRows[] = {
     {kResBinLastMonth, L"Last 30 days"},
     {kResSearchEverything, L"Everything"},
     {kResSearchKinds, L"Kinds"},
-    {kResSearchImages, L"Still images"},
+    {kResSearchNoImages, L"no still images"},
     {kResSearchClipboard, L"Clipboard"},
     {kResSearchText, L"Text"},
     {kResSearchWholeWords, L"as whole words"},

@@ -88,7 +88,7 @@ inline constexpr ResId kResBinLastMonth = 20148;
 // Words of searches, numbered here.
 inline constexpr ResId kResSearchEverything = 20201; // name of a search without conditions
 inline constexpr ResId kResSearchKinds = 20202;
-inline constexpr ResId kResSearchImages = 20203;
+inline constexpr ResId kResSearchNoImages = 20203;
 inline constexpr ResId kResSearchClipboard = 20204;
 inline constexpr ResId kResSearchText = 20205;
 inline constexpr ResId kResSearchWholeWords = 20206;

@@ -426,7 +426,7 @@ TEST_F(ProjectSearchTest, describesCriteriaInWords) {
     criteria.clipMedia = Presence::absent;
     EXPECT_EQ(ProjectSearch::makeName(criteria, false), L"A0, B0");
     EXPECT_EQ(ProjectSearch::makeName(criteria, true),
-              L"Kinds Clips, Reel starts with \"A0\" or starts with \"B0\", Media absent");
+              L"Kinds Clips, no still images, Reel starts with \"A0\" or starts with \"B0\", Media absent");
 }
 
 } // namespace
