@@ -34,26 +34,6 @@ TEST_F(SyncGroupDataTest, itIsReadBackAsItWas) {
     EXPECT_FALSE(SyncGroupData::open(newBin(L"a bin")->getID()));
 }
 
-TEST_F(SyncGroupDataTest, everyTruncationIsNoticedAndMovedAside) {
-    const Cookie one = newEdit(L"one");
-    Kv::Ptr<SyncGroupData> group = SyncGroupData::make(L"Scene 1");
-    const Cookie id = group->getID();
-    group->add(one);
-    group->storeRelationships({{one, 3}});
-    ASSERT_TRUE(bins().saveAll().ok());
-    const std::string path = fileOf(id), good = file(path);
-    for (std::size_t size = 0; size < good.size(); size += 7) {
-        ASSERT_TRUE(writeFile(path, good.substr(0, size)).ok());
-        SyncGroupData damaged;
-        damaged.setID(id);
-        EXPECT_FALSE(damaged.load().ok()) << size;
-        EXPECT_FALSE(damaged.valid());
-    }
-    group->takePlaces({{one, 4}}, false);
-    ASSERT_TRUE(bins().saveAll().ok());
-    EXPECT_EQ(SyncGroupData::open(id)->relationships().size(), 1u);
-}
-
 TEST(Relationships, areReadAsFarAsTheyAreSound) {
     const Cookie a('E', 1), b('E', 2);
     const std::string good = relationshipsText({{a, 0}, {b, 1e-3}});

@@ -62,22 +62,9 @@ TEST_F(VobSynchroniserTest, movesKeepTheOffsetsOfTheLinking) {
     links.setItemsToSync({c, b}); // b keeps its place before c
     EXPECT_THAT(links.getSynchronisedVobs(iVobSynchroniser::kVobsLinked), ElementsAre(b, c));
     EXPECT_EQ(links.offsetOf(c.get()), -22);
+    EXPECT_FALSE(links.setOffset(b.get(), 4) || links.setOffset(a.get(), 4) ||
+                 links.setOffset(c.get(), kNoTime));
     EXPECT_FALSE(VobSynchroniser::isSynced(a.get()));
-}
-
-TEST_F(VobSynchroniserTest, offsetsCanBeSetAndTakenFromMarks) {
-    const auto a = vobAt(0), b = vobAt(0), c = vobAt(0);
-    VobSynchroniser links;
-    links.setItemsToSync({a, b, c});
-    EXPECT_TRUE(links.setOffset(b.get(), 4));
-    EXPECT_FALSE(links.setOffset(a.get(), 4));
-    EXPECT_FALSE(links.setOffset(c.get(), kNoTime));
-    EXPECT_EQ(links.takeOffsetsFromMarks(), 0u);
-    a->setMarkTime(kChanAllSelected, 7, Kv::MarkTypes::In);
-    c->setMarkTime(kChanAllSelected, 5, Kv::MarkTypes::In);
-    EXPECT_EQ(links.takeOffsetsFromMarks(), 1u);
-    a->setCurrentTime(10);
-    EXPECT_THAT(times(), ElementsAre(10, 14, 8));
 }
 
 TEST_F(VobSynchroniserTest, othersSeeTheFlagsOfTheMovedVobAndKeepTheirOwn) {
@@ -91,19 +78,6 @@ TEST_F(VobSynchroniserTest, othersSeeTheFlagsOfTheMovedVobAndKeepTheirOwn) {
     a->setCurrentTime(1);
     EXPECT_EQ(seen, Vob::kTimeTransient | Vob::kTimeBySynchroniser);
     EXPECT_EQ(b->getTimeChangeFlags(), Vob::kTimePreviewing);
-}
-
-TEST_F(VobSynchroniserTest, aMoveThatIsBeingHandedOnGoesNoFurther) {
-    const auto a = vobAt(0), shared = vobAt(0), z = vobAt(0);
-    VobSynchroniser first, second;
-    first.setItemsToSync({a, shared});
-    second.setItemsToSync({shared, z}); // the shared one is left to the first
-    EXPECT_THAT(second.getSynchronisedVobs(0), ElementsAre(z));
-    second.createClient(shared);
-    a->setCurrentTime(5);
-    EXPECT_THAT(times(), ElementsAre(5, 5, 0));
-    shared->setCurrentTime(6); // a move of its own goes both ways
-    EXPECT_THAT(times(), ElementsAre(6, 6, 6));
 }
 
 TEST_F(VobSynchroniserTest, flag128SuspendsUntilAfterTheFirstChangeWithoutIt) {
