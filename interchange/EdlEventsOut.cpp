@@ -146,24 +146,6 @@ auto identityOf(const EdlEventOut& event) {
 
 std::string_view edlFacts(const Item& item) { return importedMember(item.metadata, "edl"); }
 
-int edlTrackNamed(const Timeline& timeline, const std::string& name) {
-    int pictures = 0;
-    int sounds = 0;
-    int byPlace = -1;
-    for (std::size_t i = 0; i < timeline.tracks.size(); ++i) {
-        const Track& track = timeline.tracks[i];
-        if (!track.name.empty() && track.name == name)
-            return static_cast<int>(i);
-        const bool picture = track.kind == TrackKind::video;
-        if (!picture && track.kind != TrackKind::audio)
-            continue;
-        const int number = picture ? ++pictures : ++sounds;
-        if (name == (picture ? "V" : "A") + toText(static_cast<long long>(number)))
-            byPlace = static_cast<int>(i);
-    }
-    return byPlace;
-}
-
 std::vector<EdlEventOut> edlEventsOf(const Timeline& timeline, const std::vector<int>& tracks,
                                      EdlLosses& losses) {
     std::vector<EdlEventOut> all;

@@ -36,9 +36,6 @@ struct EdlLosses {
     long tracks = 0;
 };
 
-// The track that `name` means: a name, or "V1", "A2" by kind and place. -1 when there is none.
-int edlTrackNamed(const Timeline& timeline, const std::string& name);
-
 // The events of the tracks with these numbers, by record time. Events of several tracks that agree
 // in everything are one.
 std::vector<EdlEventOut> edlEventsOf(const Timeline& timeline, const std::vector<int>& tracks,

@@ -19,6 +19,8 @@ std::string metadataOf(const EdlEvent& event) {
     if (event.duration > 0)
         json.add("transition_frames", event.duration);
     json.add("timecodes", event.timecodes);
+    if (event.sourceDrop || event.sourceIn.drop)
+        json.add("drop_frame", true);
     if (!event.speedText.empty())
         json.add("frames_per_second", event.speedText);
     if (!event.keyName.empty())

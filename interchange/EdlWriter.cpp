@@ -1,14 +1,15 @@
 #include "interchange/EdlWriter.h"
 
-#include "interchange/EdlComments.h"
+#include "interchange/EdlChannelsOut.h"
 #include "interchange/EdlEventsOut.h"
+#include "interchange/EdlMarkersOut.h"
 #include "interchange/EdlReels.h"
+#include "interchange/EdlSelection.h"
 #include "interchange/ImportedJson.h"
 #include "platform/base/Strings.h"
 #include "platform/base/Timecode.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <utility>
@@ -20,69 +21,8 @@ namespace {
 constexpr int kMostFrames = 99;        // that two digits can number
 constexpr std::size_t kNumbered = 999; // events, in three digits
 
-// One line without line breaks and control characters, which would end it.
-std::string oneLine(std::string_view text) {
-    std::string line(trim(text));
-    std::replace_if(
-        line.begin(), line.end(),
-        [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
-    return line;
-}
-
 std::int64_t frames(Flicks time, const Kv::FrameRate& rate) {
     return rate.flicksToFrameNearest(time);
-}
-
-EdlEvent eventNamed(const std::string& channel) {
-    EdlEvent event;
-    event.channel = channel;
-    return event;
-}
-
-// How a set of channels is named: a channel text, and the sound channels that an AUD line adds.
-struct ChannelText {
-    std::string text;
-    std::vector<int> audio;
-};
-
-using Channels = std::set<EdlChannel>;
-
-// `text` with an AUD line for what it leaves out; nothing when it names other channels too.
-std::optional<ChannelText> completed(const std::string& text, const Channels& channels,
-                                     EdlDigits digits) {
-    ChannelText result{text, {}};
-    Channels named;
-    if (text != "NONE")
-        for (EdlChannel& channel : channelsOf(eventNamed(text), digits))
-            named.insert(std::move(channel));
-    if (!std::includes(channels.begin(), channels.end(), named.begin(), named.end()))
-        return {};
-    for (const EdlChannel& channel : channels) {
-        if (named.contains(channel))
-            continue;
-        if (channel.kind != TrackKind::audio)
-            return {};
-        result.audio.push_back(channel.number);
-    }
-    return result;
-}
-
-ChannelText textOf(const Channels& channels, const std::string& written, EdlDigits digits) {
-    if (!written.empty())
-        if (auto text = completed(written, channels, digits))
-            return *text;
-    const EdlChannel& first = *channels.begin();
-    if (channels.size() == 1) {
-        const bool ambiguous =
-            first.kind == TrackKind::audio && first.number > 9 && digits != EdlDigits::oneNumber;
-        if (ambiguous)
-            return {"NONE", {first.number}};
-        return {first.name == "A1" ? "A" : first.name, {}};
-    }
-    for (const char* const text : {"AA/V", "AA", "B", "A2/V", "V", "A", "A2"})
-        if (auto found = completed(text, channels, digits))
-            return *found;
-    return {"NONE", completed("NONE", channels, digits).value_or(ChannelText()).audio};
 }
 
 class Writer {
@@ -96,11 +36,11 @@ public:
     EdlLosses& losses() { return losses_; }
 
     EdlText write() {
-        digits_ = digitsOfAll();
-        line("TITLE:   " + oneLine(timeline_.name));
+        digits_ = edlDigitsOf(events_);
+        line("TITLE:   " + edlOneLine(timeline_.name));
         mode(record_.dropFrame);
         std::size_t marker = 0;
-        const auto inOrder = markersInOrder();
+        const auto inOrder = EdlMarkersOut::locators(timeline_);
         for (std::size_t i = 0; i < events_.size(); ++i) {
             // Markers follow the event that they lie in; those before the first one stand first.
             while (marker < inOrder.size() && frameOf(*inOrder[marker]) < events_[i].recordIn)
@@ -109,7 +49,8 @@ public:
         }
         while (marker < inOrder.size())
             locator(*inOrder[marker++]);
-        table();
+        for (const Marker* row : EdlMarkersOut::rows(timeline_))
+            comment(markers_.row(*row, record(frameOf(*row))));
         return {std::move(text_), warnings()};
     }
 
@@ -119,6 +60,10 @@ private:
         text_ += '\n';
     }
     void comment(const std::string& text) { line("* " + text); }
+    void locator(const Marker& marker) {
+        comment(markers_.locator(marker, record(frameOf(marker))));
+    }
+    std::int64_t frameOf(const Marker& marker) const { return frames(marker.start, rate_); }
 
     void mode(bool drop) {
         line(drop ? "FCM: DROP FRAME" : "FCM: NON-DROP FRAME");
@@ -127,18 +72,6 @@ private:
 
     std::string record(std::int64_t frame) const {
         return timecodeText(timeline_.startFrame.value_or(0) + frame, record_);
-    }
-
-    // What "A12" will mean to a reader of all these events.
-    EdlDigits digitsOfAll() const {
-        EdlList list;
-        for (const EdlEventOut& each : events_) {
-            list.events.push_back(eventNamed(writtenChannel(each)));
-            for (const EdlChannel& channel : each.channels)
-                if (each.channels.size() == 1 && channel.number < 10)
-                    list.events.push_back(eventNamed(channel.name));
-        }
-        return audioDigits(list);
     }
 
     static std::string writtenChannel(const EdlEventOut& event) {
@@ -184,11 +117,20 @@ private:
             frames(sourceAt(item, rate_.frameToFlicks(each.recordIn)), format.rate);
         if (const auto written = asWritten(each, in, format, records))
             return *written;
-        const double length = static_cast<double>(rate_.frameToFlicks(each.length()));
-        const std::int64_t source =
-            frames(std::llround(length * std::abs(item.speed)), format.rate);
-        return sourceText(in, format) + ' ' +
-               sourceText(in + (item.speed == 0 ? 1 : source), format) + ' ' + records;
+        return sourceText(in, format) + ' ' + sourceText(sourceOut(each, in, format), format) +
+               ' ' + records;
+    }
+
+    // A freeze takes one frame of its source.
+    std::int64_t sourceOut(const EdlEventOut& each, std::int64_t in,
+                           const TimecodeFormat& format) const {
+        const double speed = each.item->speed;
+        if (speed == 0)
+            return in + 1;
+        if (speed > 0)
+            return frames(sourceAt(*each.item, rate_.frameToFlicks(each.recordOut)), format.rate);
+        const auto length = static_cast<double>(rate_.frameToFlicks(each.length()));
+        return in + frames(std::llround(length * -speed), format.rate);
     }
 
     // The four timecodes as they were read, while they say where the event is and what it plays.
@@ -256,7 +198,7 @@ private:
         const bool pairOfKey = code == "K" && before && before->recordIn == each.recordIn &&
                                transitionCode(*before) == "K B";
         number_ += !pairOfKey;
-        const ChannelText channel = textOf(each.channels, writtenChannel(each), digits_);
+        const EdlChannelText channel = edlChannelText(each.channels, writtenChannel(each), digits_);
         const bool drop = each.item ? sourceFormat(*each.item).dropFrame : record_.dropFrame;
         if (drop != drop_)
             mode(drop);
@@ -329,8 +271,8 @@ private:
             const std::string from = !kept.empty()   ? importedText(kept, "clip_name")
                                      : each.outgoing ? each.outgoing->name
                                                      : std::string();
-            if (!oneLine(from).empty())
-                comment("FROM CLIP NAME:  " + oneLine(from));
+            if (!edlOneLine(from).empty())
+                comment("FROM CLIP NAME:  " + edlOneLine(from));
             if (each.item)
                 nameOf(*each.item, "TO CLIP NAME:  ");
             if (const std::string effect = effectName(*each.transition); !effect.empty())
@@ -344,15 +286,15 @@ private:
 
     static std::string effectName(const Item& transition) {
         if (!transition.name.empty())
-            return oneLine(transition.name);
+            return edlOneLine(transition.name);
         const std::string& type = transition.transitionType;
         const bool shown = type == "SMPTE_Dissolve" || (type.size() == 4 && type[0] == 'W');
-        return shown ? std::string() : oneLine(type);
+        return shown ? std::string() : edlOneLine(type);
     }
 
     // Which an event of an edit list has from its reel alone stays unsaid.
     void nameOf(const Item& item, const char* key) {
-        const std::string name = oneLine(item.name);
+        const std::string name = edlOneLine(item.name);
         const bool unsaid = !item.channel.empty() && name == item.media.reel;
         if (!name.empty() && !unsaid)
             comment(key + name);
@@ -362,18 +304,22 @@ private:
     void source(const Item& item, bool ofTransition) {
         bool reelTold = !reels_.isShort(item);
         bool fileTold = item.media.location.empty();
-        if (item.media.kind == ReferenceKind::generator)
-            fileTold = true;
+        fileTold = fileTold || item.media.kind == ReferenceKind::generator;
         std::vector<std::string> kept;
         forEachImportedEntry(importedMember(edlFacts(item), "comments"), [&](std::string_view raw) {
             const std::string text = importedText("{\"c\":" + std::string(raw) + "}", "c");
             if (holds(item, text, ofTransition, reelTold, fileTold))
                 kept.push_back(text);
         });
+        const char* const generated =
+            ofTransition ? "TO CLIP IS A GENERATOR" : "FROM CLIP IS A GENERATOR";
+        if (item.media.kind == ReferenceKind::generator &&
+            std::find(kept.begin(), kept.end(), generated) == kept.end())
+            comment(generated);
         if (!reelTold)
-            comment("REEL: " + oneLine(item.media.reel));
+            comment("REEL: " + edlOneLine(item.media.reel));
         if (!fileTold)
-            comment("SOURCE FILE: " + oneLine(item.media.location));
+            comment("SOURCE FILE: " + edlOneLine(item.media.location));
         for (const std::string& text : kept)
             keptLine(text);
     }
@@ -410,90 +356,8 @@ private:
     void keptLine(const std::string& text) {
         for (const char* const bare : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
             if (text.starts_with(bare))
-                return line(oneLine(text));
-        comment(oneLine(text));
-    }
-
-    // --- markers -------------------------------------------------------------------------------
-    static bool isRow(const Marker& marker) {
-        return marker.owner == "list" && !marker.name.empty();
-    }
-    std::int64_t frameOf(const Marker& marker) const { return frames(marker.start, rate_); }
-
-    std::vector<const Marker*> markersInOrder() const {
-        std::vector<const Marker*> all;
-        for (const Marker& marker : timeline_.markers)
-            if (!isRow(marker))
-                all.push_back(&marker);
-        std::stable_sort(all.begin(), all.end(),
-                         [](const Marker* a, const Marker* b) { return a->start < b->start; });
-        return all;
-    }
-
-    // A colour that lists know, the nearest one for others.
-    std::string colourOf(const Marker& marker, const std::string& text) {
-        static constexpr std::array<std::pair<const char*, std::uint32_t>, 8> kKnown = {{
-            {"RED", 0xFF0000},
-            {"GREEN", 0x00FF00},
-            {"BLUE", 0x0000FF},
-            {"CYAN", 0x00FFFF},
-            {"MAGENTA", 0xFF00FF},
-            {"YELLOW", 0xFFFF00},
-            {"WHITE", 0xFFFFFF},
-            {"BLACK", 0x000000},
-        }};
-        const std::string first = text.substr(0, text.find(' '));
-        if (marker.colourText.empty())
-            return markerColour(first) ? "WHITE" : "";
-        if (marker.colourText[0] != '#' && markerColour(marker.colourText)) {
-            std::string name = marker.colourText;
-            std::transform(name.begin(), name.end(), name.begin(), [](char c) {
-                return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-            });
-            return name;
-        }
-        ++colours_;
-        const auto distance = [&](std::uint32_t known) {
-            long sum = 0;
-            for (const int shift : {0, 8, 16}) {
-                const long by = static_cast<long>(known >> shift & 0xFF) -
-                                static_cast<long>(marker.colour.value_or(0xFFFFFF) >> shift & 0xFF);
-                sum += by * by;
-            }
-            return sum;
-        };
-        return std::min_element(kKnown.begin(), kKnown.end(),
-                                [&](const auto& a, const auto& b) {
-                                    return distance(a.second) < distance(b.second);
-                                })
-            ->first;
-    }
-
-    static std::string textOfMarker(const Marker& marker) {
-        const std::string name = oneLine(marker.name);
-        const std::string text = oneLine(marker.comment);
-        if (name.empty() || text.empty())
-            return name + text;
-        return name + ": " + text;
-    }
-
-    void locator(const Marker& marker) {
-        const std::string text = textOfMarker(marker);
-        const std::string colour = colourOf(marker, text);
-        lasting_ += marker.duration > 0;
-        comment("LOC: " + record(frameOf(marker)) +
-                (colour.empty() ? "" : format(" %-7s", colour.c_str())) +
-                (text.empty() ? "" : " " + text));
-    }
-
-    // Markers that came in a table at the end go back to one.
-    void table() {
-        unsigned long long row = 0;
-        for (const Marker& marker : timeline_.markers)
-            if (isRow(marker))
-                comment("    " + toText(++row) + "  " + colourOf(marker, "white") + "  " +
-                        oneLine(marker.name) + "  " + record(frameOf(marker)) + "  V1  " +
-                        oneLine(marker.comment));
+                return line(edlOneLine(text));
+        comment(edlOneLine(text));
     }
 
     std::vector<std::string> warnings() const {
@@ -511,8 +375,8 @@ private:
         say(losses_.shortened, "transitions longer than the clip they lead to, shortened");
         say(static_cast<long>(reels_.shortened()),
             "reels cut to eight characters of A-Z, 0-9 and _, told in full below the event");
-        say(lasting_, "markers that last, written as points");
-        say(colours_, "marker colours, written as the nearest known");
+        say(markers_.lasting(), "markers that last, written as points");
+        say(markers_.colours(), "marker colours, written as the nearest known");
         if (number_ > kNumbered)
             all.push_back(format("%zu events; old programs read numbers up to 999", number_));
         return all;
@@ -525,71 +389,11 @@ private:
     const std::vector<EdlEventOut> events_;
     EdlDigits digits_ = EdlDigits::oneTrackEach;
     EdlReels reels_;
+    EdlMarkersOut markers_;
     std::string text_;
     std::size_t number_ = 0;
     bool drop_ = false; // the mode in force
-    long lasting_ = 0;
-    long colours_ = 0;
 };
-
-bool hasClips(const Track& track) {
-    return std::any_of(track.items.begin(), track.items.end(), [](const Item& item) {
-        return item.type == ItemType::clip || item.type == ItemType::nested;
-    });
-}
-
-// Tells whether all of the track was read from an edit list, which may hold such tracks together.
-bool isListed(const Track& track) {
-    return std::all_of(track.items.begin(), track.items.end(), [](const Item& item) {
-        return item.type == ItemType::gap || !item.channel.empty();
-    });
-}
-
-std::string placesOf(const Timeline& timeline) {
-    std::string all;
-    int pictures = 0;
-    for (const Track& track : timeline.tracks)
-        if (track.kind == TrackKind::video) {
-            const std::string place = "V" + toText(static_cast<long long>(++pictures));
-            all += (all.empty() ? "" : ", ") + place;
-            if (!track.name.empty() && track.name != place)
-                all += " (" + track.name + ")";
-        }
-    return all;
-}
-
-// The tracks that go into the list; `left` counts those that might have and do not.
-Result<std::vector<int>> chooseTracks(const Timeline& timeline, const std::string& wanted,
-                                      long& left) {
-    const int chosen = wanted.empty() ? -1 : edlTrackNamed(timeline, wanted);
-    if (!wanted.empty() && chosen < 0)
-        return Status(StatusCode::notFound, wanted, "the edit has no such track");
-    std::vector<int> tracks;
-    int pictures = 0;
-    bool listed = true;
-    const bool soundAlone =
-        chosen >= 0 && timeline.tracks[static_cast<std::size_t>(chosen)].kind != TrackKind::video;
-    for (int i = 0; i < static_cast<int>(timeline.tracks.size()); ++i) {
-        const Track& track = timeline.tracks[static_cast<std::size_t>(i)];
-        const bool picture = track.kind == TrackKind::video;
-        const bool holdable = picture || track.kind == TrackKind::audio || isListed(track);
-        const bool excluded = chosen >= 0 && i != chosen && (picture || soundAlone);
-        if (!hasClips(track) && !(picture && isListed(track)))
-            continue;
-        left += !holdable;
-        if (!holdable || excluded)
-            continue;
-        tracks.push_back(i);
-        pictures += picture && hasClips(track);
-        listed = listed && (!picture || isListed(track));
-    }
-    if (pictures > 1 && !listed)
-        return Status(StatusCode::failed, timeline.name,
-                      "has several picture tracks and an edit list holds one; choose it with "
-                      "--track: " +
-                          placesOf(timeline));
-    return tracks;
-}
 
 } // namespace
 
@@ -599,7 +403,7 @@ Result<EdlText> writeEdl(const Timeline& timeline, const std::string& track) {
                       "runs at " + timeline.rate.rate.asString() +
                           " frames a second, more than an edit list can number");
     long left = 0;
-    auto tracks = chooseTracks(timeline, track, left);
+    auto tracks = edlTracksFor(timeline, track, left);
     if (!tracks)
         return tracks.status();
     Writer writer(timeline, std::move(*tracks));

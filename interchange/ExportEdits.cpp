@@ -181,31 +181,34 @@ private:
             timeline.rate = {moment.rate, {}};
         timeline.dropFrame = moment.dropFrame;
         timeline.duration = moment.end - moment.start;
-        if (moment.label.is_valid() && moment.label.format().rate == moment.rate) {
-            timeline.startFrame =
-                moment.label.get_abs_posn(moment.rate.flicksToFrameNearest(moment.start));
-            timeline.dropFrame = moment.label.format().dropFrame;
-        }
-        const std::string_view start = importedMember(moment.metadata, kImportedStart);
-        timeline.startWritten = importedNumber(start, kImportedValue).value_or(0);
-        timeline.startRate = rateRead(importedText(start, kImportedRate));
-        keepStart(timeline);
+        if (moment.label.is_valid())
+            takeStart(moment, timeline);
         for (const Cue& cue : moment.cues)
             if (!cue.hasFlag(kCueTransient))
                 timeline.markers.push_back(markerOf(cue, moment.start));
         return timeline;
     }
 
-    // The start as it was written while it means the label that the edit has.
-    static void keepStart(Timeline& timeline) {
-        if (!timeline.startFrame)
+    // The start of the edit by its label, which may count at another rate: the same hours, minutes
+    // and seconds, as the reader has it. Written as it was while it means the same.
+    static void takeStart(const Moment& moment, Timeline& timeline) {
+        const TimecodeFormat& format = moment.label.format();
+        const double nominal = timeline.rate.rate.nominal();
+        const auto meant = [&](double value, const Kv::FrameRate& rate) {
+            return std::llround(value / rate.nominal() * nominal);
+        };
+        const std::int64_t frame =
+            moment.label.get_abs_posn(format.rate.flicksToFrameNearest(moment.start));
+        timeline.startFrame = meant(static_cast<double>(frame), format.rate);
+        timeline.dropFrame = format.dropFrame;
+        const std::string_view written = importedMember(moment.metadata, kImportedStart);
+        timeline.startWritten = importedNumber(written, kImportedValue).value_or(0);
+        timeline.startRate = rateRead(importedText(written, kImportedRate));
+        if (timeline.startRate.valid() &&
+            meant(timeline.startWritten, timeline.startRate.rate) == *timeline.startFrame)
             return;
-        const double nominal = timeline.startRate.valid() ? timeline.startRate.rate.nominal() : 0;
-        if (nominal == 0 || std::llround(timeline.startWritten / nominal *
-                                         timeline.rate.rate.nominal()) != *timeline.startFrame) {
-            timeline.startWritten = static_cast<double>(*timeline.startFrame);
-            timeline.startRate = timeline.rate;
-        }
+        timeline.startWritten = static_cast<double>(frame);
+        timeline.startRate = format.rate == moment.rate ? timeline.rate : RateRead{format.rate, {}};
     }
 
     Status addTrack(const Moment& moment, const Moment::Channel& channel, Timeline& timeline) {
@@ -319,6 +322,12 @@ private:
         item.channel = importedText(imported, kImportedChannel);
         item.sourceRate = rateRead(importedText(imported, kImportedRate));
         item.sourceDrop = importedMember(imported, kImportedDrop) == "true";
+        // An edit list that came by way of another format is known by what it said of the event.
+        const std::string_view event = importedMember(item.metadata, "edl");
+        if (!event.empty() && item.channel.empty()) {
+            item.channel = importedText(event, "channel");
+            item.sourceDrop = importedMember(event, "drop_frame") == "true";
+        }
     }
 
     Status fillItem(const CelSegment& segment, Timeline& timeline, const Track& track, Item& item) {

@@ -66,6 +66,9 @@ bool ExportSources::fill(const Cookie& played, const CelSegment& segment, Item& 
         return false;
     }
     item.media = asset.media;
+    const std::string reel = importedText(importedMember(item.metadata, "edl"), "reel");
+    if (item.media.reel.empty() && !reel.empty() && reel != "AX")
+        item.media.reel = item.media.name;
     if (!raw.empty() && location == asset.media.location)
         item.media.raw = raw;
     if (!item.sourceRate.valid() && item.channel.empty()) // an edit list counts at its own rate

@@ -4,8 +4,12 @@
 #include "tests/interchange/Corpus.h"
 #include "tests/interchange/ImportFixture.h"
 #include "tests/interchange/OtioText.h"
+#include "tests/support/Edits.h"
+#include "tests/support/Scale.h"
 
 #include <gmock/gmock.h>
+
+#include <random>
 
 namespace {
 
@@ -28,12 +32,165 @@ TEST_P(ExportOtioCorpus, WhatCameInComesOut) {
     const std::string text = exported(EditPtr(report.edits[0].edit));
     const ImportReport again = import(write("again.otio", text));
     ASSERT_EQ(again.edits.size(), 1u);
-    if (const char* keep = std::getenv("KEEP"))
-        std::ofstream(std::string(keep) + "/" + corpus::testName(GetParam()) + ".otio") << text;
     EXPECT_EQ(exported(EditPtr(again.edits[0].edit)), text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, ExportOtioCorpus, testing::ValuesIn(corpus::files("otio")),
                          [](const auto& file) { return corpus::testName(file.param); });
+
+class ExportOtio : public ImportFixture {
+protected:
+    EditModifier imported(const std::string& text) {
+        return EditModifier(import(write("t.otio", text)).edits.at(0).edit);
+    }
+    EditPtr reimported(const EditPtr& edit) {
+        return EditPtr(import(write("again.otio", exported(edit))).edits.at(0).edit);
+    }
+};
+
+// Tracks, names, sources, speeds, flags, cues: all that OTIO can say of an edit.
+std::string contentsOf(const EditPtr& edit) {
+    std::string text = toUtf8(edit->getName()) + " " + edit->getTimecode(0) + "\n";
+    for (const IdStamp& channel : edit->getChans()) {
+        const Cel& cel = *edit->get_edit_cel_p(channel);
+        text += itemsOf(edit, cel) + "\n";
+        for (std::uint32_t i = 0; i < cel.numSegments(); ++i) {
+            const CelSegment segment = cel.getSegment(i);
+            text += toUtf8(segment.detail.name) + "|" +
+                    std::to_string(segment.material.valid() ? segment.stripStart : 0) + "|" +
+                    toText(segment.speed) + (segment.flags & kEventDisabled ? "|off, " : ", ");
+        }
+        text += "\n";
+    }
+    const CueList cues = edit->getCues();
+    for (const Cue& cue : cues.cues())
+        text += std::to_string(frameOf(edit, cue.getTime())) + "-" +
+                (cue.hasEnd() ? std::to_string(frameOf(edit, cue.getEndTime())) : "") + " " +
+                toUtf8(cue.getName()) + "/" + toUtf8(cue.getDescription()) + "/" +
+                std::to_string(cue.getColour()) + "\n";
+    return text;
+}
+
+struct Change {
+    const char* name;
+    void (*make)(const EditPtr& edit, const Kv::Ptr<Cel>& cel);
+};
+
+Flicks at24(std::int64_t frame) { return Kv::FrameRate(24).frameToFlicks(frame); }
+
+void setFirst(const Kv::Ptr<Cel>& cel, double speed, unsigned flags) {
+    ChannelEvent event = cel->get_event(0);
+    event.speed = speed;
+    event.flags = static_cast<std::uint8_t>(event.flags | flags);
+    EXPECT_TRUE(cel->setEvent(0, event).ok());
+}
+
+const Change kChanges[] = {
+    {"nothing", [](const EditPtr&, const Kv::Ptr<Cel>&) {}},
+    {"name", [](const EditPtr& edit, const Kv::Ptr<Cel>&) { edit->setName(L"Other \"name\""); }},
+    {"split",
+     [](const EditPtr&, const Kv::Ptr<Cel>& cel) { EXPECT_TRUE(cel->split(at24(4)).ok()); }},
+    {"trim",
+     [](const EditPtr&, const Kv::Ptr<Cel>& cel) { EXPECT_TRUE(cel->trim(1, at24(2)).ok()); }},
+    {"lift", [](const EditPtr&,
+                const Kv::Ptr<Cel>& cel) { EXPECT_TRUE(cel->lift(TimeRange(0.25, 0.5)).ok()); }},
+    {"remove", [](const EditPtr&,
+                  const Kv::Ptr<Cel>& cel) { EXPECT_TRUE(cel->remove(TimeRange(0, 0.25)).ok()); }},
+    {"open a gap",
+     [](const EditPtr&, const Kv::Ptr<Cel>& cel) { EXPECT_TRUE(cel->insertGap(0, at24(5)).ok()); }},
+    {"speed", [](const EditPtr&, const Kv::Ptr<Cel>& cel) { setFirst(cel, -2, 0); }},
+    {"freeze", [](const EditPtr&, const Kv::Ptr<Cel>& cel) { setFirst(cel, 0, kEventFreeze); }},
+    {"disable", [](const EditPtr&, const Kv::Ptr<Cel>& cel) { setFirst(cel, 2, kEventDisabled); }},
+    {"markers",
+     [](const EditPtr& edit, const Kv::Ptr<Cel>&) {
+         CueList cues = edit->getCues();
+         Cue cue = cues.getCuePoint(0);
+         cue.setTime(cue.getTime() + 1.0 / 24);
+         cue.setColour(0x123456);
+         edit->changeCue(cue);
+         edit->addCue(Cue(TimeRange(0.5, 0.75), L"new"));
+     }},
+    {"start",
+     [](const EditPtr& edit, const Kv::Ptr<Cel>&) {
+         edit->addLabel(EditLabel(kLabelVideoTimecode, {2, 1}, {Kv::FrameRate(24), false}, 86400));
+     }},
+};
+
+// Two tracks with handles, a transition, speed, markers placed by two habits, and all that the
+// reader has no use for.
+std::string richTimeline() {
+    const std::string warp =
+        object("LinearTimeWarp.1", "w",
+               R"("effect_name":"x","metadata":{"k":[1,null]},"time_scalar":2.0)");
+    const std::string first =
+        clip("A", 100, 10,
+             "\"effects\":[" + object("Blur.1", "b") + "," + warp + "],\"metadata\":{\"n\":1e40}," +
+                 markers(marker("m", 3) + "," + marker("n", 5, 2)));
+    return timeline(
+        track(first + "," + transition(2, 3) + "," + clip("B", 0, 20) + "," +
+                  item("Gap.1", "", 0, 7) + "," + clip("C", 5, 6, {}, "25"),
+              R"("color":"x","metadata":{"t":true})") +
+            "," +
+            object("Track.1", "S",
+                   R"("kind":"Audio",)" + children(clip("D", 48000, 96000, {}, "48000"))),
+        time(90000, "25"));
+}
+
+TEST_F(ExportOtio, ChangesAreToldAndTheRestStays) {
+    for (const Change& change : kChanges) {
+        SCOPED_TRACE(change.name);
+        const EditModifier edit = imported(richTimeline());
+        change.make(edit, celOf(edit, 0));
+        const std::string text = exported(edit);
+        EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
+        EXPECT_EQ(exported(edit), text);
+        for (const char* const kept : {R"("OTIO_SCHEMA":"Blur.1")", R"({"n":1e40})",
+                                       R"({"t":true})", R"("color": "x")", R"("rate":48000)"})
+            EXPECT_THAT(text, testing::HasSubstr(kept));
+    }
+}
+
+// Random cuts, moves and markers at rates whose frames are no whole fractions of a second.
+TEST_F(ExportOtio, RandomEditsComeBack) {
+    for (int round = 0; round < rounds(20, 400); ++round) {
+        SCOPED_TRACE(round);
+        std::minstd_rand random(static_cast<unsigned>(round) + 1);
+        const auto below = [&](int most) {
+            return static_cast<int>(random() % static_cast<unsigned>(most));
+        };
+        const Kv::FrameRate rates[] = {Kv::FrameRate(24000, 1001), Kv::FrameRate(25),
+                                       Kv::FrameRate(30000, 1001), Kv::FrameRate(60000, 1001)};
+        const Kv::FrameRate rate = rates[round % 4];
+        const EditModifier edit = makeEdit(2, 2, rate, L"Random");
+        setStartTimecode(edit, rate.allowsDropFrame() ? "10:03:07;11" : "10:03:07:11",
+                         rate.allowsDropFrame());
+        for (const IdStamp& channel : edit->getChans()) {
+            std::vector<Piece> pieces;
+            for (int i = below(12) + 1; i > 0; --i)
+                pieces.push_back({below(4) == 0 ? L"" : std::wstring(1, L'a' + below(5)),
+                                  below(5000) + 1, below(100000)});
+            layPieces(edit, channel, pieces);
+            const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
+            const auto frame = [&] { return rate.frameToFlicks(below(20000)); };
+            (void)cel->split(frame());
+            (void)cel->insertGap(frame(), rate.frameToFlicks(below(50) + 1));
+            const double from = toSeconds(frame());
+            (void)cel->remove(TimeRange(from, from + toSeconds(rate.frameToFlicks(below(99) + 1))));
+        }
+        for (int i = below(6); i > 0; --i)
+            edit->addCue(Cue(toSeconds(rate.frameToFlicks(below(9))), L"m" + std::to_wstring(i)));
+        const EditPtr again = reimported(edit);
+        EXPECT_EQ(contentsOf(again), contentsOf(edit));
+        EXPECT_EQ(again->getDropFrame(), edit->getDropFrame());
+        EXPECT_EQ(exported(again), exported(reimported(again)));
+    }
+}
+
+TEST_F(ExportOtio, NestedInItselfIsRefused) {
+    const EditModifier edit = makeEdit(1, 0);
+    layPieces(edit, edit->getId(0), {{L"A", 10, 0}});
+    celOf(edit, 0)->setStripCookie(0, edit.getCookie());
+    EXPECT_THAT(exportOtio(edit).status().message(), testing::HasSubstr("nested in itself"));
+}
 
 } // namespace

@@ -1,0 +1,169 @@
+// Edits as edit lists: what a list can hold comes out as it came in, the rest is refused or told.
+#include "interchange/EdlList.h"
+#include "interchange/Exporter.h"
+#include "tests/interchange/Corpus.h"
+#include "tests/interchange/ImportFixture.h"
+#include "tests/support/Edits.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace cutroom;
+using namespace cutroom::test;
+
+std::string exported(const EditPtr& edit, const std::string& track = {}) {
+    const auto file = exportEdl(edit, track);
+    EXPECT_TRUE(file.ok()) << file.status().text();
+    return file.ok() ? file->text : std::string();
+}
+
+// Tracks with their items and names, then markers: all that a list says of an edit.
+std::string contentsOf(const EditPtr& edit) {
+    std::string text = toUtf8(edit->getName()) + " " + edit->getTimecode(0) + "\n";
+    for (const IdStamp& channel : edit->getChans()) {
+        const Cel& cel = *edit->get_edit_cel_p(channel);
+        text += toUtf8(edit->getChanUserName(channel)) + ": " + itemsOf(edit, cel) + "\n  ";
+        for (std::uint32_t i = 0; i < cel.numSegments(); ++i) {
+            const CelSegment segment = cel.getSegment(i);
+            text += toUtf8(segment.detail.name) + "|" + toUtf8(segment.detail.media) + "|" +
+                    toText(segment.speed) + "|" + importedText(segment.detail.metadata, "rate") +
+                    ", ";
+        }
+        text += "\n";
+    }
+    const CueList cues = edit->getCues();
+    for (const Cue& cue : cues.cues())
+        text += std::to_string(frameOf(edit, cue.getTime())) + " " + toUtf8(cue.getName()) + "/" +
+                toUtf8(cue.getDescription()) + "/" + std::to_string(cue.getColour()) + "\n";
+    return text;
+}
+
+// The four timecodes, kind and speed of each event.
+std::vector<std::string> eventsOf(const std::string& bytes) {
+    bool latin1 = false;
+    std::vector<std::string> events;
+    for (const EdlEvent& event : parseEdlLines(edlLines(bytes, &latin1)).events)
+        events.push_back(event.timecodes + " " + event.kindText + " " + event.speedText);
+    std::sort(events.begin(), events.end());
+    return events;
+}
+
+class ExportEdlCorpus : public ImportFixture, public testing::WithParamInterface<std::string> {};
+
+TEST_P(ExportEdlCorpus, WhatCameInComesOut) {
+    const std::string path = corpus::folder() + GetParam();
+    const ImportReport report = import(path);
+    reopen();
+    const EditPtr edit(report.edits.at(0).edit);
+    ImportOptions atItsRate;
+    atItsRate.rate = edit->getFrameRate();
+    const std::string text = exported(edit);
+    const ImportReport again = import(write("again.edl", text), atItsRate);
+    const EditPtr second(again.edits.at(0).edit);
+    EXPECT_EQ(contentsOf(second), contentsOf(edit));
+    EXPECT_EQ(exported(second), text);
+    // Only clips that are joined, and lines that stood for nothing, are written otherwise.
+    std::vector<std::string> lost;
+    const auto before = eventsOf(*readFile(path)), after = eventsOf(text);
+    std::set_difference(before.begin(), before.end(), after.begin(), after.end(),
+                        std::back_inserter(lost));
+    const auto transitions = corpus::facts(GetParam())->getUnsigned("n_transitions");
+    EXPECT_THAT(lost, testing::SizeIs(testing::Le(3 * transitions)));
+    // By way of OTIO, which keeps what an event said as metadata, the same events come out.
+    const ImportReport otio = import(write("again.otio", exportOtio(edit)->text));
+    EXPECT_EQ(eventsOf(exported(EditPtr(otio.edits.at(0).edit))), after);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, ExportEdlCorpus, testing::ValuesIn(corpus::files("edl")),
+                         [](const auto& file) { return corpus::testName(file.param); });
+
+class ExportEdl : public ImportFixture {
+protected:
+    static EditModifier makeList(const Kv::FrameRate& rate, const std::string& start, bool drop) {
+        EditModifier edit = makeEdit(1, 2, rate, L"List");
+        setStartTimecode(edit, start, drop);
+        return edit;
+    }
+    EditPtr reimported(const EditPtr& edit) {
+        ImportOptions atItsRate;
+        atItsRate.rate = edit->getFrameRate();
+        return EditPtr(import(write("l.edl", exported(edit)), atItsRate).edits.at(0).edit);
+    }
+};
+
+TEST_F(ExportEdl, FreshEditIsAStrictList) {
+    const EditModifier edit = makeList(Kv::FrameRate(30000, 1001), "23:59:59;00", true);
+    layPieces(edit, edit->getId(0), {{L"long name of a.mov", 40, 10}, {L"", 10, 0}, {L"B", 50, 0}});
+    layPieces(edit, edit->getId(1), {{L"B", 40, 5}});
+    layPieces(edit, edit->getId(2), {{L"B", 40, 5}});
+    Cue cue(1.0, L"Name");
+    cue.setDescription(L"two\nlines");
+    edit->addCue(cue);
+    const auto file = exportEdl(edit);
+    ASSERT_TRUE(file.ok());
+    EXPECT_EQ(file->text, "TITLE:   List\n"
+                          "FCM: DROP FRAME\n"
+                          "001  LONG_NAM V     C        00:00:00;10 00:00:01;20 23:59:59;00 "
+                          "00:00:00;10\n"
+                          "* FROM CLIP NAME:  long name of a.mov\n"
+                          "002  B        AA    C        00:00:00;05 00:00:01;15 23:59:59;00 "
+                          "00:00:00;10\n"
+                          "* FROM CLIP NAME:  B\n"
+                          "* LOC: 00:00:00;00 WHITE   Name: two lines\n"
+                          "003  B        V     C        00:00:00;00 00:00:01;20 00:00:00;20 "
+                          "00:00:02;10\n"
+                          "* FROM CLIP NAME:  B\n");
+    EXPECT_EQ(exported(edit), file->text);
+}
+
+// Frames of labels, not of clocks: no drift over a day.
+TEST_F(ExportEdl, LongEditsKeepTheirFrames) {
+    for (const int nominal : {30, 60}) {
+        const EditModifier edit =
+            makeList(Kv::FrameRate(nominal * 1000, 1001), "00:00:00;00", true);
+        const int day = nominal * 86400 - nominal / 15 * (1440 - 144);
+        layPieces(edit, edit->getId(0), {{L"A", 17, 0}, {L"B", day - 1017, 3}, {L"A", 999, 7}});
+        const EditPtr again = reimported(edit);
+        EXPECT_EQ(itemsOf(again, *celOf(again, 0)), itemsOf(edit, *celOf(edit, 0)));
+        EXPECT_TRUE(again->getDropFrame());
+    }
+}
+
+TEST_F(ExportEdl, WhatAListCannotHoldIsRefusedOrTold) {
+    const EditModifier edit = makeEdit(2, 1, Kv::FrameRate(25));
+    EXPECT_FALSE(exportEdl(edit).ok());
+    for (int i = 0; i < 3; ++i)
+        layPieces(edit, edit->getId(i), {{i == 1 ? L"Up" : L"Low", 20, 0}, {L"End", 20, 0}});
+    EXPECT_THAT(exportEdl(edit).status().message(), testing::HasSubstr("--track: V1, V2"));
+    EXPECT_EQ(exportEdl(edit, "V3").status().code(), StatusCode::notFound);
+    EXPECT_THAT(exported(edit, "V2"), testing::HasSubstr("UP       V "));
+    EXPECT_THAT(exported(edit, "A1"), testing::Not(testing::HasSubstr(" V  ")));
+    Kv::Ptr<Cel> cel = celOf(edit, 0);
+    ChannelEvent event = cel->get_event(0);
+    event.flags |= kEventDisabled;
+    ASSERT_TRUE(cel->setEvent(0, event).ok());
+    EXPECT_THAT(exportEdl(edit, "V1")->warnings, testing::Contains("disabled clips left out: 1"));
+    EXPECT_FALSE(exportEdl(makeEdit(1, 0, Kv::FrameRate(120))).ok());
+}
+
+TEST_F(ExportEdl, ChangesAreToldAndTheRestStays) {
+    const std::string list = "TITLE: T\nFCM: NON-DROP FRAME\n"
+                             "001  TAPE1    V     C        01:00:00:00 01:00:04:00 10:00:00:00 "
+                             "10:00:04:00\n* FROM CLIP NAME: One\n* COMMENT: kept\n"
+                             "002  TAPE2    V     C        02:00:00:00 02:00:02:00 10:00:04:00 "
+                             "10:00:08:00\nM2   TAPE2    012.5                02:00:00:00\n";
+    ImportOptions at25;
+    at25.rate = Kv::FrameRate(25);
+    const EditModifier edit(import(write("t.edl", list), at25).edits.at(0).edit);
+    ASSERT_TRUE(celOf(edit, 0)->trim(1, edit->getFrameRate().frameToFlicks(-25)).ok());
+    const std::string text = exported(edit);
+    for (const char* const expected :
+         {"01:00:00:00 01:00:03:00 10:00:00:00 10:00:03:00\n* FROM CLIP NAME:  One\n* COMMENT: "
+          "kept",
+          "01:59:59:13 02:00:02:00 10:00:03:00 10:00:08:00\nM2   TAPE2    012.5"})
+        EXPECT_THAT(text, testing::HasSubstr(expected));
+    EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
+}
+
+} // namespace
