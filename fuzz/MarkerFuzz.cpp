@@ -1,0 +1,52 @@
+// Any bytes as a list of markers, the first one choosing the format: what is read lies on the edit,
+// and is found again when it is written as a table.
+#include "editops/basics/EmptyEdit.h"
+#include "export/AssetMetadataCSVExporter.h"
+#include "interchange/MarkerImport.h"
+#include "platform/embedded/EmbeddedHost.h"
+#include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+
+using namespace cutroom;
+
+// An edit of an hour from 10:00:00:00, for all inputs.
+const EditPtr& programme() {
+    static EmbeddedHost host{EmbeddedHost::repeatable()};
+    static const EditPtr edit = [] {
+        const EditModifier made =
+            createEmptyEdit(Cookie(), L"Reel", 1, 0, 3600, Kv::FrameRate(30000, 1001));
+        made->addLabel(EditLabel(kLabelVideoTimecode, {2, 1}, {{30000, 1001}, true}, 1'078'920));
+        return EditPtr(made);
+    }();
+    return edit;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0)
+        return 0;
+    const EditPtr& edit = programme();
+    const MarkerTarget target =
+        markerTarget(edit, data[0] & 4 ? MarkerClock::media : MarkerClock::timecode);
+    const std::string_view bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
+    const auto read = readMarkers(bytes, "fuzz", static_cast<MarkerFormat>(data[0] & 3), target);
+    if (!read.ok())
+        return 0;
+    const MarkerPlan plan = planMarkers({}, *read, target.places, MarkerConflict::both);
+    if (plan.added != read->markers.size() || plan.cues.getNumCuePoints() != plan.added)
+        __builtin_trap();
+    for (const Cue& cue : plan.cues.cues())
+        if (cue.getTime() < 0 || (cue.hasEnd() && cue.getEndTime() < cue.getTime()))
+            __builtin_trap();
+    const auto table = AssetMetadataCSVExporter().getText(edit, plan.cues.cues());
+    const auto again = readMarkers(table.value(), "table", MarkerFormat::csv, target);
+    if (again.ok() && again->markers.size() != plan.added)
+        __builtin_trap();
+    return 0;
+}
