@@ -54,8 +54,8 @@ public:
     // object lives on with those who hold it.
     cutroom::Status destroy(const Cookie& bin, const LightweightString<char>& reason);
     // Reads a loaded bin again from its file: what was not saved is lost. The bin tells 768 with
-    // the reason "reload", and is not dirty. `notFound` when it is not loaded; a file that cannot
-    // be read gives why, and nothing is told.
+    // the reason "reload", and is not dirty. `notFound` when it is not loaded, or has no file yet:
+    // then it stays as it is. A file that cannot be read gives why, and nothing is told.
     cutroom::Status reload(const Cookie& bin);
 
     // --- saving --------------------------------------------------------------------------------
@@ -63,7 +63,7 @@ public:
     // whether any was dirty or not. On failure all stay dirty and nothing is told; what changes
     // meanwhile stays dirty. A bin whose file must not be replaced, since a later version wrote it,
     // does not keep the others from being written: it stays dirty, and its failure is given.
-    // Without a project bins live in memory only: nothing is written or told, nothing fails.
+    // Without a project bins live in memory only: nothing is written, nothing fails.
     cutroom::Status saveAll();
     // Some loaded bin is dirty.
     bool anyDirty() const;

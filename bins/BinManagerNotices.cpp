@@ -3,6 +3,7 @@
 #include "bins/BinsCache.h"
 #include "bins/ContainerNotice.h"
 #include "platform/base/Log.h"
+#include "platform/files/Files.h"
 #include "platform/project/CurrentProject.h"
 #include "platform/project/Savers.h"
 
@@ -52,6 +53,8 @@ Status BinManager::reload(const Cookie& bin) {
     const Kv::Ptr<BinData> loaded = findLoaded(bin);
     if (!loaded)
         return {cutroom::StatusCode::notFound, bin.asString(), "the bin is not loaded"};
+    if (!cutroom::fileExists(cutroom::toUtf8(loaded->getLocation())))
+        return {cutroom::StatusCode::notFound, bin.asString(), "the bin has not been saved yet"};
     if (Status read = loaded->load(); !read)
         return read;
     loaded->tellModification(ContainerBase::Modification(ContainerBase::kModItemsAdded |

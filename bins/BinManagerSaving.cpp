@@ -69,8 +69,7 @@ Status BinManager::saveAll() {
         if (Status saved = saveDirty(leftOut); !saved)
             return saved;
     }
-    if (CurrentProject::isOpen() && !CurrentProject::isReadOnly())
-        issueNotification(Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec()));
+    issueNotification(Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec()));
     return leftOut;
 }
 
@@ -94,10 +93,13 @@ Status BinManager::saveDirty(Status& leftOut) {
         if (leftOut.ok()) // its own file is not to be replaced
             leftOut = taken;
     }
-    Status committed = group.commit();
-    if (committed)
-        bins.saved();
-    return committed;
+    if (Status committed = group.commit(); !committed)
+        return committed;
+    bins.saved();
+    // A cache older than a bin's file is not trusted about that bin.
+    const CriticalSection::Lock held(mapsLock_);
+    cacheIsCurrent_ = false;
+    return {};
 }
 
 // --- removing ------------------------------------------------------------------------------------

@@ -218,8 +218,7 @@ void Search::addRead(const std::string& path, const Cookie& bin, const BinSummar
             summary = *cached;
         summary.id = bin;
     }
-    if (!cached || !(summary == *cached))
-        found_.cacheIsCurrent = false;
+    found_.cacheIsCurrent = false; // so that the next start can trust one that is newer
     found_.summaries.insert_or_assign(found_.summaries.end(), bin, std::move(summary));
 }
 

@@ -109,6 +109,8 @@ TEST_F(BinManagerTest, ADestroyedBinLeavesItsHolderAndABackup) {
 TEST_F(BinManagerTest, ReloadingTakesWhatTheFileSays) {
     const Kv::Ptr<BinData> bin = newBin(L"saved");
     EXPECT_EQ(bins().reload(Cookie('G', 1)).code(), StatusCode::notFound);
+    EXPECT_EQ(bins().reload(bin->getID()).code(), StatusCode::notFound) << "it has no file";
+    EXPECT_TRUE(bin->valid() && bin->isDirty());
     EXPECT_TRUE(bins().saveAll().ok());
     bin->setName(L"changed");
     told_.clear();
@@ -344,6 +346,11 @@ TEST_F(BinManagerTest, SettingUpAgainKeepsWhatIsHeldOrNotSaved) {
     EXPECT_EQ(bins().getSummary(id).name, L"renamed");
     ASSERT_TRUE(project_->close().ok());
     EXPECT_FALSE(bins().isManaged(id));
+    told_.clear();
+    const Cookie inMemory = newBin(L"in memory")->getID();
+    EXPECT_TRUE(bins().saveAll().ok());
+    EXPECT_THAT(told_, Contains("saved")) << "though there is no project";
+    ASSERT_TRUE(bins().destroy(inMemory, "").ok());
     std::map<Cookie, BinManager::BinSummary> all;
     bins().getAllBins(all);
     EXPECT_THAT(all, IsEmpty());

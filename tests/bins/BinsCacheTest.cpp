@@ -189,6 +189,23 @@ TEST_F(BinsFound, AddedReplacedAndRemovedFilesAreNoticed) {
     EXPECT_THAT(*cached, ElementsAre(testing::Key(Cookie('G', 2)), testing::Key(Cookie('G', 3))));
 }
 
+TEST_F(BinsFound, ABinSavedAfterTheCacheIsReadOnceOnly) {
+    bins().getData(Cookie('G', 1))->setDimensions({640, 480}); // no summary says that
+    ASSERT_TRUE(bins().saveAll().ok());
+    reopen();
+    behindItsBack([](const std::string& groups) {
+        namespace fs = std::filesystem;
+        const std::string one = groups + Cookie('G', 1).asString() + ".bin";
+        fs::last_write_time(one, fs::last_write_time(one) + std::chrono::minutes(90));
+    });
+    open();
+    EXPECT_EQ(openings(), 1);
+    end();
+    files_.arm(-1, FaultyFiles::Span::once);
+    open();
+    EXPECT_EQ(openings(), 0);
+}
+
 struct CacheRow {
     const char* name;
     std::function<void(const std::string& path)> damage;
