@@ -2,9 +2,11 @@
 
 #include "bins/BinFileText.h"
 #include "bins/DocumentManager.h"
+#include "bins/PlaceTable.h"
 #include "platform/files/Files.h"
 #include "platform/project/ProjDb.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -69,52 +71,6 @@ void readForm(const Reader& in, BinContents& contents) {
     }
 }
 
-CookieVec readAssets(const Reader& in) {
-    CookieVec assets;
-    assets.reserve(in.getNumItems());
-    for (std::size_t i = 0; i < in.getNumItems(); ++i)
-        assets.emplace_back(in.getText(i, kCookie));
-    return assets;
-}
-
-// Tells of each asset whether it is there; other kinds than edits and documents always are.
-std::vector<char> presenceOf(const CookieVec& assets) {
-    std::vector<char> present(assets.size(), 1);
-    CookieVec edits;
-    std::vector<std::size_t> places; // of the edits
-    for (std::size_t i = 0; i < assets.size(); ++i) {
-        const CookieType type = assets[i].type();
-        if (type == 'E') {
-            edits.push_back(assets[i]);
-            places.push_back(i);
-        } else if (type == 'D' || type == 'A') {
-            present[i] = DocumentManager::instance().exists(assets[i]);
-        }
-    }
-    const std::vector<bool> known = projdb::arePresent(edits);
-    for (std::size_t i = 0; i < edits.size(); ++i)
-        present[places[i]] = known[i];
-    return present;
-}
-
-// The items to be read: the first of each asset that is there. `places` tells where in the result
-// each asset is. One step for all items, since a look into a large table is slow between others.
-std::vector<std::size_t> chooseItems(const CookieVec& assets, PlaceTable<Cookie>& places) {
-    constexpr std::size_t kAhead = 8;
-    const std::vector<char> present = presenceOf(assets);
-    std::vector<std::size_t> chosen;
-    chosen.reserve(assets.size());
-    const auto keyAt = [&](std::size_t place) -> const Cookie& { return assets[chosen[place]]; };
-    places.reserve(assets.size(), keyAt);
-    for (std::size_t i = 0; i < assets.size(); ++i) {
-        if (i + kAhead < assets.size())
-            places.prefetch(assets[i + kAhead]);
-        if (present[i] && places.insert(assets[i], chosen.size(), keyAt) == places.kNone)
-            chosen.push_back(i);
-    }
-    return chosen;
-}
-
 // The fields of one item after the other.
 class ItemReader {
 public:
@@ -142,22 +98,70 @@ private:
     std::vector<Reader::Value> values_;
 };
 
-void readItems(const Reader& in, BinFile& file) {
-    const CookieVec assets = readAssets(in);
-    const std::vector<std::size_t> chosen = chooseItems(assets, file.places);
+// Every item of the file, in its order; `assets` are theirs, for looks that shall not walk through
+// all that an item is.
+BinContents::Items readItems(const Reader& in, CookieVec& assets) {
+    BinContents::Items items;
+    items.reserve(in.getNumItems());
+    assets.reserve(in.getNumItems());
     ItemReader item(in);
-    BinContents::Items& items = file.contents.items;
-    items.reserve(chosen.size());
-    for (const std::size_t i : chosen) {
+    IdRow ids;
+    for (std::size_t i = 0; i < in.getNumItems(); ++i) {
         item.read(i);
         const double time = item.number(kTime, 0);
-        BinItem& made = items.emplace_back(assets[i], std::isfinite(time) ? time : 0);
+        const Cookie& asset = assets.emplace_back(item.text(kCookie));
+        BinItem& made = items.emplace_back(asset, std::isfinite(time) ? time : 0, ids);
         made.markIn = readMark(item.number(item.mark, kUnsetMark));
         made.markOut = readMark(item.number(item.markOut, kUnsetMark));
         made.position = readPosition(item.text(item.pos));
         if (const std::string_view vob = item.text(item.id); !vob.empty())
             made.vobId(LightweightString<char>(vob));
     }
+    return items;
+}
+
+// Tells of each asset that is no edit whether its item is kept.
+class OtherAssets {
+public:
+    explicit OtherAssets(const CookieVec& assets) : assets_(assets) {
+        places_.reserve(assets.size(), at_);
+    }
+    bool keeps(std::size_t i) {
+        if (i + kAhead < assets_.size())
+            places_.prefetch(assets_[i + kAhead]);
+        const CookieType type = assets_[i].type();
+        if ((type == 'D' || type == 'A') && !DocumentManager::instance().exists(assets_[i]))
+            return false;
+        return places_.insert(assets_[i], i, at_) == places_.kNone;
+    }
+
+private:
+    static constexpr std::size_t kAhead = 24; // looks that memory does at a time
+
+    struct At {
+        const CookieVec& assets;
+        const Cookie& operator()(std::size_t place) const { return assets[place]; }
+    };
+    const CookieVec& assets_;
+    const At at_{assets_};
+    PlaceTable<Cookie> places_;
+};
+
+// Tells of each asset whether its item is kept: the first of each that is there. Other kinds than
+// edits and documents always are.
+std::vector<bool> keptOf(const CookieVec& assets) {
+    const auto isEdit = [](const Cookie& asset) { return asset.type() == 'E'; };
+    if (std::all_of(assets.begin(), assets.end(), isEdit)) // as in most bins
+        return projdb::firstPresent(assets);
+    CookieVec edits, rest;
+    std::partition_copy(assets.begin(), assets.end(), std::back_inserter(edits),
+                        std::back_inserter(rest), isEdit);
+    const std::vector<bool> keptEdits = projdb::firstPresent(edits);
+    OtherAssets others(rest);
+    std::vector<bool> kept(assets.size());
+    for (std::size_t i = 0, edit = 0; i < assets.size(); ++i)
+        kept[i] = isEdit(assets[i]) ? keptEdits[edit++] : others.keeps(i - edit);
+    return kept;
 }
 
 // Places in pixels become places in tiles.
@@ -186,7 +190,11 @@ Result<BinFile> BinFile::read(const LightweightString<wchar_t>& fileName) {
     file.created = readSeconds(in, kCreated);
     if (file.created == 0)
         file.created = file.modified;
-    readItems(in, file);
+    CookieVec assets;
+    file.contents.items = readItems(in, assets);
+    const std::vector<bool> kept = keptOf(assets);
+    if (std::size_t place = 0; std::find(kept.begin(), kept.end(), false) != kept.end())
+        std::erase_if(file.contents.items, [&](const BinItem&) { return !kept[place++]; });
     if (file.contents.version == kBinVersionPixels)
         convertPixels(in, file.contents);
     file.contents.dimensions = readSize(in.getAttribute(kSize)).value_or(XY<int>());

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "bins/BinContents.h"
-#include "bins/PlaceTable.h"
 #include "platform/base/Status.h"
 #include "platform/base/Strings.h"
 #include "platform/files/KVContainerFile.h"
@@ -22,7 +21,6 @@ struct BinFile {
     std::uint32_t created = 0; // seconds since 1970
     std::uint32_t modified = 0;
     BinContents contents;
-    PlaceTable<Cookie> places; // of the assets in `contents.items`
     bool holdsUnknown = false; // more than is known here
 
     // Reads a file. Items of documents and edits that are not there are left out, and every later

@@ -53,38 +53,44 @@ void appendFloat(std::string& text, float number) {
                 std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
 }
 
-// A plain decimal of few digits, which most are: its double is exact or, with at most seven
-// decimals, never so close to the middle of two floats that rounding twice would matter.
-std::optional<float> shortDecimal(std::string_view text) noexcept {
+// A plain decimal of few digits, which most are, from `at` on, which then points behind it: its
+// double is exact or, with at most seven decimals, never so close to the middle of two floats that
+// rounding twice would matter. False for any other.
+bool shortDecimal(const char*& at, const char* end, float& number) noexcept {
     static constexpr double kPowers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
-    std::size_t at = 0;
-    const bool negative = !text.empty() && text[0] == '-';
+    const auto digit = [&] { return at != end && *at >= '0' && *at <= '9'; };
+    const bool negative = at != end && *at == '-';
     at += negative;
-    int value = 0, digits = 0, decimals = 0;
-    bool point = false;
-    for (; at < text.size(); ++at) {
-        const char c = text[at];
-        if (c >= '0' && c <= '9') {
-            if (++digits > 9)
-                return std::nullopt;
-            value = value * 10 + (c - '0');
-            decimals += point;
-        } else if (c == '.' && !point && digits > 0) {
-            point = true;
-        } else {
-            break;
-        }
+    const char* const first = at;
+    int value = 0;
+    for (; digit() && at - first < 9; ++at)
+        value = value * 10 + (*at - '0');
+    auto digits = at - first;
+    double exact = value;
+    if (digits > 0 && at != end && *at == '.') {
+        const char* const decimals = ++at;
+        for (; digit() && digits < 9; ++at, ++digits)
+            value = value * 10 + (*at - '0');
+        if (at - decimals > 7)
+            return false;
+        exact = value / kPowers[at - decimals];
     }
-    const bool exponent = at < text.size() && (text[at] == 'e' || text[at] == 'E');
-    if (digits == 0 || decimals > 7 || exponent)
-        return std::nullopt;
-    const double number = value / kPowers[decimals];
-    return static_cast<float>(negative ? -number : number);
+    number = static_cast<float>(negative ? -exact : exact);
+    return digits > 0 && !digit();
+}
+
+// As it is written, with short decimals. False for any other.
+bool shortPosition(std::string_view text, XY<float>& position) noexcept {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    if (at == end || *at++ != '(')
+        return false;
+    if (!shortDecimal(at, end, position.x) || at == end || *at++ != ',')
+        return false;
+    return shortDecimal(at, end, position.y) && end - at == 1 && *at == ')';
 }
 
 float readFloat(std::string_view text) noexcept {
-    if (const std::optional<float> number = shortDecimal(text))
-        return *number;
     return leadingNumber<float>(text).value_or(static_cast<float>(kUnreadable));
 }
 
@@ -99,8 +105,8 @@ void appendPosition(std::string& text, const XY<float>& position) {
 }
 
 XY<float> readPosition(std::string_view text) noexcept {
-    if (text == "(-1,-1)")
-        return {-1.0f, -1.0f};
+    if (XY<float> position; shortPosition(text, position))
+        return position;
     const auto parts = twoParts(text);
     if (!parts)
         return {static_cast<float>(kUnreadable), static_cast<float>(kUnreadable)};

@@ -42,7 +42,7 @@ Status BinData::load(const LightweightString<wchar_t>& fileName) {
         setCreationTime(file->created);
         setModificationTime(file->modified);
         std::swap(contents_, file->contents);
-        index_->adopt(std::move(file->places));
+        index_->drop();
         if (own)
             fileState_ = file->holdsUnknown ? FileState::withUnknown : FileState::plain;
     }

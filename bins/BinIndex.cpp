@@ -87,12 +87,4 @@ bool BinIndex::appendNew(Items& items, BinItem item) {
     return true;
 }
 
-void BinIndex::adopt(PlaceTable<Cookie> assets) noexcept {
-    drop();
-    if (assets.empty())
-        return;
-    assets_.table = std::move(assets);
-    assets_.made = true;
-}
-
 } // namespace cutroom

@@ -27,9 +27,6 @@ public:
     void appended(const Items& items, std::size_t first);
     // Appends the item unless one of its asset is there; tells whether it did.
     bool appendNew(Items& items, BinItem item);
-    // The items were replaced by `items`; takes over a table of their assets, made elsewhere. An
-    // empty one is none.
-    void adopt(PlaceTable<Cookie> assets) noexcept;
 
 private:
     template <class Key> struct Side {

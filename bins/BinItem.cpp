@@ -4,6 +4,8 @@
 #include "platform/store/Edit.h"
 #include "vob/Vob.h"
 
+#include <algorithm>
+
 namespace {
 
 // Ids that a thread may still give out: 64 bits that nobody else has, and a count.
@@ -12,6 +14,7 @@ struct IdBlock {
     std::uint32_t given = 0;
 };
 constexpr std::uint32_t kBlockSize = 1u << 20;
+constexpr std::uint32_t kRowSize = 1u << 10;
 
 thread_local constinit IdBlock block;
 
@@ -27,6 +30,18 @@ IdStamp WithIdentity::fresh() noexcept {
                    static_cast<std::uint32_t>(block.bits), block.given);
 }
 
+void IdRow::take() noexcept {
+    first_ = WithIdentity().getID();
+    given_ = 0;
+    left_ = std::min(kRowSize, kBlockSize - block.given + 1);
+    block.given += left_ - 1;
+}
+
+const std::string& RareText::none() noexcept {
+    static const std::string empty;
+    return empty;
+}
+
 } // namespace cutroom
 
 BinItem::BinItem(const EditPtr& edit) {
@@ -38,16 +53,14 @@ BinItem::BinItem(const EditPtr& edit) {
     markOut = edit->getStoredMark(Kv::MarkTypes::Out);
 }
 
-BinItem::~BinItem() = default;
-
 const LightweightString<char>& BinItem::vobId() {
-    if (vobId_.empty())
-        vobId_ = Vob::makeUniqueID();
-    return vobId_;
+    if (getVobId().empty())
+        vobId(Vob::makeUniqueID());
+    return getVobId();
 }
 
 bool BinItem::equals(const BinItem& other) const noexcept {
     return asset == other.asset && time == other.time && markIn == other.markIn &&
            markOut == other.markOut && position == other.position && tagged == other.tagged &&
-           vobId_ == other.vobId_;
+           getVobId() == other.getVobId();
 }

@@ -39,8 +39,7 @@ namespace cutroom {
 
 namespace {
 
-// Each asset of a kind once.
-CookieVec onceEach(const KVContainerFile::Reader& file, CookieType type) {
+CookieVec assetsOf(const KVContainerFile::Reader& file, CookieType type) {
     CookieVec assets;
     for (std::size_t item = 0; item < file.getNumItems(); ++item) {
         const std::string_view text = file.getText(item, 0);
@@ -48,16 +47,16 @@ CookieVec onceEach(const KVContainerFile::Reader& file, CookieType type) {
             if (const Cookie asset(text); asset.valid())
                 assets.push_back(asset);
     }
-    std::sort(assets.begin(), assets.end());
-    assets.erase(std::unique(assets.begin(), assets.end()), assets.end());
     return assets;
 }
 
 // Those that a bin keeps when it is loaded.
 std::int32_t countLogs(const KVContainerFile::Reader& file) {
-    const std::vector<bool> edits = projdb::arePresent(onceEach(file, 'E'));
+    const std::vector<bool> edits = projdb::firstPresent(assetsOf(file, 'E'));
     auto count = std::count(edits.begin(), edits.end(), true);
-    const CookieVec documents = onceEach(file, 'D');
+    CookieVec documents = assetsOf(file, 'D');
+    std::sort(documents.begin(), documents.end());
+    documents.erase(std::unique(documents.begin(), documents.end()), documents.end());
     count += std::count_if(documents.begin(), documents.end(), [](const Cookie& document) {
         return DocumentManager::instance().exists(document);
     });

@@ -16,6 +16,10 @@ std::vector<bool> arePresent(const CookieVec& cookies) {
     return ProjectDatabase::instance().arePresent(cookies);
 }
 
+std::vector<bool> firstPresent(const CookieVec& cookies) {
+    return ProjectDatabase::instance().firstPresent(cookies);
+}
+
 std::optional<Record> find(const Cookie& cookie) {
     return ProjectDatabase::instance().find(cookie);
 }

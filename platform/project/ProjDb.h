@@ -29,6 +29,8 @@ namespace projdb {
 CUTROOM_API bool isPresent(const Cookie& cookie);
 // The same for many: the answers in the order of the cookies, under one lock.
 CUTROOM_API std::vector<bool> arePresent(const CookieVec& cookies);
+// The same, and true but for the first of equal cookies. Made for many: some nanoseconds each.
+CUTROOM_API std::vector<bool> firstPresent(const CookieVec& cookies);
 CUTROOM_API std::optional<Record> find(const Cookie& cookie);
 CUTROOM_API std::optional<Summary> findSummary(const Cookie& cookie);
 CUTROOM_API std::size_t count();

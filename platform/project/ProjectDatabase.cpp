@@ -12,8 +12,6 @@ namespace {
 
 // Rows read under one hold of the lock.
 constexpr std::size_t kPage = 256;
-// How many look-ups ahead memory is asked for.
-constexpr std::size_t kLookAhead = 12;
 constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
 
 // Moves a damaged database away together with its log; what the log was about goes with it.
@@ -167,19 +165,20 @@ void ProjectDatabase::compactEntries() {
 
 bool ProjectDatabase::isPresent(const Cookie& cookie) const {
     CriticalSection::Lock lock(lock_);
-    return slots_.find(cookie).has_value();
+    return slots_.contains(cookie);
 }
 
 std::vector<bool> ProjectDatabase::arePresent(const CookieVec& cookies) const {
     CriticalSection::Lock lock(lock_);
-    std::vector<bool> answers;
-    answers.reserve(cookies.size());
-    for (std::size_t i = 0; i < cookies.size(); ++i) {
-        if (i + kLookAhead < cookies.size())
-            slots_.prefetch(cookies[i + kLookAhead]);
-        answers.push_back(slots_.find(cookies[i]).has_value());
-    }
+    std::vector<bool> answers(cookies.size());
+    for (std::size_t i = 0; i < cookies.size(); ++i)
+        answers[i] = slots_.contains(cookies[i]);
     return answers;
+}
+
+std::vector<bool> ProjectDatabase::firstPresent(const CookieVec& cookies) const {
+    CriticalSection::Lock lock(lock_);
+    return slots_.firstOfEach(cookies);
 }
 
 std::size_t ProjectDatabase::count() const {

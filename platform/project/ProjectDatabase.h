@@ -43,6 +43,7 @@ public:
 
     bool isPresent(const Cookie& cookie) const;
     std::vector<bool> arePresent(const CookieVec& cookies) const;
+    std::vector<bool> firstPresent(const CookieVec& cookies) const;
     std::size_t count() const;
     std::optional<projdb::Record> find(const Cookie& cookie);
     std::optional<projdb::Summary> findSummary(const Cookie& cookie) const;

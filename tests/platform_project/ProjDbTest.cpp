@@ -105,6 +105,7 @@ TEST_F(ProjDbTest, answersForEachChange) {
     EXPECT_EQ(projdb::insert(projdb::Record()).code(), StatusCode::wrongUsage);
     EXPECT_EQ(projdb::insert(endless).code(), StatusCode::wrongUsage);
     EXPECT_THAT(projdb::arePresent({edit(2), edit(1), edit(3)}), ElementsAre(false, true, false));
+    EXPECT_THAT(projdb::firstPresent({edit(2), edit(1), edit(1)}), ElementsAre(false, true, false));
     EXPECT_TRUE(projdb::remove(edit(1)).ok());
     EXPECT_FALSE(projdb::isPresent(edit(1)));
     ASSERT_TRUE(CurrentProject::close().ok());
