@@ -98,7 +98,7 @@ TEST_F(BinThreads, EveryChangeIsToldAndSavedWhateverOthersDo) {
     const Kv::Ptr<Guard> guards[] = {count(bins(), binsTold),
                                      count(DocumentManager::instance(), othersTold),
                                      count(AssetAssociationGroupManager::instance(), othersTold)};
-    const int times = static_cast<int>(rounds(1000, 100'000));
+    const int times = static_cast<int>(rounds(1000, 5'000'000));
     std::thread saver([this] { saveAndReload(); });
     std::vector<std::thread> changers;
     for (unsigned seed = 0; seed < kThreads; ++seed)
