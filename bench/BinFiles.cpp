@@ -1,13 +1,15 @@
 // A bin of N items saved and loaded: packed records against ours and rivals. Loading is measured
-// with items whose assets need no check, with logs that the project database knows, and with those
-// among a million others.
+// as the parsing of the file alone, with items whose assets need no check, with logs that the
+// project database knows, and with those among a million others.
 
 #include "bench/limits/BinRecords.h"
 #include "bench/support/BinRivals.h"
 #include "bench/support/Paired.h"
+#include "bins/BinFileText.h"
 #include "bins/BinManager.h"
 #include "platform/embedded/EmbeddedProject.h"
 #include "platform/files/Files.h"
+#include "platform/files/KVContainerFile.h"
 #include "platform/project/ProjDb.h"
 #include "tests/support/TempFolder.h"
 
@@ -95,6 +97,33 @@ void saving(benchmark::State& state) {
         static_cast<double>(readFile(path)->size()) / static_cast<double>(saved.plain.size());
 }
 BENCHMARK(saving)->Arg(1000)->Arg(100'000)->UseManualTime();
+
+// All that the file says of the items, as it stands there.
+std::vector<PlainItem> parse(const std::string& path) {
+    const KVContainerFile::Reader file(path);
+    std::vector<KVContainerFile::Reader::Value> values(file.getNumFields());
+    std::vector<PlainItem> items;
+    items.reserve(file.getNumItems());
+    for (std::size_t i = 0; i < file.getNumItems(); ++i) {
+        file.read(i, values.data(), values.size());
+        const XY<float> position = readPosition(values[1].text);
+        items.push_back({Cookie(values[0].text), values[2].number, values[3].number,
+                         values[4].number, position.x, position.y, false,
+                         std::string(values[5].text)});
+    }
+    return items;
+}
+
+void parsing(benchmark::State& state) {
+    SavedBin saved(countOf(state), 'E');
+    savePacked(saved.plain, saved.path("packed"));
+    Paired paired(static_cast<double>(saved.plain.size()));
+    const std::string path = toUtf8(saved.bin->getLocation());
+    paired.add("limit", [&] { benchmark::DoNotOptimize(loadPacked(saved.path("packed"))); });
+    paired.add("bin", [&] { benchmark::DoNotOptimize(parse(path)); });
+    paired.run(state);
+}
+BENCHMARK(parsing)->Arg(100'000)->UseManualTime();
 
 // `checked`: the bin holds logs, which are looked up among `others` more.
 void loadingOf(benchmark::State& state, bool checked, std::size_t others, bool withRivals) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <ctime>
 #include <utility>
 
 namespace cutroom::bench {
@@ -14,10 +16,19 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
+// The processor's time when the environment asks for it: for a machine that others use.
+double secondsNow() {
+    static const bool ofProcessor = std::getenv("CUTROOM_BENCH_PROCESSOR_TIME") != nullptr;
+    if (ofProcessor)
+        return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
 double secondsOf(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = secondsNow();
     work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return secondsNow() - start;
 }
 
 } // namespace
