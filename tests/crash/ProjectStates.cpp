@@ -11,6 +11,7 @@
 #include "platform/store/EditFile.h"
 #include "platform/store/EditManager.h"
 #include "platform/store/EditRecord.h"
+#include "sync/SyncGroupData.h"
 
 #include <zlib.h>
 
@@ -43,6 +44,8 @@ std::string stampOf(const BinData& bin) {
     std::string text = toUtf8(bin.getName());
     for (const BinItem& item : bin.items())
         text += ' ' + item.getAssetID().asString() + ' ' + toText(item.time);
+    if (const auto* const group = dynamic_cast<const SyncGroupData*>(&bin))
+        text += relationshipsText(group->relationships());
     return checksumOf(text);
 }
 

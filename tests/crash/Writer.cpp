@@ -6,6 +6,7 @@
 #include "interchange/Importer.h"
 #include "platform/embedded/EmbeddedProject.h"
 #include "platform/store/EditManager.h"
+#include "sync/SyncGroupData.h"
 #include "tests/crash/RandomWork.h"
 #include "tests/support/LogLines.h"
 
@@ -42,6 +43,8 @@ std::string changeBin(const Cookie& id, RandomWork& work) {
     bin->setName(anyName(work));
     if (const Cookie asset = anyAsset(work); !bin->remove(asset))
         bin->add(BinItem(asset, work.number(100)));
+    if (auto* const group = dynamic_cast<SyncGroupData*>(bin.get()))
+        group->storeRelationships({{anyAsset(work), work.number(100)}});
     return stampOf(*bin);
 }
 
@@ -65,8 +68,13 @@ const std::map<std::string, ContainerWork>& containerWorks() {
     static const std::map<std::string, ContainerWork> works = {
         {"bins",
          {[](const Cookie& id) { return id.asString(); },
-          [] { return BinManager::instance().newBin()->getID(); }, changeBin,
-          [](const Cookie& id) { return BinManager::instance().destroy(id, "test"); },
+          [] { // every other one a sync group
+              static bool synced = true;
+              synced = !synced;
+              return synced ? SyncGroupData::make(L"new")->getID()
+                            : BinManager::instance().newBin()->getID();
+          },
+          changeBin, [](const Cookie& id) { return BinManager::instance().destroy(id, "test"); },
           [] { return BinManager::instance().saveAll(); }}},
         {"documents",
          {[](const Cookie& id) { return id.asString(); },
