@@ -2,8 +2,6 @@
 #include "cli/Command.h"
 #include "cli/MixWords.h"
 #include "cli/Names.h"
-#include "platform/base/Strings.h"
-#include "platform/files/JsonBuilder.h"
 #include "platform/files/KvIniFile.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
@@ -170,118 +168,6 @@ Status load(const std::string& path, const EditPtr& edit) {
     return {};
 }
 
-// --- showing -------------------------------------------------------------------------------------
-
-std::string joined(const std::vector<int>& numbers) {
-    std::string text;
-    for (const int number : numbers)
-        text += (text.empty() ? "" : ",") + std::to_string(number);
-    return text;
-}
-
-std::string channelsText(const AudioMixReader& reader, const EditPtr& edit) {
-    std::string text;
-    const auto channels = edit->getChans(kChanAudio);
-    for (std::size_t i = 0; i < std::min(channels.size(), Aud::kMaxInputs); ++i) {
-        const auto channel = static_cast<unsigned char>(i);
-        std::string mixes;
-        for (const signed char mix : mixesOf(reader, channel))
-            mixes += (mixes.empty() ? "" : ",") + mixName(mix);
-        text += format("A%zu\t%g\t%g\t%s\t%s\t%s\t", i + 1,
-                       static_cast<double>(reader.getChannelLevel(channel)),
-                       static_cast<double>(reader.getChannelPan(channel)),
-                       reader.getChannelMuteState(channel) ? "mute" : "",
-                       reader.getChannelSoloState(channel) ? "solo" : "",
-                       mixes.empty() ? "nothing" : mixes.c_str()) +
-                oneLine(toUtf8(edit->getChanDisplayName(channels[i]))) + '\n';
-    }
-    return text;
-}
-
-std::string outputsText(const AudioMixReader& reader, signed char mix, bool monitoring) {
-    const std::string changed = joined(changedOutputs(reader, mix, monitoring));
-    if (mix == Aud::kMainMix)
-        return changed.empty() ? "all" : "all but " + changed;
-    return changed.empty() ? "nothing" : changed;
-}
-
-std::string listText(const AudioMixReader& reader, const EditPtr& edit) {
-    std::string text = channelsText(reader, edit);
-    for (const signed char mix : touchedMixes(reader))
-        text += mixName(mix) + format("\t%g\t\t%s\t%s\toutputs %s\tmonitors %s\n",
-                                      static_cast<double>(reader.getMixLevel(mix)),
-                                      reader.getMixMuteState(mix) ? "mute" : "",
-                                      reader.getMixSoloState(mix) ? "solo" : "",
-                                      outputsText(reader, mix, false).c_str(),
-                                      outputsText(reader, mix, true).c_str());
-    return text;
-}
-
-void addState(JSON::Builder& json, float level, bool mute, bool solo) {
-    json.add("level", static_cast<double>(level));
-    json.add("mute", mute);
-    json.add("solo", solo);
-}
-
-// "others": whether the outputs that are not listed are fed.
-void addOutputs(JSON::Builder& json, const AudioMixReader& reader, signed char mix,
-                bool monitoring) {
-    const bool main = mix == Aud::kMainMix;
-    json.beginObject(monitoring ? "monitors" : "outputs");
-    for (const bool on : {true, false}) {
-        json.beginArray(on ? "on" : "off");
-        if (on != main)
-            for (const int output : changedOutputs(reader, mix, monitoring))
-                json.add(output);
-        json.endArray();
-    }
-    json.add("others", main);
-    json.endObject();
-}
-
-void addChannelsJson(JSON::Builder& json, const AudioMixReader& reader, const EditPtr& edit) {
-    const auto channels = edit->getChans(kChanAudio);
-    json.beginArray("channels");
-    for (std::size_t i = 0; i < std::min(channels.size(), Aud::kMaxInputs); ++i) {
-        const auto channel = static_cast<unsigned char>(i);
-        json.beginObject();
-        json.add("id", channels[i].asString());
-        json.add("channel", "A" + std::to_string(i + 1));
-        json.add("name", edit->getChanDisplayName(channels[i]));
-        addState(json, reader.getChannelLevel(channel), reader.getChannelMuteState(channel),
-                 reader.getChannelSoloState(channel));
-        json.add("pan", static_cast<double>(reader.getChannelPan(channel)));
-        json.beginArray("to");
-        for (const signed char mix : mixesOf(reader, channel))
-            json.add(mixName(mix));
-        json.endArray();
-        json.endObject();
-    }
-    json.endArray();
-}
-
-std::string listJson(const AudioMixReader& reader, const EditPtr& edit) {
-    JSON::Builder json;
-    json.beginObject();
-    json.add("id", edit.getCookie().asString());
-    json.add("name", edit->getName());
-    json.add("has_mix", reader.valid());
-    addChannelsJson(json, reader, edit);
-    json.beginArray("mixes");
-    for (const signed char mix : touchedMixes(reader)) {
-        json.beginObject();
-        json.add("mix", mixName(mix));
-        addState(json, reader.getMixLevel(mix), reader.getMixMuteState(mix),
-                 reader.getMixSoloState(mix));
-        addOutputs(json, reader, mix, false);
-        addOutputs(json, reader, mix, true);
-        json.endObject();
-    }
-    json.endArray();
-    json.endObject();
-    return json.take();
-}
-
 // --- the command ---------------------------------------------------------------------------------
 
 Status perform(const MixWords& words, const EditPtr& edit) {
@@ -298,18 +184,17 @@ int run(const Options& options, const MixWords& words) {
     if (const Status wrong = checkWords(words); !wrong)
         return fail(wrong);
     const bool writes = words.action == "set" || words.action == "load";
-    return withProject(
-        options, writes ? Workspace::Use::write : Workspace::Use::read, [&](Workspace&) -> Status {
-            const auto edit = openEdit(words.edit);
-            if (!edit)
-                return edit.status();
-            if (const Status done = perform(words, *edit); !done)
-                return done;
-            const AudioMixReader reader(*edit);
-            if (words.action != "save")
-                print(options.json ? listJson(reader, *edit) : listText(reader, *edit));
-            return {};
-        });
+    return withProject(options, writes ? Workspace::Use::write : Workspace::Use::read,
+                       [&](Workspace&) -> Status {
+                           const auto edit = openEdit(words.edit);
+                           if (!edit)
+                               return edit.status();
+                           if (const Status done = perform(words, *edit); !done)
+                               return done;
+                           if (words.action != "save")
+                               print(options.json ? mixJson(*edit) : mixText(*edit));
+                           return {};
+                       });
 }
 
 void addSettings(CLI::App& command, MixWords& words) {

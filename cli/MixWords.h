@@ -47,6 +47,12 @@ std::vector<int> changedOutputs(const AudioMixReader& reader, signed char mix, b
 // The mixes that somebody has touched, ascending.
 std::vector<signed char> touchedMixes(const AudioMixReader& reader);
 
+// One line a channel (place, level, pan, "mute", "solo", mixes, name) and touched mix, tabs
+// between.
+std::string mixText(const EditPtr& edit);
+// Every channel and touched mix. "others" tells whether the outputs that are not listed are fed.
+std::string mixJson(const EditPtr& edit);
+
 // Puts the edit's mix into a mix configuration file, beside what else the file holds. Fails without
 // a mix, and when a file that is there cannot be read.
 Status saveMix(const EditPtr& edit, const std::string& path);

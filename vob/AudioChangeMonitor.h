@@ -1,9 +1,9 @@
 // `AudioChangeMonitor`: the base of an audio component. Follows the play machine through a
 // `VobMonitor` of its own and calls a few handlers that the component overrides.
 //
-// User-interface thread only. Made after `Host::install`, destroyed before `Host::uninstall`. The
-// handlers are called while values are published or roles change; they may change the Vob, give
-// roles away, and destroy the monitor.
+// User-interface thread only, the mixer bypass included. Lives between `Host::install` and
+// `Host::uninstall`. The handlers are called while values are published or roles change; they may
+// change the Vob, give roles away, and destroy the monitor.
 #pragma once
 
 #include "platform/base/Guard.h"
