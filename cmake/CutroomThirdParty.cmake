@@ -3,7 +3,6 @@
 
 find_package(SQLite3 REQUIRED)
 find_package(ZLIB REQUIRED)
-find_package(pugixml REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
 find_package(CLI11 REQUIRED)
@@ -12,7 +11,7 @@ find_library(UTF8PROC_LIBRARY utf8proc REQUIRED)
 
 add_library(cutroom_third_party INTERFACE)
 target_link_libraries(cutroom_third_party INTERFACE
-    SQLite::SQLite3 ZLIB::ZLIB pugixml::pugixml ${UTF8PROC_LIBRARY})
+    SQLite::SQLite3 ZLIB::ZLIB ${UTF8PROC_LIBRARY})
 
 if(BUILD_TESTING)
     find_package(GTest REQUIRED)
