@@ -11,7 +11,8 @@ namespace cutroom {
 
 namespace {
 
-// Words joined by single blanks: what subtitles show of a text, in however many lines.
+// Words joined by single blanks, and arrows as short as where they would read as times: what
+// subtitles show of a text, in however many lines.
 std::wstring words(std::wstring_view text) {
     std::wstring joined;
     bool pending = false;
@@ -24,6 +25,8 @@ std::wstring words(std::wstring_view text) {
             joined += L' ';
         joined += c;
     }
+    for (auto at = joined.find(L"-->"); at != joined.npos; at = joined.find(L"-->", at))
+        joined.erase(at, 1);
     return joined;
 }
 

@@ -174,9 +174,12 @@ TEST_F(MarkerImport, AMarkerOfTheSameTimeAndNameIsKeptReplacedOrJoined) {
 
 // Markers on frames, with texts of all kinds.
 std::vector<Cue> anyMarkers(std::mt19937& random, const Kv::FrameRate& rate) {
-    static const wchar_t* const kTexts[] = {
-        L"",     L"Sky",      L"a, \"b\"\r\nc",
-        L" =x ", L"ü😀<&>]]>", L"one two three four five six seven eight nine ten"};
+    static const wchar_t* const kTexts[] = {L"",
+                                            L"Sky",
+                                            L"a, \"b\"\r\nc",
+                                            L" =x ",
+                                            L"1 --> ü😀<&>]]>",
+                                            L"one two three four five six seven eight nine ten"};
     static constexpr std::uint32_t kColours[] = {0xFF0000, 0, 0xFFFFFF, 0x00FFFF};
     std::vector<Cue> cues;
     for (int i = 0; i < 12; ++i) {
