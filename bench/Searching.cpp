@@ -81,7 +81,7 @@ void searching(benchmark::State& state, const char* pattern, bool wholeWords) {
                [&] { benchmark::DoNotOptimize(all.plain.search(pattern, wholeWords).size()); });
     paired.add("search", [&] { benchmark::DoNotOptimize(ours(pattern, wholeWords)->numItems()); });
     if (!wholeWords)
-        paired.add("sqlite", [&] { benchmark::DoNotOptimize(all.table.search(pattern).size()); });
+        paired.add("LIKE", [&] { benchmark::DoNotOptimize(all.table.search(pattern).size()); });
     if (all.file)
         paired.add("ripgrep",
                    [&] { benchmark::DoNotOptimize(all.file->count(pattern, wholeWords)); });
@@ -103,10 +103,10 @@ void indexed(benchmark::State& state) {
     paired.add("limit",
                [&] { benchmark::DoNotOptimize(all.plain.search("zebrafinch", false).size()); });
     paired.add("search", [&] { benchmark::DoNotOptimize(ours("zebrafinch", false)->numItems()); });
-    paired.add("fts5", [&] { benchmark::DoNotOptimize(index.search("zebrafinch").size()); });
+    paired.add("FTS5", [&] { benchmark::DoNotOptimize(index.search("zebrafinch").size()); });
     paired.run(state);
-    state.counters["fts5 built s"] = built.count();
-    state.counters["fts5 bytes"] = index.bytes() / static_cast<double>(all.records.size());
+    state.counters["FTS5 built s"] = built.count();
+    state.counters["FTS5 bytes"] = index.bytes() / static_cast<double>(all.records.size());
 }
 BENCHMARK(indexed)->UseManualTime();
 
