@@ -15,7 +15,7 @@ namespace cutroom {
 namespace {
 
 constexpr std::size_t kMaxLevels = 64;
-constexpr std::size_t kMaxItems = 10'000'000;
+constexpr std::size_t kMaxItems = 4'000'000;
 
 // What an edit holds, taken at one moment: events are shared, not copied.
 struct Moment {
@@ -257,7 +257,7 @@ private:
             addTransition(moment, segment.inGraph, segment.start, track);
             if (!isPadding(moment, cel, i, segment)) {
                 if (++items_ > kMaxItems)
-                    return {StatusCode::failed, moment.name, "more than ten million items"};
+                    return {StatusCode::failed, moment.name, "more than four million items"};
                 Item item;
                 item.start = segment.start - moment.start;
                 if (Status status = fillItem(segment, timeline, track, item); !status)

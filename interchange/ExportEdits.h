@@ -12,7 +12,7 @@ namespace cutroom {
 // the writer to repeat as far as it still holds. Media references are those of the import while the
 // clip plays the same media, else made from the log. Black is a gap, padding under a transition at
 // head or tail is none. Takes each edit's lock for a moment, one at a time. Fails when an edit is
-// nested in itself, deeper than 64 levels, or the whole has more than ten million items.
+// nested in itself, deeper than 64 levels, or the whole has more than four million items.
 Result<Timeline> describeForExport(const EditPtr& edit);
 
 } // namespace cutroom
