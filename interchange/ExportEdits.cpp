@@ -347,7 +347,9 @@ private:
         if (item.speed < 0)
             item.sourceStart += std::llround(static_cast<double>(item.duration) * item.speed);
         const Cookie played = convertCookie(segment.material, 'E');
-        if (sources_.isEdit(played))
+        // What was recorded into the edit itself is its own material, not a nesting.
+        const bool own = played == path_.back() && segment.material.type() != 'E';
+        if (sources_.isEdit(played) && !own)
             return nest(played, timeline, item);
         unknown_ += !sources_.fill(played, segment, item);
         return {};

@@ -34,8 +34,7 @@ std::string withCommonWords(std::string_view json) {
         const char c = json[at];
         const std::string_view rest = json.substr(at);
         if (quoted && c == '\\') {
-            text += c;
-            c == '\\' && at + 1 < json.size() ? text += json[++at] : text;
+            text += json.substr(at++, 2);
             continue;
         }
         quoted = quoted != (c == '"');
@@ -133,13 +132,19 @@ void Output::addBool(std::string_view name, bool value) {
 
 void Output::addRaw(std::string_view name, std::string_view json, std::string_view otherwise) {
     key(name);
-    const std::string_view text = json.empty() ? otherwise : json;
-    mayHoldWords(text) ? text_ += withCommonWords(text) : text_ += text;
+    splice(json.empty() ? otherwise : json);
 }
 
 void Output::addRaw(std::string_view json) {
     separate();
-    mayHoldWords(json) ? text_ += withCommonWords(json) : text_ += json;
+    splice(json);
+}
+
+void Output::splice(std::string_view json) {
+    if (mayHoldWords(json))
+        text_ += withCommonWords(json);
+    else
+        text_ += json;
 }
 
 void Output::addMembers(std::string_view object) {

@@ -40,6 +40,7 @@ public:
 private:
     void separate();
     void key(std::string_view key);
+    void splice(std::string_view json);
     void open(char bracket);
     void close(char bracket);
 
