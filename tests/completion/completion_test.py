@@ -105,7 +105,7 @@ class Completion(unittest.TestCase):
         self.assertEqual(in_shell("bash", BASH, ["cutroom", "show", "Reel\\ 2"]), [""])
         self.assertEqual(in_shell("bash", BASH, ["cutroom", "import", "re"])[0], "default")
         self.assertEqual(in_shell("bash", BASH, ["cutroom", "-p", ""])[0], "dirnames")
-        equals = ["cutroom", "export", "x", "--format", "=", "s"]
+        equals = ["cutroom", "export", "x", "--format", "=", "sr"]
         self.assertEqual(in_shell("bash", BASH, equals), ["srt"])
 
     def test_zsh(self):
