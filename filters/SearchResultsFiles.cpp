@@ -148,10 +148,11 @@ Status SearchResultsFilter::saveList(const SearchBin* withCriteria, const Search
     if (Status status = cutroom::makeFolders(folder()); !status)
         return status;
     GroupCommit group(CurrentProject::getFolder());
-    const auto stage = [&](const std::string& file, const std::string& text) {
-        Status status = makeRoom(file);
-        return status ? group.write(kFolder + file, text) : status;
-    };
+    const auto stage = [&](const std::string& file, const std::string& text)
+                           CUTROOM_REQUIRES(saving_) {
+                               Status status = makeRoom(file);
+                               return status ? group.write(kFolder + file, text) : status;
+                           };
     if (Status status = stage(kListFile, asText()); !status)
         return status;
     if (withCriteria != nullptr) {

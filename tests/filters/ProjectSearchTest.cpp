@@ -419,14 +419,14 @@ TEST_F(ProjectSearchTest, describesCriteriaInWords) {
     Criteria criteria;
     EXPECT_EQ(ProjectSearch::makeName(criteria, true), L"Everything");
     EXPECT_THAT(ProjectSearch::getDescription(criteria), IsEmpty());
-    criteria.kinds = projdb::kKindClip;
+    criteria.kinds = projdb::kKindClip | projdb::kKindImage;
     criteria.attributes = {{LogAttribute::reel,
                             {{{"A0", eMatchMethod::startsWith}, {"B0", eMatchMethod::startsWith}},
                              {projdb::eLogicalOperator::orElse}}}};
     criteria.clipMedia = Presence::absent;
     EXPECT_EQ(ProjectSearch::makeName(criteria, false), L"A0, B0");
     EXPECT_EQ(ProjectSearch::makeName(criteria, true),
-              L"Kinds Clips, no still images, Reel starts with \"A0\" or starts with \"B0\", Media absent");
+              L"Kinds Clips, Reel starts with \"A0\" or starts with \"B0\", Media absent");
 }
 
 } // namespace
