@@ -98,10 +98,14 @@ Result<Kv::Ptr<UserFilter>> findUserFilter(std::string_view text) {
     return Status(StatusCode::wrongUsage, std::string(text), "the system makes this filter");
 }
 
+// Asked by listeners of containers, too, under which the manager cannot be made.
 std::string filterName(const Cookie& cookie) {
-    if (const FilterPtr filter = filters().getFilter(cookie))
+    const auto* const manager = ProcessSingleton<ProjectFilterManager>::find();
+    if (!manager)
+        return cookie.asString();
+    if (const FilterPtr filter = manager->getFilter(cookie))
         return toUtf8(filter->getName());
-    const FilterPtr presents = filters().findFilterResponsibleFor(cookie);
+    const FilterPtr presents = manager->findFilterResponsibleFor(cookie);
     if (const auto* base = dynamic_cast<const ProjectFilterBase*>(presents.get()))
         for (const Kv::Ptr<FilterBinData>& bin : base->peekResults())
             if (bin->getID() == cookie)

@@ -3,7 +3,6 @@
 #include "bins/AssetAssociationGroupManager.h"
 #include "bins/BinManager.h"
 #include "bins/DocumentManager.h"
-#include "filters/ProjectFilterManager.h"
 
 #include <filesystem>
 #include <system_error>
@@ -48,7 +47,6 @@ Status Workspace::open(Use use) {
         DocumentManager::instance();
         AssetAssociationGroupManager::instance();
         BinManager::instance();
-        ProjectFilterManager::instance();
     }
     const Status opened = project_.open(folder_, access, ifMissing);
     std::error_code failure;

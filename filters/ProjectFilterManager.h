@@ -44,8 +44,8 @@ public:
     using FilterPtr = Kv::Ptr<iProjectFilter>;
     using Filters = std::vector<FilterPtr>;
 
-    // Made at the first call, on the user-interface thread, best before a project is opened; sets
-    // itself up at once when one is open.
+    // Made at the first call, on the user-interface thread and by no listener of a container, best
+    // before a project is opened; sets itself up at once when one is open.
     static ProjectFilterManager& instance();
 
     // --- finding: empty when there is none -----------------------------------------------------

@@ -7,7 +7,8 @@
 
 const char* UserFilter::getFileExtension() noexcept { return "filter"; }
 
-UserFilter::UserFilter(const Cookie& id) : ProjectFilterBase(id) {}
+// To be read: as long as nothing changes it, its file is not to be written.
+UserFilter::UserFilter(const Cookie& id) : ProjectFilterBase(id) { saved_ = changes_.load(); }
 
 UserFilter::UserFilter(const Cookie& id, LightweightString<wchar_t> name, FilterBins bins)
     : ProjectFilterBase(id, std::move(name)) {

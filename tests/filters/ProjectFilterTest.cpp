@@ -219,6 +219,7 @@ TEST_F(ProjectFilterTest, RefusesDamagedFilesWithTheirPlace) {
         EXPECT_EQ(filter->getVisibility(), iProjectFilter::kAlways) << "the default of its kind";
     }
     EXPECT_EQ(filters().getDamaged().size(), std::size(rows));
+    EXPECT_FALSE(filters().anyDirty()) << "damaged files stay as they are";
     const std::string path = filterFile(Cookie('F', 1));
     EXPECT_TRUE(filters().updateFilter(asUser(filters().getFilter(Cookie('F', 1))), {}));
     EXPECT_EQ(file(path + ".damaged"), "[]");
