@@ -1,7 +1,5 @@
 #include "platform/files/CheckedFile.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <charconv>
 
@@ -61,11 +59,6 @@ bool readHead(std::string_view bytes, Head& head) {
 }
 
 } // namespace
-
-std::uint32_t checksum(std::string_view data, std::uint32_t before) noexcept {
-    return static_cast<std::uint32_t>(
-        crc32_z(before, reinterpret_cast<const Bytef*>(data.data()), data.size()));
-}
 
 std::string CheckedFile::wrap(std::string_view kind, unsigned version, std::string_view payload) {
     const std::string head = headOf(kind, version, payload.size());

@@ -126,6 +126,29 @@ TEST(CheckedFile, RoundTripsAndTellsWhatItIs) {
     EXPECT_EQ(CheckedFile::load(folder / "y", "edit", 3).status().code(), StatusCode::notFound);
 }
 
+// A bit at a time, as the standard defines it.
+std::uint32_t slowChecksum(std::string_view data, std::uint32_t before) {
+    std::uint32_t rest = ~before;
+    for (const char c : data) {
+        rest ^= static_cast<unsigned char>(c);
+        for (int bit = 0; bit < 8; ++bit)
+            rest = (rest >> 1) ^ ((rest & 1) != 0 ? 0xEDB88320u : 0u);
+    }
+    return ~rest;
+}
+
+TEST(CheckedFile, HasTheStandardChecksumWhateverTheLengthAndPlace) {
+    std::string bytes(600, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i * i * 31 + i / 7);
+    EXPECT_EQ(checksum("123456789"), 0xCBF43926u);
+    for (std::size_t size = 0; size + 3 < bytes.size(); ++size) {
+        const std::string_view part = std::string_view(bytes).substr(size % 3, size);
+        const auto before = static_cast<std::uint32_t>(size * 0x01234567u);
+        ASSERT_EQ(checksum(part, before), slowChecksum(part, before)) << size;
+    }
+}
+
 TEST(CheckedFile, NoticesEveryTruncationAndFlippedBit) {
     expectEveryDamageIsNoticed(CheckedFile::wrap("edit", 3, "payload\n"), [](const auto& bytes) {
         return CheckedFile::open(bytes, "edit", 3, "f").status();
