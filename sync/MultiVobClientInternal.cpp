@@ -17,8 +17,12 @@ void MultiVobClientInternal::handleModifications(const EditModifications& editCh
     const auto suspends = [this] {
         return getVob() && (getVob()->getTimeChangeFlags() & Vob::kTimeSuspendsSync) != 0;
     };
-    const cutroom::Lifeline::Watch watch(life_);
     const bool moved = change.includes(kVobTime);
+    if (!hasSuspended_ && !(moved && suspends())) { // nearly always: nothing to be done afterwards
+        synchroniser_->handleModifications(this, editChanges, change);
+        return;
+    }
+    const cutroom::Lifeline::Watch watch(life_);
     if (moved && suspends() && synchroniser_->getSyncEnabled()) {
         hasSuspended_ = true;
         synchroniser_->setSyncEnabled(false);
