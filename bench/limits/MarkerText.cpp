@@ -23,11 +23,14 @@ long frameOf(double seconds) { return static_cast<long>(seconds * kRate + 0.5); 
 
 void appendJson(std::string& out, std::string_view text) {
     out += '"';
-    for (const char c : text) {
-        if (c == '"' || c == '\\')
+    std::size_t plain = 0;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (text[i] == '"' || text[i] == '\\') {
+            out.append(text, plain, i - plain);
             out += '\\';
-        out += c;
-    }
+            plain = i;
+        }
+    out.append(text, plain);
     out += '"';
 }
 
