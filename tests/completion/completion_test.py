@@ -84,7 +84,7 @@ class Completion(unittest.TestCase):
         rows = [
             ([""], listed("Subcommands"), ["markers", "--json"]),
             (["-p", "elsewhere", "ma"], ["marks", "markers"], []),
-            (["list", ""], ["edits", "logs", "bins", "groups", "documents"], ["import"]),
+            (["list", ""], ["edits", "logs", "bins", "groups", "documents", "filters"], ["import"]),
             (["bin", ""], ["new", "show", "sort"], ["import"]),
             (["bin", "show", ""], ["Dailies"], ["show"]),
             (["bin", "add", "Dailies", ""], [name, "Dailies"], []),

@@ -5,6 +5,7 @@
 #include "filters/SubClipsFilter.h"
 #include "platform/host/DebugCommands.h"
 #include "platform/prefs/EditorPreferences.h"
+#include "platform/project/MediaKind.h"
 #include "tests/filters/FilterProject.h"
 
 #include <rapidcheck.h>
@@ -40,6 +41,13 @@ TEST(FilterWords, HaveOneFormEach) {
         EXPECT_EQ(iProjectFilter::visibilityToString(static_cast<iProjectFilter::eVisibility>(i)),
                   rows[i].text);
     EXPECT_EQ(iProjectFilter::visibilityToString(static_cast<iProjectFilter::eVisibility>(3)), "");
+}
+
+TEST(StillImages, AreKnownByTheirNames) {
+    for (const char* image : {"/a/b.PNG", "file:///a%20b.jpeg", "x.0001.exr", "100%.tif"})
+        EXPECT_TRUE(cutroom::isStillImage(image)) << image;
+    for (const char* other : {"", "png", "/a.png/b", ".png", "a.mov", "x.%04d.exr", "x.##.dpx"})
+        EXPECT_FALSE(cutroom::isStillImage(other)) << other;
 }
 
 TEST_F(ProjectFilterTest, CombinesBins) {
