@@ -66,20 +66,29 @@ std::size_t PlainTexts::find(std::string_view pattern, std::size_t from) const {
     const __m128i fold = _mm_set1_epi8(0x20);
     const __m128i first = _mm_set1_epi8(pattern.front());
     const __m128i last = _mm_set1_epi8(pattern.back());
-    const std::size_t end = text_.size() - pattern.size() - 16;
-    const auto load = [&](std::size_t at) {
-        return _mm_or_si128(fold,
-                            _mm_loadu_si128(reinterpret_cast<const __m128i*>(text_.data() + at)));
+    const std::size_t end = text_.size() - pattern.size() - 64;
+    const auto matches = [&](std::size_t at) {
+        const auto load = [&](std::size_t offset) {
+            const char* const bytes = text_.data() + at + offset;
+            return _mm_or_si128(fold, _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)));
+        };
+        return _mm_and_si128(_mm_cmpeq_epi8(load(0), first),
+                             _mm_cmpeq_epi8(load(pattern.size() - 1), last));
     };
-    for (; from < end; from += 16) {
-        const __m128i both = _mm_and_si128(_mm_cmpeq_epi8(load(from), first),
-                                           _mm_cmpeq_epi8(load(from + pattern.size() - 1), last));
-        for (auto mask = static_cast<unsigned>(_mm_movemask_epi8(both)); mask != 0;
+    while (from < end) {
+        if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(matches(from), matches(from + 16)),
+                                           _mm_or_si128(matches(from + 32), matches(from + 48)))) ==
+            0) {
+            from += 64;
+            continue;
+        }
+        for (auto mask = static_cast<unsigned>(_mm_movemask_epi8(matches(from))); mask != 0;
              mask &= mask - 1) {
             const std::size_t at = from + static_cast<std::size_t>(std::countr_zero(mask));
             if (holdsAt(text_.data() + at, pattern))
                 return at;
         }
+        from += 16;
     }
     for (; from + pattern.size() <= text_.size(); ++from)
         if (holdsAt(text_.data() + from, pattern))
