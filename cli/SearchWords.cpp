@@ -67,10 +67,20 @@ projdb::PatternList takePatterns(SessionWords& words) {
     return list;
 }
 
+// By persisted name or, in any case, by the name shown to people.
+LogAttribute takeAttribute(SessionWords& words) {
+    const std::string& text = words.take("an attribute");
+    if (!LogAttribute::fromID(text))
+        for (const LogAttribute& attribute : LogAttribute::builtIn())
+            if (equalNoCase(toUtf8(attribute.getDisplayName()), text))
+                return attribute;
+    return require(parseColumn(text));
+}
+
 projdb::AttributeCriterion parseWhere(const std::string& line) {
     SessionWords words = SessionWords::parse(line);
     projdb::AttributeCriterion criterion;
-    criterion.attribute = require(parseColumn(words.take("an attribute")));
+    criterion.attribute = takeAttribute(words);
     criterion.patterns = takePatterns(words);
     return criterion;
 }
