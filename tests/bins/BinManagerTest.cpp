@@ -263,6 +263,7 @@ TEST_F(BinManagerTest, SummariesFollowTheBins) {
     const Cookie a = newEdit(L"a"), b = newEdit(L"b");
     const Cookie document = DocumentManager::instance().createDocument(L"/x.pdf", 'D')->getID();
     bin->add(CookieVec{a, document, Cookie('A', 4), Cookie('G', 5), Cookie('M', 6)});
+    EXPECT_FALSE(EditManager::instance().isOpen(a)) << "its times are taken, no more";
     bin->setExternalID(L"ext");
     bin->setPermanent(true);
     const BinManager::BinSummary summary = bins().getSummary(bin->getID());
