@@ -4,8 +4,8 @@
 #include "platform/embedded/EmbeddedProject.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
-#include "tests/crash/ProjectStates.h"
 #include "tests/support/LogLines.h"
+#include "tests/support/ProjectStates.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
 // A process of its own that works on a project until it is killed, and tells what it saved.
 #pragma once
 
-#include "tests/crash/ProjectStates.h"
+#include "tests/support/ProjectStates.h"
 
 #include <sys/types.h>
 

@@ -1,4 +1,4 @@
-#include "tests/crash/ProjectStates.h"
+#include "tests/support/ProjectStates.h"
 
 #include "bins/AssetAssociationGroupManager.h"
 #include "bins/BinManager.h"
