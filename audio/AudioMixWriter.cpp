@@ -1,5 +1,6 @@
 #include "audio/AudioMixWriter.h"
 
+#include "audio/AudioMixReader.h"
 #include "platform/files/KvIniFile.h"
 #include "platform/store/AudIO.h"
 #include "platform/store/Edit.h"
@@ -67,6 +68,11 @@ void AudioMixWriter::change(eAudioMixChange code, const IdStamp& id, const IsNew
         return;
     {
         const Edit::Lock lock(**this);
+        if (!AudioMixReader(*this).valid()) {
+            Mix fresh(0);
+            if (!isNew(fresh) || !set(fresh))
+                return; // no reason to make one
+        }
         if (!isNew(*getMix()))
             return;
         // A mix is replaced as a whole: history may share the present one.

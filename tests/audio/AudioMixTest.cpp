@@ -139,19 +139,25 @@ INSTANTIATE_TEST_SUITE_P(
                    }}),
     [](const auto& row) { return row.param.name; });
 
-TEST_F(AudioMixTest, refusesValuesSilently) {
-    Aud::IO::initialiseAudioMix(edit_);
-    AudioMixWriter writer(edit_, "test");
-    writer.release();
-    told_.clear();
-    AudioMixWriter refused(edit_, "test");
-    refused.setChannelLevel(0, std::numeric_limits<float>::quiet_NaN());
-    refused.setChannelPan(0, 2.0f);
-    refused.setMixMuteState(-2, true);
-    refused.setMixRoutedToOutput(-1, -1, false, false);
-    refused.release();
-    EXPECT_THAT(told_, IsEmpty());
-    EXPECT_TRUE(*edit_->getAudioMix() == Aud::SimpleMixState(4));
+TEST_F(AudioMixTest, makesNoMixForValuesThatAreEqualOrRefused) {
+    for (const bool hasMix : {false, true}) {
+        if (hasMix)
+            Aud::IO::initialiseAudioMix(EditModifier(edit_));
+        told_.clear();
+        const std::uint64_t changes = edit_->changeCount();
+        AudioMixWriter writer(edit_, "test");
+        writer.setChannelLevel(0, std::numeric_limits<float>::quiet_NaN());
+        writer.setChannelPan(0, 2.0f);
+        writer.setMixMuteState(-2, true);
+        writer.setMixRoutedToOutput(-1, -1, false, false);
+        writer.setChannelLevel(3, 1.0f);
+        writer.setChannelRoutedToMix(0, -1, true);
+        writer.setMixRoutedToOutput(-1, 0, true, true);
+        writer.release();
+        EXPECT_THAT(told_, IsEmpty());
+        EXPECT_EQ(edit_->changeCount(), changes);
+        EXPECT_EQ(AudioMixReader(edit_).valid(), hasMix);
+    }
 }
 
 TEST_F(AudioMixTest, toleratesNoEditAndUnknownChannels) {

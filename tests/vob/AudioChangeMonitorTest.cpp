@@ -1,5 +1,7 @@
 // What an audio component is told of the play machine.
 #include "vob/AudioChangeMonitor.h"
+#include "platform/project/CurrentProject.h"
+#include "tests/support/TempFolder.h"
 #include "tests/vob/VobFixture.h"
 
 #include <functional>
@@ -110,12 +112,25 @@ TEST_F(AudioChangeMonitorTest, attachesAnewWhenTheMixerIsBypassedUnlessPlaying) 
     EXPECT_THAT(told(), ElementsAre("gearing"));
 }
 
-TEST_F(AudioChangeMonitorTest, followsThePlayMachineAgainWhenPlayingHasStopped) {
+TEST_F(AudioChangeMonitorTest, followsThePlayMachineAgainAfterPlayingAndInAnotherProject) {
+    const TempFolder temp;
     ASSERT_TRUE(host_.transport().play());
-    manager_.closeInternal(component_->getMonitor());
-    told();
-    host_.transport().stop();
-    EXPECT_THAT(told(), ElementsAre("time at 0", edit(a_) + " at 0"));
+    for (const auto& act : std::vector<std::function<void()>>{
+             [&] { host_.transport().stop(); },
+             [&] {
+                 ASSERT_TRUE(CurrentProject::open(temp / "p", CurrentProject::Access::readWrite,
+                                                  CurrentProject::IfMissing::create)
+                                 .ok());
+             }}) {
+        manager_.closeInternal(component_->getMonitor());
+        told();
+        act();
+        EXPECT_THAT(told(), ElementsAre("time at 0", edit(a_) + " at 0"));
+    }
+    manager_.closeInternal(&clientA_);
+    manager_.closeInternal(&clientB_);
+    EXPECT_TRUE(CurrentProject::close().ok());
+    EXPECT_THAT(told(), ElementsAre("edit " + Cookie().asString() + " nowhere"));
 }
 
 TEST_F(AudioChangeMonitorTest, leavesAVobThatNobodyElseShowsClosedAfterABypass) {
