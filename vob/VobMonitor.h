@@ -37,7 +37,8 @@ public:
     ValServer<Cookie>& getViewCookieServer() noexcept { return viewCookie_; }
     // The last changes of the edit.
     ValServer<EditModifications>& getEditModificationServer() noexcept { return editChanges_; }
-    // The kinds (VobModificationType bits) of the last change that none of the values above tells.
+    // The kinds (VobModificationType bits) of the last change that is neither told as a time nor as
+    // a view cookie. Another edit shown elsewhere than on the play machine is told in no way.
     ValServer<unsigned>& getVobModificationServer() noexcept { return vobChange_; }
     // Whether the mixer is to be bypassed for whoever follows this monitor; set from outside.
     ValServer<bool>& getMixerBypassServer() noexcept { return mixerBypass_; }
