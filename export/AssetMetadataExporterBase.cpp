@@ -15,11 +15,6 @@ namespace {
 
 using Base = AssetMetadataExporterBase;
 
-// What is exported is the user's to keep: no copy of an older file stays beside it.
-bool save(const LightweightString<wchar_t>& path, const std::optional<std::string>& text) {
-    return text && cutroom::writeOutput(cutroom::toUtf8(path), *text).ok();
-}
-
 struct TypeNames {
     ResId one;
     ResId several;
@@ -103,6 +98,13 @@ std::optional<std::string> AssetMetadataExporterBase::getText(const EditPtr&,
 
 std::optional<std::string> AssetMetadataExporterBase::getText(const Kv::Ptr<BinData>&) const {
     return std::nullopt;
+}
+
+// What is exported is the user's to keep: no copy of an older file stays beside it.
+bool AssetMetadataExporterBase::save(const LightweightString<wchar_t>& path,
+                                     const std::optional<std::string>& text) {
+    const auto file = cutroom::toUtf8Strict(path);
+    return text && file && cutroom::writeOutput(*file, *text).ok();
 }
 
 bool AssetMetadataExporterBase::exportToFile(const EditPtr& edit, const std::vector<Cue>& cues,

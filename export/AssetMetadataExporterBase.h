@@ -73,4 +73,9 @@ public:
     // The name of the cue's colour: "red", "green", "blue", "cyan", "magenta", "yellow", "white",
     // "black"; empty for any other.
     static LightweightString<char> getMarkerColour(const Cue& cue);
+
+protected:
+    // False without a text, and for a path that is no Unicode text.
+    static bool save(const LightweightString<wchar_t>& path,
+                     const std::optional<std::string>& text);
 };

@@ -4,7 +4,6 @@
 #include "export/SubtitleText.h"
 #include "export/WideText.h"
 #include "platform/base/Time.h"
-#include "platform/files/Files.h"
 #include "platform/prefs/Configuration.h"
 #include "platform/store/Edit.h"
 
@@ -139,8 +138,7 @@ void AssetMetadataSRTExporter::getTimecodeRangeString(std::string& out,
 
 void AssetMetadataSRTExporter::getMarkerText(const Cue& cue, MarkerText& text) {
     static const cutroom::ConfigValue<int> splitLength("srt_split_length", 35);
-    const std::wstring_view whole =
-        text.whole.of(cue.getDescription().empty() ? cue.getName() : cue.getDescription());
+    const std::wstring_view whole = text.whole.of(cue.getDescription(), cue.getName());
     text.count = whole.empty() ? 0 : 1;
     text.lines[0] = whole;
     const int limit = splitLength.get();
@@ -201,6 +199,5 @@ std::optional<std::string> AssetMetadataSRTExporter::getText(const EditPtr& edit
 
 bool AssetMetadataSRTExporter::exportToFile(const EditPtr& edit, const IdStamp& channel,
                                             const LightweightString<wchar_t>& path) {
-    const auto text = getText(edit, channel, Clock::timecode);
-    return text && cutroom::writeOutput(cutroom::toUtf8(path), *text).ok();
+    return save(path, getText(edit, channel, Clock::timecode));
 }

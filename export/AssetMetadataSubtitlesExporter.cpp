@@ -26,8 +26,7 @@ AssetMetadataSubtitlesExporter::getText(const EditPtr& edit, const std::vector<C
         file += ' ';
         timecodes.append(file, cue.getRange().getEnd());
         file += '\n';
-        cutroom::appendUtf8(
-            file, line.of(cue.getDescription().empty() ? cue.getName() : cue.getDescription()));
+        cutroom::appendUtf8(file, line.of(cue.getDescription(), cue.getName()));
         file += "\n\n";
     }
     return file + "<end subtitles>\n";

@@ -7,10 +7,11 @@
 namespace cutroom {
 
 CueTimecodes::CueTimecodes(const EditPtr& edit) {
+    static const ConfigValue<int> convertTimecodes("convert_marker_timecodes", 1);
     if (!edit)
         return;
     format_ = {edit->getFrameRate(), edit->getDropFrame()};
-    if (configInt("convert_marker_timecodes", 1) != 0)
+    if (convertTimecodes.get() != 0)
         if (const EditLabel label = edit->getVideoTimecodeLabel(); label.is_valid()) {
             format_ = label.format();
             start_ = label.get_abs_posn();

@@ -3,12 +3,12 @@
 #include "bins/Document.h"
 #include "export/AssetMetadataExporterBase.h"
 #include "export/CueTimecodes.h"
+#include "export/FreeNames.h"
 #include "export/MarkerFields.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
 
 #include <map>
-#include <set>
 
 namespace cutroom {
 
@@ -48,6 +48,20 @@ private:
     std::string text_;
 };
 
+// An attribute and the key of its value, which is neither that of the locations nor of the markers.
+struct AttributeKey {
+    LogAttribute attribute;
+    std::string key;
+};
+
+std::vector<AttributeKey> keysOf(const std::vector<LogAttribute>& attributes) {
+    FreeNames names({"Locations", "markers"});
+    std::vector<AttributeKey> keys;
+    for (const LogAttribute& attribute : attributes)
+        keys.push_back({attribute, names.take(attribute.getID())});
+    return keys;
+}
+
 // Writes the items of a bin that nobody else changes meanwhile.
 class BinWriter {
 public:
@@ -73,22 +87,18 @@ public:
 private:
     // The texts come from a table that anyone may replace: two kinds may have one name.
     std::string keyOf(Base::eAssetType type) {
-        const std::string name = toUtf8(Base::getDisplayString(type, true));
-        std::string key = name;
-        for (int n = 2; !keys_.insert(key).second; ++n)
-            key = name + ' ' + std::to_string(n);
-        return key;
+        return keys_.take(toUtf8(Base::getDisplayString(type, true)));
     }
 
-    void writeItem(unsigned item, const std::vector<LogAttribute>& attributes) {
+    void writeItem(unsigned item, const std::vector<AttributeKey>& attributes) {
         const EditPtr edit = bin_->openEdit(item); // stays open until all is said
         out_.beginObject({});
-        for (const LogAttribute& attribute : attributes)
+        for (const auto& [attribute, key] : attributes)
             if (attribute.getType() == LogAttribute::mediaLocation)
                 writeLocations(item, edit);
             else if (const auto text = Base::getPersistableString(bin_, item, attribute);
                      !text.empty())
-                out_.add(attribute.getID(), text);
+                out_.add(key, text);
         if (edit && cues_)
             writeMarkers(edit, *cues_);
         else if (edit)
@@ -128,10 +138,10 @@ private:
     iMetadataWriter& out_;
     const Kv::Ptr<BinData> bin_;
     const std::vector<Cue>* cues_;
-    const std::vector<LogAttribute> attributes_ = Base::getAssetAttributes();
-    const std::vector<LogAttribute> documentAttributes_ = Base::getDocumentAttributes();
+    const std::vector<AttributeKey> attributes_ = keysOf(Base::getAssetAttributes());
+    const std::vector<AttributeKey> documentAttributes_ = keysOf(Base::getDocumentAttributes());
     const std::vector<MarkerField> fields_ = markerFields();
-    std::set<std::string> keys_{"name"};
+    FreeNames keys_{{"name"}};
 };
 
 } // namespace

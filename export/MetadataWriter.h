@@ -39,6 +39,6 @@ bool writeBin(iMetadataWriter& out, const Kv::Ptr<BinData>& bin);
 bool writeEdit(iMetadataWriter& out, const EditPtr& edit, const std::vector<Cue>& cues);
 
 // The items of a bin that are exported, by index.
-std::vector<unsigned> exportedItems(const BinData& bin);
+CUTROOM_API std::vector<unsigned> exportedItems(const BinData& bin);
 
 } // namespace cutroom

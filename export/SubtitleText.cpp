@@ -47,6 +47,11 @@ std::wstring_view SubtitleLine::of(std::wstring_view text) {
     return text.find_first_not_of(L' ') == text.npos ? std::wstring_view() : text;
 }
 
+std::wstring_view SubtitleLine::of(std::wstring_view text, std::wstring_view otherwise) {
+    const std::wstring_view line = of(text);
+    return line.empty() ? of(otherwise) : line;
+}
+
 bool splitInHalf(std::wstring_view text, std::wstring& first, std::wstring& second) {
     std::wstring_view rest = text;
     const std::wstring_view word = takeWord(rest);
@@ -64,15 +69,23 @@ bool splitInHalf(std::wstring_view text, std::wstring& first, std::wstring& seco
     return true;
 }
 
+std::wstring withShortArrows(std::wstring_view text) {
+    std::wstring shorter;
+    shorter.reserve(text.size());
+    for (const wchar_t c : text) {
+        while (c == L'>' && shorter.ends_with(L"--"))
+            shorter.pop_back();
+        shorter += c;
+    }
+    return shorter;
+}
+
 std::wstring_view withoutTimes(std::wstring_view line, std::wstring& scratch) {
-    constexpr std::wstring_view kArrow = L"-->";
     const std::size_t begin = line.find_first_not_of(L' ');
     if (begin == line.npos || std::wstring_view(L"+-0123456789").find(line[begin]) == line.npos ||
-        line.find(kArrow) == line.npos)
+        line.find(L"-->") == line.npos)
         return line;
-    scratch = line;
-    for (std::size_t at = scratch.find(kArrow); at != scratch.npos; at = scratch.find(kArrow, at))
-        scratch.erase(at, 1);
+    scratch = withShortArrows(line);
     return scratch;
 }
 

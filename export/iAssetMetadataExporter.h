@@ -11,7 +11,7 @@
 
 class BinData;
 
-// Exporters are shared by count and hold no state; any thread that may use the asset may export.
+// Exporters are shared by count and never change; any thread that may use the asset may export.
 // They show no message: false means nothing to write, or that the file could not be saved.
 class CUTROOM_API iAssetMetadataExporter : public virtual iObject {
 public:

@@ -41,9 +41,10 @@ protected:
 TEST_F(SrtExport, NumbersKeepTheirPlaceAndPointsAndEmptyOnesAreLeftOut) {
     const EditPtr from = edit();
     EXPECT_EQ(written(from, {range(1, 2, L"one"), Cue(3.0, L"point"), range(4, 5, L""),
-                             range(6.48, 7, L"name", L"text")}),
+                             range(6.48, 7, L"name", L"text"), range(8, 9, L"name", L" \n")}),
               "1\n00:00:01,000 --> 00:00:02,000\none\n\n"
-              "4\n00:00:06,480 --> 00:00:07,000\ntext\n");
+              "4\n00:00:06,480 --> 00:00:07,000\ntext\n\n"
+              "5\n00:00:08,000 --> 00:00:09,000\nname\n");
     EXPECT_EQ(written(from, {Cue(3.0, L"point")}), "");
     std::filesystem::remove(path());
     EXPECT_EQ(written(from, {}), "(refused)");
@@ -66,10 +67,19 @@ TEST_F(SrtExport, TimesFollowTheEditsTimecodeAndOtherFormsStayAsTheyAre) {
         const std::string text = written(from, {range(1, 2, L"x")});
         EXPECT_THAT(text, testing::HasSubstr(row.first)) << row.start;
     }
+}
+
+TEST_F(SrtExport, WhatIsConfiguredIsReadOnce) {
     const EditPtr from = edit();
     cutroom::test::setStartTimecode(from, "10:00:00:00");
-    cutroom::Configuration::instance().set("convert_marker_timecodes", "0");
-    EXPECT_THAT(written(from, {range(1, 2, L"x")}), testing::HasSubstr("\n00:00:01,000 --> "));
+    auto& configuration = cutroom::Configuration::instance();
+    for (const char* value : {"0", ""}) { // "" takes it away, which nothing sees any more
+        configuration.set("convert_marker_timecodes", value);
+        configuration.set("srt_split_length", value);
+        EXPECT_EQ(written(from, {range(1, 2, L"1234567890 1234567890 1234567890 1234567890")}),
+                  "1\n00:00:01,000 --> 00:00:02,000\n"
+                  "1234567890 1234567890 1234567890 1234567890\n");
+    }
 }
 
 TEST_F(SrtExport, TheMediaClockCountsFromTheFirstFrameInTrueSeconds) {
@@ -117,13 +127,18 @@ TEST_F(SrtExport, ASubtitleTrackIsWrittenLineByLineInItsFont) {
     segments[2].detail.lines = {L"Bye"};
     ASSERT_TRUE(from->get_edit_cel_p(track)->setSegments(segments).ok());
     SubtitleFont font;
-    font.flags = kFontBold | kFontItalic;
+    font.flags = 3; // bold 1, italic 2
     from->setSubtitleFont(track, font);
     ASSERT_TRUE(AssetMetadataSRTExporter::exportToFile(from, track, cutroom::toWide(path())));
     EXPECT_EQ(TextFile::load(path()).value(),
               "1\n00:00:01,000 --> 00:00:02,000\n<i><b>Hello</i></b>\n<i><b>you</i></b>\n\n"
               "2\n00:00:03,000 --> 00:00:04,000\n<i><b>Bye</i></b>\n");
-    EXPECT_FALSE(AssetMetadataSRTExporter::exportToFile(from, from->getId(0), L"/nowhere"));
+    font.flags = 2;
+    from->setSubtitleFont(track, font);
+    ASSERT_TRUE(AssetMetadataSRTExporter::exportToFile(from, track, cutroom::toWide(path())));
+    EXPECT_THAT(TextFile::load(path()).value(), testing::HasSubstr("\n<i>Bye</i>\n"));
+    EXPECT_FALSE(
+        AssetMetadataSRTExporter::exportToFile(from, from->getId(0), cutroom::toWide(path())));
 }
 
 TEST_F(SrtExport, SubtitlesAreThoseOfOneMomentWhileAnotherThreadChangesThem) {
@@ -176,8 +191,10 @@ TEST_F(SrtExport, ColoursHaveNamesOnlyToTheBit) {
 }
 
 TEST_F(SrtExport, AFileThatCannotBeWrittenIsRefused) {
-    EXPECT_FALSE(AssetMetadataSRTExporter().exportToFile(edit(), {range(0, 1, L"x")},
-                                                         L"/nonexistent/folder/out.srt"));
+    for (const std::wstring& to :
+         {std::wstring(L"/nonexistent/folder/out.srt"), cutroom::toWide(path()) + L'\xD800'})
+        EXPECT_FALSE(AssetMetadataSRTExporter().exportToFile(edit(), {range(0, 1, L"x")}, to));
+    EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
 }
 
 } // namespace

@@ -7,7 +7,6 @@
 #include "export/AssetMetadataSubtitlesExporter.h"
 #include "export/AssetMetadataXMLExporter.h"
 #include "platform/files/JsonElement.h"
-#include "platform/prefs/Configuration.h"
 #include "tests/bins/BinProject.h"
 
 #include <filesystem>
@@ -50,6 +49,7 @@ protected:
             log->setLogType(kLogTypeSource);
             log->setMediaLocations({L"/media/a.mov", L"/copy/a.mov"});
             log->setConfig("scene", std::string("12"));
+            log->setConfig("markers", std::string("many"));
             log->addCue(marker(1, 2, L"Sky", L"too bright"));
         }
         EXPECT_TRUE(EditManager::instance().flushChanges(false).ok());
@@ -68,6 +68,7 @@ protected:
 };
 
 TEST_F(MetadataExport, ABinIsGroupedByKindInOrderAndOnlyWhatIsTaggedIsWritten) {
+    ASSERT_TRUE(CurrentProject::addCustomAttribute("markers", L"Own", DBFieldTypes::text).ok());
     const Kv::Ptr<BinData> bin = fullBin();
     const auto all = json(bin);
     EXPECT_THAT(keysOf(*all), ElementsAre("name", "Clips", "Sequences", "Bins", "Documents"));
@@ -78,6 +79,7 @@ TEST_F(MetadataExport, ABinIsGroupedByKindInOrderAndOnlyWhatIsTaggedIsWritten) {
     EXPECT_FALSE(log->has("media_location"));
     EXPECT_FALSE(log->has("notes")) << "empty values are left out";
     EXPECT_EQ(log->find("Locations")->child(1)->text(), "/copy/a.mov");
+    EXPECT_EQ(log->getString("markers 2"), "many");
     EXPECT_THAT(keysOf(*log->find("markers")->child(0)),
                 ElementsAre("name", "description", "in", "out", "colour"));
     EXPECT_FALSE(all->find("Sequences")->child(0)->has("markers"));
@@ -132,8 +134,8 @@ TEST_F(MetadataExport, TheMarkersOfAnEditAreWrittenByEachFormat) {
                                 "    <name>Reel</name>\n    <Sequences>\n"));
     EXPECT_THAT(xml, HasSubstr("<marker>\n                    <name>Sky</name>\n"));
     EXPECT_THAT(xml, HasSubstr("<name_2 key=\"name 2\">mine</name_2>"));
-    cutroom::Configuration::instance().set("convert_marker_timecodes", "0");
-    EXPECT_THAT(textOf(AssetMetadataCSVExporter()), HasSubstr("00:00:01:00,00:00:02:12"));
+    EXPECT_EQ(Base::getCueTimecode(edit, 1), "01:00:01:00");
+    EXPECT_EQ(Base::getCueTimecode(edit, kNoTime) + Base::getCueTimecode(EditPtr(), 1), "");
     const auto refuses = [&](const Base& exporter) {
         EXPECT_FALSE(exporter.exportToFile(edit, {}, toWide(folder_ / "none")));
         EXPECT_FALSE(exporter.exportToFile(edit, cues, toWide(folder_ / "no/such")));
@@ -148,7 +150,7 @@ TEST_F(MetadataExport, TheMarkersOfAnEditAreWrittenByEachFormat) {
 TEST_F(MetadataExport, WhatNamesHoldBreaksNoFile) {
     const EditPtr edit = cutroom::test::makeEdit(1, 0, Kv::FrameRate(25), kHostile);
     const std::vector<Cue> cues{marker(0, 1, kHostile),
-                                marker(1, 2, L"5\n\n00:00:01,000 --> 00:00:02,000"),
+                                marker(1, 2, L"5\n\n00:00:01,000 ---> 2 --> 3"),
                                 marker(2, 3, L"\n \r")};
     const auto json = AssetMetadataJSONExporter().getText(edit, cues);
     EXPECT_TRUE(JSON::Element::parse(json.value_or(""), "x").ok());
@@ -159,7 +161,7 @@ TEST_F(MetadataExport, WhatNamesHoldBreaksNoFile) {
                 HasSubstr("\r\n\"a<b>&\"\"]]>\r\n\t,;='"
                           "\uFFFD\uFFFD\xEF\xBF\xBE\uFFFDü😀\","));
     EXPECT_EQ(AssetMetadataSRTExporter().getText(edit, {cues[1], cues[2]}).value(),
-              "1\n00:00:01,000 --> 00:00:02,000\n5 00:00:01,000 -> 00:00:02,000\n");
+              "1\n00:00:01,000 --> 00:00:02,000\n5 00:00:01,000 -> 2 -> 3\n");
 }
 
 TEST_F(MetadataExport, ValuesAreWrittenAsTheyAreStoredAndDatesToBeRead) {
@@ -195,7 +197,8 @@ TEST_F(MetadataExport, TheExportersAreOfferedAndWriteWholeFilesOrNone) {
     for (const auto& exporter : bins().getMetadataExporters()) {
         const bool takesBins = exporter->getSupportedSources() & iAssetMetadataExporter::kSourceBin;
         offered += cutroom::toUtf8(exporter->getFormatName()) + '.' +
-                   cutroom::toUtf8(exporter->getFileExtension()) + (takesBins ? "+ " : " ");
+                   cutroom::toUtf8(exporter->getFileExtension()) + ' ' +
+                   std::to_string(exporter->getSupportedSources()) + ' ';
         EXPECT_EQ(exporter->exportToFile(bin, toWide(path)), takesBins);
         if (!takesBins)
             continue;
@@ -214,7 +217,7 @@ TEST_F(MetadataExport, TheExportersAreOfferedAndWriteWholeFilesOrNone) {
             EXPECT_TRUE(now == old ? !done : now.find("Renamed") != now.npos);
         }
     }
-    EXPECT_EQ(offered, "SRT.srt Subtitles.txt JSON.json+ XML.xml+ CSV.csv+ ");
+    EXPECT_EQ(offered, "SRT.srt 2 Subtitles.txt 2 JSON.json 3 XML.xml 3 CSV.csv 3 ");
 }
 
 } // namespace
