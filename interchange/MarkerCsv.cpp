@@ -63,11 +63,16 @@ Header headerOf(const CsvRow& row) {
         for (const KnownColumn& known : kKnown)
             if (name == known.name && !header.has(known.text))
                 column.text = known.text;
-        if (const auto field = fields.find(own); !column.text && field != fields.end())
+        // A duration and a type are no columns of ours: a field of that name comes first.
+        const auto field = fields.find(own);
+        if (field != fields.end() && (!column.text || column.text == &MarkerTexts::duration)) {
+            column.text = nullptr;
             column.field = field->second;
+        }
         // Lists with this column give points an out point that is their in point.
-        header.pointsEnd = header.pointsEnd || name == "marker type";
-        if (!column.text && column.field.empty() && !own.empty() && name != "marker type")
+        const bool typed = name == "marker type" && column.field.empty();
+        header.pointsEnd = header.pointsEnd || typed;
+        if (!column.text && column.field.empty() && !own.empty() && !typed)
             header.unknown.push_back(own);
         header.columns.push_back(std::move(column));
     }

@@ -17,7 +17,7 @@ constexpr std::size_t kMostWarnings = 100;
 
 void warn(std::vector<std::string>& warnings, long line, const std::string& text) {
     if (warnings.size() < kMostWarnings)
-        warnings.push_back("line " + std::to_string(line) + ": " + text);
+        warnings.push_back((line > 0 ? "line " + std::to_string(line) + ": " : "") + text);
 }
 
 // Where the marker ends: nowhere, or at a place not before its start.

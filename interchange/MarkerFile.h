@@ -20,8 +20,8 @@ CUTROOM_API std::optional<MarkerFormat> markerFormatOf(const std::string& path);
 
 // One marker of a file at its place on the edit, and what the file said of it beside the place.
 struct MarkerRead {
-    Cue cue; // with a fresh identity
-    long line = 0;
+    Cue cue;               // with a fresh identity
+    long line = 0;         // of JSON: known of the first marker alone
     bool saidName = false; // otherwise the name is the text that the marker shows
     bool saidDescription = false;
     bool saidEnd = false; // also that there is none

@@ -1,5 +1,7 @@
 #include "interchange/MarkerImport.h"
 
+#include "export/SubtitleText.h"
+
 #include <algorithm>
 #include <deque>
 #include <map>
@@ -25,13 +27,12 @@ std::wstring words(std::wstring_view text) {
             joined += L' ';
         joined += c;
     }
-    for (auto at = joined.find(L"-->"); at != joined.npos; at = joined.find(L"-->", at))
-        joined.erase(at, 1);
-    return joined;
+    return withShortArrows(joined);
 }
 
 std::wstring shownText(const Cue& cue) {
-    return words(cue.getDescription().empty() ? cue.getName() : cue.getDescription());
+    std::wstring text = words(cue.getDescription());
+    return text.empty() ? words(cue.getName()) : text;
 }
 
 // The edit's markers, each to stand against one of the file's at most.
@@ -86,14 +87,15 @@ private:
     Places shown_;
 };
 
-// Takes over what the file says; a place that the timecode names already stays as exact as it is.
+// Takes over what the file says; a place that the timecode names already stays as exact as it is,
+// and the end behind it.
 void takeOver(Cue& cue, const MarkerRead& read, const MarkerPlaces& places) {
     if (read.saidEnd) {
         const bool sameEnd =
             cue.hasEnd() && read.cue.hasEnd() &&
             places.frameAt(cue.getEndTime()) == places.frameAt(read.cue.getEndTime());
         if (!sameEnd)
-            cue.setEndTime(read.cue.getEndTime());
+            cue.setEndTime(std::max(read.cue.getEndTime(), cue.getTime()));
     }
     if (read.saidDescription)
         cue.setDescription(read.cue.getDescription());

@@ -142,10 +142,10 @@ Result<MarkerTexts> textsOf(const Cursor& object,
         if (member.kind() != Kind::string && member.kind() != Kind::null)
             return Status(StatusCode::damaged, {},
                           '"' + std::string(member.key()) + "\" is not text");
-        if (known != std::end(kKnown))
-            texts.*known->second = std::string(member.text());
-        else
+        if (field != fields.end()) // none has one of the exporter's five names
             texts.fields.emplace_back(field->second, member.text());
+        else
+            texts.*known->second = std::string(member.text());
     }
     return texts;
 }
@@ -157,15 +157,22 @@ Result<MarkerFile> readList(const MarkerList& list, const Cursor& root, const Ob
     std::vector<std::size_t> way = list.way;
     way.push_back(0);
     for (Cursor one = Cursor::childrenOf(list.list); one; one.next(), ++way.back()) {
+        const auto line = [&] { return lines.of(root, way); };
         const auto failed = [&](const Status& why) {
-            return Status(StatusCode::damaged, file, why.message(), lines.of(root, way));
+            return Status(StatusCode::damaged, file, why.message(), line());
         };
         const auto texts = textsOf(one, fields);
         if (!texts)
             return failed(texts.status());
+        const std::size_t warnings = markers.warnings.size();
         auto marker = markerOf(*texts, 0, target, markers.warnings);
         if (!marker)
             return failed(marker.status());
+        // To find a line takes the whole text: only where it is told.
+        if (markers.markers.empty())
+            marker->line = line();
+        for (std::size_t i = warnings; i < markers.warnings.size(); ++i)
+            markers.warnings[i].insert(0, "line " + std::to_string(line()) + ": ");
         markers.markers.push_back(std::move(*marker));
     }
     return markers;

@@ -32,7 +32,7 @@ struct MarkerTexts {
 };
 
 // The marker that the texts describe. Fails with the reason alone. A colour that is none is left
-// out, with a warning.
+// out, with a warning, which names the line unless that is 0.
 Result<MarkerRead> markerOf(const MarkerTexts& texts, long line, const MarkerTarget& target,
                             std::vector<std::string>& warnings);
 

@@ -27,8 +27,8 @@ protected:
                         .open(folder_ / "film", CurrentProject::Access::readWrite,
                               CurrentProject::IfMissing::create)
                         .ok());
-        EXPECT_TRUE(
-            CurrentProject::addCustomAttribute("cue.take", L"Take", DBFieldTypes::text).ok());
+        for (const char* id : {"cue.take", "cue.duration", "cue.start_timecode", "cue.marker type"})
+            EXPECT_TRUE(CurrentProject::addCustomAttribute(id, L"Own", DBFieldTypes::text).ok());
     }
     // A minute long, from 01:00:00:00.
     static EditPtr edit(const Kv::FrameRate& rate = Kv::FrameRate(25), bool drop = false) {
@@ -80,7 +80,7 @@ TEST_F(MarkerImport, ReadsWhatOtherProgramsWriteAndNamesTheLineOfWhatIsWrong) {
               "Marker Name\tDescription\tIn\tOut\tDuration\tMarker Type\n"
               "x\ty\t01:00:02:00\t01:00:02:00\t00:00:00:00\tComment\n",
               "2- x|y\n"},
-             {csv, "timecode;duration;who\n01:00:01:00;00:00:00:05;me\n\n",
+             {csv, "timecode;Duration;who\n01:00:01:00;00:00:00:05;me\n\n",
               "1-1.2 |\n! columns that no marker has: who\n"},
              {csv, "in,colour\n01:00:01:00,mauve\n",
               "1- |\n! line 2: \"mauve\" is no known colour\n"},
@@ -95,8 +95,11 @@ TEST_F(MarkerImport, ReadsWhatOtherProgramsWriteAndNamesTheLineOfWhatIsWrong) {
              {csv, "in\n10:00:00:00\n", "f:2: no marker of it lies inside the edit"},
              {csv, "in\n\xFF\n", "f:2: not UTF-8 text"},
              {json, R"([{"name": "a", "in": "01:00:01:00", "out": "", "colour": "blue"},
-                        {"start_timecode": "01:00:02:00", "end_timecode": "01:00:03:00", "x": 1}])",
+                        {"in": "01:00:02:00", "end_timecode": "01:00:03:00", "x": 1}])",
               "1- a| 0000ff\n2-3 |\n"},
+             {json, "[\n{\"in\": \"01:00:01:00\",\n\"colour\": \"mauve\"}]",
+              "1- |\n! line 2: \"mauve\" is no known colour\n"},
+             {json, "[\n{\"in\": \"10:00:00:00\"}]", "f:2: no marker of it lies inside the edit"},
              {json, R"({"markers": [{"in": "01:00:01:00"}]})", "1- |\n"},
              {json,
               "{\"A\": [{\"name\": \"x\", \"markers\": []},\n{\"name\": \"Reel\",\n"
@@ -170,27 +173,34 @@ TEST_F(MarkerImport, AMarkerOfTheSameTimeAndNameIsKeptReplacedOrJoined) {
         EXPECT_EQ(last.getCustomMetadata("take"),
                   row.conflict == MarkerConflict::replace ? L"2" : L"1");
     }
+    // An end in the frame of the start is never before it.
+    const auto ended = read("name,in,out\nsky,01:00:01:00,01:00:01:00\n", MarkerFormat::csv, reel);
+    EXPECT_EQ(
+        planMarkers(cues, *ended, places, MarkerConflict::replace).cues.cues().back().getEndTime(),
+        1.01);
 }
 
 // Markers on frames, with texts of all kinds.
 std::vector<Cue> anyMarkers(std::mt19937& random, const Kv::FrameRate& rate) {
     static const wchar_t* const kTexts[] = {L"",
+                                            L" \n",
                                             L"Sky",
                                             L"a, \"b\"\r\nc",
                                             L" =x ",
-                                            L"1 --> ü😀<&>]]>",
+                                            L"1 ---> ü😀<&>]]>",
                                             L"one two three four five six seven eight nine ten"};
     static constexpr std::uint32_t kColours[] = {0xFF0000, 0, 0xFFFFFF, 0x00FFFF};
     std::vector<Cue> cues;
     for (int i = 0; i < 12; ++i) {
         const auto at = static_cast<std::int64_t>(random() % 1400);
-        Cue cue(toSeconds(rate.frameToFlicks(at)), kTexts[random() % 6]);
+        Cue cue(toSeconds(rate.frameToFlicks(at)), kTexts[random() % 7]);
         if (random() % 3 != 0)
             cue.setEndTime(
                 toSeconds(rate.frameToFlicks(at + 1 + static_cast<std::int64_t>(random() % 100))));
-        cue.setDescription(kTexts[random() % 6]);
+        cue.setDescription(kTexts[random() % 7]);
         cue.setColour(kColours[random() % 4]);
-        cue.setCustomMetadata("take", kTexts[random() % 6]);
+        for (const char* key : {"take", "duration", "start_timecode", "marker type"})
+            cue.setCustomMetadata(key, kTexts[random() % 7]);
         cues.push_back(cue);
     }
     return cues;
