@@ -127,6 +127,8 @@ Marker markerOf(const Cue& cue, Flicks start) {
     marker.metadata = importedMember(imported, kImportedMetadata);
     marker.extra = importedMember(imported, kImportedExtra);
     marker.range = importedMember(imported, kImportedRange);
+    for (const auto& [key, value] : cue.getCustomMetadata())
+        marker.fields.emplace_back(key, toUtf8(value));
     return marker;
 }
 

@@ -45,6 +45,8 @@ Cue cueOf(const Marker& marker) {
     if (marker.colour)
         cue.setColour(*marker.colour);
     cue.setFlags(kCueVisible | kCueUser);
+    for (const auto& [key, value] : marker.fields)
+        cue.setCustomMetadata(key, toWide(value));
     cue.setImportedMetadata(metadataOf(marker));
     return cue;
 }

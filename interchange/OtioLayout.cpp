@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace cutroom::otio {
 
@@ -161,9 +161,9 @@ public:
 
     void lay() {
         stack_.times.resize(timeline_.markers.size());
-        noteNested(timeline_);
+        noteNested(timeline_, 0);
         for (std::size_t i = 0; i < timeline_.markers.size(); ++i)
-            if (nested_.empty() || !nested_.contains(keyOf(timeline_.markers[i])))
+            if (nested_.empty() || !isNested(timeline_.markers[i]))
                 give(i);
         if (!agree(true))
             for (MarkerTimes& times : stack_.times)
@@ -173,6 +173,10 @@ public:
     }
 
 private:
+    struct Placed {
+        Span span;
+        Kv::FrameRate rate;
+    };
     struct Owner {
         Span span;
         Flicks source = 0;
@@ -180,16 +184,40 @@ private:
     };
 
     static std::string keyOf(const Marker& marker) {
-        return marker.owner + '\n' + marker.name + '\n' + marker.comment;
+        return marker.owner + '\n' + marker.name + '\n' + marker.comment + '\n' +
+               toText(static_cast<long long>(marker.colour.value_or(0)));
     }
 
-    void noteNested(const Timeline& timeline) {
-        for (const Timeline& inside : timeline.nested) {
-            for (const Marker& marker : inside.markers)
-                if (!inside.owner.empty() && marker.owner.starts_with(inside.owner))
-                    nested_.insert(keyOf(marker));
-            noteNested(inside);
-        }
+    // The markers of what is nested, at their places in the outer timeline.
+
+    void noteNested(const Timeline& timeline, Flicks start) {
+        for (const Track& track : timeline.tracks)
+            for (const Item& item : track.items) {
+                if (item.type != ItemType::nested)
+                    continue;
+                const Timeline& inside = timeline.nested[static_cast<std::size_t>(item.nested)];
+                const Flicks at = start + item.start - item.sourceStart;
+                for (const Marker& marker : inside.markers)
+                    if (!inside.owner.empty() && marker.owner.starts_with(inside.owner))
+                        nested_.emplace(keyOf(marker), Placed{{at + marker.start, marker.duration},
+                                                              inside.rate.rate});
+                noteNested(inside, at);
+            }
+    }
+
+    // Tells whether a marker is one of something nested, which is written there. One that was
+    // changed since on the outer timeline is not.
+    bool isNested(const Marker& marker) const {
+        const auto [first, last] = nested_.equal_range(keyOf(marker));
+        return std::any_of(first, last, [&](const auto& entry) {
+            const auto& [span, rate] = entry.second;
+            // Both sides lie on frames of their own.
+            Flicks off = timeline_.rate.rate.frameToFlicks(1) / 2 + 1;
+            if (rate != timeline_.rate.rate)
+                off += rate.frameToFlicks(1) / 2;
+            return std::abs(span.start - marker.start) <= off &&
+                   std::abs(span.duration - marker.duration) <= off;
+        });
     }
 
     // The track and child that a marker's path names, as far as they are there.
@@ -293,7 +321,7 @@ private:
     std::vector<std::size_t> indices_; // of those that are written here
     std::vector<Owner> owners_;
     std::vector<Flicks> written_;
-    std::unordered_set<std::string> nested_; // markers that nested timelines have
+    std::unordered_multimap<std::string, Placed> nested_; // markers that nested timelines have
     PlaceCounts counts_;
 };
 

@@ -1,5 +1,6 @@
 #include "interchange/OtioMarkers.h"
 
+#include "interchange/OtioReader.h"
 #include "platform/base/Strings.h"
 
 #include <algorithm>
@@ -31,6 +32,22 @@ void readColour(const Json& colour, Marker& marker) {
         if (marker.colourText.empty())
             marker.colourText = format("#%06X", *marker.colour);
     }
+}
+
+// The metadata, without what this program keeps there: the values of a project's fields.
+void readMetadata(Document& document, const Json& object, const Place& place, Marker& marker) {
+    const Json metadata = document.member(object, "metadata");
+    const Json own = metadata && metadata->isObject() ? metadata->find(kOwnMetadata) : Json();
+    const Json fields = own && own->isObject() ? own->find(kOwnFields) : Json();
+    if (!fields || !fields->isObject()) {
+        marker.metadata = document.raw(metadata, place);
+        return;
+    }
+    for (const Json& field : fields->children())
+        if (field->isString())
+            marker.fields.emplace_back(field->key(),
+                                       document.keep(std::string(field->text()), place));
+    marker.metadata = otherMembers(document, metadata, place, {kOwnMetadata});
 }
 
 bool fits(Flicks time, const Span& owner) { return time >= owner.start && time <= owner.end(); }
@@ -124,7 +141,7 @@ std::vector<PendingMarker> readMarkers(Document& document, const Json& object, c
         marker.duration = range->duration.flicks;
         marker.rate = range->start.rate;
         marker.owner = owner;
-        marker.metadata = document.raw(read->find("metadata"), at);
+        readMetadata(document, read, at, marker);
         const Json written = document.member(read, "marked_range");
         marker.range = document.raw(written ? written : document.member(read, "range"), at);
         marker.extra = otherMembers(document, read, at,

@@ -11,10 +11,11 @@
 
 namespace cutroom {
 
-// The key under which our own writer keeps, in the metadata of a timeline, what the format has no
-// place for, and the one member there.
+// The key under which our own writer keeps, in metadata, what the format has no place for: that a
+// timeline counts in drop frame, the values that a marker has for its project's fields.
 inline constexpr char kOwnMetadata[] = "cutroom";
 inline constexpr char kOwnDropFrame[] = "drop_frame";
+inline constexpr char kOwnFields[] = "fields";
 
 // Reads `bytes`; `file` names them in messages. Gives one timeline for a root Timeline, Clip,
 // Stack or Track, and one per such child of a collection. Unknown schemas, metadata and effects are

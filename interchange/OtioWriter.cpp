@@ -339,7 +339,7 @@ private:
     void marker(const Marker& marker, const MarkerTimes& times) {
         out_.beginObject("Marker.2");
         out_.add("name", marker.name);
-        out_.addRaw("metadata", marker.metadata, kNoObject);
+        markerMetadata(marker);
         if (marker.colourText.empty())
             out_.addRaw("color", {});
         else
@@ -350,6 +350,25 @@ private:
             out_.addRange("marked_range", times.range, times.rate);
         out_.add("comment", marker.comment);
         out_.addMembers(marker.extra);
+        out_.endObject();
+    }
+
+    void markerMetadata(const Marker& marker) {
+        if (marker.fields.empty())
+            return out_.addRaw("metadata", marker.metadata, kNoObject);
+        JSON::Builder own(JSON::Layout::compact);
+        own.beginObject();
+        own.beginObject(kOwnFields);
+        for (const auto& [key, value] : marker.fields)
+            own.add(key, value);
+        own.endObject();
+        own.endObject();
+        out_.beginObject("metadata", {});
+        out_.addRaw(kOwnMetadata, own.take());
+        forEachImported(marker.metadata, [this](std::string_view key, std::string_view text) {
+            if (key != kOwnMetadata)
+                out_.addRaw(key, text);
+        });
         out_.endObject();
     }
 

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace cutroom {
@@ -140,6 +141,8 @@ struct Marker {
     std::string metadata;
     std::string extra; // members that the reader has no use for (an object)
     std::string range; // the marked range as written (an object)
+    // Values of the fields that projects define for markers, by key.
+    std::vector<std::pair<std::string, std::string>> fields;
 };
 
 // One timeline, or whatever else stood at the root of a file and can be played.

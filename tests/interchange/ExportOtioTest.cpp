@@ -4,12 +4,11 @@
 #include "tests/interchange/Corpus.h"
 #include "tests/interchange/ImportFixture.h"
 #include "tests/interchange/OtioText.h"
+#include "tests/interchange/RandomEdit.h"
 #include "tests/support/Edits.h"
 #include "tests/support/Scale.h"
 
 #include <gmock/gmock.h>
-
-#include <random>
 
 namespace {
 
@@ -63,11 +62,14 @@ std::string contentsOf(const EditPtr& edit) {
         text += "\n";
     }
     const CueList cues = edit->getCues();
-    for (const Cue& cue : cues.cues())
+    for (const Cue& cue : cues.cues()) {
         text += std::to_string(frameOf(edit, cue.getTime())) + "-" +
                 (cue.hasEnd() ? std::to_string(frameOf(edit, cue.getEndTime())) : "") + " " +
                 toUtf8(cue.getName()) + "/" + toUtf8(cue.getDescription()) + "/" +
                 std::to_string(cue.getColour()) + "\n";
+        for (const auto& [key, value] : cue.getCustomMetadata())
+            text += key + "=" + toUtf8(value) + "\n";
+    }
     return text;
 }
 
@@ -107,6 +109,7 @@ const Change kChanges[] = {
          Cue cue = cues.getCuePoint(0);
          cue.setTime(cue.getTime() + 1.0 / 24);
          cue.setColour(0x123456);
+         cue.setCustomMetadata("ta\"ke", L"3 \u00e9");
          edit->changeCue(cue);
          edit->addCue(Cue(TimeRange(0.5, 0.75), L"new"));
      }},
@@ -150,40 +153,33 @@ TEST_F(ExportOtio, ChangesAreToldAndTheRestStays) {
     }
 }
 
-// Random cuts, moves and markers at rates whose frames are no whole fractions of a second.
 TEST_F(ExportOtio, RandomEditsComeBack) {
     for (int round = 0; round < rounds(20, 400); ++round) {
         SCOPED_TRACE(round);
-        std::minstd_rand random(static_cast<unsigned>(round) + 1);
-        const auto below = [&](int most) {
-            return static_cast<int>(random() % static_cast<unsigned>(most));
-        };
-        const Kv::FrameRate rates[] = {Kv::FrameRate(24000, 1001), Kv::FrameRate(25),
-                                       Kv::FrameRate(30000, 1001), Kv::FrameRate(60000, 1001)};
-        const Kv::FrameRate rate = rates[round % 4];
-        const EditModifier edit = makeEdit(2, 2, rate, L"Random");
-        setStartTimecode(edit, rate.allowsDropFrame() ? "10:03:07;11" : "10:03:07:11",
-                         rate.allowsDropFrame());
-        for (const IdStamp& channel : edit->getChans()) {
-            std::vector<Piece> pieces;
-            for (int i = below(12) + 1; i > 0; --i)
-                pieces.push_back({below(4) == 0 ? L"" : std::wstring(1, L'a' + below(5)),
-                                  below(5000) + 1, below(100000)});
-            layPieces(edit, channel, pieces);
-            const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
-            const auto frame = [&] { return rate.frameToFlicks(below(20000)); };
-            (void)cel->split(frame());
-            (void)cel->insertGap(frame(), rate.frameToFlicks(below(50) + 1));
-            const double from = toSeconds(frame());
-            (void)cel->remove(TimeRange(from, from + toSeconds(rate.frameToFlicks(below(99) + 1))));
-        }
-        for (int i = below(6); i > 0; --i)
-            edit->addCue(Cue(toSeconds(rate.frameToFlicks(below(9))), L"m" + std::to_wstring(i)));
+        RandomEdit random(round, 2, 2);
+        const EditModifier& edit = random.edit();
+        for (int i = random.below(6); i > 0; --i)
+            edit->addCue(Cue(toSeconds(edit->getFrameRate().frameToFlicks(random.below(9))),
+                             L"m" + std::to_wstring(i)));
         const EditPtr again = reimported(edit);
         EXPECT_EQ(contentsOf(again), contentsOf(edit));
         EXPECT_EQ(again->getDropFrame(), edit->getDropFrame());
         EXPECT_EQ(exported(again), exported(reimported(again)));
     }
+}
+
+// A marker of what is nested stands there alone; changed on the edit around it, it stands on that.
+TEST_F(ExportOtio, MarkersOfNestedThingsAreToldWhereTheyAre) {
+    const EditModifier edit = imported(timeline(
+        track(clip("A", 0, 10) + "," +
+              object("Stack.1", "N",
+                     children(object("Track.1", "T",
+                                     children(clip("B", 0, 20, markers(marker("m", 3))))))))));
+    EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
+    Cue cue = edit->getCues().getCuePoint(0);
+    cue.setTime(cue.getTime() + 1.0 / 24);
+    edit->changeCue(cue);
+    EXPECT_THAT(contentsOf(reimported(edit)), testing::HasSubstr("\n14- m/"));
 }
 
 TEST_F(ExportOtio, NestedInItselfIsRefused) {
