@@ -82,7 +82,7 @@ bool takeLocator(EdlList& list, std::string owner, std::string_view text, long l
     const auto label = parseEdlLabel(nextWord(text));
     if (!label)
         return false;
-    EdlMarker marker{line, std::move(owner), *label, {}, {}, {}, 0};
+    EdlMarker marker{line, std::move(owner), *label, {}, {}, {}, 0, 0, {}};
     std::string_view rest = text;
     if (const auto colour = nextWord(rest); markerColour(colour)) {
         marker.colour = colour;
@@ -95,9 +95,11 @@ bool takeLocator(EdlList& list, std::string owner, std::string_view text, long l
 
 // "10  White   USER   01:06:00:01   V1   text", the rows of a table of markers.
 bool takeTableRow(EdlList& list, std::string_view text, long line) {
-    if (!isDigits(nextWord(text)))
+    const auto number = nextWord(text);
+    if (!isDigits(number))
         return false;
     EdlMarker marker;
+    marker.number = leadingInt(number);
     marker.line = line;
     marker.owner = "list";
     marker.colour = nextWord(text);
@@ -119,7 +121,8 @@ bool takeTableRow(EdlList& list, std::string_view text, long line) {
         text = rest;
         word = nextWord(rest);
     }
-    marker.text = trim(rest); // behind the name of the track
+    marker.track = word;
+    marker.text = trim(rest);
     list.markers.push_back(std::move(marker));
     return true;
 }
@@ -186,7 +189,7 @@ void takeMarkerEvents(EdlList& list) {
         const std::string_view note = event.note;
         const auto length = note.rfind("|D:");
         const bool hasLength = length != note.npos && length > name;
-        EdlMarker marker{event.line, "event " + event.number, event.recordIn, {}, {}, {}, 1};
+        EdlMarker marker{event.line, "event " + event.number, event.recordIn, {}, {}, {}, 1, 0, {}};
         marker.text = trim(note.substr(0, bar));
         marker.colour = trim(note.substr(bar + 3, name - bar - 3));
         if (startsWith(marker.colour, "ResolveColor"))

@@ -81,7 +81,8 @@ private:
         losses_.disabled += !written && item.type != ItemType::gap;
         if (written || (lead_ && lead_->outOffset > 0) ||
             (item.type == ItemType::gap && !edlFacts(item).empty())) {
-            addEvent(written ? &item : nullptr, frame(item.start), frame(item.end()) - nextIn);
+            addEvent(written ? &item : nullptr, frame(item.start), frame(item.end()) - nextIn,
+                     written || item.type == ItemType::gap ? edlFacts(item) : std::string_view());
             losses_.nested += item.type == ItemType::nested;
             losses_.effects += hasOtherEffects(item);
         }
@@ -90,9 +91,11 @@ private:
     }
 
     // An event whose item begins at `at`, or sooner with the transition that leads to it.
-    void addEvent(const Item* item, std::int64_t at, std::int64_t end) {
+    void addEvent(const Item* item, std::int64_t at, std::int64_t end,
+                  std::string_view facts = {}) {
         EdlEventOut event;
         event.item = item;
+        event.facts = facts;
         event.recordIn = at;
         event.recordOut = end;
         event.channels = {channel_};
@@ -133,13 +136,13 @@ auto identityOf(const EdlEventOut& event) {
     static const Item kBlack;
     const Item& item = event.item ? *event.item : kBlack;
     const std::string type = event.transition ? event.transition->transitionType : std::string();
-    return std::make_tuple(event.recordIn, event.recordOut, event.transitionFrames, type,
-                           event.item != nullptr, std::string_view(item.name),
-                           std::string_view(item.channel), std::string_view(item.media.reel),
-                           std::string_view(item.media.name), std::string_view(item.media.location),
-                           item.sourceStart, item.speed, std::string_view(item.metadata),
-                           event.outgoing ? std::string_view(event.outgoing->name)
-                                          : std::string_view());
+    return std::make_tuple(
+        event.recordIn, event.recordOut, event.transitionFrames, type, event.item != nullptr,
+        std::string_view(item.name), std::string_view(item.channel),
+        std::string_view(item.media.reel), std::string_view(item.media.name),
+        std::string_view(item.media.location), item.sourceStart, item.speed,
+        std::string_view(item.metadata), event.facts,
+        event.outgoing ? std::string_view(event.outgoing->name) : std::string_view());
 }
 
 } // namespace

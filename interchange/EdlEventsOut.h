@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace cutroom {
@@ -22,6 +23,8 @@ struct EdlEventOut {
     std::int64_t recordOut = 0;
     std::int64_t transitionFrames = 0;
     std::set<EdlChannel> channels;
+    std::string_view facts; // what the edit list that it was read from said of it; empty for none
+    bool goesOn = false;    // the next event is the rest of its clip
 
     std::int64_t length() const noexcept { return recordOut - recordIn; }
 };

@@ -1,5 +1,6 @@
 #include "interchange/EdlTracks.h"
 
+#include "interchange/ImportedJson.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
 
@@ -85,7 +86,7 @@ Item edlItem(const EdlEvent& event, const EdlPlace& place, std::int64_t first,
     return item;
 }
 
-std::string outgoingMetadata(const EdlEvent& outgoing, const EdlEvent& transition) {
+std::string outgoingMetadata(const EdlEvent& outgoing, const EdlEvent& transition, bool other) {
     JSON::Builder json(JSON::Layout::compact);
     json.beginObject();
     json.beginObject("edl");
@@ -94,10 +95,22 @@ std::string outgoingMetadata(const EdlEvent& outgoing, const EdlEvent& transitio
     json.add("reel", outgoing.reel.empty() ? "AX" : outgoing.reel);
     json.add("clip_name", transition.fromName);
     json.add("timecodes", outgoing.timecodes);
+    if (!outgoing.speedText.empty())
+        json.add("frames_per_second", outgoing.speedText);
+    if (other)
+        json.add("other", true);
     json.endObject();
     json.endObject();
     json.endObject();
     return json.take();
+}
+
+void keepContinuation(Item& item, const Item& rest) {
+    constexpr std::size_t kClosing = 2; // braces of "edl" and of the whole
+    item.metadata.resize(item.metadata.size() - kClosing);
+    item.metadata += ",\"continued\":";
+    item.metadata += importedMember(rest.metadata, "edl");
+    item.metadata += "}}";
 }
 
 } // namespace cutroom

@@ -71,6 +71,8 @@ struct EdlMarker {
     std::string name;
     std::string text;
     int frames = 0;
+    int number = 0;    // of a row of a table
+    std::string track; // that the row names
 };
 
 struct EdlList {

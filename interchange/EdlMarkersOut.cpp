@@ -1,9 +1,11 @@
 #include "interchange/EdlMarkersOut.h"
 
+#include "interchange/ImportedJson.h"
 #include "platform/base/Strings.h"
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <utility>
 
 namespace cutroom {
@@ -26,6 +28,11 @@ constexpr std::array<std::pair<const char*, std::uint32_t>, 8> kKnown = {{
 }};
 
 bool isRow(const Marker& marker) { return marker.owner == "list" && !marker.name.empty(); }
+
+// Names made here are in lower case; in capitals they are custom.
+bool isOwnSpelling(const std::string& colour) {
+    return std::none_of(colour.begin(), colour.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+}
 
 long distance(std::uint32_t a, std::uint32_t b) {
     long sum = 0;
@@ -67,6 +74,12 @@ std::vector<const Marker*> EdlMarkersOut::rows(const Timeline& timeline) {
     for (const Marker& marker : timeline.markers)
         if (isRow(marker))
             all.push_back(&marker);
+    const auto number = [](const Marker* row) {
+        return importedNumber(importedMember(row->metadata, "edl"), "number")
+            .value_or(std::numeric_limits<double>::max());
+    };
+    std::stable_sort(all.begin(), all.end(),
+                     [&](const Marker* a, const Marker* b) { return number(a) < number(b); });
     return all;
 }
 
@@ -76,6 +89,9 @@ std::string EdlMarkersOut::colourOf(const Marker& marker, const std::string& tex
         return markerColour(text.substr(0, text.find(' '))) ? "WHITE" : "";
     if (marker.colourText[0] != '#' && markerColour(marker.colourText)) {
         std::string name = marker.colourText;
+        const bool listed = marker.owner == "list" || marker.owner.starts_with("event ");
+        if (listed && !isOwnSpelling(name))
+            return name;
         std::transform(name.begin(), name.end(), name.begin(), [](char c) {
             return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
         });
@@ -94,13 +110,21 @@ std::string EdlMarkersOut::locator(const Marker& marker, const std::string& time
     const std::string text = textOf(marker);
     const std::string colour = colourOf(marker, text);
     lasting_ += marker.duration > 0;
+    fields_ += static_cast<long>(marker.fields.size());
     return "LOC: " + timecode + (colour.empty() ? "" : format(" %-7s", colour.c_str())) +
            (text.empty() ? "" : " " + text);
 }
 
+// The track that a row named.
+std::string EdlMarkersOut::trackOf(const Marker& marker) {
+    const std::string track = importedText(importedMember(marker.metadata, "edl"), "track");
+    return track.empty() ? "V1" : track;
+}
+
 std::string EdlMarkersOut::row(const Marker& marker, const std::string& timecode) {
+    fields_ += static_cast<long>(marker.fields.size());
     std::string text = "    " + toText(++rows_) + "  " + colourOf(marker, "white") + "  " +
-                       edlOneLine(marker.name) + "  " + timecode + "  V1  ";
+                       edlOneLine(marker.name) + "  " + timecode + "  " + trackOf(marker) + "  ";
     const std::string note = edlOneLine(marker.comment);
     while (text.size() + note.size() >= kFoldedFrom && toWide(text + note).size() <= kFoldedTo)
         text += ' ';

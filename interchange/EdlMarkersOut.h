@@ -16,7 +16,7 @@ std::string edlOneLine(std::string_view text);
 class EdlMarkersOut {
 public:
     // Those of a timeline that are written as LOC comments, by time; and those that came in a table
-    // at the end of a list and go back to one, in their order.
+    // at the end of a list and go back to one, in the order of their numbers there.
     static std::vector<const Marker*> locators(const Timeline& timeline);
     static std::vector<const Marker*> rows(const Timeline& timeline);
 
@@ -27,13 +27,16 @@ public:
 
     long lasting() const noexcept { return lasting_; } // written as points
     long colours() const noexcept { return colours_; } // written as the nearest known
+    long fields() const noexcept { return fields_; }   // left out
 
 private:
     std::string colourOf(const Marker& marker, const std::string& text);
+    static std::string trackOf(const Marker& marker);
 
     unsigned long long rows_ = 0;
     long lasting_ = 0;
     long colours_ = 0;
+    long fields_ = 0;
 };
 
 } // namespace cutroom

@@ -6,6 +6,7 @@
 #include "interchange/EdlTracks.h"
 #include "platform/base/Strings.h"
 #include "platform/files/Files.h"
+#include "platform/files/JsonBuilder.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,6 +16,18 @@ namespace cutroom {
 namespace {
 
 constexpr std::uint64_t kMaxEdlBytes = std::uint64_t{16} << 20;
+
+// What a row of a table says that a marker has no place for.
+std::string rowMetadata(const EdlMarker& row) {
+    JSON::Builder json(JSON::Layout::compact);
+    json.beginObject();
+    json.beginObject("edl");
+    json.add("number", row.number);
+    json.add("track", row.track);
+    json.endObject();
+    json.endObject();
+    return json.take();
+}
 
 // Puts a marker on the timeline, whose record time it is written in.
 void addMarker(const EdlMarker& read, const EdlClock& clock, const EdlPlaces& places,
@@ -26,6 +39,8 @@ void addMarker(const EdlMarker& read, const EdlClock& clock, const EdlPlaces& pl
     marker.colourText = read.colour;
     marker.colour = markerColour(read.colour);
     marker.owner = read.owner;
+    if (!read.track.empty())
+        marker.metadata = rowMetadata(read);
     marker.rate.rate = clock.rate;
     marker.meant = clock.rate.frameToFlicks(frame);
     marker.written = clock.rate.frameToFlicks(clock.record(read.at));

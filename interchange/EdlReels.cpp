@@ -76,6 +76,8 @@ const std::string& EdlReels::reelOf(const Item& item) {
     return entry->second;
 }
 
+std::string EdlReels::strictForm(std::string_view reel) { return strict(reel).substr(0, kLength); }
+
 bool EdlReels::isShort(const Item& item) {
     return !item.media.reel.empty() && reelOf(item) != item.media.reel;
 }

@@ -4,6 +4,7 @@
 #include "interchange/Timeline.h"
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -19,6 +20,9 @@ public:
     // Tells whether the reel of `item` says less than its source's own, which then is to be told.
     bool isShort(const Item& item);
     std::size_t shortened() const noexcept { return shortened_; }
+
+    // The reel of a clip that is in no event: the strict form of what was written, not made unique.
+    static std::string strictForm(std::string_view reel);
 
 private:
     std::string makeUnique(std::string reel);

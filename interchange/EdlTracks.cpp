@@ -74,7 +74,7 @@ private:
         if (!lane || ++itemCount_ > kMaxItems)
             return false;
         if (joins(*lane, event, place, item))
-            extend(*lane, place);
+            extend(*lane, place, item);
         else
             add(*lane, event, place, from, item);
         return true;
@@ -127,10 +127,11 @@ private:
                std::abs(reached - static_cast<double>(item.sourceStart)) < 1.0;
     }
 
-    void extend(Lane& lane, const EdlPlace& place) {
+    void extend(Lane& lane, const EdlPlace& place, const Item& rest) {
         lane.end = place.out;
         Item& item = lane.track.items.back();
         item.duration = clock_.rate.frameToFlicks(place.out - places_.first) - item.start;
+        keepContinuation(item, rest);
         lane.onlyTransition = 0;
     }
 
@@ -140,9 +141,9 @@ private:
         if (event.isTransition()) {
             if (touches)
                 nameOutgoing(lane, event);
-            const bool other = touches && from && isOther(*from, event, lane);
-            otherOutgoing_ += other;
-            addTransition(lane, event, place, other ? from : nullptr);
+            const bool other = from && (!touches || isOther(*from, event, lane));
+            otherOutgoing_ += other && touches;
+            addTransition(lane, event, place, from, other);
         }
         lane.track.items.push_back(item);
         lane.end = place.out;
@@ -175,7 +176,7 @@ private:
     }
 
     void addTransition(Lane& lane, const EdlEvent& event, const EdlPlace& place,
-                       const EdlEvent* outgoing) {
+                       const EdlEvent* outgoing, bool other) {
         const std::int64_t length = std::min<std::int64_t>(event.duration, place.length());
         if (length < event.duration)
             ++shortened_;
@@ -192,7 +193,7 @@ private:
         item.sourceRate.rate = clock_.rate;
         item.channel = event.channel;
         if (outgoing)
-            item.metadata = outgoingMetadata(*outgoing, event);
+            item.metadata = outgoingMetadata(*outgoing, event, other);
         lane.track.items.push_back(std::move(item));
     }
 

@@ -40,7 +40,11 @@ bool layEvents(const EdlList& list, const EdlClock& clock, const EdlPlaces& plac
 Item edlItem(const EdlEvent& event, const EdlPlace& place, std::int64_t first,
              const EdlClock& clock);
 
-// What a transition keeps of an outgoing side that is not the clip before it.
-std::string outgoingMetadata(const EdlEvent& outgoing, const EdlEvent& transition);
+// What a transition keeps of the line of its outgoing side; `other`: that is not the clip before
+// it.
+std::string outgoingMetadata(const EdlEvent& outgoing, const EdlEvent& transition, bool other);
+
+// Keeps with `item` what the list said of `rest`, an item that becomes part of it.
+void keepContinuation(Item& item, const Item& rest);
 
 } // namespace cutroom

@@ -11,7 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <functional>
 #include <utility>
 
 namespace cutroom {
@@ -30,7 +30,7 @@ public:
     Writer(const Timeline& timeline, std::vector<int> tracks)
         : timeline_(timeline),
           rate_(timeline.rate.rate), record_{rate_, timeline.dropFrame && rate_.allowsDropFrame()},
-          events_(edlEventsOf(timeline, tracks, losses_)) {}
+          events_(inTheirLines(edlEventsOf(timeline, tracks, losses_))) {}
 
     bool empty() const { return events_.empty() && timeline_.markers.empty(); }
     EdlLosses& losses() { return losses_; }
@@ -71,8 +71,9 @@ private:
     }
 
     std::string record(std::int64_t frame) const {
-        return timecodeText(timeline_.startFrame.value_or(0) + frame, record_);
+        return timecodeText(startFrame() + frame, record_);
     }
+    std::int64_t startFrame() const { return timeline_.startFrame.value_or(0); }
 
     static std::string writtenChannel(const EdlEventOut& event) {
         return event.item ? event.item->channel : std::string();
@@ -107,6 +108,8 @@ private:
     std::string timecodes(const EdlEventOut& each) const {
         const std::string records = record(each.recordIn) + ' ' + record(each.recordOut);
         if (!each.item) {
+            if (isRecord(each.facts, each.recordIn, each.recordOut))
+                return importedText(each.facts, "timecodes");
             const TimecodeFormat format{rate_, record_.dropFrame};
             return timecodeText(0, format) + ' ' + timecodeText(each.length(), format) + ' ' +
                    records;
@@ -115,8 +118,8 @@ private:
         const TimecodeFormat format = sourceFormat(item);
         const std::int64_t in =
             frames(sourceAt(item, rate_.frameToFlicks(each.recordIn)), format.rate);
-        if (const auto written = asWritten(each, in, format, records))
-            return *written;
+        if (isWritten(each))
+            return importedText(each.facts, "timecodes");
         return sourceText(in, format) + ' ' + sourceText(sourceOut(each, in, format), format) +
                ' ' + records;
     }
@@ -133,34 +136,83 @@ private:
         return in + frames(std::llround(length * -speed), format.rate);
     }
 
-    // The four timecodes as they were read, while they say where the event is and what it plays.
-    std::optional<std::string> asWritten(const EdlEventOut& each, std::int64_t in,
-                                         const TimecodeFormat& format,
-                                         const std::string& records) const {
-        const std::string kept = importedText(edlFacts(*each.item), "timecodes");
-        const auto words = split(kept, ' ');
-        if (words.size() != 4 || !speedText(each))
-            return {};
-        const auto here = split(records, ' ');
-        for (std::size_t i = 0; i < 2; ++i) {
-            const auto a = parseEdlLabel(words[i + 2]);
-            const auto b = parseEdlLabel(here[i]);
-            const int nominal = rate_.nominal();
-            if (!a || !b || edlFrame(*a, nominal, false) != edlFrame(*b, nominal, false))
-                return {};
+    // --- what was read and still holds -----------------------------------------------------------
+    static std::vector<std::string> labelsOf(std::string_view facts) {
+        auto labels = split(importedText(facts, "timecodes"), ' ');
+        return labels.size() == 4 ? std::move(labels) : std::vector<std::string>();
+    }
+
+    bool isAt(const std::string& label, std::int64_t frame) const {
+        const auto read = parseEdlLabel(label), here = parseEdlLabel(record(frame));
+        const int nominal = rate_.nominal();
+        return read && here && edlFrame(*read, nominal, false) == edlFrame(*here, nominal, false);
+    }
+
+    // Tells whether the record labels of an event are still those that it was read with.
+    bool isRecord(std::string_view facts, std::int64_t in, std::int64_t out) const {
+        const auto labels = labelsOf(facts);
+        return !labels.empty() && isAt(labels[2], in) && isAt(labels[3], out);
+    }
+
+    // Tells whether an item is, at a place of it, at the frame of its source that was read there.
+    bool isSource(std::string_view facts, const Item& item, std::int64_t at) const {
+        const auto labels = labelsOf(facts);
+        const auto label = labels.empty() ? std::nullopt : parseEdlLabel(labels[0]);
+        const TimecodeFormat format = sourceFormat(item);
+        return label && speedText(facts, item.speed) &&
+               edlFrame(*label, format.rate.nominal(), format.dropFrame) ==
+                   frames(sourceAt(item, rate_.frameToFlicks(at)), format.rate);
+    }
+
+    // The four timecodes of an event stay as written while they say where it is and what it plays.
+    bool isWritten(const EdlEventOut& each) const {
+        return isRecord(each.facts, each.recordIn, each.recordOut) &&
+               isSource(each.facts, *each.item, each.recordIn);
+    }
+
+    static std::string_view restOf(std::string_view facts) {
+        return importedMember(facts, "continued");
+    }
+
+    // Tells whether a clip still stands, in one event or two, where it was read.
+    bool isUnchanged(const Item& item) const {
+        const std::string_view facts = edlFacts(item);
+        const auto first = labelsOf(facts);
+        const auto last = restOf(facts).empty() ? first : labelsOf(restOf(facts));
+        const std::int64_t in = frames(item.start, rate_);
+        return !first.empty() && !last.empty() && isAt(first[2], in) &&
+               isAt(last[3], frames(item.end(), rate_)) && isSource(facts, item, in);
+    }
+
+    // A clip that was read from two events becomes two again while both hold.
+    std::vector<EdlEventOut> inTheirLines(const std::vector<EdlEventOut>& events) const {
+        std::vector<EdlEventOut> all;
+        for (const EdlEventOut& event : events) {
+            const auto labels = labelsOf(restOf(event.facts));
+            EdlEventOut first = event, rest = event;
+            rest.transition = rest.outgoing = nullptr;
+            rest.facts = restOf(event.facts);
+            const auto at = labels.empty() ? std::nullopt : parseEdlLabel(labels[2]);
+            if (at)
+                first.recordOut = rest.recordIn =
+                    edlFrame(*at, rate_.nominal(), record_.dropFrame) - startFrame();
+            first.goesOn = at && event.item && isWritten(first) && isWritten(rest) &&
+                           first.transitionFrames <= first.length();
+            all.push_back(first.goesOn ? first : event);
+            if (first.goesOn)
+                all.push_back(std::move(rest));
         }
-        const auto source = parseEdlLabel(words[0]);
-        if (!source || edlFrame(*source, format.rate.nominal(), format.dropFrame) != in)
-            return {};
-        return kept;
+        std::stable_sort(all.begin(), all.end(), [](const EdlEventOut& a, const EdlEventOut& b) {
+            return a.recordIn < b.recordIn;
+        });
+        return all;
     }
 
     // The speed in frames a second, empty for play speed: as written while it is that speed.
     // Nothing when it was written otherwise.
-    std::optional<std::string> speedText(const EdlEventOut& each) const {
-        const std::string written = importedText(edlFacts(*each.item), "frames_per_second");
+    std::optional<std::string> speedText(std::string_view facts, double speed) const {
+        const std::string written = importedText(facts, "frames_per_second");
         const auto meant = parseDouble(written.starts_with('+') ? written.substr(1) : written);
-        const double speed = each.item->speed;
         if (meant ? *meant / rate_.nominal() == speed : speed == 1)
             return written;
         return {};
@@ -179,7 +231,7 @@ private:
     std::string transitionCode(const EdlEventOut& each) const {
         if (!each.transition) {
             const std::string key =
-                each.item ? importedText(edlFacts(*each.item), "transition") : std::string();
+                each.item ? importedText(each.facts, "transition") : std::string();
             return key.starts_with('K') ? key : "C";
         }
         const std::string& type = each.transition->transitionType;
@@ -207,8 +259,7 @@ private:
             outgoing(each, channel.text);
             duration = format("%03lld", static_cast<long long>(each.transitionFrames));
         } else if (const auto length =
-                       each.item ? importedNumber(edlFacts(*each.item), "transition_frames")
-                                 : std::nullopt;
+                       each.item ? importedNumber(each.facts, "transition_frames") : std::nullopt;
                    length && code[0] == 'K') {
             duration = format("%03d", static_cast<int>(*length));
         }
@@ -235,10 +286,12 @@ private:
         const std::string_view kept = keptOutgoing(each);
         const std::string in = record(each.recordIn);
         if (!kept.empty()) {
-            const auto labels = split(importedText(kept, "timecodes"), ' ');
-            if (labels.size() == 4)
-                return eventLine(importedText(kept, "reel"), channel, "C", {},
-                                 labels[0] + ' ' + labels[1] + ' ' + in + ' ' + in);
+            const auto labels = labelsOf(kept);
+            const std::string reel = isOther(kept)
+                                         ? EdlReels::strictForm(importedText(kept, "reel"))
+                                         : reels_.reelOf(*each.outgoing);
+            eventLine(reel, channel, "C", {}, labels[0] + ' ' + labels[1] + ' ' + in + ' ' + in);
+            return speedLine(reel, importedText(kept, "frames_per_second"), labels[0]);
         }
         std::string reel = "BL";
         std::string at = timecodeText(0, record_);
@@ -252,16 +305,29 @@ private:
         eventLine(reel, channel, "C", {}, at + ' ' + at + ' ' + in + ' ' + in);
     }
 
-    static std::string_view keptOutgoing(const EdlEventOut& each) {
-        return importedMember(edlFacts(*each.transition), "outgoing");
+    // What was read of the outgoing side, while the transition is where it was, and, unless that
+    // was another clip from the start, what goes out is too.
+    std::string_view keptOutgoing(const EdlEventOut& each) const {
+        const std::string_view kept = importedMember(edlFacts(*each.transition), "outgoing");
+        const auto labels = labelsOf(kept);
+        const bool holds = !labels.empty() && isAt(labels[2], each.recordIn) &&
+                           (isOther(kept) || (each.outgoing && isUnchanged(*each.outgoing)));
+        return holds ? kept : std::string_view();
+    }
+
+    static bool isOther(std::string_view outgoing) {
+        return importedMember(outgoing, "other") == "true";
     }
 
     void speed(const EdlEventOut& each, const std::string& reel, const std::string& labels) {
-        const auto written = speedText(each);
+        const auto written = speedText(each.facts, each.item->speed);
         const std::string text = written ? *written : newSpeedText(each.item->speed);
-        if (!text.empty())
-            line(format("M2   %-8s %-23s ", reel.c_str(), text.c_str()) +
-                 labels.substr(0, labels.find(' ')));
+        speedLine(reel, text, labels.substr(0, labels.find(' ')));
+    }
+
+    void speedLine(const std::string& reel, const std::string& speed, const std::string& at) {
+        if (!speed.empty())
+            line(format("M2   %-8s %-23s ", reel.c_str(), speed.c_str()) + at);
     }
 
     // --- comments ------------------------------------------------------------------------------
@@ -281,7 +347,20 @@ private:
             nameOf(*each.item, "FROM CLIP NAME:  ");
         }
         if (each.item)
-            source(*each.item, each.transition != nullptr);
+            source(*each.item, each);
+        else
+            forEachComment(each.facts, [&](const std::string& text) {
+                if (!each.transition ||
+                    !(text.starts_with("FROM CLIP NAME:") || text.starts_with("EFFECT")))
+                    keptLine(text);
+            });
+    }
+
+    static void forEachComment(std::string_view facts,
+                               const std::function<void(const std::string&)>& visit) {
+        forEachImportedEntry(importedMember(facts, "comments"), [&](std::string_view raw) {
+            visit(importedText("{\"c\":" + std::string(raw) + "}", "c"));
+        });
     }
 
     static std::string effectName(const Item& transition) {
@@ -301,16 +380,19 @@ private:
     }
 
     // The reel in full, the file, and whatever else the list said below the event.
-    void source(const Item& item, bool ofTransition) {
+    void source(const Item& item, const EdlEventOut& each) {
+        const bool ofTransition = each.transition != nullptr;
         bool reelTold = !reels_.isShort(item);
         bool fileTold = item.media.location.empty();
         fileTold = fileTold || item.media.kind == ReferenceKind::generator;
         std::vector<std::string> kept;
-        forEachImportedEntry(importedMember(edlFacts(item), "comments"), [&](std::string_view raw) {
-            const std::string text = importedText("{\"c\":" + std::string(raw) + "}", "c");
+        const auto keep = [&](const std::string& text) {
             if (holds(item, text, ofTransition, reelTold, fileTold))
                 kept.push_back(text);
-        });
+        };
+        forEachComment(each.facts, keep);
+        if (!each.goesOn)
+            forEachComment(restOf(each.facts), keep);
         const char* const generated =
             ofTransition ? "TO CLIP IS A GENERATOR" : "FROM CLIP IS A GENERATOR";
         if (item.media.kind == ReferenceKind::generator &&
@@ -377,6 +459,7 @@ private:
             "reels cut to eight characters of A-Z, 0-9 and _, told in full below the event");
         say(markers_.lasting(), "markers that last, written as points");
         say(markers_.colours(), "marker colours, written as the nearest known");
+        say(markers_.fields(), "values of fields of markers left out");
         if (number_ > kNumbered)
             all.push_back(format("%zu events; old programs read numbers up to 999", number_));
         return all;
