@@ -25,22 +25,27 @@ using PiecesOf = std::unordered_map<Cookie, std::vector<Piece>>; // by material
 // Picture and sound strips of one log are one material.
 Cookie materialKey(const Cookie& material) { return convertCookie(material, 'E'); }
 
+// Never more than the store's range, so that sums of two stay numbers.
 Flicks scaled(Flicks length, double factor) noexcept {
     if (factor == 1.0)
-        return length;
+        return std::clamp(length, -kMaxFlicks, kMaxFlicks);
     const double result = static_cast<double>(length) * factor;
     return static_cast<Flicks>(std::llround(
         std::clamp(result, -static_cast<double>(kMaxFlicks), static_cast<double>(kMaxFlicks))));
 }
 
-// Calls `visit` with each segment that shows material, on the channels of these types.
+// Calls `visit` with each segment that shows material, on the channels of these types, the topmost
+// channel first.
 template <class Visit>
 void forEachSegment(const EditPtr& edit, unsigned types, const Visit& visit) {
     const Edit::Lock lock(*edit);
-    for (const IdStamp& channel : edit->getChans(types, kSubAll & ~unsigned{kSubDerived})) {
+    std::vector<IdStamp> channels = edit->getChans(types, kSubAll & ~unsigned{kSubDerived});
+    std::reverse(channels.begin(), channels.end());
+    for (const IdStamp& channel : channels) {
         const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
         for (std::uint32_t i = 0; cel && i < cel->numSegments(); ++i)
-            if (const CelSegment segment = cel->getSegment(i); segment.material.valid())
+            if (const CelSegment segment = cel->getSegment(i);
+                segment.material.valid() && (segment.flags & kEventDisabled) == 0)
                 visit(channel, segment);
     }
 }

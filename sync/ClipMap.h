@@ -43,7 +43,8 @@ public:
     // Finds the references of `sequence` to `clips` anew, unless nothing has changed since the last
     // time.
     void update(const EditPtr& sequence, const std::vector<EditPtr>& clips);
-    // Video channels first, then by channel and time.
+    // Video channels first; the topmost channel of a kind before those that it lies over; then by
+    // time. What is disabled refers to nothing.
     const std::vector<ClipReference>& references() const noexcept { return references_; }
 
 private:
