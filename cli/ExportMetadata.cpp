@@ -21,7 +21,8 @@ AssetMetadataSRTExporter::Clock srtClock(const ExportWords& words) {
                                   : AssetMetadataSRTExporter::Clock::timecode;
 }
 
-// Gives point markers an end: so many frames on, or where the next marker begins.
+// Gives point markers an end: so many frames on, or where the next marker begins. They are in
+// order.
 Status giveEnds(std::vector<Cue>& cues, const std::string& duration, const EditPtr& edit) {
     if (duration.empty())
         return {};
@@ -31,14 +32,18 @@ Status giveEnds(std::vector<Cue>& cues, const std::string& duration, const EditP
     for (std::size_t i = 0; i < cues.size(); ++i) {
         if (cues[i].hasEnd())
             continue;
+        const double start = cues[i].getTime();
         double end = edit->getEndTime();
         if (frames)
-            end = cues[i].getTime() + static_cast<double>(*frames) * edit->getCelResolution();
-        else
-            for (std::size_t next = cues.size(); next > i + 1; --next)
-                if (cues[next - 1].getTime() > cues[i].getTime())
-                    end = cues[next - 1].getTime();
-        if (end > cues[i].getTime())
+            end = start + static_cast<double>(*frames) * edit->getCelResolution();
+        else if (const auto next = std::upper_bound(
+                     cues.begin(), cues.end(), start,
+                     [](double time, const Cue& cue) { return time < cue.getTime(); });
+                 next != cues.end())
+            end = next->getTime();
+        if (!isStorableTime(end))
+            return {StatusCode::wrongUsage, duration, "too many frames"};
+        if (end > start)
             cues[i].setEndTime(end);
     }
     return {};

@@ -7,6 +7,7 @@
 #include "editops/basics/EmptyEdit.h"
 #include "export/AssetMetadataSRTExporter.h"
 #include "export/MetadataExporters.h"
+#include "export/MetadataWriter.h"
 #include "interchange/Exporter.h"
 #include "interchange/Importer.h"
 #include "platform/base/Strings.h"
@@ -147,10 +148,12 @@ void exportAny(Session& session, SessionWords& words) {
         refuse(StatusCode::failed, toUtf8(path),
                "nothing that this exporter writes, or the file cannot be written");
     using Base = AssetMetadataExporterBase;
-    if (bin)
-        session.say(toUtf8(Base::getDisplayString(Base::getAssetType(bin), bin->numItems() != 1,
-                                                  Base::kStringLowerCase)) +
-                    " written: " + toText(static_cast<unsigned long long>(bin->numItems())));
+    if (!bin)
+        return;
+    const auto count = exportedItems(*bin).size();
+    session.say(toUtf8(Base::getDisplayString(Base::getAssetType(bin), count != 1,
+                                              Base::kStringLowerCase)) +
+                " written: " + toText(static_cast<unsigned long long>(count)));
 }
 
 void importMarkers(Session& session, SessionWords& words) {
