@@ -14,14 +14,15 @@ namespace {
 
 // Puts the present content of `path` under its backup's name while `path` keeps it too.
 Status keepBackup(iFileSystem& files, const std::string& path) {
-    const Result<std::string> old = linkOld(files, path);
+    Result<std::string> old = linkOld(files, path);
     if (!old)
         return old.status();
     if (old->empty())
         return {};
-    Status kept = keepAsBackup(files, path, *old);
-    if (!kept)
-        discard(files, *old);
+    Temporary second(files, std::move(*old));
+    Status kept = keepAsBackup(files, path, second.path());
+    if (kept.ok())
+        second.keep();
     return kept;
 }
 
@@ -33,8 +34,11 @@ Status tooLarge(const std::string& path, std::uint64_t maxBytes) {
 // Reads to the end, which is known to be at `size` unless that is 0 (a device, a pipe).
 Status readInto(iFileSystem& files, iFileSystem::Handle file, std::string& content,
                 std::uint64_t size, std::uint64_t maxBytes) {
+    // In pieces that stay in the processor's cache between being made and being filled.
     constexpr std::size_t kMore = 65536;
-    content.resize(size ? static_cast<std::size_t>(size) : kMore);
+    const auto whole = static_cast<std::size_t>(size);
+    content.reserve(whole);
+    content.resize(size ? std::min(whole, kMore) : kMore);
     std::size_t filled = 0;
     for (;;) {
         Result<std::size_t> got =
@@ -47,7 +51,7 @@ Status readInto(iFileSystem& files, iFileSystem::Handle file, std::string& conte
         if (filled > maxBytes)
             return tooLarge({}, maxBytes);
         if (filled == content.size())
-            content.resize(filled + kMore);
+            content.resize(size ? std::min(whole, filled + kMore) : filled + kMore);
     }
     content.resize(filled);
     return {};
@@ -83,17 +87,17 @@ Status writeFile(const std::string& path, std::string_view content, Backup backu
     if (Status usable = checkPath(path); !usable)
         return usable;
     iFileSystem& files = fileSystem();
-    const Result<std::string> temporary = writeTemporary(files, path, content, Flush::now);
-    if (!temporary)
-        return temporary.status();
-    Status status = backup == Backup::keep ? keepBackup(files, path) : Status();
-    if (status.ok())
-        status = named(files.rename(*temporary, path), path);
-    if (!status) {
-        discard(files, *temporary);
-        return status;
-    }
-    return flushFolder(files, folderOf(path));
+    const std::string folder = folderOf(path); // after the renaming nothing runs out of memory
+    Result<std::string> written = writeTemporary(files, path, content, Flush::now);
+    if (!written)
+        return written.status();
+    Temporary temporary(files, std::move(*written));
+    if (Status kept = backup == Backup::keep ? keepBackup(files, path) : Status(); !kept)
+        return kept;
+    if (Status renamed = files.rename(temporary.path(), path); !renamed)
+        return named(renamed, path);
+    temporary.keep();
+    return flushFolder(files, folder);
 }
 
 Status writeOutput(const std::string& path, std::string_view content) {

@@ -6,6 +6,7 @@
 #include "platform/files/CommitManifest.h"
 #include "platform/files/Staging.h"
 
+#include <new>
 #include <optional>
 #include <unordered_map>
 #include <vector>
@@ -97,6 +98,7 @@ struct GroupCommit::State {
     }
 
     void put(Change change) {
+        changes.reserve(changes.size() + 1);
         const auto [at, added] = places.try_emplace(change.path, changes.size());
         if (added) {
             changes.push_back(std::move(change));
@@ -124,10 +126,12 @@ struct GroupCommit::State {
 
     Status linkOlds(iFileSystem& files) {
         for (Change& change : changes) {
-            const Result<std::string> old = linkOld(files, joinPath(root, change.path));
+            Result<std::string> old = linkOld(files, joinPath(root, change.path));
             if (!old)
                 return old.status();
-            change.old = old->empty() ? "" : relative(*old);
+            Temporary second(files, std::move(*old));
+            change.old = second.path().empty() ? "" : relative(second.path());
+            second.keep();
         }
         // Nothing to be removed: nothing to do.
         std::erase_if(changes, [](const Change& change) {
@@ -157,6 +161,21 @@ struct GroupCommit::State {
         const Status flushed = flushFolders(files, root, changes);
         return flushed.ok() ? removeManifest(files, root) : flushed;
     }
+
+    // A decided group is not taken back: out of memory it is tried again, and else left to the next
+    // commit with all that it staged.
+    Status finishSurely(iFileSystem& files) {
+        try {
+            return finish(files);
+        } catch (const std::bad_alloc&) {
+        }
+        try {
+            return finish(files);
+        } catch (const std::bad_alloc&) {
+            clear();
+            throw;
+        }
+    }
 };
 
 GroupCommit::GroupCommit(std::string root) : state_(std::make_unique<State>()) {
@@ -175,12 +194,14 @@ Status GroupCommit::write(const std::string& path, std::string_view content) {
     if (Status open = state_->openRoot(files); !open)
         return open;
     const Flush flush = state_->written < kFlushedEach ? Flush::now : Flush::later;
-    const Result<std::string> temporary =
+    Result<std::string> written =
         writeTemporary(files, joinPath(state_->root, path), content, flush);
-    if (!temporary)
-        return temporary.status();
+    if (!written)
+        return written.status();
+    Temporary temporary(files, std::move(*written));
     ++state_->written;
-    state_->put({path, state_->relative(*temporary), {}, content.size(), checksum(content)});
+    state_->put({path, state_->relative(temporary.path()), {}, content.size(), checksum(content)});
+    temporary.keep();
     return {};
 }
 
@@ -215,7 +236,7 @@ Status GroupCommit::commit() {
         state_->clear();
         return status;
     }
-    status = state_->finish(files);
+    status = state_->finishSurely(files);
     state_->clear();
     if (status.ok())
         return {};

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <new>
 
 namespace cutroom::staging {
 
@@ -52,16 +53,15 @@ Result<std::string> writeTemporary(iFileSystem& files, const std::string& target
     }
     if (!file)
         return Status(file.status().code(), target, file.status().message());
+    Temporary temporary(files, std::move(path));
     Status status = writeAll(files, *file, content);
     if (status.ok() && flush == Flush::now)
         status = files.flush(*file);
     if (Status closed = files.close(*file); status.ok())
         status = closed;
-    if (!status) {
-        discard(files, path);
+    if (!status)
         return named(status, target);
-    }
-    return path;
+    return temporary.keep();
 }
 
 Result<std::string> linkOld(iFileSystem& files, const std::string& target) {
@@ -104,6 +104,13 @@ Status flushFolder(iFileSystem& files, const std::string& folder) {
 void discard(iFileSystem& files, const std::string& path) {
     if (!path.empty())
         (void)files.remove(path);
+}
+
+Temporary::~Temporary() {
+    try {
+        discard(files_, path_);
+    } catch (const std::bad_alloc&) { // it stays until the next recovery
+    }
 }
 
 } // namespace cutroom::staging

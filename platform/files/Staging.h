@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace cutroom::staging {
 
@@ -27,5 +28,23 @@ Status flushFolder(iFileSystem& files, const std::string& folder);
 // Removes a temporary file after a failure that is being reported. That it stays, should this fail
 // too, loses nothing: the next recovery removes it.
 void discard(iFileSystem& files, const std::string& path);
+
+// A temporary file that goes with this object unless it is kept, so that none stays when memory
+// runs out. An empty path stands for none.
+class Temporary {
+public:
+    Temporary(iFileSystem& files, std::string path) noexcept
+        : files_(files), path_(std::move(path)) {}
+    ~Temporary();
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+
+    const std::string& path() const noexcept { return path_; }
+    std::string keep() noexcept { return std::exchange(path_, std::string()); }
+
+private:
+    iFileSystem& files_;
+    std::string path_;
+};
 
 } // namespace cutroom::staging
