@@ -6,6 +6,8 @@
 #include "platform/project/Savers.h"
 #include "platform/store/EditManager.h"
 
+#include <new>
+
 namespace cutroom {
 
 namespace {
@@ -31,8 +33,13 @@ Status EmbeddedProject::open(const std::string& folder, CurrentProject::Access a
         return opened;
     if (!settings_)
         return firstFailure(settings_, CurrentProject::close());
-    if (access == CurrentProject::Access::readWrite)
-        autosave_.emplace(host_.loop());
+    try {
+        if (access == CurrentProject::Access::readWrite)
+            autosave_.emplace(host_.loop());
+    } catch (const std::bad_alloc&) {
+        (void)close(); // nothing has changed yet
+        throw;
+    }
     return {};
 }
 
