@@ -4,6 +4,7 @@
 #include "platform/files/KvIniFile.h"
 #include "platform/store/Edit.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -120,6 +121,19 @@ void MixSetting::apply(AudioMixWriter& writer) const {
     case kMixRouting:
         return writer.setMixRoutedToOutput(mix, other, on, monitoring);
     }
+}
+
+std::string mixChangeText(const EditModification& change, const EditPtr& edit) {
+    static constexpr std::array kWords{"level", "pan",  "solo", "mute",   "routing",
+                                       "level", "solo", "mute", "outputs"};
+    if (change.detail < kMixChannelLevel || change.detail > kWords.size())
+        return "of another kind";
+    std::string text = kWords[change.detail - 1];
+    if (change.detail >= kMixLevel)
+        text += " of " + mixName(AudioMixWriter::getMixFromID(change.track));
+    else if (edit && edit->isValidChan(change.track))
+        text += " of " + toUtf8(edit->getChanDisplayName(change.track));
+    return text;
 }
 
 // --- a whole mix ---------------------------------------------------------------------------------

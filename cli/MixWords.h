@@ -5,6 +5,7 @@
 #include "audio/AudioMixReader.h"
 #include "audio/AudioMixWriter.h"
 #include "platform/base/Status.h"
+#include "platform/store/EditModifications.h"
 #include "platform/store/EditPtr.h"
 
 #include <optional>
@@ -38,6 +39,10 @@ struct MixSetting {
     bool differs(const AudioMixReader& reader) const;
     void apply(AudioMixWriter& writer) const;
 };
+
+// What a modification of the mix names: "level of A1", "outputs of bus2"; only the
+// setting for an input without a channel; "of another kind" for codes that the mix does not have.
+std::string mixChangeText(const EditModification& change, const EditPtr& edit);
 
 // The mixes that a channel feeds.
 std::vector<signed char> mixesOf(const AudioMixReader& reader, unsigned char channel);

@@ -3,6 +3,7 @@
 #include "cli/Assets.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
+#include "vob/Vob.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,7 +17,7 @@ const char* onOff(bool on) { return on ? "on" : "off"; }
 } // namespace
 
 PrintingListener::PrintingListener(VobMonitor& monitor, std::string name, Printer printer)
-    : name_(std::move(name)), printer_(std::move(printer)) {
+    : monitor_(monitor), name_(std::move(name)), printer_(std::move(printer)) {
     time_.registerWith(&monitor.getTimeServer());
     viewCookie_.registerWith(&monitor.getViewCookieServer());
     editChanges_.registerWith(&monitor.getEditModificationServer());
@@ -31,7 +32,7 @@ void PrintingListener::notifyValChanged(const ValObserverBase& observer) {
     else if (&observer == &viewCookie_)
         what = "view is \"" + assetName(viewCookie_.getValue()) + '"';
     else if (&observer == &editChanges_)
-        what = "edit changes are " + kindsText(editChanges_.getValue());
+        what = "edit changes are " + kindsText(editChanges_.getValue(), monitor_.getEdit());
     else if (&observer == &vobChange_)
         what = "change is " + kindsText(vobChange_.getValue());
     else
@@ -54,7 +55,9 @@ void PrintingAudio::handleEditChange(EditPtr edit, double time, bool attached) {
         say("nothing to hear");
 }
 void PrintingAudio::handleEditMods(const EditModifications& changes, double time) {
-    say("edit changes " + kindsText(changes) + " at " + timeText(time));
+    const Vob* const vob = getVob();
+    say("edit changes " + kindsText(changes, vob ? vob->getEdit() : EditPtr()) + " at " +
+        timeText(time));
 }
 void PrintingAudio::handleTimeChanges(double time) { say("time at " + timeText(time)); }
 void PrintingAudio::handleAudioGearingChanges() { say("speed changed"); }

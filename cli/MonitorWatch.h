@@ -21,6 +21,7 @@ public:
 private:
     void notifyValChanged(const ValObserverBase& observer) override;
 
+    const VobMonitor& monitor_;
     const std::string name_;
     const Printer printer_;
     ValClient<double> time_{this};

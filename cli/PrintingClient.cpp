@@ -1,5 +1,6 @@
 #include "cli/PrintingClient.h"
 
+#include "cli/MixWords.h"
 #include "platform/base/Strings.h"
 #include "platform/base/Time.h"
 #include "platform/store/Edit.h"
@@ -83,6 +84,14 @@ std::string tracksText(const VobModification& change, const EditPtr& edit) {
     return text;
 }
 
+// One text for each setting of the mix that is named.
+void addMixChanges(std::vector<std::string>& texts, const EditModifications& changes,
+                   const EditPtr& edit) {
+    for (const EditModification& one : changes.details())
+        if (one.kind == kModAudioMix)
+            texts.push_back("mix " + mixChangeText(one, edit));
+}
+
 const char* nameOf(const VobClient* client) { return client ? client->idstring() : "nobody"; }
 
 } // namespace
@@ -95,12 +104,18 @@ std::string kindsText(unsigned type) {
     return text.empty() ? "nothing" : text;
 }
 
-std::string kindsText(const EditModifications& changes) {
-    std::string text;
-    for (const KindWord& kind : kEditWords)
-        if (changes.includes(static_cast<EditModificationType>(kind.bit)))
-            text += (text.empty() ? "" : ", ") + std::string(kind.word);
-    return text;
+std::string kindsText(const EditModifications& changes, const EditPtr& edit) {
+    std::vector<std::string> texts;
+    for (const KindWord& kind : kEditWords) {
+        if (!changes.includes(static_cast<EditModificationType>(kind.bit)))
+            continue;
+        const std::size_t before = texts.size();
+        if (kind.bit == kModAudioMix)
+            addMixChanges(texts, changes, edit);
+        if (texts.size() == before)
+            texts.emplace_back(kind.word);
+    }
+    return join(texts, ", ");
 }
 
 std::string timeText(double seconds) {
@@ -139,7 +154,7 @@ void PrintingClient::handleModifications(const EditModifications& editChanges,
     if (!change.getModifiedTracks().empty())
         what += " tracks " + tracksText(change, getEdit());
     if (!editChanges.empty())
-        what += (what.empty() ? "(edit: " : " (edit: ") + kindsText(editChanges) + ")";
+        what += (what.empty() ? "(edit: " : " (edit: ") + kindsText(editChanges, getEdit()) + ")";
     say(what);
     if (auto reaction = std::exchange(reaction_, nullptr))
         reaction();
@@ -162,7 +177,7 @@ void PrintingClient::notifyPlayStateChange(PlayStateNotifyType change) {
 void PrintingClient::notifyOtherEditAltered(const Cookie& edit, const EditModifications& changes) {
     const EditPtr other = changes.includes(kModDeleted) ? EditPtr() : EditPtr(edit);
     say("other edit " + (other ? '"' + toUtf8(other->getName()) + '"' : std::string("gone")) +
-        ": " + kindsText(changes));
+        ": " + kindsText(changes, other));
 }
 
 void PrintingClient::handleConsoleFocus(bool hasFocus) {

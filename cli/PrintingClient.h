@@ -11,8 +11,8 @@ namespace cutroom::cli {
 
 // The words for the kinds of change, joined by "+": "time+marks"; "nothing" for type 0.
 std::string kindsText(unsigned type);
-// The same for an edit's changes: "cuts added, cues changed".
-std::string kindsText(const EditModifications& changes);
+// The same for the changes of `edit`: "cuts added, cues, mix level of A1".
+std::string kindsText(const EditModifications& changes, const EditPtr& edit);
 // Seconds for a person: "12.5"; "none" for no time.
 std::string timeText(double seconds);
 

@@ -55,7 +55,8 @@ void tellPublished(Session& session, SessionWords& words) {
     session.say("  of " + session.nameOf(monitor.getVob()));
     session.say("  time " + timeText(monitor.getTimeServer()));
     session.say("  view " + (view.valid() ? '"' + assetName(view) + '"' : "none"));
-    session.say("  edit changes " + (changes.empty() ? "none" : kindsText(changes)));
+    session.say("  edit changes " +
+                (changes.empty() ? "none" : kindsText(changes, monitor.getEdit())));
     session.say("  change " + (kinds == 0 ? "none" : kindsText(kinds)));
     session.say(monitor.getMixerBypassServer() ? "  mixer bypass on" : "  mixer bypass off");
 }
