@@ -6,6 +6,8 @@
 #include "platform/files/KvIniFile.h"
 #include "platform/store/Edit.h"
 
+#include <algorithm>
+
 namespace cutroom::cli {
 
 namespace {
@@ -86,7 +88,8 @@ std::string outputs(const AudioMixReader& reader, signed char mix, bool monitori
 void list(Session& session) {
     const EditPtr edit = session.edit();
     const AudioMixReader reader(edit);
-    for (int i = 0; i < edit->getNumChans(kChanAudio); ++i) {
+    const int channels = std::min(edit->getNumChans(kChanAudio), static_cast<int>(Aud::kMaxInputs));
+    for (int i = 0; i < channels; ++i) {
         const auto channel = static_cast<unsigned char>(i);
         session.say(format("  A%d level %g pan %g%s%s", i + 1,
                            static_cast<double>(reader.getChannelLevel(channel)),
