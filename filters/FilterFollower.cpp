@@ -36,19 +36,32 @@ CookieVec FilterFollower::take() {
     CookieVec assets;
     const CriticalSection::Lock lock(lock_);
     assets.swap(waiting_);
-    anyWaiting_ = false;
     return assets;
 }
 
-// Taken under the change lock: who finds nothing waiting there knows that all has been applied.
+void FilterFollower::noteApplied() {
+    const CriticalSection::Lock lock(lock_);
+    anyWaiting_ = !waiting_.empty();
+}
+
+// Whoever is applied to may look at filters and so come here again: what that one took is applied
+// when the outermost call is done.
 void FilterFollower::catchUp() {
     if (!anyWaiting_)
         return;
     const ChangeLock oneAtATime;
+    ++depth_;
     if (const CookieVec assets = take(); !assets.empty())
         apply_(assets);
+    if (--depth_ == 0)
+        noteApplied();
 }
 
-void FilterFollower::reset() { (void)take(); }
+void FilterFollower::reset() {
+    const ChangeLock oneAtATime;
+    (void)take();
+    if (depth_ == 0)
+        noteApplied();
+}
 
 } // namespace cutroom

@@ -22,7 +22,8 @@ public:
     // has `catchUp` called on the user-interface thread later.
     FilterFollower(std::function<void(const CookieVec&)> apply, std::function<void()> arrange);
 
-    // Hands on what waits. Any thread that may take the change lock.
+    // Hands on what waits; when it returns, all that was told before has been applied, by whichever
+    // thread. Any thread that may take the change lock.
     void catchUp();
     // Forgets what waits.
     void reset();
@@ -30,10 +31,12 @@ public:
 private:
     void hear(const NotifyMsg& message);
     CookieVec take();
+    void noteApplied();
 
     const std::function<void(const CookieVec&)> apply_;
     const std::function<void()> arrange_;
-    std::atomic<bool> anyWaiting_{false};
+    std::atomic<bool> anyWaiting_{false}; // until it has been applied
+    int depth_ = 0;                       // of `apply`; under the change lock
     CriticalSection lock_{LockRank::leaf};
     CookieVec waiting_ CUTROOM_GUARDED_BY(lock_);
     Kv::Ptr<Guard> registration_;

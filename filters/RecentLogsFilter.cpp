@@ -64,7 +64,8 @@ private:
         if (!summary || !isYoung(created) || (summary->kinds & projdb::kKindsShot) == 0 ||
             (summary->kinds & projdb::kKindClipboard) != 0)
             return std::nullopt;
-        const std::uint32_t expiry = created + seconds_;
+        const auto expiry = static_cast<std::uint32_t>(
+            std::min(std::uint64_t{created} + seconds_, std::uint64_t{kNever}));
         std::uint32_t next = nextExpiry_;
         while (expiry < next && !nextExpiry_.compare_exchange_weak(next, expiry)) {
         }

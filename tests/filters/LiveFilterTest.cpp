@@ -1,9 +1,11 @@
 // Filters follow the project, changed on one thread and on several.
 #include "bins/DocumentManager.h"
+#include "filters/FilterFollower.h"
 #include "tests/filters/FilterProject.h"
 #include "tests/support/Scale.h"
 #include "vob/VobManager.h"
 
+#include <future>
 #include <random>
 #include <thread>
 
@@ -83,6 +85,26 @@ TEST_F(LiveFilterTest, TellsOfTagsAndOfBinsThatAreLookedAt) {
     put(tagged(1, "night"));
     put(tagged(1, "day"));
     EXPECT_THAT(toldFilters_, ElementsAre("bin 256", "130 night", "640 130 day"));
+}
+
+TEST_F(LiveFilterTest, WhoLooksWaitsForWhatIsBeingApplied) {
+    std::atomic<bool> applied{false};
+    std::promise<bool> sawItApplied;
+    auto saw = sawItApplied.get_future();
+    std::thread other;
+    cutroom::FilterFollower follower(
+        [&](const CookieVec&) {
+            other = std::thread([&] {
+                follower.catchUp();
+                sawItApplied.set_value(applied);
+            });
+            (void)saw.wait_for(std::chrono::milliseconds(50)); // in vain: it waits for us
+            applied = true;
+        },
+        [] {});
+    put(record(1, projdb::kKindClip));
+    EXPECT_TRUE(saw.get());
+    other.join();
 }
 
 TEST_F(LiveFilterTest, FollowsTheEditsThatAreWorkedOn) {
