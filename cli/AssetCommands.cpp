@@ -4,6 +4,7 @@
 #include "bins/DocumentManager.h"
 #include "cli/Assets.h"
 #include "cli/Command.h"
+#include "cli/FilterWords.h"
 #include "cli/Names.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
@@ -51,6 +52,8 @@ Status rename(const std::string& name, const std::string& newName, unsigned kind
         return renameContainer(openGroup(cookie), *wide);
     case kDocuments:
         return renameContainer(openDocument(cookie), *wide);
+    case kFilters:
+        return renameFilter(cookie, *wide);
     default:
         return renameEdit(cookie, *wide);
     }
@@ -62,12 +65,15 @@ Status deleteAssets(const std::vector<std::string>& names, const std::string& re
                     unsigned kinds) {
     CookieVec edits, bins, documents;
     std::vector<Kv::Ptr<AssetAssociationGroup>> groups;
+    std::vector<Kv::Ptr<UserFilter>> filters;
     for (const std::string& name : names) {
         const auto asset = findAsset(name, kinds);
         if (!asset)
             return asset.status();
         if (asset->kind == kGroups)
             groups.push_back(AssetAssociationGroupManager::instance().getGroup(asset->cookie));
+        else if (asset->kind == kFilters)
+            filters.push_back(*findUserFilter(asset->cookie.asString()));
         else
             (asset->kind == kEdits  ? edits
              : asset->kind == kBins ? bins
@@ -81,6 +87,8 @@ Status deleteAssets(const std::vector<std::string>& names, const std::string& re
         done = AssetAssociationGroupManager::instance().removeGroup(groups[i], reason);
     if (done && !documents.empty())
         done = DocumentManager::instance().destroy(documents, reason);
+    for (std::size_t i = 0; i < filters.size() && done.ok(); ++i)
+        done = deleteFilter(filters[i]);
     return done;
 }
 
@@ -118,16 +126,17 @@ void addNamingCommands(Commands commands, CLI::App& parent, const char* type, un
 }
 
 void addRenameCommand(Commands commands) {
-    addRename(commands, commands.app, "Give an edit, log, bin, group or document another name",
-              "ASSET", kAnyAsset)
+    addRename(commands, commands.app,
+              "Give an edit, log, bin, group, document or filter another name", "ASSET",
+              kAnyAsset | kFilters)
         ->footer("  cutroom rename \"Reel 1\" \"Reel 1 locked\"");
 }
 
 void addDeleteCommand(Commands commands) {
     addDelete(commands, commands.app,
-              "Delete edits, logs, bins, groups or documents; media and outside files are not "
-              "touched",
-              "ASSET", kAnyAsset)
+              "Delete edits, logs, bins, groups, documents or filters; media and outside files are "
+              "not touched",
+              "ASSET", kAnyAsset | kFilters)
         ->footer("The last state of a deleted edit stays in the project as "
                  "edits/COOKIE.edit.bak.\n\n  cutroom delete \"Reel 1\"");
 }

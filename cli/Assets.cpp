@@ -3,6 +3,7 @@
 #include "bins/AssetAssociationGroupManager.h"
 #include "bins/BinManager.h"
 #include "bins/DocumentManager.h"
+#include "filters/ProjectFilterManager.h"
 #include "platform/base/Strings.h"
 #include "platform/project/ProjDb.h"
 #include "platform/store/Edit.h"
@@ -27,6 +28,8 @@ const char* wordFor(unsigned kinds) {
         return "group";
     case kDocuments:
         return "document";
+    case kFilters:
+        return "filter";
     default:
         return "asset";
     }
@@ -73,6 +76,9 @@ void forEachAsset(unsigned kinds, const Visit& visit) {
     if (kinds & kDocuments)
         for (const auto& document : DocumentManager::instance().getDocuments())
             visit(document->getID(), toUtf8(document->getName()), kDocuments);
+    if (kinds & kFilters)
+        for (const auto& filter : ProjectFilterManager::instance().getUserFilters())
+            visit(filter->getID(), toUtf8(filter->getName()), kFilters);
 }
 
 // All assets whose name is `text`; failing that, whose name holds it, whatever the case.
@@ -118,6 +124,10 @@ std::optional<NamedAsset> byCookie(const Cookie& cookie, unsigned kinds) {
     if (kinds & kDocuments)
         if (const auto document = DocumentManager::instance().getDocument(cookie))
             return NamedAsset{cookie, toUtf8(document->getName()), kDocuments};
+    if (kinds & kFilters)
+        for (const auto& filter : ProjectFilterManager::instance().getUserFilters())
+            if (filter->getID() == cookie)
+                return NamedAsset{cookie, toUtf8(filter->getName()), kFilters};
     return std::nullopt;
 }
 

@@ -18,6 +18,7 @@ enum AssetKinds : unsigned {
     kBins = 2,
     kGroups = 4, // of associated assets
     kDocuments = 8,
+    kFilters = 16, // the user's project filters; no assets, named where it is said
     kAnyAsset = kEdits | kBins | kGroups | kDocuments,
 };
 

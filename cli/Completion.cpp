@@ -1,7 +1,9 @@
 #include "cli/Completion.h"
 #include "cli/Assets.h"
+#include "cli/FilterWords.h"
 #include "cli/Workspace.h"
 #include "platform/base/LogType.h"
+#include "platform/base/Strings.h"
 #include "platform/project/ProjDb.h"
 
 #include <CLI/CLI.hpp>
@@ -141,12 +143,14 @@ void addOptions(const CLI::App* command, Answer& answer) {
 
 // The kinds of assets that a value of that type names; 0 for another type.
 unsigned assetKinds(const std::string& type) {
-    return type == "EDIT"       ? kEdits
-           : type == "BIN"      ? kBins
-           : type == "GROUP"    ? kGroups
-           : type == "DOCUMENT" ? kDocuments
-           : type == "ASSET"    ? kAnyAsset
-                                : 0u;
+    return type == "EDIT"         ? kEdits
+           : type == "BIN"        ? kBins
+           : type == "GROUP"      ? kGroups
+           : type == "DOCUMENT"   ? kDocuments
+           : type == "FILTER"     ? kFilters
+           : type == "BIN|FILTER" ? kBins | kFilters
+           : type == "ASSET"      ? kAnyAsset
+                                  : 0u;
 }
 
 void addAssetNames(unsigned kinds, const std::string& project, Answer& answer) {
@@ -162,8 +166,11 @@ void addAssetNames(unsigned kinds, const std::string& project, Answer& answer) {
                 names.insert(record.name());
             return true;
         });
-    for (const NamedAsset& asset : allAssets(kinds & ~unsigned{kEdits}))
+    for (const NamedAsset& asset : allAssets(kinds & ~unsigned{kEdits | kFilters}))
         names.insert(asset.name);
+    if (kinds & kFilters) // those of the system, too
+        for (const FilterPtr& filter : ProjectFilterManager::instance().getAllFilters())
+            names.insert(toUtf8(filter->getName()));
     for (const auto& name : names)
         answer.add(name);
 }

@@ -1,5 +1,6 @@
 // cutroom filter ...
 #include "bins/BinManager.h"
+#include "cli/Assets.h"
 #include "cli/Command.h"
 #include "cli/ContainerText.h"
 #include "cli/FilterWords.h"
@@ -17,7 +18,7 @@ struct FilterCommandWords {
     std::string filter;
     std::vector<std::string> sources;
     std::string visibility = "always";
-    std::string bin;
+    std::string name;
     std::string combine = "any";
 };
 
@@ -70,10 +71,15 @@ Status destroy(const Options&, const FilterCommandWords& words) {
             return filter.status();
         going.push_back(*filter);
     }
-    for (const Kv::Ptr<UserFilter>& filter : going)
-        if (!filters().destroyFilter(filter))
-            return {StatusCode::failed, toUtf8(filter->getName()), "the filter cannot be removed"};
-    return {};
+    Status done;
+    for (std::size_t i = 0; i < going.size() && done.ok(); ++i)
+        done = deleteFilter(going[i]);
+    return done;
+}
+
+Status rename(const Options&, const FilterCommandWords& words) {
+    const auto name = nameOf(words.name);
+    return name ? renameFilter(words.filter, *name) : name.status();
 }
 
 Status show(const Options& options, const FilterCommandWords& words) {
@@ -97,9 +103,13 @@ Status makeBin(const Options& options, const FilterCommandWords& words) {
     const auto filter = findFilter(words.filter);
     if (!filter)
         return filter.status();
-    const auto name = nameOf(words.bin);
+    const auto name = nameOf(words.name);
     if (!name)
         return name.status();
+    for (const NamedAsset& other : allAssets(kBins))
+        if (other.name == words.name)
+            return {StatusCode::failed, words.name,
+                    "there is a bin of this name: " + other.cookie.asString()};
     const auto operation = setOperationOf(words.combine);
     if (!operation)
         return operation.status();
@@ -158,11 +168,15 @@ void addFilterCommand(Commands commands) {
     withSources(forFilter(sub("update", "Give a filter of yours other bins", kWrite, update)),
                 "BIN|FILTER");
     withSources(sub("delete", "Delete filters of yours", kWrite, destroy), "FILTER")->required();
+    forFilter(sub("rename", "Give a filter of yours another name", kWrite, rename))
+        ->add_option("name", words->name, "The new name")
+        ->required()
+        ->type_name("NAME");
     withVisibility(forFilter(sub("set", "Say when a filter is shown", kWrite, setVisibility)))
         ->required();
     CLI::App* const combined =
         forFilter(sub("bin", "Make one real bin of the bins of a filter", kWrite, makeBin));
-    combined->add_option("name", words->bin, "Name of the bin")->required()->type_name("NAME");
+    combined->add_option("name", words->name, "Name of the bin")->required()->type_name("NAME");
     combined
         ->add_option("--combine", words->combine,
                      "What lies in any of the bins (the default), in all, or in the first only")

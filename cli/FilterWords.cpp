@@ -90,12 +90,31 @@ Result<FilterPtr> findFilter(std::string_view text) {
 }
 
 Result<Kv::Ptr<UserFilter>> findUserFilter(std::string_view text) {
+    if (const auto cookie = Cookie::fromString(text)) // without looking for tags
+        for (const Kv::Ptr<UserFilter>& filter : filters().getUserFilters())
+            if (filter->getID() == *cookie)
+                return filter;
     const auto filter = findFilter(text);
     if (!filter)
         return filter.status();
     if (auto* const users = dynamic_cast<UserFilter*>(filter->get()))
         return Kv::Ptr<UserFilter>(users);
     return Status(StatusCode::wrongUsage, std::string(text), "the system makes this filter");
+}
+
+Status renameFilter(std::string_view text, const std::wstring& name) {
+    const auto filter = findUserFilter(text);
+    if (!filter)
+        return filter.status();
+    return filters().renameFilter(*filter, name)
+               ? Status()
+               : Status(StatusCode::failed, std::string(text), "the filter cannot be saved");
+}
+
+Status deleteFilter(const Kv::Ptr<UserFilter>& filter) {
+    return filters().destroyFilter(filter) ? Status()
+                                           : Status(StatusCode::failed, toUtf8(filter->getName()),
+                                                    "the filter cannot be removed");
 }
 
 // Asked by listeners of containers, too, under which the manager cannot be made.

@@ -17,6 +17,9 @@ using FilterPtr = Kv::Ptr<iProjectFilter>;
 // candidates. The second form finds the user's only, and fails with `wrongUsage` for others.
 Result<FilterPtr> findFilter(std::string_view text);
 Result<Kv::Ptr<UserFilter>> findUserFilter(std::string_view text);
+// Both fail when the change cannot be saved; why has been logged.
+Status renameFilter(std::string_view text, const std::wstring& name);
+Status deleteFilter(const Kv::Ptr<UserFilter>& filter);
 // The name of a filter or of one of its bins; the cookie's text for what is neither.
 std::string filterName(const Cookie& cookie);
 // A bin of the project, or a result bin of a filter by its cookie, filled.

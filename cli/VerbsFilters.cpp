@@ -79,6 +79,13 @@ void destroyFilter(Session& session, SessionWords& words) {
         session.say("  it stays");
 }
 
+void giveName(Session&, SessionWords& words) {
+    const Kv::Ptr<UserFilter> filter = takeUserFilter(words);
+    const std::string name = words.take("a name");
+    if (!filters().renameFilter(filter, toWide(name)))
+        refuse(StatusCode::failed, toUtf8(filter->getName()), "cannot be saved");
+}
+
 void setVisibility(Session&, SessionWords& words) {
     const FilterPtr filter = takeFilter(words);
     const auto visibility = require(visibilityOf(words.take("when")));
@@ -145,6 +152,7 @@ void addFilterVerbs(VerbTable& verbs) {
                "makes a filter over copies of bins", makeFilter});
     verbs.add({"filter-update", "FILTER [BIN|FILTER] ...", "gives it other bins", updateFilter});
     verbs.add({"filter-delete", "FILTER", "deletes a filter of yours", destroyFilter});
+    verbs.add({"filter-rename", "FILTER NAME", "gives it another name", giveName});
     verbs.add(
         {"filter-shown", "FILTER always|optional|never", "sets when it is shown", setVisibility});
     verbs.add(

@@ -220,6 +220,25 @@ bool ProjectFilterManager::destroyFilter(const FilterPtr& filter) {
     return true;
 }
 
+bool ProjectFilterManager::renameFilter(const Kv::Ptr<UserFilter>& filter,
+                                        const LightweightString<wchar_t>& name) {
+    const CriticalSection::Lock whole(filesLock_);
+    if (name.empty() || !isListed(filter))
+        return false;
+    const auto before = filter->getName();
+    if (before == name)
+        return true;
+    filter->rename(name);
+    if (const Status saved = files_->write({filter}); !saved) {
+        LogBoth("%s\n", saved.text().c_str());
+        filter->rename(before);
+        return false;
+    }
+    const Writer lock(*this);
+    tell(ContainerBase::kModAttribute | ContainerBase::kModUncounted, filter->getID());
+    return true;
+}
+
 bool ProjectFilterManager::setVisibility(const FilterPtr& filter,
                                          iProjectFilter::eVisibility visibility) {
     const CriticalSection::Lock whole(filesLock_);
@@ -317,7 +336,7 @@ CookieVec ProjectFilterManager::getPersistedUserFilters() const {
     return listed ? *listed : CookieVec();
 }
 
-std::vector<Kv::Ptr<UserFilter>> ProjectFilterManager::userFilters() const {
+std::vector<Kv::Ptr<UserFilter>> ProjectFilterManager::getUserFilters() const {
     std::vector<Kv::Ptr<UserFilter>> users;
     for (const FilterPtr& filter : list())
         if (Kv::Ptr<UserFilter> one = asUserFilter(filter))
@@ -326,13 +345,13 @@ std::vector<Kv::Ptr<UserFilter>> ProjectFilterManager::userFilters() const {
 }
 
 bool ProjectFilterManager::anyDirty() const {
-    const auto users = userFilters();
+    const auto users = getUserFilters();
     return std::any_of(users.begin(), users.end(), [](const auto& one) { return one->isDirty(); });
 }
 
 Status ProjectFilterManager::saveAll() {
     const CriticalSection::Lock whole(filesLock_);
-    auto users = userFilters();
+    auto users = getUserFilters();
     std::erase_if(users, [](const auto& one) { return !one->isDirty(); });
     return users.empty() ? Status() : files_->write(users);
 }

@@ -55,6 +55,8 @@ public:
     // The first of that name.
     FilterPtr getFilterByName(const LightweightString<wchar_t>& name) const;
     FilterPtr getFilter(const Cookie& filter) const;
+    // The user's alone, in the order of the list; makes no filters of tags.
+    std::vector<Kv::Ptr<UserFilter>> getUserFilters() const;
     // The filter that presents the bin.
     FilterPtr findFilterResponsibleFor(const Cookie& bin) const;
     FilterPtr findFilterResponsibleFor(const Kv::Ptr<BinData>& bin) const;
@@ -72,6 +74,9 @@ public:
     // Removes the filter and its file (it stays as ".bak"), and tells 640. False for a system
     // filter, one that is not in the list, or when the file cannot be removed (logged).
     bool destroyFilter(const FilterPtr& filter);
+    // Gives another name, saves and tells 160. False, and it stays as it was, for an empty name,
+    // when it is not in the list or cannot be saved (logged).
+    bool renameFilter(const Kv::Ptr<UserFilter>& filter, const LightweightString<wchar_t>& name);
     // Sets and, for one of the user's, saves the visibility, and tells 160.
     bool setVisibility(const FilterPtr& filter, iProjectFilter::eVisibility visibility);
 
@@ -139,7 +144,6 @@ private:
 
     Filters list() const;
     bool isListed(const FilterPtr& filter) const;
-    std::vector<Kv::Ptr<UserFilter>> userFilters() const;
     Kv::Ptr<SearchResultsFilter> getSearchResults() const;
     std::shared_ptr<cutroom::FieldIndex> tagIndex() const;
     void insertTagFilter(const std::string& tag) const CUTROOM_REQUIRES(listLock_);

@@ -144,10 +144,11 @@ void ProjectFilterManager::reInit() {
     ContainerBase::Modifications changes; // what is still known has no file
     const Writer lock(*this);
     std::erase_if(filters_, [&](const FilterPtr& filter) {
-        return isUsers(filter) && known.count(filter->getID()) != 0;
+        const bool goes = isUsers(filter) && known.count(filter->getID()) != 0;
+        if (goes)
+            addChange(changes, kGone, filter->getID());
+        return goes;
     });
-    for (const auto& [id, filter] : known)
-        addChange(changes, kGone, id);
     for (const FilterPtr& filter : come) {
         filters_.push_back(filter);
         addChange(changes, kMade, filter->getID());

@@ -1,5 +1,6 @@
 #include "filters/UserFilter.h"
 
+#include "filters/ProjectFilterManager.h"
 #include "platform/host/StringTable.h"
 #include "platform/project/Savers.h"
 
@@ -28,6 +29,22 @@ void UserFilter::setVisibility(eVisibility visibility) {
     ProjectFilterBase::setVisibility(visibility);
     ++changes_;
     cutroom::Savers::noteChange();
+}
+
+void UserFilter::clear() {
+    auto& manager = ProjectFilterManager::instance();
+    const Kv::Ptr<UserFilter> self(this);
+    const auto owned = manager.getUserFilters();
+    if (std::find(owned.begin(), owned.end(), self) == owned.end())
+        ProjectFilterBase::clear();
+    else
+        manager.updateFilter(self, {}); // why it cannot has been logged
+}
+
+void UserFilter::rename(const LightweightString<wchar_t>& name) {
+    const eVisibility visibility = getVisibility();
+    setName(name);
+    setVisibility(visibility);
 }
 
 void UserFilter::setContents(FilterBins bins) {

@@ -26,8 +26,13 @@ public:
     LightweightString<wchar_t> getDescription() const override;
     // Sets the preference and the value in the filter's file, which the next save writes.
     void setVisibility(eVisibility visibility) override;
-    // Replaces the bins.
+    // Has the manager take all bins out, which saves and tells; they stay when it cannot be saved
+    // (logged).
+    void clear() override;
+    // Replaces the bins. The manager's, as the next: it saves and tells.
     void setContents(FilterBins bins);
+    // Gives another name; the visibility stays, as the preference of the new name.
+    void rename(const LightweightString<wchar_t>& name);
 
     // Something changed since the last save: the filter itself or one of its bins.
     bool isDirty() const;

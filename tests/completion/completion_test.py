@@ -88,6 +88,8 @@ class Completion(unittest.TestCase):
             (["bin", ""], ["new", "show", "sort"], ["import"]),
             (["bin", "show", ""], ["Dailies"], ["show"]),
             (["bin", "add", "Dailies", ""], [name, "Dailies"], []),
+            (["filter", "show", ""], ["Documents", "Images"], ["Dailies"]),
+            (["filter", "new", "Mine", ""], ["Dailies", "Documents"], [name]),
             (["undo", "x", "--"], ["--times", "--project", "--json"], ["undo"]),
             (["export", "x", "--format", ""], ["srt"], ["import"]),
             (["show", ""], [name], ["import"]),

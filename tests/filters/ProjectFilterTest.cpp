@@ -101,6 +101,9 @@ TEST_F(ProjectFilterTest, OfTheSystemAnswerAsTheirKindDoes) {
         EXPECT_FALSE(all[i]->getDescription().empty());
         EXPECT_TRUE(all[i]->isEmpty());
     }
+    const auto documents = filters().findFilterResponsibleFor(DocumentFilter::getBinID());
+    ASSERT_EQ(documents, all[5]);
+    EXPECT_EQ(documents->getResults()[0]->getTypeID(), "Documents");
     SubClipsFilter subClips;
     for (const int edits : {1, 2}) {
         subClips.setEdits({static_cast<std::size_t>(edits), Cookie('E', 5)});
@@ -142,19 +145,25 @@ TEST_F(ProjectFilterTest, OfTheUserAreToldSavedAndReadAgain) {
     EXPECT_FALSE(filters().anyDirty());
     filters().setVisibility(filter, iProjectFilter::kOptional);
     EXPECT_THAT(file(filterFile(id)), testing::Not(HasSubstr("Visibility")));
+    EXPECT_FALSE(filters().renameFilter(filter, L""));
+    EXPECT_TRUE(filters().renameFilter(filter, L"Dailies"));
+    EXPECT_EQ(toldFilters_.back(), "160 Dailies");
+    EXPECT_EQ(EditorPreferences::getPreference("Dailies : visiblity", 7), 1);
 
     filter.reset();
     reopenWithFilters();
     const auto again = filters().getFilter(id);
-    EXPECT_EQ(contentOf(L"Rushes"), "Best \u00c4: 1 1");
+    EXPECT_EQ(contentOf(L"Dailies"), "Best \u00c4: 1 1");
     EXPECT_EQ(again->getVisibility(), iProjectFilter::kOptional);
     EXPECT_EQ(again->getBins()[0]->getItem(0).markIn, 1.25);
     EXPECT_EQ(filters().findFilterResponsibleFor(Cookie('G', 7)), again);
     EXPECT_EQ(BinHandle(Cookie('G', 7)).getBin(), again->getBins()[0]);
+    again->clear();
+    EXPECT_THAT(file(filterFile(id)), HasSubstr("\"Bins\": []"));
     EXPECT_TRUE(filters().destroyFilter(again));
     EXPECT_FALSE(filters().destroyFilter(again));
     EXPECT_FALSE(filters().destroyFilter(filters().getFilterByName(L"Images")));
-    EXPECT_THAT(toldFilters_, ElementsAre("640"));
+    EXPECT_THAT(toldFilters_, ElementsAre("896 Dailies", "640"));
     EXPECT_FALSE(cutroom::fileExists(filterFile(id)));
 }
 
@@ -165,6 +174,10 @@ TEST_F(ProjectFilterTest, FailsWhereNothingCanBeWritten) {
     EXPECT_FALSE(filters().createFilter({}, L"Full disk"));
     files_.arm(0, FaultyFiles::Span::allForEver);
     EXPECT_FALSE(filters().updateFilter(kept, {}));
+    files_.arm(0, FaultyFiles::Span::allForEver);
+    EXPECT_FALSE(filters().renameFilter(kept, L"Other"));
+    files_.arm(0, FaultyFiles::Span::allForEver);
+    kept->clear();
     EXPECT_EQ(kept->peekResults().size(), 1u);
     EXPECT_THAT(toldFilters_, ElementsAre("130 Kept"));
     files_.disarm();
