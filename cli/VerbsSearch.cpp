@@ -28,6 +28,13 @@ void sayResults(Session& session, const BinData& results) {
     }
 }
 
+void sayFound(Session& session, const Kv::Ptr<BinData>& found) {
+    if (found)
+        sayResults(session, *found);
+    else
+        session.say("  stopped");
+}
+
 Kv::Ptr<SearchResultsFilter> results() { return require(searchResults()); }
 Kv::Ptr<SearchBin> takeSearch(SessionWords& words) {
     return require(findSearch(words.take("a search")));
@@ -38,16 +45,13 @@ void search(Session& session, SessionWords& words) {
     const long long most = words.takeIf("stop-at") ? words.takeInt("a number", 1, 1'000'000) : 0;
     const Criteria criteria = takeConditions(words);
     if (!watched && most == 0)
-        return sayResults(session, *ProjectSearch::instance().perform(criteria));
+        return sayFound(session, ProjectSearch::instance().perform(criteria));
     const auto found =
         ProjectSearch::instance().perform(criteria, [&](const ProjectSearch::Progress& state) {
             session.say(format("  %zu found, %.0f %%", state.found, state.share * 100));
             return most == 0 || state.found < static_cast<std::size_t>(most);
         });
-    if (found)
-        sayResults(session, *found);
-    else
-        session.say("  stopped");
+    sayFound(session, found);
 }
 
 void tellSatisfies(Session& session, SessionWords& words) {

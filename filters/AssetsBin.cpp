@@ -7,6 +7,8 @@ namespace cutroom {
 void forEachOfKinds(unsigned kinds, const std::function<bool(const projdb::Summary&)>& visit) {
     projdb::SearchCriteria criteria;
     criteria.kinds = kinds | projdb::kKindImage; // or images would be excluded
+    if ((kinds & projdb::kKindImage) != 0)
+        criteria.kinds |= projdb::kKindClip; // which every image is
     projdb::forEachMatch(criteria, [&](const projdb::Summary& summary) {
         return (summary.kinds & kinds) == 0 || visit(summary);
     });

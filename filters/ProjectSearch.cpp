@@ -14,6 +14,9 @@ using Criteria = ProjectSearch::Criteria;
 
 namespace {
 
+// So many that match are looked at, at most, before a watcher is told.
+constexpr std::size_t kHitsPerTelling = 256;
+
 bool isShot(unsigned kinds) { return (kinds & projdb::kKindsShot) != 0; }
 
 bool needsMediaTest(unsigned kinds, const Criteria& criteria) {
@@ -72,14 +75,35 @@ BinData::Items itemsOf(const std::vector<projdb::Hit>& hits) {
     return items;
 }
 
-// Tells the watcher of a step.
-bool goesOn(const ProjectSearch::Watcher& watcher, double share, std::size_t before,
-            const std::vector<projdb::Hit>& step) {
+// Tells the watcher of what was found since `before`.
+bool goesOn(const ProjectSearch::Watcher& watcher, double share,
+            const std::vector<projdb::Hit>& hits, std::size_t before) {
     std::vector<projdb::Summary> last;
-    last.reserve(step.size());
-    for (const projdb::Hit& hit : step)
-        last.push_back(hit.summary);
-    return watcher({share, before + last.size(), last});
+    last.reserve(hits.size() - before);
+    for (std::size_t i = before; i < hits.size(); ++i)
+        last.push_back(hits[i].summary);
+    return watcher({share, hits.size(), last});
+}
+
+// Takes over what meets the rest too. Media may be slow to ask for: a watcher is told some at a
+// time. The shares are those before and after the step. False when stopped.
+bool takeStep(const std::vector<projdb::Hit>& step, double from, double to,
+              const Criteria& criteria, const ProjectSearch::Watcher& watcher,
+              std::vector<projdb::Hit>& hits) {
+    const bool asksMore = criteria.needsMoreThanText();
+    const std::size_t atOnce = watcher ? kHitsPerTelling : step.size();
+    std::size_t at = 0;
+    do {
+        const std::size_t before = hits.size();
+        for (const std::size_t end = std::min(step.size(), at + atOnce); at < end; ++at)
+            if (!asksMore || meetsRest(step[at].summary, criteria))
+                hits.push_back(step[at]);
+        const double part =
+            step.empty() ? 1.0 : static_cast<double>(at) / static_cast<double>(step.size());
+        if (watcher && !goesOn(watcher, from + (to - from) * part, hits, before))
+            return false;
+    } while (at < step.size());
+    return true;
 }
 
 // Drops what matches no more, when records have changed while they were looked through.
@@ -88,6 +112,14 @@ void lookAgain(std::vector<projdb::Hit>& hits, const Criteria& criteria) {
         const std::optional<projdb::Record> record = projdb::find(hit.summary.cookie);
         return !record || !meetsAll(*record, criteria);
     });
+}
+
+// As a record of the edit would have them; whether it is an image its record knows.
+unsigned kindsOf(const Edit& edit) {
+    const std::optional<projdb::Summary> summary = projdb::findSummary(edit.getCookie());
+    return projdb::recordKindOf(edit.getLogType()) |
+           (edit.isClipboard() ? projdb::kKindClipboard : 0u) |
+           (summary ? summary->kinds & projdb::kKindImage : 0u);
 }
 
 std::uint32_t tracksOf(const Edit& edit, unsigned type) {
@@ -115,19 +147,17 @@ bool ProjectSearch::find(const Criteria& criteria, BinData::Items& items, const 
     if (criteria.clipMedia != eItemPresence::any)
         MediaStatus::instance().forgetAll(); // drives come and go
     projdb::Search search(criteria);
-    const bool asksMore = criteria.needsMoreThanText();
     std::vector<projdb::Hit> hits;
     std::vector<projdb::Hit> step;
     for (bool more = true; more;) {
         step.clear();
+        const double before = search.share();
         more = search.next(step);
-        if (asksMore)
-            std::erase_if(
-                step, [&](const projdb::Hit& hit) { return !meetsRest(hit.summary, criteria); });
-        if (watcher && !goesOn(watcher, search.share(), hits.size(), step))
+        if (!takeStep(step, before, search.share(), criteria, watcher, hits))
             return false;
-        hits.insert(hits.end(), step.begin(), step.end());
     }
+    if (search.failed())
+        return false;
     projdb::putInOrder(hits);
     if (search.disturbed())
         lookAgain(hits, criteria);
@@ -145,8 +175,7 @@ std::optional<BinItem> ProjectSearch::findItem(const Cookie& asset, const Criter
 bool ProjectSearch::satisfiesCriteria(const EditPtr& edit, const Criteria& criteria) {
     if (!edit)
         return false;
-    const unsigned kinds = projdb::recordKindOf(edit->getLogType()) |
-                           (edit->isClipboard() ? projdb::kKindClipboard : 0u);
+    const unsigned kinds = kindsOf(*edit);
     if (!criteria.matchesKinds(kinds) ||
         !meetsTracks(kinds, tracksOf(*edit, kChanVideo), tracksOf(*edit, kChanAudio), criteria))
         return false;

@@ -72,7 +72,8 @@ public:
         friend bool operator==(const Criteria&, const Criteria&) = default;
     };
 
-    // How far a search is.
+    // How far a search is. A watcher is told of some hundred finds at a time, and from time to time
+    // where there are none.
     struct Progress {
         double share;                             // 0 to 1 of the records looked at
         std::size_t found;                        // so far
@@ -85,12 +86,14 @@ public:
 
     // A new bin named by `makeName` with each asset that meets the criteria, in the order in which
     // they came into the project, at its start and with its extent as marks. Nobody manages it.
-    // Without a project it is empty. The first search of a project reads all its texts; later ones
-    // find free text in memory. Whether media is there is asked anew by each search, once a place.
+    // Without a project it is empty; no bin when the records cannot be read (logged). The first
+    // search of a project reads all its texts; later ones find free text in memory. Whether media
+    // is there is asked anew by each search, once a place.
     Kv::Ptr<BinData> perform(const Criteria& criteria);
-    // The same, watched; empty when the watcher stopped it.
+    // The same, watched; no bin when the watcher stopped it.
     Kv::Ptr<BinData> perform(const Criteria& criteria, const Watcher& watcher);
-    // The items of that bin: what fills others. False, and `items` stays, when stopped.
+    // The items of that bin: what fills others. False, and `items` stays, where `perform` gives no
+    // bin.
     bool find(const Criteria& criteria, BinData::Items& items, const Watcher& watcher = {});
 
     // The item of one asset as its record has it; nothing when it does not meet the criteria.

@@ -22,7 +22,7 @@ SearchBin::~SearchBin() = default;
 
 SearchBin::SearchBin(const LightweightString<wchar_t>& name,
                      const ProjectSearch::Criteria& criteria)
-    : FilterBinData(name, fixedID(name)), criteria_(criteria), dynamic_(true) {}
+    : FilterBinData(name, fixedID(name)), criteria_(criteria), keptAs_(name), dynamic_(true) {}
 
 SearchBin::SearchBin(const BinData& results, const std::optional<ProjectSearch::Criteria>& criteria)
     : FilterBinData(results), criteria_(criteria) {}
@@ -42,6 +42,11 @@ void SearchBin::setCriteria(const ProjectSearch::Criteria& criteria) {
         criteria_ = criteria;
     }
     refresh();
+}
+
+LightweightString<wchar_t> SearchBin::keptAs() const {
+    const CriticalSection::Lock lock(criteriaLock_);
+    return keptAs_;
 }
 
 LightweightString<char> SearchBin::getTypeID() const { return kTypeID; }
@@ -89,8 +94,10 @@ Status SearchBin::read(const JSON::Element& object, const std::string& file) {
                                 : "Dynamic: true or false is expected");
     if (Status status = FilterBinData::read(object, file); !status)
         return status;
+    LightweightString<wchar_t> name = getName();
     const CriticalSection::Lock lock(criteriaLock_);
     criteria_ = std::move(criteria);
+    keptAs_ = std::move(name);
     dynamic_ = *isDynamic;
     return {};
 }

@@ -28,6 +28,9 @@ public:
     // Replaces the criteria; a dynamic bin that has been looked at is worked out anew.
     void setCriteria(const ProjectSearch::Criteria& criteria);
 
+    // The name that a dynamic bin's criteria are kept under, whatever it is called now.
+    LightweightString<wchar_t> keptAs() const;
+
     LightweightString<char> getTypeID() const override; // "Search"
     bool isDynamic() const override { return dynamic_; }
     // Beside the identity: "Criteria" when known, and "Dynamic" or the items.
@@ -47,5 +50,6 @@ protected:
 private:
     mutable CriticalSection criteriaLock_{LockRank::leaf};
     std::optional<ProjectSearch::Criteria> criteria_ CUTROOM_GUARDED_BY(criteriaLock_);
+    LightweightString<wchar_t> keptAs_ CUTROOM_GUARDED_BY(criteriaLock_);
     std::atomic<bool> dynamic_{false};
 };

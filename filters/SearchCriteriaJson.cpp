@@ -209,12 +209,8 @@ private:
         } else if (id.empty()) {
             fail(at + "ID", "names no attribute");
         } else {
-            // An attribute that this project does not define is asked for all the same: its texts
-            // are under its name.
-            const auto known = LogAttribute::fromID(id);
             criteria_.attributes.push_back(
-                {known ? *known : LogAttribute(0, id, cutroom::toWide(id), DBFieldTypes::text),
-                 patterns(entry, at)});
+                {projdb::AttributeCriterion::named(id), patterns(entry, at)});
         }
     }
     PatternList patterns(const JSON::Element& entry, const std::string& at) {

@@ -85,6 +85,25 @@ void SearchResultsFilter::loadList() {
     if (const Status status = load(cutroom::toWide(path)); !status)
         noteDamage(kListFile, status);
     setName(resourceStrW(cutroom::kResSearchResults)); // in the language of today
+    putListRight();
+}
+
+// A list by another hand: plain bins become results, dynamic ones that are not called by their
+// cookie go (they come again by their files).
+void SearchResultsFilter::putListRight() {
+    FilterBins bins;
+    for (const Kv::Ptr<FilterBinData>& bin : peekResults()) {
+        auto* const search = dynamic_cast<SearchBin*>(bin.get());
+        if (search == nullptr)
+            bins.push_back(Kv::makePtr<SearchBin>(*bin));
+        else if (!search->isDynamic() || search->getID() == SearchBin::fixedID(search->keptAs()))
+            bins.push_back(bin);
+    }
+    setResults(std::move(bins));
+}
+
+bool SearchResultsFilter::criteriaFileExists(const LightweightString<wchar_t>& name) {
+    return cutroom::fileExists(cutroom::joinPath(folder(), cutroom::criteriaFile(name)));
 }
 
 // Reads all criteria files; dynamic bins without one go.
@@ -96,6 +115,10 @@ void SearchResultsFilter::followFiles(CookieVec& added, CookieVec& removed) {
         noteDamage(kSuffix, files.status());
         return;
     }
+    std::erase_if(damaged_, [&](const auto& one) {
+        return one.first != kListFile &&
+               std::find(files->begin(), files->end(), one.first) == files->end();
+    });
     std::set<Cookie> present;
     for (const std::string& file : *files)
         followFile(file, present, added);
@@ -114,6 +137,11 @@ void SearchResultsFilter::followFile(const std::string& file, std::set<Cookie>& 
                                      CookieVec& added) {
     const std::wstring name = cutroom::toWide(file.substr(0, file.size() - sizeof kSuffix + 1));
     const Cookie id = SearchBin::fixedID(name);
+    if (const Status sound = cutroom::checkCriteriaName(name); !sound) {
+        noteDamage(file,
+                   Status(StatusCode::damaged, cutroom::joinPath(folder(), file), sound.message()));
+        return;
+    }
     auto criteria = ProjectSearch::Criteria::load(cutroom::joinPath(folder(), file));
     if (!criteria) {
         noteDamage(file, criteria.status());
@@ -159,12 +187,12 @@ Status SearchResultsFilter::saveList(const SearchBin* withCriteria, const Search
         const auto text = withCriteria->getCriteria()->asText();
         if (!text)
             return text.status();
-        if (Status status = stage(cutroom::criteriaFile(withCriteria->getName()), *text); !status)
+        if (Status status = stage(cutroom::criteriaFile(withCriteria->keptAs()), *text); !status)
             return status;
     }
     for (const Kv::Ptr<SearchBin>& bin : going)
         if (bin->isDynamic())
-            if (Status status = group.remove(kFolder + cutroom::criteriaFile(bin->getName()));
+            if (Status status = group.remove(kFolder + cutroom::criteriaFile(bin->keptAs()));
                 !status)
                 return status;
     if (Status status = group.commit(); !status)

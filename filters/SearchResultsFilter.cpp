@@ -82,7 +82,7 @@ Kv::Ptr<BinData> SearchResultsFilter::add(const ProjectSearch::Criteria& criteri
         return nullptr;
     if (!dynamic) {
         const Kv::Ptr<BinData> results = ProjectSearch::instance().perform(criteria);
-        return keep(Kv::makePtr<SearchBin>(*results, criteria));
+        return results ? keep(Kv::makePtr<SearchBin>(*results, criteria)) : nullptr;
     }
     const CriticalSection::Lock lock(saving_);
     const auto name = freeName(ProjectSearch::makeName(criteria, false));
@@ -237,9 +237,7 @@ std::vector<Status> SearchResultsFilter::getDamaged() const {
 std::wstring SearchResultsFilter::freeName(const LightweightString<wchar_t>& wanted) const {
     const std::wstring plain = cutroom::plainCriteriaName(wanted);
     std::wstring name = plain;
-    for (int number = 2;
-         dynamicBin(SearchBin::fixedID(name)) || damaged_.count(cutroom::criteriaFile(name)) != 0;
-         ++number)
+    for (int number = 2; dynamicBin(SearchBin::fixedID(name)) || criteriaFileExists(name); ++number)
         name = plain + L' ' + std::to_wstring(number);
     return name;
 }

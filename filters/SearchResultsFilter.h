@@ -72,10 +72,12 @@ private:
     SearchBins ours(const Bins& bins) const;
     Kv::Ptr<SearchBin> dynamicBin(const Cookie& id) const;
     cutroom::Status drop(const SearchBins& bins) CUTROOM_REQUIRES(saving_);
+    static bool criteriaFileExists(const LightweightString<wchar_t>& name);
     std::wstring freeName(const LightweightString<wchar_t>& wanted) const CUTROOM_REQUIRES(saving_);
     void tell(unsigned kind, const CookieVec& bins) const;
 
     void loadList() CUTROOM_REQUIRES(saving_);
+    void putListRight() CUTROOM_REQUIRES(saving_);
     // Makes dynamic bins of new criteria files, drops those without a file.
     void followFiles(CookieVec& added, CookieVec& removed) CUTROOM_REQUIRES(saving_);
     void followFile(const std::string& file, std::set<Cookie>& present, CookieVec& added)

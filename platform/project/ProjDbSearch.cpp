@@ -99,6 +99,7 @@ bool Search::next(std::vector<Hit>& found) {
 }
 
 double Search::share() const noexcept { return state_->done ? 1.0 : state_->share; }
+bool Search::failed() const noexcept { return state_->failed; }
 bool Search::disturbed() const noexcept { return state_->disturbed; }
 
 void putInOrder(std::vector<Hit>& hits) {

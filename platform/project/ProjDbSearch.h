@@ -37,6 +37,8 @@ public:
     bool next(std::vector<Hit>& found);
     // How much has been looked at, 0 to 1.
     double share() const noexcept;
+    // The records could not be read to the end (logged); what was found is not all.
+    bool failed() const noexcept;
     // Records were changed or removed since the start: what was found may match no more.
     bool disturbed() const noexcept;
 

@@ -10,7 +10,7 @@ namespace cutroom {
 
 namespace {
 
-// What one step does: rows read, bytes of text looked through. A few milliseconds.
+// What one step does: rows looked at, bytes of text looked through. A few milliseconds.
 constexpr std::size_t kRowsPerStep = 1024;
 constexpr std::size_t kBytesPerStep = std::size_t{4} << 20;
 constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
@@ -36,15 +36,32 @@ void ProjectDatabase::searchOn(projdb::Search::State& search, std::vector<projdb
     search.disturbed = search.revision != revision_;
     if (!status) {
         LogBoth("%s\n", status.text().c_str());
-        search.done = true;
+        search.done = search.failed = true;
     }
 }
 
+// Slots stay in the order of their numbers, also when gaps are closed or records read anew: then
+// the place is found again behind the number that was last.
 void ProjectDatabase::searchKinds(projdb::Search::State& search, std::vector<projdb::Hit>& found) {
-    for (const Entry& entry : entries_)
-        if (entry.number != 0 && search.criteria.matchesKinds(entry.summary.kinds))
+    std::size_t at = search.place;
+    if (at > entries_.size() || (at > 0 && entries_[at - 1].number != search.after))
+        at = static_cast<std::size_t>(
+            std::find_if(entries_.begin(), entries_.end(),
+                         [&](const Entry& entry) { return entry.number > search.after; }) -
+            entries_.begin());
+    const std::size_t end = std::min(entries_.size(), at + kRowsPerStep);
+    for (; at < end; ++at) {
+        const Entry& entry = entries_[at];
+        if (entry.number == 0)
+            continue;
+        search.after = entry.number;
+        if (search.criteria.matchesKinds(entry.summary.kinds))
             found.push_back({entry.number, entry.summary});
-    search.done = true;
+    }
+    search.place = at;
+    search.done = at == entries_.size();
+    search.share =
+        std::max(search.share, static_cast<double>(at) / static_cast<double>(entries_.size() + 1));
 }
 
 Status ProjectDatabase::searchRows(projdb::Search::State& search, std::vector<projdb::Hit>& found) {

@@ -133,6 +133,11 @@ bool PatternList::matches(std::string_view text, DBFieldTypes::eType fieldType) 
     return result;
 }
 
+LogAttribute AttributeCriterion::named(const std::string& id) {
+    const std::optional<LogAttribute> known = LogAttribute::fromID(id);
+    return known ? *known : LogAttribute(0, id, cutroom::toWide(id), DBFieldTypes::text);
+}
+
 SearchCriteria::SearchCriteria() = default;
 SearchCriteria::SearchCriteria(const SearchCriteria&) = default;
 SearchCriteria::SearchCriteria(SearchCriteria&&) noexcept = default;
@@ -150,7 +155,8 @@ unsigned SearchCriteria::excludedKinds() const noexcept {
 }
 
 bool SearchCriteria::matchesKinds(unsigned recordKinds) const noexcept {
-    return (recordKinds & kinds) != 0 && (recordKinds & excludedKinds()) == 0;
+    return (recordKinds & kinds & ~unsigned{kKindImage}) != 0 &&
+           (recordKinds & excludedKinds()) == 0;
 }
 
 bool matchRecord(const Record& record, const SearchCriteria& criteria) {

@@ -59,9 +59,12 @@ struct CUTROOM_API PatternList {
 };
 
 // What one attribute must hold.
-struct AttributeCriterion {
+struct CUTROOM_API AttributeCriterion {
     LogAttribute attribute;
-    PatternList patterns;
+    PatternList patterns; // without any, that it holds a text
+    // The attribute of that persisted name. One that the project does not define is asked for all
+    // the same: its texts are under its name.
+    static LogAttribute named(const std::string& id);
     friend bool operator==(const AttributeCriterion&, const AttributeCriterion&) = default;
 };
 
@@ -98,7 +101,8 @@ public:
     // The kinds that no result may have: images unless asked for, and the clipboard's items unless
     // they are allowed.
     unsigned excludedKinds() const noexcept;
-    // The record has one of the wanted kinds and none of the excluded ones.
+    // The record has one of the wanted kinds and none of the excluded ones. That images are allowed
+    // makes none of them wanted: an image is a clip besides.
     bool matchesKinds(unsigned recordKinds) const noexcept;
 
     // Appends the criteria as pairs: "Kinds", "Options", "QuickSearch", then one "Attribute" per

@@ -2,7 +2,8 @@
 //
 // A list of patterns is one text of fields separated by tabs: method and text of the first pattern,
 // then operator, method and text of each further one; tab, line feed and backslash inside a field
-// are written as \t, \n and \\. An attribute's id stands in front of its patterns.
+// are written as \t, \n and \\. An attribute's id stands in front of its patterns, if
+// it has any.
 #include "platform/base/Strings.h"
 #include "platform/project/SearchCriteria.h"
 
@@ -90,10 +91,10 @@ std::optional<std::uint32_t> number32(std::string_view text) {
 void restoreAttribute(SearchCriteria& criteria, const std::string& value) {
     const std::vector<std::string> fields = cutroom::split(value, '\t');
     const std::optional<std::string> id = unescaped(fields.front());
-    const std::optional<LogAttribute> attribute = id ? LogAttribute::fromID(*id) : std::nullopt;
-    std::optional<PatternList> patterns = patternsOf(fields, 1);
-    if (attribute && patterns)
-        criteria.attributes.push_back({*attribute, std::move(*patterns)});
+    std::optional<PatternList> patterns =
+        fields.size() == 1 ? PatternList() : patternsOf(fields, 1);
+    if (id && !id->empty() && patterns)
+        criteria.attributes.push_back({AttributeCriterion::named(*id), std::move(*patterns)});
 }
 
 void restoreMarkerTypes(SearchCriteria& criteria, const std::string& value) {
@@ -117,8 +118,6 @@ void SearchCriteria::saveTo(std::vector<AttributeValuePair>& pairs) const {
         pairs.emplace_back("QuickSearch", quickSearch);
     for (const AttributeCriterion& criterion : attributes) {
         std::vector<std::string> fields = fieldsOf(criterion.patterns);
-        if (fields.empty())
-            continue;
         fields.insert(fields.begin(), escaped(criterion.attribute.getID()));
         pairs.emplace_back("Attribute", cutroom::join(fields, "\t"));
     }

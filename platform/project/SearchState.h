@@ -28,9 +28,10 @@ struct projdb::Search::State {
     bool started = false;
     bool done = false;
     bool disturbed = false;
+    bool failed = false;
     double share = 0;
     std::uint64_t revision = 0;   // of the records, at the start
     std::uint64_t generation = 0; // of the texts, at the last step
-    cutroom::TextArena::Place place = 0;
-    std::int64_t after = 0; // the number of the row read last
+    std::size_t place = 0;        // in the texts, or the slot that is next
+    std::int64_t after = 0;       // the number of the row looked at last
 };

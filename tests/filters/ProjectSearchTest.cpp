@@ -177,11 +177,13 @@ public:
                 criteria.attributes.push_back({type, patterns()});
         if ((*this)(4) == 0)
             criteria.markers = patterns();
+        criteria.markerTypesWanted = (*this)(3) ? 0u : (*this)(8);
         criteria.markerTypesUnwanted = (*this)(3) ? 0u : (*this)(8);
         if ((*this)(4) == 0)
             criteria.requiredTime = (*this)(20);
         if ((*this)(6) == 0)
             criteria.mediaLocation = DriveID::of("/mnt/a/x");
+        criteria.clipVTracks = (*this)(4) ? Presence::any : static_cast<Presence>((*this)(3));
         criteria.clipATracks = (*this)(2) ? Presence::any : static_cast<Presence>((*this)(3));
         criteria.clipMedia = (*this)(4) ? Presence::any : static_cast<Presence>((*this)(3));
         return criteria;
@@ -210,7 +212,11 @@ bool plainlyMatches(const projdb::Record& record, const Criteria& criteria) {
     const bool onDrive = criteria.mediaLocation.empty() ||
                          (!record.mediaLocations.empty() &&
                           DriveID::of(record.mediaLocations[0]) == criteria.mediaLocation);
-    return text && criteria.matchesKinds(record.kinds) && onDrive &&
+    const auto allowed = [&](unsigned kind, bool allow) { return allow || !(record.kinds & kind); };
+    return text && (record.kinds & criteria.kinds & 0x1F) != 0 && onDrive &&
+           allowed(projdb::kKindImage, criteria.wants(projdb::kKindImage)) &&
+           allowed(projdb::kKindClipboard, criteria.has(Criteria::kAllowClipboard)) &&
+           as(record.videoTracks > 0, criteria.clipVTracks) &&
            as(record.audioTracks > 0, criteria.clipATracks) && as(false, criteria.clipMedia) &&
            (!criteria.hasRequiredTime() ||
             (criteria.requiredTime >= std::min(record.start, record.end) &&
@@ -272,18 +278,34 @@ TEST_F(ProjectSearchTest, tellsTheFirstFindsSoonAndStopsWhenAsked) {
     EXPECT_EQ(share, 1);
     EXPECT_FALSE(
         ProjectSearch::instance().perform(quick("tide"), [](const auto&) { return false; }));
+    // Media are asked for some at a time, and what goes meanwhile is not found.
+    Criteria noMedia;
+    noMedia.clipMedia = Presence::absent;
+    std::vector<std::size_t> told;
+    const Kv::Ptr<BinData> left =
+        ProjectSearch::instance().perform(noMedia, [&](const auto& state) {
+            const ProjDbModificationCoalescer batch;
+            for (std::uint64_t id = 1; id <= 3000 && told.empty(); ++id)
+                EXPECT_TRUE(projdb::remove(Cookie('E', id)).ok());
+            told.push_back(state.found);
+            return true;
+        });
+    EXPECT_EQ(left->numItems(), 2000u);
+    EXPECT_EQ(told.front(), 256u);
+    for (std::uint64_t id = 1; id <= 3000; ++id)
+        put(clip(id, "tide"));
     // What changes while it is looked for is found as it is at the end.
     Criteria noEbb;
     noEbb.attributes = {{LogAttribute::name, {{{"ebb", eMatchMethod::doesNotContain}}, {}}}};
     BinData::Items items;
     ASSERT_TRUE(ProjectSearch::instance().find(noEbb, items, [](const auto& state) {
         if (state.share < 0.5) {
-            EXPECT_TRUE(projdb::put(clip(1, "ebb")).ok());
+            EXPECT_TRUE(projdb::put(clip(4000, "ebb")).ok());
         }
         return true;
     }));
     EXPECT_EQ(items.size(), 4999u);
-    EXPECT_EQ(items.front().asset, Cookie('E', 2));
+    EXPECT_EQ(items.front().asset, Cookie('E', 3001));
 }
 
 TEST_F(ProjectSearchTest, asksAnOpenEditForKindAndTracksAndItsRecordForTheRest) {
@@ -298,6 +320,10 @@ TEST_F(ProjectSearchTest, asksAnOpenEditForKindAndTracksAndItsRecordForTheRest) 
     ASSERT_TRUE(EditManager::instance().save({edit}).ok());
     EXPECT_TRUE(satisfies(quick("tide")));
     EXPECT_FALSE(satisfies(quick("ebb")));
+    projdb::Record still = *projdb::find(edit->getCookie());
+    still.kinds |= projdb::kKindImage;
+    put(still);
+    EXPECT_FALSE(satisfies(sequences)) << "images are not asked for";
     sequences.kinds = projdb::kKindClip;
     EXPECT_FALSE(satisfies(sequences));
     EXPECT_FALSE(ProjectSearch::instance().satisfiesCriteria(EditPtr(), Criteria()));

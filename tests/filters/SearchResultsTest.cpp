@@ -114,11 +114,16 @@ TEST_F(SearchResultsTest, followsTheCriteriaFilesOfOthers) {
     ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
     std::ofstream(path("Night.criteria")) << R"({"QuickSearch": "sand"})";
     std::ofstream(path("Broken.criteria")) << R"({"QuickSearch": )";
+    std::ofstream(path("Two\nlines.criteria")) << "{}";
     std::filesystem::remove(path("Mine.criteria"));
     filter().update();
     EXPECT_THAT(kept(), ElementsAre("Night*: 1"));
-    ASSERT_EQ(filter().getDamaged().size(), 1u);
+    ASSERT_EQ(filter().getDamaged().size(), 2u);
     EXPECT_THAT(filter().getDamaged()[0].text(), HasSubstr("Broken.criteria"));
+    EXPECT_THAT(filter().getDamaged()[1].text(), HasSubstr("control character"));
+    std::filesystem::remove(path("Two\nlines.criteria"));
+    filter().update();
+    EXPECT_EQ(filter().getDamaged().size(), 1u) << "what is gone is no damage";
     ASSERT_TRUE(filter().saveCriteria(L"Broken", tide()).ok());
     EXPECT_TRUE(cutroom::fileExists(path("Broken.criteria.damaged")));
     Criteria sand = tide();
@@ -138,6 +143,24 @@ TEST_F(SearchResultsTest, neverWritesOverADamagedList) {
     EXPECT_THAT(filter().getDamaged()[0].text(), HasSubstr("Dynamic: there are no criteria"));
     ASSERT_TRUE(filter().add(tide(), false));
     EXPECT_TRUE(cutroom::fileExists(list + ".damaged"));
+}
+
+TEST_F(SearchResultsTest, bringsAListByAnotherHandIntoOrder) {
+    ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
+    filter().getBins()[0]->setName(L"Called otherwise");
+    ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
+    EXPECT_FALSE(cutroom::fileExists(path("Called otherwise.criteria")));
+    const std::string list = path("Search.filter");
+    end();
+    std::ofstream(list, std::ios::trunc)
+        << R"({"Bins": [{"Name": "Plain", "Items": [{"Cookie": ")" << Cookie('E', 1).asString()
+        << R"("}]}, {"Type": "Search", "Dynamic": true, "Criteria": {}, "Name": "../up", "ID": ")"
+        << SearchBin::fixedID(L"Mine").asString() << R"("}]})";
+    open();
+    EXPECT_THAT(kept(), ElementsAre("Plain: 1", "Mine*: 1"));
+    filter().clear();
+    EXPECT_TRUE(filter().empty());
+    EXPECT_FALSE(cutroom::fileExists(path("Mine.criteria")));
 }
 
 TEST_F(SearchResultsTest, refusesNamesThatNoFileCanHave) {
