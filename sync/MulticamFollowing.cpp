@@ -4,6 +4,8 @@
 #include "vob/VobManager.h"
 
 #include <cstdlib>
+#include <map>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -184,21 +186,67 @@ void repeatCue(const EditPtr& from, const EditPtr& to, const EditModification& c
 
 } // namespace
 
+iVobSynchroniser::iVobListener* MulticamSynchroniser::makeListener(const Kv::Ptr<Vob>& vob) {
+    if (vob->hasEdit())
+        knownCues_[vob->getCookie()] = vob->getEdit()->getCues();
+    return VobSynchroniser::makeListener(vob);
+}
+
+// Undo, and a list that is set as a whole, do not say which cues they change.
+std::vector<EditModification>
+MulticamSynchroniser::takeCueChanges(const EditPtr& clip, const EditModifications& editChanges) {
+    std::vector<EditModification> changes;
+    std::set<IdStamp> named;
+    for (const EditModification& change : editChanges.details()) {
+        if (change.kind != kModCues)
+            continue;
+        named.insert(change.cue);
+        if (change.origin != kName)
+            changes.push_back(change);
+    }
+    const CueList now = clip->getCues();
+    CueList& known = knownCues_.try_emplace(clip.getCookie(), now).first->second;
+    const auto add = [&](const IdStamp& cue, eCueChange what) {
+        if (!named.insert(cue).second)
+            return;
+        changes.emplace_back(kModCues, what).cue = cue;
+    };
+    std::map<IdStamp, const Cue*> before;
+    for (const Cue& cue : known.cues())
+        before.emplace(cue.getExtID(), &cue);
+    for (const Cue& cue : now.cues()) {
+        const auto old = before.find(cue.getExtID());
+        if (old == before.end())
+            add(cue.getExtID(), kCueAdded);
+        else if (*old->second != cue)
+            add(cue.getExtID(), kCueChanged);
+        if (old != before.end())
+            before.erase(old);
+    }
+    for (const auto& [cue, gone] : before)
+        add(cue, kCueRemoved);
+    known = now;
+    return changes;
+}
+
 // Of several Vobs on one edit the first linked one counts.
 void MulticamSynchroniser::handleMarkerModifications(const Vob& told,
                                                      const EditModifications& editChanges) {
-    if (!editChanges.includes(kModCues) || !getSharedMarkers() || !isFirstOnItsClip(told))
+    if (!(editChanges.includes(kModCues) || editChanges.contentReplaced()) ||
+        !isFirstOnItsClip(told))
         return;
     const EditPtr from = told.getEdit();
     const double time = told.getCurrentTime();
-    const std::vector<EditModification> changes = editChanges.details();
+    const std::vector<EditModification> changes = takeCueChanges(from, editChanges);
+    if (changes.empty() || !getSharedMarkers())
+        return;
     LightweightVector<Kv::Ptr<Vob>> others = collectVobs(0);
     std::erase_if(others,
                   [&](const Kv::Ptr<Vob>& vob) { return vob == &told || !isFirstOnItsClip(*vob); });
     for (const Kv::Ptr<Vob>& vob : others) {
         const double later = vob->getCurrentTime() - time;
         for (const EditModification& change : changes)
-            if (change.kind == kModCues && change.origin != kName && !vob->isReadOnly())
+            if (!vob->isReadOnly())
                 repeatCue(from, vob->getEdit(), change, later);
     }
 }

@@ -91,11 +91,30 @@ LightweightVector<Kv::Ptr<Vob>> MulticamSynchroniser::getSynchronisedVobs(unsign
 
 // --- switching -----------------------------------------------------------------------------------
 
+// One is being carried out, for its own lifetime.
+class MulticamSynchroniser::Switching {
+public:
+    explicit Switching(MulticamSynchroniser& whole) : alive_(whole.life()), whole_(whole) {
+        ++whole.switchings_;
+    }
+    ~Switching() {
+        if (alive_.alive())
+            --whole_.switchings_;
+    }
+    Switching(const Switching&) = delete;
+    Switching& operator=(const Switching&) = delete;
+
+private:
+    const cutroom::Lifeline::Watch alive_;
+    MulticamSynchroniser& whole_;
+};
+
 void MulticamSynchroniser::setSyncEnabled(bool on) {
     assert(cutroom::isUiThread());
-    if (on == getSyncEnabled())
+    if (switchings_ > 0 && on == getSyncEnabled())
         return;
     const cutroom::Lifeline::Watch watch(life());
+    const Switching switching(*this);
     VobSynchroniser::setSyncEnabled(on);
     if (on)
         resync();

@@ -24,6 +24,7 @@
 #include "sync/VobSynchroniser.h"
 
 #include <cstdint>
+#include <map>
 #include <vector>
 
 class CUTROOM_API MulticamSynchroniser final : public VobSynchroniser, public VobClient {
@@ -48,7 +49,8 @@ public:
     // counted in 16 bits and 0 is no limit, so that a limit of 1 plays all clips then.
     LightweightVector<Kv::Ptr<Vob>> getSynchronisedVobs(unsigned which) override;
     // Switching on brings the clips into line and stores how they lie to each other. Then tells the
-    // clients of every linked Vob 0x100000 (on) or 0x80000 (off).
+    // clients of every linked Vob 0x100000 (on) or 0x80000 (off). All this also when it is as it
+    // was, but for whoever sets it once more while being told.
     void setSyncEnabled(bool on) override;
     unsigned getCaps() const override { return kCapsMulticam; }
     // Hands a change of time on as the base does. Then, unless a synchroniser made it: keeps the
@@ -93,7 +95,7 @@ public:
     // For operations that cut between clips; not consulted here.
     static bool getPreserveSequenceAudio();
     static void setPreserveSequenceAudio(bool on);
-    // Repeats changes of markers from clip to clip.
+    // Repeats changes of markers from clip to clip, those by undo and redo too.
     static bool getSharedMarkers();
     static void setSharedMarkers(bool on);
 
@@ -106,8 +108,10 @@ public:
 
 protected:
     std::uint16_t getConcurrentPlaybackLimit() const override;
+    iVobListener* makeListener(const Kv::Ptr<Vob>& vob) override;
 
 private:
+    class Switching;
     class FollowingOff;
     struct EditPosition;
 
@@ -118,6 +122,9 @@ private:
     const Client* currentClip() const;
     void keepPlaces(const Vob& told, const VobModification& change);
     void handleMarkerModifications(const Vob& told, const EditModifications& editChanges);
+    // What was done to the markers of a clip since they were known last, by others.
+    std::vector<EditModification> takeCueChanges(const EditPtr& clip,
+                                                 const EditModifications& editChanges);
     // The references of the edit that the synchroniser's own Vob shows.
     const std::vector<cutroom::ClipReference>& references();
     const Client* clientOfClip(const Cookie& clip) const;
@@ -126,6 +133,8 @@ private:
 
     Kv::Ptr<SyncGroupData> group_;
     bool editFollowing_;
-    Vob* lastMoved_ = nullptr; // compared with linked Vobs only
+    Vob* lastMoved_ = nullptr;            // compared with linked Vobs only
+    int switchings_ = 0;                  // that are being carried out
+    std::map<Cookie, CueList> knownCues_; // of each clip, as they were told of last
     cutroom::ClipMap map_;
 };

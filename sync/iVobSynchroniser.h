@@ -47,7 +47,7 @@ public:
 
     // In the order of linking. `which`: eWhichVobs bits.
     virtual LightweightVector<Kv::Ptr<Vob>> getSynchronisedVobs(unsigned which) = 0;
-    // While it is off, linked Vobs are moved one by one. Setting what is set changes nothing.
+    // While it is off, linked Vobs are moved one by one.
     virtual void setSyncEnabled(bool on) = 0;
     virtual bool getSyncEnabled() const = 0;
     // eCaps bits.

@@ -162,8 +162,15 @@ TEST_F(MulticamTest, theSequenceIsNotPlayedWhereConfiguredSo) {
 
 TEST_F(MulticamTest, switchingOnBringsTheClipsIntoLineStoresAndTells) {
     MulticamSynchroniser& multicam = link(false);
+    keepers_[0]->onChange = [&](const VobModification& change) {
+        if (change.includes(kVobSyncOn))
+            multicam.setSyncEnabled(true); // once more, while told: no round of its own
+    };
     multicam.setSyncEnabled(true); // as it is
-    EXPECT_TRUE(calls_.empty());
+    EXPECT_THAT(calls_, ElementsAre("keeper: change 2 time 15", "keeper: change 1048576",
+                                    "keeper: change 1048576"));
+    group_->storeRelationships({});
+    calls_.clear();
     multicam.setSyncEnabled(false);
     EXPECT_THAT(calls_, ElementsAre("keeper: change 524288", "keeper: change 524288"));
     clips_[0]->setCurrentTime(0);
@@ -232,8 +239,27 @@ TEST_F(MulticamTest, markersAreRepeatedOnTheOtherClips) {
     EXPECT_THAT(timesOf(two), ElementsAre(20));
     two->addCue(Cue(30, L"own"), MulticamSynchroniser::kName);
     EXPECT_THAT(timesOf(one), ElementsAre(1, 15));
+    EditManager::instance().makeBackup(one, "Clear");
     one->removeCue(cue.getExtID());
     EXPECT_THAT(timesOf(two), ElementsAre(30));
+    EditManager::instance().undo(one); // what changed is not named
+    EXPECT_THAT(timesOf(two), ElementsAre(20, 30));
+    one->setCues(CueList());
+    EXPECT_THAT(timesOf(two), ElementsAre(30));
+}
+
+TEST_F(MulticamTest, aClipThatPlaysFastOnlySharesItsMarkers) {
+    link();
+    MulticamSynchroniser::setSharedMarkers(true);
+    VobManager::instance().setPlayMachine(clips_[0].get(), false);
+    ASSERT_TRUE(host_.transport().play(5));
+    host_.loop().runFor(0.2);
+    clips_[0]->addCue(Cue(1, L"fast"));
+    host_.loop().pump();
+    EXPECT_GT(clips_[0]->getCurrentTime(), 10);
+    EXPECT_EQ(group_->getItem(0).time, 0);
+    EXPECT_EQ(record_->getCurrentTime(), 0);
+    EXPECT_EQ(clips_[1]->getEdit()->getCues().getNumCuePoints(), 1u);
 }
 
 TEST_F(MulticamTest, itMayGoWheneverSomebodyIsTold) {
