@@ -161,6 +161,22 @@ Kv::Ptr<Vob> viewerOfClip(Session& session, const BinItem& item) {
     return vob;
 }
 
+// The one of that name, if it is of the group; else a new one in place of whatever has the name.
+MulticamSynchroniser& multicamNamed(Session& session, const std::string& name,
+                                    const Kv::Ptr<SyncGroupData>& group) {
+    SessionLinks& links = session.links();
+    if (links.find(name)) {
+        links.use(name);
+        auto* const same = dynamic_cast<MulticamSynchroniser*>(&links.current());
+        if (same && same->group() == group)
+            return *same;
+        links.endCurrent();
+        session.dropClosedViewers(); // those that had no other client
+    }
+    return dynamic_cast<MulticamSynchroniser&>(
+        links.add(name, std::make_unique<MulticamSynchroniser>(group, false)));
+}
+
 void multicam(Session& session, SessionWords& words) {
     const std::string text = words.take("a sync group");
     const Kv::Ptr<SyncGroupData> group =
@@ -174,11 +190,11 @@ void multicam(Session& session, SessionWords& words) {
             follow = true;
         else
             name = words.take("a name");
+    MulticamSynchroniser& synchroniser = multicamNamed(session, name, group);
+    synchroniser.setEditFollowing(follow);
     VobList vobs;
     for (unsigned i = 0; i < group->numItems(); ++i)
         vobs.push_back(viewerOfClip(session, group->getItem(i)));
-    auto& synchroniser = dynamic_cast<MulticamSynchroniser&>(
-        session.links().add(name, std::make_unique<MulticamSynchroniser>(group, follow)));
     synchroniser.setItemsToSync(vobs);
     const unsigned stored = synchroniser.restoreClipSyncRelationships();
     session.say("  " + name + ": " + names(session, synchroniser.getSynchronisedVobs(0)) +
