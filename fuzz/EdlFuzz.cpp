@@ -1,5 +1,9 @@
-// Any bytes as an edit list, with and without a rate given. The first byte chooses.
+// Any bytes as an edit list, with and without a rate given; what was read can be written, and what
+// was written read. The first byte chooses.
 #include "interchange/EdlReader.h"
+#include "interchange/EdlWriter.h"
+#include "interchange/OtioReader.h"
+#include "interchange/OtioWriter.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,5 +24,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const cutroom::Item& item : track.items)
             if (item.start < 0 || item.duration <= 0)
                 __builtin_trap();
+    const cutroom::Timeline& timeline = read->front();
+    const auto list = cutroom::writeEdl(timeline);
+    if (list.ok() && !cutroom::readEdl(list->text, "again.edl", timeline.rate.rate).ok())
+        __builtin_trap();
+    if (!cutroom::readOtio(cutroom::writeOtio(timeline).text, "again.otio").ok())
+        __builtin_trap();
     return 0;
 }
