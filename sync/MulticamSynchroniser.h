@@ -19,6 +19,7 @@
 // thread only.
 #pragma once
 
+#include "platform/store/Cue.h"
 #include "sync/ClipMap.h"
 #include "sync/SyncGroupData.h"
 #include "sync/VobSynchroniser.h"
