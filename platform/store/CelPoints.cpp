@@ -3,6 +3,7 @@
 #include "platform/store/CelStorage.h"
 
 #include <cmath>
+#include <new>
 
 using cutroom::append;
 using cutroom::CelStorage;
@@ -22,7 +23,11 @@ void Cel::recordChange(EditModificationType kind) {
         return;
     EditModification change(kind);
     change.track = channel_;
-    edit_->addModification(EditModifications(change), false);
+    try {
+        edit_->addModification(EditModifications(change), false);
+    } catch (const std::bad_alloc&) { // the change is made, and will be told
+        edit_->addModification(EditModifications(kind), false);
+    }
 }
 
 Kv::Ptr<Cel> Cel::copy() const {

@@ -59,12 +59,31 @@ void Edit::Impl::touch() {
     state.modified = cutroom::idSource().secondsNow();
 }
 
+namespace {
+
+// Takes no memory.
+EditModifications kindsOf(const EditModifications& changes) {
+    EditModifications kinds;
+    for (int kind = 0; kind < 64; ++kind)
+        if (changes.includes(static_cast<EditModificationType>(kind)))
+            kinds.add(static_cast<EditModificationType>(kind));
+    return kinds;
+}
+
+} // namespace
+
 void Edit::Impl::record(const EditModification& change) {
     const auto& known = pending.details();
     const std::size_t recent = std::min<std::size_t>(known.size(), 16);
     if (std::find(known.end() - static_cast<std::ptrdiff_t>(recent), known.end(), change) ==
-        known.end())
-        pending.add(change);
+        known.end()) {
+        try {
+            pending.add(change);
+        } catch (const std::bad_alloc&) { // the change is made and will be told, without details
+            pending = kindsOf(pending);
+            pending.add(change.kind);
+        }
+    }
     touch();
 }
 

@@ -26,21 +26,23 @@ void Edit::setCues(const CueList& cues, bool notify) {
 
 bool Edit::addCue(const Cue& cue, const LightweightString<char>& origin) {
     const Lock lock(*this);
+    const EditModification change = cueChange(kCueAdded, cue, origin);
     CueList& cues = impl_->state.cues.write();
     if (cues.find(cue.getExtID()) != SIZE_MAX || cues.addCuePoint(cue) == SIZE_MAX)
         return false;
-    impl_->record(cueChange(kCueAdded, cue, origin));
+    impl_->record(change);
     impl_->tellDue = impl_->tellDue || impl_->modifiers == 0;
     return true;
 }
 
 bool Edit::changeCue(const Cue& cue, const LightweightString<char>& origin) {
     const Lock lock(*this);
+    const EditModification change = cueChange(kCueChanged, cue, origin);
     const std::size_t index = impl_->state.cues->find(cue.getExtID());
     if (index == SIZE_MAX || impl_->state.cues->getCuePoint(index) == cue ||
         !impl_->state.cues.write().setCuePoint(index, cue))
         return false;
-    impl_->record(cueChange(kCueChanged, cue, origin));
+    impl_->record(change);
     impl_->tellDue = impl_->tellDue || impl_->modifiers == 0;
     return true;
 }
@@ -50,9 +52,10 @@ bool Edit::removeCue(const IdStamp& extId, const LightweightString<char>& origin
     const std::size_t index = impl_->state.cues->find(extId);
     if (index == SIZE_MAX)
         return false;
-    const Cue cue = impl_->state.cues->getCuePoint(index);
+    const EditModification change =
+        cueChange(kCueRemoved, impl_->state.cues->getCuePoint(index), origin);
     impl_->state.cues.write().deleteCue(index);
-    impl_->record(cueChange(kCueRemoved, cue, origin));
+    impl_->record(change);
     impl_->tellDue = impl_->tellDue || impl_->modifiers == 0;
     return true;
 }
