@@ -64,12 +64,14 @@ bool BinManager::anyDirty() const {
 
 Status BinManager::saveAll() {
     Status leftOut;
+    // Made before anything is written, so that nothing runs out of memory afterwards.
+    const auto notice = Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec());
     {
         const CriticalSection::Lock whole(saving_);
         if (Status saved = saveDirty(leftOut); !saved)
             return saved;
     }
-    issueNotification(Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec()));
+    issueNotification(notice);
     return leftOut;
 }
 

@@ -108,6 +108,8 @@ std::vector<DescribedContainerManager::ContainerPtr> DescribedContainerManager::
 Status DescribedContainerManager::saveDirty() {
     if (anyDirty())
         catchUp(); // what was made without a project is none of this one's
+    // Made before anything is written, so that nothing runs out of memory afterwards.
+    const auto notice = Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec());
     {
         const CriticalSection::Lock whole(filesLock_);
         const std::vector<ContainerPtr> dirty = dirtyOnes();
@@ -121,7 +123,7 @@ Status DescribedContainerManager::saveDirty() {
         if (Status written = writeAll(dirty, removals); !written)
             return written;
     }
-    issueNotification(Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec()));
+    issueNotification(notice);
     return {};
 }
 
