@@ -154,7 +154,11 @@ TEST_F(ExportEdl, ChangesAreToldAndTheRestStays) {
                              "001  TAPE1    V     C        01:00:00:00 01:00:04:00 10:00:00:00 "
                              "10:00:04:00\n* FROM CLIP NAME: One\n* COMMENT: kept\n"
                              "002  TAPE2    V     C        02:00:00:00 02:00:02:00 10:00:04:00 "
-                             "10:00:08:00\nM2   TAPE2    012.5                02:00:00:00\n";
+                             "10:00:08:00\nM2   TAPE2    012.5                02:00:00:00\n"
+                             "003  BL        V     C        00:00:00:00 00:00:05:00 10:00:08:00 "
+                             "10:00:09:00\n* COMMENT: black\n* LOC: 10:00:08:01 Green   note\n"
+                             "*   7  White  USER  10:00:00:05  A6  text\n"
+                             "*   2  Red  USER  10:00:00:06  V1  second\n";
     ImportOptions at25;
     at25.rate = Kv::FrameRate(25);
     const EditModifier edit(import(write("t.edl", list), at25).edits.at(0).edit);
@@ -163,7 +167,10 @@ TEST_F(ExportEdl, ChangesAreToldAndTheRestStays) {
     for (const char* const expected :
          {"01:00:00:00 01:00:03:00 10:00:00:00 10:00:03:00\n* FROM CLIP NAME:  One\n* COMMENT: "
           "kept",
-          "01:59:59:13 02:00:02:00 10:00:03:00 10:00:08:00\nM2   TAPE2    012.5"})
+          "01:59:59:13 02:00:02:00 10:00:03:00 10:00:08:00\nM2   TAPE2    012.5",
+          "00:00:00:00 00:00:05:00 10:00:08:00 10:00:09:00\n* COMMENT: black\n* LOC: 10:00:08:01 "
+          "Green   note\n*     1  Red  USER  10:00:00:06  V1  second\n*     2  White  USER  "
+          "10:00:00:05  A6  text\n"})
         EXPECT_THAT(text, testing::HasSubstr(expected));
     EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
 }
