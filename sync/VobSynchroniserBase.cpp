@@ -33,14 +33,6 @@ private:
 
 double exactTimeOf(const Vob& vob) { return vob.getCurrentTime(EditModule::kAccuracyExact); }
 
-void moveTo(Vob* target, double seconds, unsigned flags) {
-    const Kv::Ptr<Vob> vob = target;
-    const unsigned before = vob->getTimeChangeFlags();
-    vob->setTimeChangeFlags(flags);
-    vob->setCurrentTime(seconds);
-    vob->setTimeChangeFlags(before);
-}
-
 } // namespace
 
 // A walk over the clients that outlives whatever happens to them.
@@ -264,5 +256,5 @@ void VobSynchroniserBase::informTimeChanged(const Client& source, double seconds
     Walk walk(*this);
     while (const Client* const client = walk.next())
         if (Vob* const vob = client->listener->getVob(); vob && client->listener != listener)
-            moveTo(vob, zero + client->offset, flags);
+            vob->setCurrentTime(zero + client->offset, flags);
 }

@@ -153,6 +153,8 @@ public:
     // Moves the time (not rounded) and tells 2. Ignored without edit, when `seconds` is not finite,
     // and while another call of it is running on this Vob.
     void setCurrentTime(double seconds);
+    // The same, with the time change flags being `flags` meanwhile.
+    void setCurrentTime(double seconds, unsigned flags);
     // The same without telling.
     void storeCurrentTime(double seconds);
     // Where previewing began, when that was to be remembered; else kNoTime.
@@ -163,8 +165,12 @@ public:
     double getMonitorTime() const;
     eMonitorPoint getMonitorPoint() const noexcept { return monitorPoint_; }
     void setMonitorPoint(eMonitorPoint point) noexcept { monitorPoint_ = point; }
-    unsigned getTimeChangeFlags() const noexcept { return timeChangeFlags_; }
-    void setTimeChangeFlags(unsigned flags) noexcept { timeChangeFlags_ = flags; }
+    unsigned getTimeChangeFlags() const noexcept {
+        return timeChangeFlags_.load(std::memory_order_relaxed);
+    }
+    void setTimeChangeFlags(unsigned flags) noexcept {
+        timeChangeFlags_.store(flags, std::memory_order_relaxed);
+    }
     void setTransientTimeChange(bool on) noexcept;
 
     // --- from event to event -------------------------------------------------------------------
@@ -189,8 +195,8 @@ public:
     static void setStopAtTransitionMidPoints(bool on);
 
     // --- playing -------------------------------------------------------------------------------
-    bool isPlaying() const noexcept { return playing_; }
-    void setPlaying(bool on) noexcept { playing_ = on; }
+    bool isPlaying() const noexcept { return playing_.load(std::memory_order_relaxed); }
+    void setPlaying(bool on) noexcept { playing_.store(on, std::memory_order_relaxed); }
     // The machine that plays this Vob; not owned.
     AVMachine* getDevice() const noexcept { return device_; }
     void setDevice(AVMachine* device) noexcept { device_ = device; }
@@ -438,6 +444,8 @@ private:
     void registerWithEdit();
     void releaseEdit();
     void handleProjectExit(const NotifyMsg& message);
+    bool canMoveTo(double seconds) const noexcept;
+    void moveTime(double seconds);
     void storeTime(double seconds);
     EventInfo findEvent(bool forward, double from, bool ignoreUnjoined, bool includeCurrent);
     void offerChannels(cutroom::EventSearch& search, const cutroom::EditReader& edit,
@@ -466,10 +474,16 @@ private:
     void followExtents();
     void followPoints();
     void followClipboard();
+    // No batch is open and nothing waits to be told with the next change.
+    bool isNothingPending() const noexcept {
+        return batchDepth_.load() == 0 && pendingKinds_.load() == 0 && !anyPending_.load();
+    }
     // Everything that is pending, which it no longer is.
     VobModification takePending() CUTROOM_REQUIRES(pendingLock_);
     void tellPending();
     void tellReady(VobModification change);
+    // The same on the user-interface thread, by a caller that keeps the Vob alive.
+    void tellNow(const VobModification& change);
     void report(const EditModifications& editChanges, const VobModification& change);
     void handlePostedChange(const Event& event);
     VobModification takeDescription(const EditModifications& editChanges,
@@ -480,16 +494,29 @@ private:
     void storeChannelBackup(const IdStamp& channel);
     void restoreChannelBackup(const IdStamp& channel);
 
+    // What every move looks at lies together: many Vobs may be moved at once.
+    mutable CriticalSection clientLock_{LockRank::vobClients};
+    std::vector<VobClient*> clients_ CUTROOM_GUARDED_BY(clientLock_);
+    cutroom::Telling* tellings_ CUTROOM_GUARDED_BY(clientLock_) = nullptr; // innermost first
+    EditPtr edit_;
+    std::atomic<double> timeMirror_{kNoTime}; // the exact current time, for other threads
+    std::atomic<int> batchDepth_{0};
+    // Kinds added within a batch that came without track and mark time: most do, and need no lock.
+    std::atomic<unsigned> pendingKinds_{0};
+    std::atomic<unsigned> timeChangeFlags_{0};
+    std::atomic<bool> anyPending_{false}; // pending_ says something
+    std::atomic<bool> described_{false};  // description_ says something
+    std::atomic<bool> playing_{false};
+    bool settingTime_ = false;
+    mutable bool diesAfterTelling_ = false; // user-interface thread
+
     bool celCuesLoaded_ = false;
     EditModule module_;
     std::map<IdStamp, TrackSelections> selections_;
-    mutable CriticalSection clientLock_{LockRank::vobClients};
     mutable CriticalSection pendingLock_{LockRank::vobPending};
     Cookie cookie_;
-    EditPtr edit_;
     LightweightString<char> groupId_;
     int legacyGroupId_ = -1;
-    std::vector<VobClient*> clients_ CUTROOM_GUARDED_BY(clientLock_);
     unsigned status_ = 0;
     unsigned eligibility_ = kStatusAll;
     bool trimming_ = false;
@@ -498,8 +525,6 @@ private:
     std::vector<EditPtr> viewEdits_;
     StillsProviders stills_;
     double originalTime_ = kNoTime;
-    std::atomic<bool> playing_{false};
-    bool settingTime_ = false;
     std::map<IdStamp, std::vector<cutroom::Flicks>> levelNodes_; // selected; no empty lists
     TimeRange extents_;
     TimeRange viewRegion_;
@@ -507,22 +532,14 @@ private:
     eTrimViewType trimViewType_ = kTrimViewSplit;
     IdStamp previewTrack_;
     VobModification pending_ CUTROOM_GUARDED_BY(pendingLock_){0};
-    // Kinds added within a batch that came without track and mark time: most do, and need no lock.
-    std::atomic<unsigned> pendingKinds_{0};
-    std::atomic<int> batchDepth_{0};
     AVMachine* device_ = nullptr;
     ValServer<unsigned> tabStops_{kStopDefault};
     VobModification description_ CUTROOM_GUARDED_BY(pendingLock_){0};
-    std::atomic<bool> described_{false}; // description_ says something
-    unsigned carried_ = 0;               // changes that go with the next telling of the edit's own
-    std::atomic<unsigned> timeChangeFlags_{0};
+    unsigned carried_ = 0; // changes that go with the next telling of the edit's own
     CueFilter cueFilter_{4, 0};
 
-    std::atomic<double> timeMirror_{kNoTime}; // the exact current time, for other threads
-    cutroom::Telling* tellings_ CUTROOM_GUARDED_BY(clientLock_) = nullptr; // innermost first
     std::unique_ptr<cutroom::VobPlayable> playable_;
     std::unique_ptr<cutroom::EventMemory> eventMemory_; // of edit_; never null
     Kv::Ptr<Guard> editRegistration_;
     mutable std::atomic<bool> dying_{false};
-    mutable bool diesAfterTelling_ = false; // user-interface thread
 };

@@ -22,18 +22,27 @@ void Vob::endModifications() {
 }
 
 void Vob::addModification(const VobModification& change) {
-    if (namesKindsOnly(change) && batchDepth_.load() != 0) {
-        pendingKinds_.fetch_or(change.getType());
-        if (batchDepth_.load() == 0) // it ended in between, perhaps without these kinds
-            tellPending();
-        return;
+    if (namesKindsOnly(change)) {
+        if (batchDepth_.load() != 0) {
+            pendingKinds_.fetch_or(change.getType());
+            if (batchDepth_.load() == 0) // it ended in between, perhaps without these kinds
+                tellPending();
+            return;
+        }
+        if (isNothingPending()) {
+            tellReady(VobModification(change.getType()));
+            return;
+        }
     }
     VobModification ready(0);
     {
         const CriticalSection::Lock lock(pendingLock_);
         pending_.merge(change);
-        if (batchDepth_.load() != 0)
+        if (batchDepth_.load() != 0) {
+            if (pending_.valid() && !anyPending_.load(std::memory_order_relaxed))
+                anyPending_.store(true);
             return;
+        }
         ready = takePending();
     }
     tellReady(ready.valid() ? std::move(ready) : change);
@@ -46,6 +55,8 @@ void Vob::clearModifications() {
 
 VobModification Vob::takePending() {
     VobModification taken = std::exchange(pending_, VobModification(0));
+    if (anyPending_.load(std::memory_order_relaxed))
+        anyPending_.store(false);
     if (pendingKinds_.load() != 0)
         taken.addModification(pendingKinds_.exchange(0));
     return taken;
@@ -79,16 +90,21 @@ void Vob::tellReady(VobModification change) {
     }
 
     const Kv::Ptr<Vob> self = keepAlive();
-    // A telling inside this one leaves the flag to the one that raised it.
-    const bool byPlayback =
-        change.includes(kVobTime) && playing_ && (getTimeChangeFlags() & kTimeByPlayback) == 0;
-    if (byPlayback)
-        timeChangeFlags_ |= kTimeByPlayback;
-    informClients(change);
+    tellNow(change);
     if (mixFollows)
         updateAudioMix();
+}
+
+// A telling inside this one leaves the flag of playback to the one that raised it.
+void Vob::tellNow(const VobModification& change) {
+    static const EditModifications kNoEditChanges;
+    const bool byPlayback =
+        change.includes(kVobTime) && isPlaying() && (getTimeChangeFlags() & kTimeByPlayback) == 0;
     if (byPlayback)
-        timeChangeFlags_ &= ~unsigned{kTimeByPlayback};
+        setTimeChangeFlags(getTimeChangeFlags() | kTimeByPlayback);
+    report(kNoEditChanges, change);
+    if (byPlayback)
+        setTimeChangeFlags(getTimeChangeFlags() & ~unsigned{kTimeByPlayback});
 }
 
 // --- descriptions of what an edit's own change is to be reported as ------------------------------

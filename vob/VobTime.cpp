@@ -1,4 +1,5 @@
 // The current time of a Vob.
+#include "platform/messaging/UiThread.h"
 #include "vob/Vob.h"
 
 #include <cmath>
@@ -26,12 +27,37 @@ double Vob::getCurrentTime(EditModule::eAccuracy accuracy) const {
 }
 
 void Vob::setCurrentTime(double seconds) {
-    if (!edit_ || settingTime_ || !std::isfinite(seconds))
+    if (!canMoveTo(seconds))
         return;
     const Kv::Ptr<Vob> self = keepAlive();
+    moveTime(seconds);
+}
+
+void Vob::setCurrentTime(double seconds, unsigned flags) {
+    if (!canMoveTo(seconds))
+        return;
+    const Kv::Ptr<Vob> self = keepAlive();
+    const unsigned before = getTimeChangeFlags();
+    setTimeChangeFlags(flags);
+    moveTime(seconds);
+    setTimeChangeFlags(before);
+}
+
+bool Vob::canMoveTo(double seconds) const noexcept {
+    return edit_ && !settingTime_ && std::isfinite(seconds);
+}
+
+// The caller keeps the Vob alive.
+void Vob::moveTime(double seconds) {
     const Raised guard(settingTime_);
     storeTime(seconds);
-    addModification(kVobTime);
+    if (!isNothingPending() || !cutroom::isUiThread()) {
+        addModification(kVobTime);
+        return;
+    }
+    VobModification change(kVobTime);
+    change.setTime(seconds);
+    tellNow(change);
 }
 
 void Vob::storeCurrentTime(double seconds) {
@@ -49,19 +75,17 @@ void Vob::storeTime(double seconds) {
 void Vob::setPreviewing(bool on, bool rememberTime) {
     originalTime_ = kNoTime;
     if (!on) {
-        timeChangeFlags_ &= ~unsigned{kTimePreviewing};
+        setTimeChangeFlags(getTimeChangeFlags() & ~unsigned{kTimePreviewing});
         return;
     }
-    timeChangeFlags_ |= kTimePreviewing;
+    setTimeChangeFlags(getTimeChangeFlags() | kTimePreviewing);
     if (rememberTime)
         originalTime_ = getCurrentTime();
 }
 
 void Vob::setTransientTimeChange(bool on) noexcept {
-    if (on)
-        timeChangeFlags_ |= kTimeTransient;
-    else
-        timeChangeFlags_ &= ~unsigned{kTimeTransient};
+    const unsigned others = getTimeChangeFlags() & ~unsigned{kTimeTransient};
+    setTimeChangeFlags(others | (on ? kTimeTransient : 0u));
 }
 
 double Vob::getMonitorTime() const {
