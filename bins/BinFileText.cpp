@@ -5,6 +5,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <system_error>
 #include <utility>
@@ -53,41 +55,50 @@ void appendFloat(std::string& text, float number) {
                 std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
 }
 
-// A plain decimal of few digits, which most are, from `at` on, which then points behind it: its
-// double is exact or, with at most seven decimals, never so close to the middle of two floats that
-// rounding twice would matter. False for any other.
-bool shortDecimal(const char*& at, const char* end, float& number) noexcept {
-    static constexpr double kPowers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
-    const auto digit = [&] { return at != end && *at >= '0' && *at <= '9'; };
-    const bool negative = at != end && *at == '-';
-    at += negative;
-    const char* const first = at;
-    int value = 0;
-    for (; digit() && at - first < 9; ++at)
-        value = value * 10 + (*at - '0');
-    auto digits = at - first;
-    double exact = value;
-    if (digits > 0 && at != end && *at == '.') {
-        const char* const decimals = ++at;
-        for (; digit() && digits < 9; ++at, ++digits)
-            value = value * 10 + (*at - '0');
-        if (at - decimals > 7)
-            return false;
-        exact = value / kPowers[at - decimals];
-    }
-    number = static_cast<float>(negative ? -exact : exact);
-    return digits > 0 && !digit();
+// Takes the digits from `at` on into `value`; gives where they end. Too many are the caller's to
+// see.
+const char* takeDigits(const char* at, std::uint32_t& value) noexcept {
+    for (std::uint32_t digit; (digit = static_cast<unsigned char>(*at) - std::uint32_t{'0'}) < 10;
+         ++at)
+        value = value * 10 + digit;
+    return at;
 }
 
-// As it is written, with short decimals. False for any other.
+// A plain decimal of few digits, which most are, before a character of another kind: its double is
+// exact or, with at most seven decimals, never so close to the middle of two floats that rounding
+// twice would matter. Gives where it ends; null for any other.
+const char* shortDecimal(const char* at, float& number) noexcept {
+    static constexpr double kPowers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
+    constexpr std::ptrdiff_t kMostDigits = 9;
+    const bool negative = *at == '-';
+    at += negative;
+    std::uint32_t value = 0;
+    const char* const point = takeDigits(at, value);
+    std::ptrdiff_t digits = point - at;
+    if (digits == 0 || digits > kMostDigits)
+        return nullptr;
+    double exact = value;
+    const char* end = point;
+    if (*point == '.') {
+        end = takeDigits(point + 1, value);
+        const std::ptrdiff_t decimals = end - point - 1;
+        digits += decimals;
+        if (digits > kMostDigits || decimals > 7)
+            return nullptr;
+        exact = value / kPowers[decimals];
+    }
+    number = static_cast<float>(negative ? -exact : exact);
+    return end;
+}
+
+// As it is written, with short decimals. False for any other. The bracket at the end stops every
+// number.
 bool shortPosition(std::string_view text, XY<float>& position) noexcept {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    if (at == end || *at++ != '(')
+    if (text.size() < 2 || text.front() != '(' || text.back() != ')')
         return false;
-    if (!shortDecimal(at, end, position.x) || at == end || *at++ != ',')
-        return false;
-    return shortDecimal(at, end, position.y) && end - at == 1 && *at == ')';
+    const char* const comma = shortDecimal(text.data() + 1, position.x);
+    return comma && *comma == ',' &&
+           shortDecimal(comma + 1, position.y) == text.data() + text.size() - 1;
 }
 
 float readFloat(std::string_view text) noexcept {

@@ -29,14 +29,21 @@ std::optional<std::uint64_t> parseId(const char* text) noexcept {
     const auto digit = [text](std::size_t place) {
         return std::uint64_t{kDigitValues[static_cast<unsigned char>(text[place])]};
     };
-    // A value above 31 (above 15 for the first digit) shows in the bits that no digit has.
-    std::uint64_t id = digit(0);
-    std::uint64_t strange = id >> 4;
-    for (std::size_t place = 1; place < kIdLength; ++place) {
-        strange |= digit(place) >> 5;
-        id = (id << 5) | digit(place);
+    // Two halves that do not wait for one another. A value above 31 (above 15 for the first digit)
+    // shows in the bits that no digit has.
+    constexpr std::size_t kHalf = kIdLength / 2;
+    std::uint64_t high = digit(0), low = digit(kHalf);
+    std::uint64_t all = (high << 1) | low;
+    for (std::size_t place = 1; place < kHalf; ++place) {
+        const std::uint64_t upper = digit(place), lower = digit(kHalf + place);
+        high = (high << 5) | upper;
+        low = (low << 5) | lower;
+        all |= upper | lower;
     }
-    return strange == 0 ? std::optional<std::uint64_t>(id) : std::nullopt;
+    const std::uint64_t last = digit(kIdLength - 1);
+    all |= last;
+    const std::uint64_t id = (high << 5 * (kHalf + 1)) | (low << 5) | last;
+    return all < kDigits.size() ? std::optional<std::uint64_t>(id) : std::nullopt;
 }
 
 // A point and 0 to 254 without leading zeros; nothing at all is "no index".
