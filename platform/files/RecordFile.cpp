@@ -5,6 +5,7 @@
 #include "platform/files/CheckedFile.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cassert>
 #include <cstring>
@@ -120,6 +121,33 @@ double doubleAt(const char* at) noexcept {
             bits |= std::uint64_t{static_cast<unsigned char>(at[i])} << (8 * i);
     return std::bit_cast<double>(bits);
 }
+
+// How the fields of a record that has those in `mask` follow one another.
+class Shape {
+public:
+    Shape(std::uint64_t mask, std::uint64_t doubles) noexcept : mask_(mask) {
+        for (; mask; mask &= mask - 1) {
+            if ((doubles & mask & (~mask + 1)) != 0)
+                numbers_[texts_] += 8;
+            else
+                ++texts_;
+        }
+    }
+    std::uint64_t mask() const noexcept { return mask_; }
+    void skip(ByteReader& in) const noexcept {
+        for (std::size_t text = 0; text < texts_; ++text) {
+            (void)in.raw(numbers_[text]);
+            (void)in.raw(in.varint());
+        }
+        (void)in.raw(numbers_[texts_]);
+    }
+
+private:
+    std::uint64_t mask_;
+    std::size_t texts_ = 0;
+    // Bytes of numbers before each text, and behind the last.
+    std::array<std::uint64_t, kMaxFields + 1> numbers_{};
+};
 
 } // namespace
 
@@ -333,18 +361,18 @@ Status RecordFile::indexRecords(const Layout& layout) {
         in.fail();
     else
         starts_.reserve(static_cast<std::size_t>(layout.records));
+    Shape shape(0, doubles_);
     for (std::uint64_t i = 0; i < layout.records && in.ok(); ++i) {
         starts_.push_back(static_cast<std::uint32_t>(bodyStart_ + in.position()));
         const std::string_view bytes = in.raw(maskBytes);
-        std::uint64_t mask = maskOf(bytes.data(), bytes.size());
+        const std::uint64_t mask = maskOf(bytes.data(), bytes.size());
         if (mask & ~known) {
             in.fail();
             break;
         }
-        for (; mask; mask &= mask - 1) {
-            const auto field = static_cast<unsigned>(std::countr_zero(mask));
-            (void)in.raw((doubles_ >> field & 1) != 0 ? 8 : in.varint());
-        }
+        if (mask != shape.mask()) // most records have the same fields
+            shape = Shape(mask, doubles_);
+        shape.skip(in);
     }
     if (!in.ok() || !in.atEnd())
         return in.damage(layout.file, bodyStart_,
