@@ -134,11 +134,18 @@ Kv::Ptr<FilterBinData> resultOf(const iProjectFilter& filter, const Cookie& bin)
 
 ProjectFilterManager::FilterPtr
 ProjectFilterManager::getFilterByName(const LightweightString<wchar_t>& name) const {
-    return firstOf(getAllFilters(), [&](const FilterPtr& one) { return one->getName() == name; });
+    const auto isNamed = [&](const FilterPtr& one) { return one->getName() == name; };
+    follower_->catchUp();
+    const FilterPtr found = firstOf(list(), isNamed);
+    const bool beforeTags = found && found->getCreator() != iProjectFilter::kUser;
+    return beforeTags ? found : firstOf(getAllFilters(), isNamed);
 }
 
 ProjectFilterManager::FilterPtr ProjectFilterManager::getFilter(const Cookie& filter) const {
-    return firstOf(getAllFilters(), [&](const FilterPtr& one) { return one->getID() == filter; });
+    const auto isIt = [&](const FilterPtr& one) { return one->getID() == filter; };
+    follower_->catchUp();
+    FilterPtr found = firstOf(list(), isIt);
+    return found ? found : firstOf(getAllFilters(), isIt);
 }
 
 // Only bins under a fixed cookie can be those of tags, whose filters may have to be made.

@@ -49,8 +49,9 @@ public:
     static ProjectFilterManager& instance();
 
     // --- finding: empty when there is none -----------------------------------------------------
-    // System filters first, then the user's in the order in which they were made or read. The
-    // filters of the tags are made when the list is asked for first.
+    // System filters first, those of the tags last among them, then the user's in the order in
+    // which they were made or read. Looking for tags reads the whole project, once: when the list
+    // is asked for first, or a filter that is not found without.
     Filters getAllFilters() const;
     // The first of that name.
     FilterPtr getFilterByName(const LightweightString<wchar_t>& name) const;

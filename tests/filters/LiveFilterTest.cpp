@@ -81,7 +81,12 @@ TEST_F(LiveFilterTest, FollowsEachChange) {
 }
 
 TEST_F(LiveFilterTest, TellsOfTagsAndOfBinsThatAreLookedAt) {
-    (void)contentOf(L"Everything");
+    (void)contentOf(L"Everything"); // looks for no tags
+    EXPECT_EQ(toldFilters_.size(), 0u);
+    put(tagged(2, "dusk"));
+    EXPECT_THAT(toldFilters_, ElementsAre("bin 256"));
+    (void)filters().getAllFilters();
+    toldFilters_.clear();
     put(tagged(1, "night"));
     put(tagged(1, "day"));
     EXPECT_THAT(toldFilters_, ElementsAre("bin 256", "130 night", "640 130 day"));
