@@ -82,20 +82,20 @@ void EmbeddedLoop::removeEventsFor(const EventHandler* handler) noexcept {
 Kv::Ptr<Guard> EmbeddedLoop::addTimer(double delay, double interval, std::function<void()> task) {
     auto shared = std::make_shared<const std::function<void()>>(std::move(task));
     const double now = clock_.now();
-    LoopTimers::Id id = 0;
-    {
-        CriticalSection::Lock lock(state_->lock);
-        id = state_->timers.add(now, delay, interval, std::move(shared));
-        state_->changed.notify_all();
-    }
-    return Kv::makePtr<Kv::ActionGuard>([id, watched = std::weak_ptr<State>(state_)] {
+    // The guard is made first: a timer without one would outlive what it calls.
+    const auto id = std::make_shared<LoopTimers::Id>(0);
+    auto guard = Kv::makePtr<Kv::ActionGuard>([id, watched = std::weak_ptr<State>(state_)] {
         const std::shared_ptr<State> state = watched.lock();
-        if (!state)
+        if (!state || *id == 0)
             return;
         LoopTimers::Task removed;
         CriticalSection::Lock lock(state->lock);
-        removed = state->timers.remove(id);
+        removed = state->timers.remove(*id);
     });
+    CriticalSection::Lock lock(state_->lock);
+    *id = state_->timers.add(now, delay, interval, std::move(shared));
+    state_->changed.notify_all();
+    return guard;
 }
 
 std::size_t EmbeddedLoop::fireTimers() noexcept {
