@@ -254,8 +254,6 @@ Result<GroupCommit::Recovery> GroupCommit::recover(const std::string& root) {
     return found;
 }
 
-bool GroupCommit::pending(const std::string& root) noexcept {
-    return fileExists(manifestPath(root));
-}
+bool GroupCommit::pending(const std::string& root) { return fileExists(manifestPath(root)); }
 
 } // namespace cutroom

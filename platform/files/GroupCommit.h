@@ -54,7 +54,7 @@ public:
     // `root` and the folders below it (depth 8). Only for the process that may write there.
     static Result<Recovery> recover(const std::string& root);
     // Tells whether a decided group waits to be completed, for readers that touch nothing.
-    static bool pending(const std::string& root) noexcept;
+    static bool pending(const std::string& root);
 
 private:
     struct State;

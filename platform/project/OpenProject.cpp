@@ -70,6 +70,8 @@ Status OpenProject::open(const std::string& folder, CurrentProject::Access acces
     const Result<std::string> whole = absoluteFolder(folder);
     if (!whole)
         return whole.status();
+    PermissionsManager::instance(); // here memory may run out, while forgetting it may not
+    MediaStatus::instance();
     forget();
     if (Status status = checkFolder(*whole, ifMissing); !status)
         return status;
