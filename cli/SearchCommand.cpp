@@ -30,7 +30,10 @@ struct SearchCommandWords {
 // While it lives an interrupt (Ctrl-C) is remembered and ends the search, not the program.
 class InterruptWatch {
 public:
-    InterruptWatch() : before_(std::signal(SIGINT, [](int) { interrupted_ = 1; })) {}
+    InterruptWatch() : before_(std::signal(SIGINT, [](int) { interrupted_ = 1; })) {
+        if (before_ == SIG_IGN) // a background job: it stays so
+            std::signal(SIGINT, SIG_IGN);
+    }
     ~InterruptWatch() { std::signal(SIGINT, before_); }
     InterruptWatch(const InterruptWatch&) = delete;
     InterruptWatch& operator=(const InterruptWatch&) = delete;
@@ -110,14 +113,16 @@ Result<Kv::Ptr<BinData>> perform(const ProjectSearch::Criteria& criteria, bool p
     const auto results =
         ProjectSearch::instance().perform(criteria, [&](const ProjectSearch::Progress& state) {
             progress.show(state.share);
-            if (printing)
-                for (const projdb::Summary& summary : state.last)
+            for (const projdb::Summary& summary : state.last)
+                if (printing && !InterruptWatch::interrupted())
                     print(lineOf(foundOf(summary, state.found <= kMostOpened)));
             return !InterruptWatch::interrupted();
         });
     if (results)
         return results;
-    return Status(StatusCode::failed, "search", "interrupted; nothing was kept");
+    if (InterruptWatch::interrupted())
+        return Status(StatusCode::failed, "search", "interrupted; nothing was kept");
+    return Status(StatusCode::inputOutput, "search", "the project's records cannot be read");
 }
 
 // --- keeping -------------------------------------------------------------------------------------

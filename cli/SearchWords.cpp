@@ -134,12 +134,21 @@ Criteria savedCriteria(const std::string& text) {
     if (saved)
         if (const auto criteria = (*saved)->getCriteria())
             return *criteria;
-    if (!fileExists(text))
-        refuse(StatusCode::notFound, text, "no search has this name, and no file");
-    return require(Criteria::load(text));
+    if (fileExists(text))
+        return require(Criteria::load(text));
+    refuse(StatusCode::notFound, text,
+           saved ? "these results came from no search"
+                 : saved.status().message() + ", and no file");
+}
+
+bool asksBoth(const Criteria& criteria) {
+    return criteria.isQuickSearch() &&
+           (!criteria.attributes.empty() || !criteria.markers.empty() ||
+            criteria.markerTypesWanted != 0 || criteria.markerTypesUnwanted != 0);
 }
 
 void addTexts(Criteria& criteria, const SearchConditions& conditions) {
+    const bool savedSo = asksBoth(criteria); // then the text alone counts
     if (!conditions.text.empty())
         criteria.quickSearch = conditions.text;
     for (const std::string& line : conditions.where)
@@ -152,9 +161,7 @@ void addTexts(Criteria& criteria, const SearchConditions& conditions) {
         criteria.markerTypesWanted = parseColours(conditions.colours);
     if (!conditions.noColours.empty())
         criteria.markerTypesUnwanted = parseColours(conditions.noColours);
-    if (criteria.isQuickSearch() &&
-        (!criteria.attributes.empty() || !criteria.markers.empty() ||
-         criteria.markerTypesWanted != 0 || criteria.markerTypesUnwanted != 0))
+    if (!savedSo && asksBoth(criteria))
         refuse(StatusCode::wrongUsage, criteria.quickSearch,
                "a text anywhere and conditions on attributes or markers do not go together");
 }
