@@ -13,7 +13,7 @@ namespace cutroom::cli {
 namespace {
 
 constexpr std::string_view kBus = "bus";
-constexpr std::string_view kDecibels = "dB";
+constexpr std::string_view kDecibels = "db"; // in any case
 
 } // namespace
 
@@ -32,12 +32,14 @@ Result<signed char> parseMix(std::string_view text) {
 }
 
 Result<float> parseGain(std::string_view text) {
-    const bool decibels = text.ends_with(kDecibels);
-    const auto number =
-        parseDouble(decibels ? text.substr(0, text.size() - kDecibels.size()) : text);
+    const bool decibels = toLowerUtf8(text).ends_with(kDecibels);
+    std::string_view said = decibels ? text.substr(0, text.size() - kDecibels.size()) : text;
+    if (said.starts_with('+') && !said.starts_with("+-"))
+        said.remove_prefix(1);
+    const auto number = parseDouble(said);
     const auto gain = number ? static_cast<float>(decibels ? std::pow(10.0, *number / 20) : *number)
                              : std::numeric_limits<float>::infinity();
-    if (!std::isfinite(gain))
+    if (!std::isfinite(gain) || gain < 0) // "-6" leaves out the dB
         return Status(StatusCode::wrongUsage, std::string(text), "not a level, as 0.5 or -6dB");
     return gain;
 }

@@ -20,7 +20,7 @@ inline constexpr int kMostOutputs = 128;
 std::string mixName(int mix);
 // `wrongUsage` for what is no mix.
 Result<signed char> parseMix(std::string_view text);
-// Linear gain, "0.5", or decibels, "-6dB".
+// Linear gain of 0 or more, "0.5", or decibels, "-6dB".
 Result<float> parseGain(std::string_view text);
 // 0 (left) to 1 (right), or "left", "centre", "right".
 Result<float> parsePan(std::string_view text);
