@@ -67,6 +67,9 @@ Status checkWords(const ExportWords& words, const ExportFormat& format) {
 
 Result<ExportSource> openSource(const ExportWords& words, const ExportFormat& format) {
     const auto found = findAsset(words.asset, format.assets);
+    if (!found && !(format.assets & kBins) && findAsset(words.asset, kBins))
+        return Status(StatusCode::notFound, words.asset,
+                      "is a bin; " + words.format + " is made of an edit");
     if (!found)
         return found.status();
     ExportSource source;

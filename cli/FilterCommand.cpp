@@ -140,7 +140,10 @@ void addFilterCommand(Commands commands) {
         return command;
     };
     const auto forFilter = [&](CLI::App* command, const char* type = "FILTER") {
-        command->add_option(type[0] == 'N' ? "name" : "filter", words->filter, "Name or cookie")
+        const bool fresh = type[0] == 'N';
+        command
+            ->add_option(fresh ? "name" : "filter", words->filter,
+                         fresh ? "Name of the filter" : "Name or cookie")
             ->required()
             ->type_name(type);
         return command;

@@ -52,8 +52,8 @@ Result<MarkersInReport> addMarkers(const MarkersInWords& words, const EditPtr& e
     report.warnings = file->warnings;
     report.plan = planMarkers(edit->getCues(), *file, target.places, conflictOf(words.conflict));
     if (report.plan.behind > 0)
-        report.warnings.push_back(std::to_string(report.plan.behind) +
-                                  " lie behind the end of the edit");
+        report.warnings.push_back("markers behind the end of the edit: " +
+                                  std::to_string(report.plan.behind));
     if (report.plan.changes()) {
         EditManager::instance().makeBackup(edit, "Import markers");
         EditModifier(edit, "Import markers")->setCues(report.plan.cues);

@@ -227,9 +227,10 @@ void preferences(Session& session, SessionWords& words) {
         MulticamSynchroniser::setSharedMarkers(words.takeOnOff("on or off"));
     else if (words.takeIf("audio"))
         MulticamSynchroniser::setPreserveSequenceAudio(words.takeOnOff("on or off"));
+    const unsigned limit = MulticamSynchroniser::getMaxConcurrentPlayers();
     session.say(
-        format("  at most %u clips played at once, ",
-               unsigned{MulticamSynchroniser::getMaxConcurrentPlayers()}) +
+        (limit ? format("  at most %u clips played at once, ", limit)
+               : std::string("  all clips played at once, ")) +
         (MulticamSynchroniser::getSharedMarkers() ? "shared markers" : "own markers") +
         (MulticamSynchroniser::getPreserveSequenceAudio() ? ", the sequence's audio stays" : ""));
 }
