@@ -339,9 +339,9 @@ private:
         item.enabled = (segment.flags & kEventDisabled) == 0;
         if (!track.enabled)
             item.enabled = importedMember(segment.detail.metadata, kImportedEnabled) != "false";
+        subtitles_ += !segment.detail.lines.empty();
         if (!segment.material.valid()) {
             item.type = ItemType::gap;
-            subtitles_ += !segment.detail.lines.empty();
             return {};
         }
         item.speed = (segment.flags & kEventFreeze) ? 0.0 : segment.speed;
