@@ -128,7 +128,11 @@ Kv::Ptr<iAssetMetadataExporter> takeExporter(SessionWords& words) {
     refuse(StatusCode::notFound, name, "no such exporter; `exporters` tells them all");
 }
 
-void listExporters(Session& session, SessionWords&) {
+void offerExporters(Session& session, SessionWords& words) {
+    if (words.takeIf("without"))
+        BinManager::instance().deRegisterMetadataExporter(takeExporter(words)->getFormatName());
+    else if (words.takeIf("all"))
+        registerMetadataExporters();
     for (const auto& exporter : exporters()) {
         const unsigned sources = exporter->getSupportedSources();
         session.say("  " + toUtf8(exporter->getFormatName()) + " ." +
@@ -233,7 +237,9 @@ void addProjectVerbs(VerbTable& verbs) {
     verbs.add({"edl", "FILE [TRACK]",
                "writes the edit as an edit list: its picture track, or the one named, with sound",
                exportEdlFile});
-    verbs.add({"exporters", "", "tells what markers and bins can be written as", listExporters});
+    verbs.add({"exporters", "[without FORMAT | all]",
+               "tells what markers and bins can be written as; offers one less, or all again",
+               offerExporters});
     verbs.add({"export", "FORMAT FILE [BIN]", "writes the markers, or a bin, with an exporter",
                exportAny});
     verbs.add({"rename", "NAME", "renames the edit; a name in parentheses is a suffix", rename});
