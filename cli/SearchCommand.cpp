@@ -235,10 +235,15 @@ void addSearchCommand(Commands commands) {
     CLI::App* const command =
         commands.app.add_subcommand("search", "Find edits and logs by what is known of them");
     addConditionOptions(*command, words->conditions);
+    const auto named = [](const std::string& name) {
+        return std::string(name.empty() ? "a name is not empty" : "");
+    };
     command->add_option("--keep", words->keep, "Put the results into this bin, made when it is new")
+        ->check(named)
         ->type_name("BIN");
     command
         ->add_option("--save", words->save, "Keep the criteria: a search that follows the project")
+        ->check(named)
         ->type_name("NAME");
     command->footer(
         "  cutroom search harbour\n"
