@@ -11,6 +11,8 @@
 #include "platform/store/Edit.h"
 
 #include <algorithm>
+#include <set>
+#include <string>
 
 namespace cutroom::cli {
 
@@ -108,6 +110,23 @@ Result<std::string> binAs(const AssetMetadataExporterBase& exporter, const Expor
     return std::move(*text);
 }
 
+// Fields of markers that the project does not define have no column.
+void noteUndefinedFields(const std::vector<Cue>& cues) {
+    const Cue::Metadata defined = Cue::getCustomMetadataDefinitions();
+    std::set<std::string> undefined;
+    for (const Cue& cue : cues)
+        for (const auto& [key, value] : cue.getCustomMetadata())
+            if (std::none_of(defined.begin(), defined.end(),
+                             [&key = key](const auto& field) { return field.first == key; }))
+                undefined.insert(key);
+    std::string names;
+    for (const std::string& key : undefined)
+        names += (names.empty() ? "" : ", ") + key;
+    if (!names.empty())
+        note("fields that the project does not define left out: " + names +
+             "; `define cue.KEY NAME` in a session defines one");
+}
+
 // An edit without markers has its attributes all the same.
 Result<std::string> assetsAs(const AssetMetadataExporterBase& exporter, const ExportWords& words,
                              const ExportSource& source) {
@@ -116,6 +135,7 @@ Result<std::string> assetsAs(const AssetMetadataExporterBase& exporter, const Ex
     const auto cues = markersOf(words, source.edit);
     if (!cues)
         return cues.status();
+    noteUndefinedFields(*cues);
     if (auto text = exporter.getText(source.edit, *cues))
         return std::move(*text);
     const Kv::Ptr<BinData> alone(new BinData(source.edit->getName()));

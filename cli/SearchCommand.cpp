@@ -249,7 +249,8 @@ void addSearchCommand(Commands commands) {
         "  cutroom search harbour\n"
         "  cutroom search --where \"reel starts A0\" --where \"scene is 12 or is 12A\"\n"
         "  cutroom search gull --kinds clips --media absent --keep \"Missing gulls\"\n"
-        "One line each: cookie, kind, extent, reel, name. Nothing found is no failure.");
+        "One line each: cookie, kind, extent, reel, name. Nothing found is no failure.\n"
+        "What --save kept is forgotten by search-remove in a session.");
     command->callback([commands, words] {
         commands.action = [&options = commands.options, words] {
             const bool writes = !words->keep.empty() || !words->save.empty();

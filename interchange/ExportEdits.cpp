@@ -33,6 +33,7 @@ struct Moment {
     Flicks end = 0;
     EditLabel label;
     std::string metadata;
+    bool mixed = false; // otherwise than by default
     std::vector<Cue> cues;
     std::vector<Channel> channels;
     std::unordered_map<IdStamp, EffectGraph> graphs;
@@ -46,6 +47,8 @@ struct Moment {
         end = toFlicks(edit.getEndTime());
         label = edit.getVideoTimecodeLabel();
         metadata = edit.getImportedMetadata();
+        if (const auto mix = edit.getAudioMix(); mix && mix->valid())
+            mixed = *mix != Aud::SimpleMixState(mix->numInputs());
         cues = edit.getCues().cues();
         for (const IdStamp& id : edit.getChans(kChanAllTypes & ~static_cast<unsigned>(kChanLevels),
                                                kSubAll & ~static_cast<unsigned>(kSubDerived)))
@@ -142,6 +145,7 @@ public:
                           "edits inside one another too deep");
         path_.push_back(edit.getCookie());
         const Moment moment(*edit);
+        mixes_ += moment.mixed;
         Timeline timeline = outline(moment);
         Status status;
         for (const Moment::Channel& channel : moment.channels)
@@ -164,6 +168,8 @@ public:
         if (subtitles_ > 0)
             all.push_back("subtitles left out, which have a format of their own (srt): " +
                           toText(static_cast<long long>(subtitles_)));
+        if (mixes_ > 0)
+            all.push_back("the audio mix is left out; `cutroom mix EDIT save FILE` writes it");
         if (unknown_ > 0)
             all.push_back("clips whose source the project does not have, written as missing: " +
                           toText(static_cast<long long>(unknown_)));
@@ -374,6 +380,7 @@ private:
     CookieVec path_;
     std::size_t items_ = 0;
     long subtitles_ = 0;
+    long mixes_ = 0;
     long unknown_ = 0;
 };
 
