@@ -39,6 +39,9 @@ Status make(const Options& options, const FilterCommandWords& words) {
     const auto name = nameOf(words.filter);
     if (!name)
         return name.status();
+    if (const FilterPtr other = filters().getFilterByName(*name))
+        return {StatusCode::failed, words.filter,
+                "there is a filter of this name: " + other->getID().asString()};
     const auto visibility = visibilityOf(words.visibility);
     if (!visibility)
         return visibility.status();
