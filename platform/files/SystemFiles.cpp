@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <memory>
 #include <system_error>
 
 namespace cutroom {
@@ -199,21 +200,20 @@ Status SystemFiles::makeFolder(const std::string& path) {
 Result<std::vector<std::string>> SystemFiles::list(const std::string& path) {
     if (Status usable = checkPath(path); !usable)
         return usable;
-    DIR* folder = ::opendir(path.c_str());
+    const auto close = [](DIR* open) { ::closedir(open); };
+    const std::unique_ptr<DIR, decltype(close)> folder(::opendir(path.c_str()), close);
     if (!folder)
         return failure(path, "list the folder");
     std::vector<std::string> names;
     errno = 0;
-    while (const dirent* entry = ::readdir(folder)) {
+    while (const dirent* entry = ::readdir(folder.get())) {
         const std::string_view name = entry->d_name;
         if (name != "." && name != "..")
             names.emplace_back(name);
         errno = 0;
     }
-    Status status = errno ? failure(path, "list the folder") : Status();
-    ::closedir(folder);
-    if (!status)
-        return status;
+    if (errno)
+        return failure(path, "list the folder");
     std::sort(names.begin(), names.end());
     return names;
 }

@@ -51,6 +51,14 @@ void* operator new(std::size_t size) {
     return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return ::operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* memory) noexcept {
     if (memory)
         alive.fetch_sub(1, std::memory_order_relaxed);
@@ -58,5 +66,6 @@ void operator delete(void* memory) noexcept {
 }
 
 void operator delete(void* memory, std::size_t) noexcept { ::operator delete(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { ::operator delete(memory); }
 
 #endif
