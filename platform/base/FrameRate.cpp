@@ -88,7 +88,8 @@ std::optional<FrameRate> FrameRate::fromString(std::string_view text) noexcept {
     const auto den = cutroom::parseInt(text.substr(slash + 1));
     if (!num || !den || *num < 1 || *den < 1 || *num > INT_MAX || *den > INT_MAX)
         return std::nullopt;
-    return FrameRate(static_cast<int>(*num), static_cast<int>(*den));
+    const FrameRate rate(static_cast<int>(*num), static_cast<int>(*den));
+    return rate.asDouble() <= kMaxRate ? std::optional(rate) : std::nullopt;
 }
 
 double FrameRate::asDouble() const noexcept { return static_cast<double>(num_) / den_; }

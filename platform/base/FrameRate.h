@@ -23,7 +23,8 @@ public:
     // 120; a whole number within 1e-6; otherwise the closest fraction with a denominator of at
     // most 1001. Nothing for 0 and less, NaN, infinities and rates above 1,000,000.
     static std::optional<FrameRate> fromDouble(double rate) noexcept;
-    // "25", "30000/1001", "29.97", "23.976".
+    // "25", "30000/1001", "29.97", "23.976"; nothing for any other text and for rates above
+    // 1,000,000.
     static std::optional<FrameRate> fromString(std::string_view text) noexcept;
 
     constexpr bool valid() const noexcept { return num_ > 0; }
