@@ -194,14 +194,6 @@ void RecordFile::reserve(std::size_t records, std::size_t bytes) {
     body_.reserve(body_.size() + bytes);
 }
 
-void RecordFile::clearRecords() noexcept {
-    starts_.clear();
-    body_.clear();
-    bodyStart_ = 0;
-    lastField_ = -1;
-    tooLarge_ = false;
-}
-
 void RecordFile::addRecord() {
     assert(!fields_.empty());
     tooLarge_ = tooLarge_ || body_.size() > kMaxBody;

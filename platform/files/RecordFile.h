@@ -64,7 +64,6 @@ public:
     void addRecord();
     void setText(int field, std::string_view text);
     void setDouble(int field, double value);
-    void clearRecords() noexcept;
     void reserve(std::size_t records, std::size_t bytes);
 
     // Tells whether a record has the field.
