@@ -6,143 +6,102 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace {
 
 constexpr int kTypes = 2;
-constexpr int kDeepest = 4;
+constexpr std::size_t kDeepest = 4;
 
-// What is registered, in order, and what each telling that goes on must still reach.
-class Model {
-public:
-    void add(int id, int type) { listeners_.push_back({id, type}); }
-    void remove(int id) {
-        std::erase_if(listeners_, [&](const Listener& each) { return each.id == id; });
-        for (std::vector<int>& telling : tellings_)
-            std::erase(telling, id);
-    }
-    void clear() {
-        listeners_.clear();
-        for (std::vector<int>& telling : tellings_)
-            telling.clear();
-    }
-    void begin(int type) {
-        std::vector<int>& due = tellings_.emplace_back();
-        for (const Listener& each : listeners_) {
-            if (each.type == type)
-                due.push_back(each.id);
-        }
-    }
-    // The listener that the innermost telling calls now; -1 when it should be over.
-    int next() {
-        if (tellings_.empty() || tellings_.back().empty())
-            return -1;
-        const int id = tellings_.back().front();
-        tellings_.back().erase(tellings_.back().begin());
-        return id;
-    }
-    // Tells whether the innermost telling reached everyone; ends it.
-    bool end() {
-        const bool complete = tellings_.back().empty();
-        tellings_.pop_back();
-        return complete;
-    }
-    std::size_t depth() const { return tellings_.size(); }
-    std::size_t size() const { return listeners_.size(); }
-    int idAt(std::size_t at) const { return listeners_[at].id; }
-
-private:
-    struct Listener {
-        int id;
-        int type;
-    };
-    std::vector<Listener> listeners_;
-    std::vector<std::vector<int>> tellings_;
-};
-
-// One notifier and its model, driven by random steps; each listener takes steps when it is told.
+// One notifier and what it should do, driven by random steps; each listener takes steps when it is
+// told.
 class Play {
 public:
-    explicit Play(unsigned seed) : random_(seed) { renew(); }
+    explicit Play(unsigned seed) : random_(seed) {}
 
     void step() {
         ++steps_;
-        switch (pick(12)) {
-        case 0:
-        case 1:
-        case 2:
-            return add();
-        case 3:
-        case 4:
-            return remove();
-        case 5:
-            if (pick(40) == 0)
-                renew();
-            return;
-        default:
-            return tell();
-        }
+        const std::size_t what = pick(480);
+        if (what < 120)
+            add();
+        else if (what < 200)
+            remove();
+        else if (what == 200)
+            renew();
+        else if (what >= 240)
+            tell();
     }
     long steps() const { return steps_; }
     long calls() const { return calls_; }
     long wrong() const { return wrong_; }
 
 private:
-    struct Kept {
+    struct Listener {
         int id;
+        int type;
         Kv::Ptr<Guard> guard;
     };
 
     std::size_t pick(std::size_t below) { return random_() % below; }
 
     void add() {
-        if (model_.size() > 40)
+        if (listeners_.size() > 40)
             return;
         const int id = nextId_++;
         const int type = static_cast<int>(pick(kTypes));
         auto callback = makeCallback<NotifyMsg>([this, id](const NotifyMsg&) { told(id); });
-        kept_.push_back({id, notifier_->registerNotification(std::move(callback), type)});
-        model_.add(id, type);
+        listeners_.push_back({id, type, notifier_->registerNotification(callback, type)});
     }
     void remove() {
-        if (kept_.empty())
+        if (listeners_.empty())
             return;
-        const std::size_t at = pick(kept_.size());
-        const Kept gone = std::move(kept_[at]);
-        kept_.erase(kept_.begin() + static_cast<std::ptrdiff_t>(at));
-        model_.remove(gone.id);
+        const std::size_t at = pick(listeners_.size());
+        const Listener gone = std::move(listeners_[at]);
+        listeners_.erase(listeners_.begin() + static_cast<std::ptrdiff_t>(at));
+        for (std::vector<int>& due : tellings_)
+            std::erase(due, gone.id);
     }
     // Another notifier in place of this one, which may be telling; some guards outlive it.
     void renew() {
-        model_.clear();
-        notifier_ = std::make_unique<Notifier>();
+        for (std::vector<int>& due : tellings_)
+            due.clear();
+        outlived_ = std::exchange(listeners_, {});
         if (pick(2))
-            kept_.clear();
+            outlived_.clear();
+        notifier_ = std::make_unique<Notifier>();
     }
     void tell() {
-        if (model_.depth() >= kDeepest)
+        if (tellings_.size() >= kDeepest)
             return;
         const int type = static_cast<int>(pick(kTypes));
-        model_.begin(type);
+        std::vector<int>& due = tellings_.emplace_back();
+        for (const Listener& each : listeners_)
+            if (each.type == type)
+                due.push_back(each.id);
         notifier_->call(NotifyMsg(), type);
-        wrong_ += !model_.end();
-        wrong_ += notifier_->numListeners() != model_.size();
+        wrong_ += !tellings_.back().empty();
+        tellings_.pop_back();
+        wrong_ += notifier_->numListeners() != listeners_.size();
     }
     void told(int id) {
         ++calls_;
-        wrong_ += model_.next() != id;
+        std::vector<int>& due = tellings_.back();
+        const bool expected = !due.empty() && due.front() == id;
+        wrong_ += !expected;
+        if (expected)
+            due.erase(due.begin());
         for (std::size_t more = pick(3); more > 0 && pick(3) == 0; --more)
             step();
     }
 
     std::mt19937 random_;
-    std::unique_ptr<Notifier> notifier_;
-    std::vector<Kept> kept_;
-    Model model_;
+    std::unique_ptr<Notifier> notifier_ = std::make_unique<Notifier>();
+    std::vector<Listener> listeners_;        // in the order of registration
+    std::vector<Listener> outlived_;         // of a notifier that is gone
+    std::vector<std::vector<int>> tellings_; // whom each one under way must still reach
     int nextId_ = 0;
     long steps_ = 0;
     long calls_ = 0;

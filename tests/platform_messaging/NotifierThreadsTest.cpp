@@ -7,7 +7,6 @@
 #include <atomic>
 #include <barrier>
 #include <functional>
-#include <future>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -20,6 +19,10 @@ void runThreads(int count, const std::function<void(int)>& work) {
         threads.emplace_back(work, i);
     for (std::thread& thread : threads)
         thread.join();
+}
+
+template <class Function> Kv::Ptr<Guard> listen(const Notifier& notifier, Function function) {
+    return notifier.registerNotification(makeCallback<NotifyMsg>(std::move(function)), 1);
 }
 
 TEST(NotifierThreads, NobodyIsCalledAfterItsGuardWasDropped) {
@@ -35,12 +38,10 @@ TEST(NotifierThreads, NobodyIsCalledAfterItsGuardWasDropped) {
             }
             // Plain memory: a call after the drop is a race and a wrong answer.
             int alive = 1;
-            Kv::Ptr<Guard> guard =
-                notifier.registerNotification(makeCallback<NotifyMsg>([&](auto&) {
-                                                  calls += 1;
-                                                  late += alive != 1;
-                                              }),
-                                              1);
+            Kv::Ptr<Guard> guard = listen(notifier, [&](auto&) {
+                calls += 1;
+                late += alive != 1;
+            });
             guard.reset();
             alive = 0;
         }
@@ -61,15 +62,13 @@ TEST(NotifierThreads, TwoTellingsThatEndEachOthersListenersDoNotStop) {
         std::atomic<bool> dropped[2] = {false, false};
         std::vector<Kv::Ptr<Guard>> kept;
         for (int i = 0; i < 2; ++i) {
-            kept.push_back(notifiers[i].registerNotification(makeCallback<NotifyMsg>([&, i](auto&) {
-                                                                 bothInside.arrive_and_wait();
-                                                                 victims[1 - i].reset();
-                                                                 dropped[1 - i] = true;
-                                                                 bothInside.arrive_and_wait();
-                                                             }),
-                                                             1));
-            victims[i] = notifiers[i].registerNotification(
-                makeCallback<NotifyMsg>([&, i](auto&) { afterDrop += dropped[i]; }), 1);
+            kept.push_back(listen(notifiers[i], [&, i](auto&) {
+                bothInside.arrive_and_wait();
+                victims[1 - i].reset();
+                dropped[1 - i] = true;
+                bothInside.arrive_and_wait();
+            }));
+            victims[i] = listen(notifiers[i], [&, i](auto&) { afterDrop += dropped[i]; });
         }
         runThreads(2, [&](int i) { notifiers[i].call(NotifyMsg(), 1); });
         EXPECT_EQ(afterDrop, 0);
@@ -84,16 +83,13 @@ TEST(NotifierThreads, ACallbackEndedElsewhereLivesUntilItsTellingEnds) {
     const auto token = std::make_shared<int>(0);
     Kv::Ptr<Guard> ended;
     Kv::Ptr<Guard> added;
-    const Kv::Ptr<Guard> dropping =
-        elsewhere.registerNotification(makeCallback<NotifyMsg>([&](auto&) { ended.reset(); }), 1);
-    ended = notifier.registerNotification(
-        makeCallback<NotifyMsg>([&, token](auto&) {
-            std::thread([&] { elsewhere.call(NotifyMsg(), 1); }).join();
-            added = notifier.registerNotification(makeCallback<NotifyMsg>([](auto&) {}), 1);
-            EXPECT_EQ(token.use_count(), 2);
-            EXPECT_EQ(notifier.numListeners(), 1u);
-        }),
-        1);
+    const Kv::Ptr<Guard> dropping = listen(elsewhere, [&](auto&) { ended.reset(); });
+    ended = listen(notifier, [&, token](auto&) {
+        std::thread([&] { elsewhere.call(NotifyMsg(), 1); }).join();
+        added = listen(notifier, [](auto&) {});
+        EXPECT_EQ(token.use_count(), 2);
+        EXPECT_EQ(notifier.numListeners(), 1u);
+    });
     notifier.call(NotifyMsg(), 1);
     EXPECT_EQ(token.use_count(), 1);
 }
@@ -105,8 +101,7 @@ TEST(NotifierThreads, GuardsMayGoWhileTheirNotifierGoes) {
         auto notifier = std::make_unique<Notifier>();
         std::vector<Kv::Ptr<Guard>> guards[3];
         for (int i = 0; i < 30; ++i)
-            guards[i % 3].push_back(
-                notifier->registerNotification(makeCallback<NotifyMsg>([token](auto&) {}), 1));
+            guards[i % 3].push_back(listen(*notifier, [token](auto&) {}));
         runThreads(4, [&](int i) {
             if (i < 3)
                 guards[i].clear();
@@ -115,29 +110,6 @@ TEST(NotifierThreads, GuardsMayGoWhileTheirNotifierGoes) {
         });
     }
     EXPECT_EQ(token.use_count(), 1);
-}
-
-TEST(NotifierThreads, ATellingIsWaitedForOutsideOfTellings) {
-    Notifier notifier;
-    std::promise<void> inside;
-    std::promise<void> leave;
-    std::atomic<bool> done{false};
-    Kv::Ptr<Guard> guard = notifier.registerNotification(makeCallback<NotifyMsg>([&](auto&) {
-                                                             inside.set_value();
-                                                             leave.get_future().wait();
-                                                             done = true;
-                                                         }),
-                                                         1);
-    std::thread teller([&] { notifier.call(NotifyMsg(), 1); });
-    inside.get_future().wait();
-    std::thread dropper([&] {
-        guard.reset();
-        EXPECT_TRUE(done);
-    });
-    leave.set_value();
-    dropper.join();
-    teller.join();
-    EXPECT_FALSE(notifier.hasListeners());
 }
 
 } // namespace
