@@ -29,7 +29,7 @@ public:
         if (cutroom::isUiThread())
             return deliver(message);
         cutroom::postToUiThread([self = Kv::Ptr<UIThreadCallback>(this), message] {
-            if (!self->over_.load(std::memory_order_acquire))
+            if (!self->isOver())
                 self->deliver(message);
         });
         return 0;
@@ -37,14 +37,18 @@ public:
 
     void registrationBegun() noexcept override {
         registrations_.fetch_add(1, std::memory_order_acq_rel);
-        over_.store(false, std::memory_order_release);
+        wasRegistered_.store(true, std::memory_order_release);
     }
     void registrationEnded() noexcept override {
-        if (registrations_.fetch_sub(1, std::memory_order_acq_rel) == 1)
-            over_.store(true, std::memory_order_release);
+        registrations_.fetch_sub(1, std::memory_order_acq_rel);
     }
 
 private:
+    // Registered once, and no more.
+    bool isOver() const noexcept {
+        return wasRegistered_.load(std::memory_order_acquire) &&
+               registrations_.load(std::memory_order_acquire) == 0;
+    }
     int deliver(const Msg& message) {
         if (!callback_ || (condition_ && !condition_(message)))
             return 0;
@@ -54,7 +58,7 @@ private:
     const CallbackPtr<Msg> callback_;
     DeliveryCondition condition_;
     std::atomic<int> registrations_{0};
-    std::atomic<bool> over_{false}; // registered once, and no more
+    std::atomic<bool> wasRegistered_{false};
 };
 
 // A callback from a function object or a member function, brought to the user-interface thread.
