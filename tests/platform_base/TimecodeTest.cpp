@@ -1,5 +1,6 @@
 #include "platform/base/Timecode.h"
 #include "platform/base/FrameRate.h"
+#include "platform/base/Strings.h"
 #include "tests/support/Scale.h"
 
 #include <gmock/gmock.h>
@@ -95,12 +96,10 @@ INSTANTIATE_TEST_SUITE_P(
         DayRow{"r11988drop", {120000, 1001}, true, 120, 8}, DayRow{"r12", 12, false, 12, 0}),
     [](const auto& row) { return row.param.name; });
 
-TEST(TimecodeTest, KnownFrames) {
-    const FrameRate ntsc(30000, 1001);
-    EXPECT_EQ(timecodeText(107957, {ntsc, true}), "01:00:02;05");
-    EXPECT_EQ(timecodeText(107957, {ntsc, false}), "00:59:58:17");
+TEST(TimecodeTest, WithoutARateThereIsNone) {
     EXPECT_EQ(timecodeText(5, {FrameRate(), false}), "--:--:--:--");
     EXPECT_EQ(framesPerDay({FrameRate(), false}), 0);
+    EXPECT_EQ(parseTimecode("00:00:00:00", {FrameRate(), false}), std::nullopt);
     EXPECT_EQ(timecodeText(std::numeric_limits<std::int64_t>::min(), {FrameRate(25), false}).size(),
               11u);
 }
@@ -130,41 +129,24 @@ TEST(TimecodeTest, EverythingElseIsRefused) {
     for (int frame = 0; frame < 4; ++frame)
         EXPECT_EQ(parseTimecode("10:01:00;0" + std::to_string(frame), drop), std::nullopt);
     EXPECT_TRUE(parseTimecode("10:01:00;04", drop) && parseTimecode("10:10:00;00", drop));
-    EXPECT_EQ(parseTimecode("00:00:00:00", {FrameRate(), false}), std::nullopt);
 }
 
-TEST(FrameRateTest, DecimalNumbersFindTheRateThatIsMeant) {
-    const std::tuple<double, int, int> rows[] = {{23.976, 24000, 1001},
-                                                 {23.98, 24000, 1001},
-                                                 {24, 24, 1},
-                                                 {24.0000001, 24, 1},
-                                                 {25, 25, 1},
-                                                 {29.97, 30000, 1001},
-                                                 {29.97003, 30000, 1001},
-                                                 {30, 30, 1},
-                                                 {47.95, 48000, 1001},
-                                                 {59.94, 60000, 1001},
-                                                 {119.88, 120000, 1001},
-                                                 {12.5, 25, 2},
-                                                 {0.5, 1, 2},
-                                                 {1e6, 1000000, 1},
-                                                 {14.985, 2997, 200},
-                                                 {1.0 / 3, 1, 3}};
-    for (const auto& [rate, num, den] : rows)
-        EXPECT_EQ(FrameRate::fromDouble(rate), FrameRate(num, den)) << rate;
+TEST(FrameRateTest, TextsAndDecimalNumbersFindTheRateThatIsMeant) {
+    for (const char* row :
+         {"23.976 24000/1001", "23.98 24000/1001", "24 24", "24.0000001 24", "25 25",
+          "29.97 30000/1001", "29.97003 30000/1001", "30 30", "47.95 48000/1001",
+          "59.94 60000/1001", "119.88 120000/1001", "12.5 25/2", "0.5 1/2", "14.985 2997/200",
+          "1000000 1000000", "50/2 25", "25/1 25", "1/25 1/25", "2147483647/2147483647 1"}) {
+        const std::vector<std::string> texts = split(row, ' ');
+        EXPECT_EQ(FrameRate::fromString(texts[0]).value_or(FrameRate()).asString(), texts[1]);
+    }
+    EXPECT_EQ(FrameRate::fromDouble(1.0 / 3), FrameRate(1, 3));
     const double infinity = std::numeric_limits<double>::infinity();
     for (const double bad : {0.0, -25.0, std::nan(""), infinity, -infinity, 1e7, 1e-9})
         EXPECT_EQ(FrameRate::fromDouble(bad), std::nullopt) << bad;
-}
-
-TEST(FrameRateTest, TextIsReadStrictly) {
-    for (const FrameRate& rate : {FrameRate(25), FrameRate(30000, 1001), FrameRate(25, 2)})
-        EXPECT_EQ(FrameRate::fromString(rate.asString()), rate);
-    EXPECT_EQ(FrameRate::fromString("50/2"), FrameRate(25));
-    EXPECT_EQ(FrameRate::fromString("29.97"), FrameRate(30000, 1001));
     for (const char* bad :
          {"", "0", "0/1", "25/0", "-25", "+25", "25 ", "25.", ".5", "1e2", "25fps", "25/1/1",
-          "25//1", "/25", "9999999999/1", "nan", "30000/1001.0"})
+          "25//1", "/25", "2147483648/1", "1/2147483648", "nan", "30000/1001.0", "1000001/1"})
         EXPECT_EQ(FrameRate::fromString(bad), std::nullopt) << bad;
     EXPECT_FALSE(FrameRate(-25).valid() || FrameRate(25, 0).valid() || FrameRate().valid());
     EXPECT_EQ(FrameRate().frameToFlicks(10) + FrameRate().flicksToFrameFloor(10), 0);

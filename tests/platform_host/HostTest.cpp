@@ -27,8 +27,7 @@ using testing::ElementsAre;
 namespace {
 
 // Keeps what is posted until it is drained.
-class HeldLoop final : public iEventLoop {
-public:
+struct HeldLoop final : iEventLoop {
     bool isUiThread() const noexcept override { return true; }
     void post(std::function<void()> work) override { held.push_back(std::move(work)); }
     void post(const Event&) override {}
@@ -43,21 +42,17 @@ public:
     std::list<std::function<void()>> held;
 };
 
-class OneLine final : public iLogSink {
-public:
+struct OneLine final : iLogSink {
     void write(std::string_view message) override { line = message; }
-
     std::string line;
 };
 
-class OneId final : public iIdSource {
-public:
+struct OneId final : iIdSource {
     std::uint64_t nextId() override { return 7; }
     std::uint32_t secondsNow() override { return 8; }
 };
 
-class TwoTexts final : public iStringTable {
-public:
+struct TwoTexts final : iStringTable {
     std::optional<LightweightString<wchar_t>> find(ResId id) const override {
         if (id == kResCopy)
             return L"Kopie\u00e9";
@@ -65,8 +60,7 @@ public:
     }
 };
 
-class Handler final : public ConsoleEventHandler {
-public:
+struct Handler final : ConsoleEventHandler {
     void handleConsoleFocus() override { ++told; }
     int told = 0;
 };
@@ -93,11 +87,9 @@ TEST(HostTest, WithoutAHostEveryServiceAnswersHarmlessly) {
     Handler handler;
     setConsoleFocus(&handler);
     EXPECT_EQ(getConsoleFocus(), nullptr);
-    EXPECT_FALSE(handler.hasConsoleFocus());
-    EXPECT_EQ(handler.told, 0);
+    EXPECT_FALSE(handler.hasConsoleFocus() || handler.told);
 
-    EXPECT_FALSE(addDebugCommand("x", [] {}));
-    EXPECT_FALSE(Host::debugCommands().run("x"));
+    EXPECT_FALSE(addDebugCommand("x", [] {}) || Host::debugCommands().run("x"));
     EXPECT_FALSE(Host::playServer().isRegistered(nullptr));
 
     int ran = 0;
@@ -113,7 +105,6 @@ TEST(HostTest, WithoutAHostEveryServiceAnswersHarmlessly) {
 }
 
 TEST(HostTest, TextsComeFromTheTableOrShowTheirNumber) {
-    EXPECT_EQ(resourceStrW(kResCopy), L"#10019");
     EXPECT_EQ(paddedResourceStrW(kResCopy, L" (", L")"), L" (#10019)");
     TwoTexts texts;
     HostServices set;
@@ -128,30 +119,27 @@ TEST(HostTest, TextsComeFromTheTableOrShowTheirNumber) {
 TEST(HostTest, IdsLogAndLoopReachTheLowerLayersAndLeaveThemAgain) {
     const LogLines outer;
     iIdSource* const system = &idSource();
+    OneLine log;
+    OneId ids;
+    HeldLoop loop;
+    HostServices set;
     {
-        OneLine log;
-        OneId ids;
-        HeldLoop loop;
-        HostServices set;
-        set.log = &log;
-        set.ids = &ids;
-        set.loop = &loop;
+        const ScopedHost host(set);
+        LogBoth("set without a log");
+    }
+    set.log = &log;
+    set.ids = &ids;
+    set.loop = &loop;
+    {
         const ScopedHost host(set);
         LogBoth("inner");
         EXPECT_EQ(log.line, "inner");
         EXPECT_EQ(idSource().secondsNow(), 8u);
-        EXPECT_EQ(uiThread(), &loop);
-        EXPECT_EQ(eventQueue(), &loop);
+        EXPECT_TRUE(uiThread() == &loop && eventQueue() == &loop);
     }
     LogBoth("outer");
-    EXPECT_THAT(outer.lines, ElementsAre("outer"));
-    EXPECT_EQ(&idSource(), system);
-    EXPECT_EQ(uiThread(), nullptr);
-    {
-        const ScopedHost host{HostServices()}; // leaves the log alone
-        LogBoth("again");
-    }
-    EXPECT_THAT(outer.lines, ElementsAre("outer", "again"));
+    EXPECT_THAT(outer.lines, ElementsAre("set without a log", "outer"));
+    EXPECT_TRUE(&idSource() == system && uiThread() == nullptr);
 }
 
 TEST(HostTest, WhatIsPostedWhileALifeEndsStillRuns) {

@@ -73,20 +73,14 @@ TEST_F(ProcessLifeTest, SinglesGoInTheReverseOrderOfTheirMaking) {
     EXPECT_EQ(ProcessSingleton<Above>::find(), nullptr);
 }
 
-TEST_F(ProcessLifeTest, EachLifeMakesItsOwn) {
+TEST_F(ProcessLifeTest, EachLifeMakesItsOwnAlsoTheOneBeforeAHost) {
     ProcessSingleton<Below>::get();
     Host::uninstall();
-    Host::install(HostServices());
     EXPECT_EQ(ProcessSingleton<Below>::find(), nullptr);
     ProcessSingleton<Below>::get();
-    EXPECT_THAT(story, ElementsAre("+below", "-below", "+below"));
-}
-
-TEST_F(ProcessLifeTest, WhatWasMadeWithoutAHostGoesWhenOneIsInstalled) {
-    Host::uninstall();
-    ProcessSingleton<Below>::get();
     Host::install(HostServices());
-    EXPECT_THAT(story, ElementsAre("+below", "-below"));
+    EXPECT_EQ(ProcessSingleton<Below>::find(), nullptr);
+    EXPECT_THAT(story, ElementsAre("+below", "-below", "+below", "-below"));
 }
 
 TEST_F(ProcessLifeTest, ASingleAskedForTooLateIsMadeAndDestroyedOnceMore) {
@@ -107,33 +101,23 @@ TEST_F(ProcessLifeTest, ACountedSingleLivesAsLongAsItIsShared) {
     EXPECT_THAT(story, ElementsAre("-counted"));
 }
 
-TEST_F(ProcessLifeTest, AValueIsReadOnceInEachLife) {
-    int stored = 1;
-    int reads = 0;
-    const OncePerProcess<int> value([&] {
-        ++reads;
-        return stored;
-    });
-    EXPECT_EQ(value.get(), 1);
-    stored = 2;
-    EXPECT_EQ(value, 1);
-    EXPECT_EQ(reads, 1);
-    Host::uninstall();
-    Host::install(HostServices());
-    EXPECT_EQ(value, 2);
-}
-
-TEST_F(ProcessLifeTest, AValueMayGoBeforeItsLifeAndIsDestroyedWithIt) {
+TEST_F(ProcessLifeTest, AValueIsReadOnceInEachLifeAndDestroyedWithIt) {
     auto shared = std::make_shared<int>(5);
-    const OncePerProcess<std::shared_ptr<int>> kept([&] { return shared; });
+    int reads = 0;
+    const auto read = [&] { return ++reads, shared; };
+    const OncePerProcess<std::shared_ptr<int>> kept(read);
     {
-        const OncePerProcess<std::shared_ptr<int>> brief([&] { return shared; });
-        EXPECT_EQ(*brief.get(), 5);
-        EXPECT_EQ(shared.use_count(), 2);
+        const OncePerProcess<std::shared_ptr<int>> brief(read);
+        EXPECT_EQ(*brief.get() + *brief.get(), 10);
+        EXPECT_EQ(reads, 1);
     }
+    EXPECT_EQ(shared.use_count(), 1) << "gone before its life";
     EXPECT_EQ(*kept.get(), 5);
     Host::uninstall();
     EXPECT_EQ(shared.use_count(), 1);
+    Host::install(HostServices());
+    EXPECT_EQ(*kept.get(), 5);
+    EXPECT_EQ(reads, 3);
 }
 
 TEST_F(ProcessLifeTest, ManyThreadsGetOneObject) {
