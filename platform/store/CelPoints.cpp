@@ -190,7 +190,7 @@ Status Cel::setDetail(std::uint32_t segment, const EventDetail& detail) {
 
 void Cel::setStripCookie(std::uint32_t segment, const Cookie& material) {
     Door door(*this);
-    if (!holdsSegment(segment))
+    if (!holdsSegment(segment) || storage().events[2 * segment].material == material)
         return;
     CelStorage& list = unshare();
     list.events[2 * segment].material = material;

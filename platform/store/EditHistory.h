@@ -38,6 +38,11 @@ struct EditHistory {
         position = steps.size();
         ++edits;
     }
+    // Gives the newest step another description.
+    void rename(const std::string& description) {
+        edits += steps.back().description != description;
+        steps.back().description = description;
+    }
     bool canUndo() const noexcept { return position > 0; }
     bool canRedo() const noexcept { return position < steps.size(); }
 };

@@ -30,8 +30,8 @@ bool countsTimecode(eLabelType type) {
 constexpr std::int64_t kFramesPerFoot = 16;
 
 LightweightString<char> feetText(std::int64_t frame) {
-    const std::int64_t whole = frame / kFramesPerFoot;
-    return cutroom::format("%lld+%02lld", static_cast<long long>(whole),
+    return cutroom::format("%s%lld+%02lld", frame < 0 ? "-" : "",
+                           static_cast<long long>(std::abs(frame / kFramesPerFoot)),
                            static_cast<long long>(std::abs(frame % kFramesPerFoot)));
 }
 
@@ -53,7 +53,7 @@ std::optional<std::int64_t> parseFeet(std::string_view text) {
     if (!feet || !frames || *frames < 0 || *frames >= kFramesPerFoot ||
         std::abs(*feet) > (std::int64_t{1} << 48))
         return std::nullopt;
-    return *feet * kFramesPerFoot + (*feet < 0 ? -*frames : *frames);
+    return *feet * kFramesPerFoot + (text.front() == '-' ? -*frames : *frames);
 }
 
 // Numbers come from files, so any may stand there.

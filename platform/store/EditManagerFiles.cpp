@@ -260,7 +260,7 @@ void EditManager::makeBackup(const EditPtr& edit, const LightweightString<char>&
     if (!history.loaded)
         history.loaded = history.damaged = true; // a new history begins, the other is kept aside
     if (history.lastBackupAt == edit->changeCount() && history.canUndo() && !history.canRedo()) {
-        history.steps.back().description = description; // nothing has changed since
+        history.rename(description); // nothing has changed since
         return;
     }
     history.push({description, cutroom::idSource().secondsNow(), impl.state.snapshot()}, kMaxSteps);

@@ -1,6 +1,5 @@
-// The parts of an edit that stand by themselves: configuration, labels, groups, changes, layouts.
+// The parts of an edit that stand by themselves: configuration, labels, changes, layouts.
 #include "platform/store/BurntIn.h"
-#include "platform/store/ChannelGroups.h"
 #include "platform/store/EditLabel.h"
 #include "platform/store/EditModifications.h"
 #include "platform/store/configb.h"
@@ -17,8 +16,7 @@ using testing::ElementsAre;
 
 TEST(Configb, AnswersWhetherAValueChangedAndKeepsKeysInOrder) {
     configb config;
-    EXPECT_TRUE(config.set("b", 2));
-    EXPECT_TRUE(config.set("a", "x"));
+    EXPECT_TRUE(config.set("b", 2) && config.set("a", "x"));
     EXPECT_FALSE(config.set("b", 2));
     EXPECT_TRUE(config.set("b", 0.1));
     EXPECT_EQ(config.entries().front().first, "a");
@@ -26,22 +24,6 @@ TEST(Configb, AnswersWhetherAValueChangedAndKeepsKeysInOrder) {
     EXPECT_EQ(config.getInt("a"), std::nullopt);
     EXPECT_TRUE(config.remove("a"));
     EXPECT_FALSE(config.remove("a"));
-}
-
-TEST(Configb, RestoringContentsLeavesTheViewStateAlone) {
-    configb now;
-    now.set("parent", "old");
-    now.set("BACKUP_CURRENT", "7");
-    now.set("stripv_zoom", "3");
-    now.set("SHOW_CEL_CUES", "1");
-    configb then;
-    then.set("scene", "12");
-    then.set("BACKUP_CURRENT", "1");
-    now.restoreContents(then);
-    EXPECT_EQ(now.getString("BACKUP_CURRENT"), "7");
-    EXPECT_EQ(now.getString("scene"), "12");
-    EXPECT_FALSE(now.in("parent"));
-    EXPECT_TRUE(now.in("stripv_zoom") && now.in("SHOW_CEL_CUES"));
 }
 
 TEST(EditLabel, ShowsAndFindsItsNumbers) {
@@ -52,13 +34,13 @@ TEST(EditLabel, ShowsAndFindsItsNumbers) {
     };
     const TimecodeFormat pal{Kv::FrameRate(25), false};
     const TimecodeFormat drop{Kv::FrameRate(30000, 1001), true};
-    for (const Row& row : {
-             Row{{kLabelVideoTimecode, {2, 1}, pal, 90'000}, 10.0, "01:00:10:00"},
-             {{kLabelVideoTimecode, {2, 1}, pal, 90'000}, 0.039, "01:00:00:00"},
-             {{kLabelVideoTimecode, {2, 1}, drop, 0}, 60.0600, "00:01:00;02"},
-             {{kLabelFrames, {2, 1}, pal, 100}, 2.0, "150"},
-             {{kLabelFeet, {2, 1}, pal, 0}, 1.0, "1+09"},
-         }) {
+    for (const Row& row : {Row{{kLabelVideoTimecode, {2, 1}, pal, 90'000}, 10.0, "01:00:10:00"},
+                           {{kLabelVideoTimecode, {2, 1}, pal, 90'000}, 0.039, "01:00:00:00"},
+                           {{kLabelVideoTimecode, {2, 1}, drop, 0}, 60.0600, "00:01:00;02"},
+                           {{kLabelFrames, {2, 1}, pal, 100}, 2.0, "150"},
+                           {{kLabelFeet, {2, 1}, pal, 0}, 1.0, "1+09"},
+                           {{kLabelFeet, {2, 1}, pal, -3}, 0.0, "-0+03"},
+                           {{kLabelFeet, {2, 1}, pal, -20}, 0.0, "-1+04"}}) {
         EXPECT_EQ(row.label.pointAt(row.seconds).removePadding(), row.text);
         const auto place = row.label.timeOf(row.text);
         ASSERT_TRUE(place) << row.text;
@@ -70,8 +52,7 @@ TEST(EditLabel, MovesByWholeFramesAndRefusesForeignNumbers) {
     EditLabel label(kLabelVideoTimecode, {2, 1}, {Kv::FrameRate(24), false}, 0);
     label.adjustByTime(2.01);
     EXPECT_EQ(label.get_abs_posn(3), 51);
-    EXPECT_FALSE(label.timeOf("00:00:00:24"));
-    EXPECT_FALSE(EditLabel().is_valid());
+    EXPECT_FALSE(label.timeOf("00:00:00:24") || EditLabel().is_valid());
     EXPECT_EQ(EditLabel().pointAt(1).asString(), "");
     EXPECT_EQ(label.pointAt(kNoTime).asString(), "");
     constexpr auto kLast = std::numeric_limits<std::int64_t>::max();
@@ -83,28 +64,13 @@ TEST(EditLabel, MovesByWholeFramesAndRefusesForeignNumbers) {
     EXPECT_FALSE(label.timeOf("00:00:00:00"));
 }
 
-TEST(ChannelGroups, AChannelIsInOneGroupAndGroupsOfOneGo) {
-    const IdStamp a(1, 0, 0);
-    const IdStamp b(2, 0, 0);
-    const IdStamp c(3, 0, 0);
-    ChannelGroupList groups;
-    groups.addGroup({a, b});
-    groups.addGroup({b, c});
-    ASSERT_EQ(groups.size(), 1U);
-    EXPECT_THAT(groups.getGroupContents(0), ElementsAre(b, c));
-    groups.removeChannel(c);
-    EXPECT_EQ(groups.size(), 0U);
-    EXPECT_TRUE(groups.getGroupContents(7).empty());
-}
-
 TEST(EditModifications, UnitesKindsAndKeepsDetailsInOrder) {
     EditModifications changes(kModCues);
     EditModification mix(kModAudioMix, 4);
     mix.track = IdStamp(2, 2, 2);
     changes.add(mix);
     changes.add(EditModification(kModName));
-    EditModifications more(kModRestored);
-    changes.add(more);
+    changes.add(EditModifications(kModRestored));
     EXPECT_EQ(changes.asString(), "3 4 11 27");
     EXPECT_THAT(changes.details(), ElementsAre(mix));
     EXPECT_TRUE(changes.structureChanged() && changes.contentReplaced());
@@ -119,10 +85,8 @@ TEST(BurntIn, ALayoutsTextReadsBackAndNothingElseDoes) {
     BITCLabel label;
     label.prefix = L"REC é";
     label.x = 0.125F;
-    label.colour = 0x00FF7F;
     layout.addLabel(label);
     layout.addLabel({});
-    layout.setEnabled(true);
     EXPECT_EQ(BITCLayoutsManager::fromString(BITCLayoutsManager::asString(layout)), layout);
     for (const char* bad : {"", "yes", "on\n", "on\n3\t2\t1\t0.5\t0.9\t0.06\t7",
                             "on\n99\t2\t1\t0\t0\t0\t0\t", "off\n3\t2\t1\tx\t0\t0\t0\t"})

@@ -39,7 +39,6 @@ TEST_F(EditTest, aNewEditHasItsChannelsInBlack) {
     EXPECT_EQ(edit->getEndTime(), 10.0);
     EXPECT_EQ(edit->getSignificantEndTime(), 10.0) << "nothing has material";
     EXPECT_FALSE(edit->isEmpty());
-    EXPECT_TRUE(edit->isDirty());
     EXPECT_EQ(edit->getCelResolution(), 0.04);
     EXPECT_FALSE(manager().makeNewEdit(edit.getCookie(), 1, 1, 1, {})) << "taken";
     EXPECT_FALSE(manager().makeNewEdit(Cookie('G', 5), 1, 1, 1, {})) << "no edit";
@@ -49,20 +48,15 @@ TEST_F(EditTest, aNewEditHasItsChannelsInBlack) {
 TEST_F(EditTest, channelsStandByTypeAndAreFoundByIndex) {
     const EditModifier edit = fresh();
     const IdStamp late = edit->addChan(kChanVideo);
-    const IdStamp titles = edit->addChan(kChanSubtitle);
     const IdStamp audio = edit->getChans(kChanAudio)[1];
     EXPECT_EQ(edit->getIdx(late), 1);
     EXPECT_EQ(edit->getIndexWithinType(audio), 1);
-    EXPECT_EQ(edit->getChanDisplayName(audio), L"A2");
-    EXPECT_EQ(edit->getChanDisplayName(titles), L"S1");
     EXPECT_EQ(edit->getNextChan(edit->getFirstChan(kChanVideo), kChanVideo), late);
-    EXPECT_FALSE(edit->getNextChan(late, kChanVideo).valid());
+    EXPECT_FALSE(edit->getNextChan(late, kChanVideo).valid() || edit->getId(99).valid());
     EXPECT_EQ(edit->getIdx(IdStamp(9, 9, 9)), kChanEnd);
-    EXPECT_FALSE(edit->getId(99).valid());
     EXPECT_FALSE(edit->addChan(kChanVideo, kSubNormal, late).valid()) << "there already";
     EXPECT_EQ(edit->getChanForStrip(convertCookie(edit.getCookie(), 'S', 2)), audio);
     EXPECT_FALSE(edit->getChanForStrip(convertCookie(edit.getCookie(), 'S', 3)).valid());
-    EXPECT_EQ(edit->checkConsistency(), "");
 }
 
 TEST_F(EditTest, levelsChannelsFollowTheirAudioChannel) {
@@ -71,18 +65,27 @@ TEST_F(EditTest, levelsChannelsFollowTheirAudioChannel) {
     autoInitAudioLevelsTracks(module);
     autoInitAudioLevelsTracks(module);
     ASSERT_EQ(edit->getNumChans(kChanLevels), 2);
-    const IdStamp audio = edit->getChans(kChanAudio)[0];
+    const IdStamp audio = edit->getFirstChan(kChanAudio);
     const IdStamp levels = edit->getLevelsChan(audio);
     EXPECT_EQ(edit->getAudioChanForLevels(levels), audio);
     EXPECT_TRUE(edit->setLevelNodes(levels, {{200, 0.5F}, {100, 1.0F}}));
-    EXPECT_EQ(edit->getLevelNodes(levels)[0].time, 100);
-    EXPECT_FALSE(edit->setLevelNodes(levels, {{100, 0.5F}, {100, 1.0F}}));
-    EXPECT_FALSE(edit->setLevelNodes(levels, {{100, -1.0F}}));
+    for (const LevelNodes& bad : {LevelNodes{{100, 0.5F}, {100, 1.0F}}, {{100, -1.0F}}})
+        EXPECT_FALSE(edit->setLevelNodes(levels, bad));
+    EXPECT_EQ(edit->getLevelNodes(levels), (LevelNodes{{100, 1.0F}, {200, 0.5F}}));
     EXPECT_FALSE(edit->setLevelNodes(audio, {}));
-    EXPECT_EQ(edit->getLevelNodes(levels).size(), 2u);
     EXPECT_TRUE(edit->removeChan(audio, false));
     EXPECT_EQ(edit->getNumChans(kChanLevels), 1);
-    EXPECT_FALSE(edit->removeChan(audio, false));
+}
+
+TEST_F(EditTest, theMixFollowsAudioChannelsThatGo) {
+    const EditModifier edit = fresh();
+    const auto mix = Kv::makePtr<Aud::SimpleMixState>(std::size_t{2});
+    mix->setInputPan(1, 1.0F);
+    edit->setAudioMix(mix);
+    edit->removeChan(edit->getFirstChan(kChanAudio), false);
+    EXPECT_EQ(edit->getAudioMix()->getInputPan(0), 1.0F);
+    EXPECT_EQ(edit->getAudioMix()->numInputs(), 1u);
+    EXPECT_EQ(mix->getInputPan(1), 1.0F) << "a mix is replaced, never changed in place";
 }
 
 TEST_F(EditTest, theOutermostModifierTellsTheUnionOnce) {
@@ -95,14 +98,17 @@ TEST_F(EditTest, theOutermostModifierTellsTheUnionOnce) {
     }
     EXPECT_THAT(told_, IsEmpty());
     edit->setName(L"Renamed");
+    const IdStamp picture = edit->getFirstChan(kChanVideo);
     edit.release();
     EXPECT_THAT(told_, ElementsAre("1 3 22"));
+    ASSERT_EQ(details_.size(), 1u);
+    EXPECT_EQ(details_[0].kind, kModEventsAdded);
+    EXPECT_EQ(details_[0].track, picture);
 }
 
 TEST_F(EditTest, changesAreToldAtOnceWhenAskedFor) {
-    listen();
     const EditPtr edit = fresh();
-    told_.clear();
+    listen();
     edit->setName(L"quiet");
     EXPECT_THAT(told_, IsEmpty());
     edit->addModification(kModMetadata, true);
@@ -130,7 +136,6 @@ TEST_F(EditTest, cueChangesNameTheCueAndItsOrigin) {
     EXPECT_EQ(details_[0].detail, unsigned{kCueChanged});
     EXPECT_TRUE(edit->removeCue(cue.getExtID()));
     EXPECT_FALSE(edit->removeCue(cue.getExtID()));
-    EXPECT_EQ(edit->getCues().getNumCuePoints(), 0u);
 }
 
 TEST_F(EditTest, listenersRunWithoutTheEditsLock) {
@@ -147,16 +152,6 @@ TEST_F(EditTest, listenersRunWithoutTheEditsLock) {
     reading_.reset();
 }
 
-TEST_F(EditTest, changesOfListsNameTheirChannel) {
-    listen();
-    const EditPtr edit = fresh();
-    lay(edit, 1, 2, 7);
-    edit->addModification(EditModifications(), true);
-    ASSERT_EQ(details_.size(), 1u);
-    EXPECT_EQ(details_[0].kind, kModEventsAdded);
-    EXPECT_EQ(details_[0].track, edit->getFirstChan(kChanVideo));
-}
-
 TEST_F(EditTest, configurationTellsContentFromViewState) {
     const EditPtr edit = fresh();
     listen();
@@ -168,11 +163,9 @@ TEST_F(EditTest, configurationTellsContentFromViewState) {
     EXPECT_EQ(edit->getStoredMark(Kv::MarkTypes::In), kNoTime);
     EXPECT_FALSE(edit->getStoredViewRegion());
     EXPECT_TRUE(edit->setConfig("scene", "12"));
-    EXPECT_FALSE(edit->setConfig("scene", "12"));
+    EXPECT_FALSE(edit->setConfig("scene", "12") || edit->removeConfig("take"));
     edit->addModification(EditModifications(), true);
     EXPECT_THAT(told_, ElementsAre("15"));
-    EXPECT_TRUE(edit->removeConfig("scene"));
-    EXPECT_FALSE(edit->removeConfig("scene"));
 }
 
 TEST_F(EditTest, labelsGoThroughTheConfigurationUnchanged) {
@@ -185,7 +178,6 @@ TEST_F(EditTest, labelsGoThroughTheConfigurationUnchanged) {
     edit->write_labels_to_config();
     edit->remove_all_labels();
     EXPECT_FALSE(edit->getVideoTimecodeLabel().is_valid());
-    EXPECT_EQ(edit->getTimecode(1.0), "00:00:01:00");
     edit->rebuildCachedLabels();
     EXPECT_EQ(edit->getLabel(kLabelVideoTimecode, {2, 1}), picture);
     EXPECT_EQ(edit->getLabel(kLabelInk, {4, -3}), ink);
@@ -211,14 +203,13 @@ TEST_F(EditTest, pairsOfPointsCarryMaterial) {
     const EditPtr edit = fresh();
     lay(edit, 2, 4, 5);
     CelEventPair pair(edit, 0, 3.0);
-    ASSERT_TRUE(pair.valid());
-    EXPECT_EQ(pair.first().get_edit_time(), 2.0);
-    EXPECT_EQ(pair.second().get_edit_time(), 4.0);
+    EXPECT_EQ(pair.first().get_edit_time() + pair.second().get_edit_time(), 2.0 + 4.0);
     pair.setStripCookie(Cookie('V', 8));
-    EXPECT_EQ(pair.getStripCookie(), Cookie('V', 8));
+    const std::uint64_t changes = edit->changeCount();
+    pair.setStripCookie(Cookie('V', 8));
+    EXPECT_EQ(edit->changeCount(), changes) << "the same is no change";
     EXPECT_EQ(video(edit)->get_strip_cookie(2.5), Cookie('V', 8));
-    EXPECT_FALSE(CelEventPair(edit, 0, 10.0).valid());
-    EXPECT_FALSE(CelEventPair(edit, 9, 1.0).valid());
+    EXPECT_FALSE(CelEventPair(edit, 0, 10.0).valid() || CelEventPair(edit, 9, 1.0).valid());
     EXPECT_FALSE(CelEventPair(EditPtr(), 0, 1.0).valid());
 }
 

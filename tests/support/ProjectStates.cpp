@@ -16,8 +16,6 @@
 #include <zlib.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -180,15 +178,6 @@ std::string historyTrouble(const EditPtr& edit) {
     for (; redone > undone; --redone)
         (void)manager.undo(edit);
     return stampOf(edit) == before ? "" : "another state after going back and forth";
-}
-
-std::string bytesOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-void putBytes(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 } // namespace cutroom::test

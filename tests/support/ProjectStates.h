@@ -5,6 +5,7 @@
 #include "bins/DescribedContainer.h"
 #include "platform/base/Cookie.h"
 #include "platform/store/EditPtr.h"
+#include "tests/support/TempFolder.h"
 
 #include <map>
 #include <string>
@@ -46,8 +47,5 @@ std::string summaryTrouble();
 // Undoes all there is and takes it back: empty when every state is sound and the last one is the
 // first again.
 std::string historyTrouble(const EditPtr& edit);
-
-std::string bytesOf(const std::string& path);
-void putBytes(const std::string& path, const std::string& bytes);
 
 } // namespace cutroom::test

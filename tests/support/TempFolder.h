@@ -1,10 +1,12 @@
-// A folder of a test's own, removed with all it holds.
+// A folder of a test's own, removed with all it holds, and the bytes of files.
 #pragma once
 
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace cutroom::test {
@@ -35,5 +37,14 @@ public:
 private:
     std::string path_;
 };
+
+// Empty when there is no such file.
+inline std::string bytesOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+inline void putBytes(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
 
 } // namespace cutroom::test
