@@ -1,14 +1,14 @@
-// Random changes of a cut event list against the simple model.
-#include "CelModel.h"
+// Random changes of an edit's cut event list, undone and redone, against a simple model.
+#include "StoreFixture.h"
 #include "tests/support/Scale.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include <functional>
+#include <limits>
+#include <map>
 #include <random>
+#include <utility>
 
 using namespace cutroom;
-using cutroom::test::CelModel;
 
 namespace {
 
@@ -18,67 +18,135 @@ constexpr int kSteps = 1500;
 constexpr int kSteps = 10000;
 #endif
 
+// A slow and simple cut event list: one cell for each flick, without holes.
+struct CelModel {
+    struct Cell {
+        bool starts = false; // a segment begins here
+        CelSegment what;     // as it would be were it laid from here
+    };
+    std::map<Flicks, Cell> cells;
+
+    Flicks start() const { return cells.begin()->first; }
+    Flicks end() const { return cells.rbegin()->first + 1; }
+    bool has(Flicks time) const { return cells.contains(time); }
+
+    void cutAt(Flicks time) {
+        if (has(time))
+            cells[time].starts = true;
+    }
+    void lay(Flicks from, Flicks to, const CelSegment& what = {}) {
+        if (!cells.empty() && from > end())
+            put(end(), from, {});
+        if (!cells.empty() && to < start())
+            put(to, start(), {});
+        put(from, to, what);
+        cutAt(to);
+    }
+    // Moves all from `from` on.
+    void shift(Flicks from, Flicks by) {
+        std::map<Flicks, Cell> moved;
+        for (auto& [time, cell] : cells)
+            moved.emplace(time < from ? time : time + by, std::move(cell));
+        cells = std::move(moved);
+    }
+    void gap(Flicks at, Flicks length) {
+        if (cells.empty() || at > end())
+            return;
+        const bool within = at >= start();
+        cutAt(at);
+        shift(at, length);
+        if (within)
+            put(at, at + length, {});
+    }
+    void lift(Flicks from, Flicks to) {
+        if (!cells.empty() && std::max(from, start()) < std::min(to, end()))
+            lay(std::max(from, start()), std::min(to, end()));
+    }
+    void remove(Flicks from, Flicks to) {
+        if (cells.empty() || from >= end())
+            return;
+        cutAt(to);
+        cells.erase(cells.lower_bound(from), cells.lower_bound(to));
+        shift(to, from - to);
+    }
+    std::vector<CelSegment> segments() const {
+        std::vector<CelSegment> all;
+        for (const auto& [time, cell] : cells) {
+            if (cell.starts) {
+                all.push_back(cell.what);
+                all.back().start = time;
+            }
+            all.back().end = time + 1;
+        }
+        return all;
+    }
+    // Replaces everything by `all`, which touch one another.
+    void set(const std::vector<CelSegment>& all) {
+        cells.clear();
+        for (const CelSegment& segment : all)
+            lay(segment.start, segment.end, segment);
+    }
+
+private:
+    void put(Flicks from, Flicks to, CelSegment what) {
+        for (Flicks t = from; t < to; ++t) {
+            cells[t] = {t == from, what};
+            what.stripStart += static_cast<Flicks>(what.speed);
+        }
+    }
+};
+
 TimeRange seconds(Flicks from, Flicks to) { return {toSeconds(from), toSeconds(to)}; }
 
 class Runner {
 public:
-    explicit Runner(unsigned seed) : random_(seed), cel_(Kv::makePtr<Cel>()) {}
+    Runner(unsigned seed, const EditPtr& edit)
+        : random_(seed), edit_(edit), cel_(edit->get_edit_cel_p(edit->getFirstChan(kChanVideo))) {
+        cel_->clear();
+    }
 
     void step() {
         const Flicks a = number(-60, 160);
         const Flicks b = a + number(1, 40);
-        switch (number(0, 11)) {
-        case 0:
-        case 1:
-        case 2:
-            overwrite(a, b);
-            break;
-        case 3:
-            EXPECT_TRUE(cel_->insertGap(a, b - a).ok());
-            model_.gap(a, b - a);
-            break;
-        case 4:
-            EXPECT_TRUE(cel_->lift(seconds(a, b)).ok());
-            model_.lift(a, b);
-            break;
-        case 5:
-            EXPECT_TRUE(cel_->remove(seconds(a, b)).ok());
-            model_.remove(a, b);
-            break;
-        case 6:
-            EXPECT_EQ(cel_->split(a).ok(), model_.has(a));
-            model_.cutAt(a);
-            break;
-        case 7:
-            trim(number(-12, 12));
-            break;
-        case 8:
-            copyWithin(a, b, number(-60, 160));
-            break;
-        case 9:
-            relabel();
-            break;
-        case 10:
-            join(a, b);
-            break;
-        default:
-            keep();
-        }
-        if (model_.end() - model_.start > 400)
-            shorten();
+        const std::function<void()> steps[] = {
+            [&] { overwrite(a, b); },
+            [&] {
+                EXPECT_TRUE(cel_->insertGap(a, b - a).ok());
+                model_.gap(a, b - a);
+            },
+            [&] {
+                EXPECT_TRUE(cel_->lift(seconds(a, b)).ok());
+                model_.lift(a, b);
+            },
+            [&] { remove(a, b); },
+            [&] {
+                EXPECT_EQ(cel_->split(a).ok(), model_.has(a));
+                model_.cutAt(a);
+            },
+            [&] { trim(number(-12, 12)); },
+            [&] { copyWithin(a, b, number(-60, 160)); },
+            [&] { relabel(); },
+            [&] { join(a, b); },
+            [&] { keep(); },
+            [&] { backup(); },
+            [&] { backup(); },
+            [&] { undo(number(1, 4)); },
+            [&] { restore(future_, past_, EditManager::instance().redo(edit_)); },
+        };
+        steps[std::max<Flicks>(number(-2, std::ssize(steps) - 1), 0)](); // most often overwrites
+        if (model_.cells.size() > 400)
+            remove(100, 400);
     }
 
     void check() {
         ASSERT_EQ(cel_->checkConsistency(), "");
         expectSame(*cel_, model_.segments());
         const Flicks t = number(-70, 420);
-        const std::int64_t found = cel_->findSegment(t);
-        ASSERT_EQ(found >= 0, model_.has(t));
-        if (found < 0)
-            return;
-        const CelModel::Cell& cell = model_.at(t);
-        ASSERT_EQ(cel_->get_strip_cookie(toSeconds(t)), cell.material);
-        const double strip = cell.material.valid() ? toSeconds(cell.strip) : kNoTime;
+        checkPoints(t);
+        ASSERT_EQ(cel_->findSegment(t) >= 0, model_.has(t));
+        const CelSegment& what = model_.has(t) ? model_.cells[t].what : CelSegment();
+        ASSERT_EQ(cel_->get_strip_cookie(toSeconds(t)), what.material);
+        const double strip = what.material.valid() ? toSeconds(what.stripStart) : kNoTime;
         ASSERT_EQ(cel_->get_strip_time(toSeconds(t)), strip);
     }
     // Copies made on the way are as they were.
@@ -95,6 +163,24 @@ private:
         ASSERT_EQ(cel.numSegments(), segments.size());
         for (std::uint32_t i = 0; i < segments.size(); ++i)
             ASSERT_EQ(cel.getSegment(i), segments[i]) << "segment " << i;
+    }
+    // Look-ups by time against a walk over all points.
+    void checkPoints(Flicks t) const {
+        const std::uint32_t count = cel_->get_num_events();
+        std::uint32_t earlier = 0;
+        std::uint32_t notLater = 0;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            earlier += cel_->get_event(i).time < t;
+            notLater += cel_->get_event(i).time <= t;
+        }
+        ASSERT_EQ(cel_->nextAfter(t), notLater);
+        ASSERT_EQ(cel_->lastBefore(t), std::int64_t{earlier} - 1);
+        const auto found = [&](std::uint8_t flags) {
+            const ce_handle handle = cel_->find_ceh(toSeconds(t), flags);
+            return handle.valid() ? handle.getIndex() : count;
+        };
+        ASSERT_EQ(found(0), earlier + earlier % 2);
+        ASSERT_EQ(found(kEventOut | kEventFreeze), std::min(earlier + 1 - earlier % 2, count));
     }
     void overwrite(Flicks from, Flicks to) {
         constexpr double speeds[] = {1.0, 1.0, 2.0, -1.0};
@@ -129,10 +215,9 @@ private:
             model_.set(after);
     }
     void copyWithin(Flicks from, Flicks to, Flicks at) {
-        CelModel source = model_;
         CelModel piece;
-        piece.lay(from, to, {});
-        for (const CelSegment& segment : source.segments()) {
+        piece.lay(from, to);
+        for (const CelSegment& segment : model_.segments()) {
             const Flicks begin = std::max(from, segment.start);
             const Flicks end = std::min(to, segment.end);
             CelSegment part = segment;
@@ -141,8 +226,8 @@ private:
                 piece.lay(begin, end, part);
         }
         // Black behind the list begins anew, as black before it does.
-        if (source.end() > from && source.end() < to && !source.cells.empty())
-            piece.lay(source.end(), to, {});
+        if (!model_.cells.empty() && model_.end() > from && model_.end() < to)
+            piece.lay(model_.end(), to);
         EXPECT_TRUE(cel_->overwriteFrom(*cel_, from, to, at).ok());
         for (CelSegment segment : piece.segments()) {
             segment.start += at - from;
@@ -184,27 +269,56 @@ private:
         EXPECT_TRUE(cel_->simplify(seconds(from, to), CelSimplify::joinContinuous, {}).ok());
         model_.set(joined);
     }
+    // A step of history; none when the last one is of the same state.
+    void backup() {
+        EditManager::instance().makeBackup(edit_);
+        if (edit_->changeCount() == backedUp_ && !past_.empty() && future_.empty())
+            return;
+        backedUp_ = edit_->changeCount();
+        future_.clear();
+        past_.push_back(model_);
+        if (past_.size() > EditManager::kMaxSteps)
+            past_.erase(past_.begin());
+    }
+    void undo(Flicks steps) {
+        for (; steps > 0; --steps)
+            restore(past_, future_, EditManager::instance().undo(edit_));
+    }
+    // Goes to the last state of `from`.
+    void restore(std::vector<CelModel>& from, std::vector<CelModel>& to, bool done) {
+        ASSERT_EQ(done, !from.empty());
+        if (!done)
+            return;
+        to.push_back(std::exchange(model_, from.back()));
+        from.pop_back();
+        backedUp_ = ~std::uint64_t{0};
+    }
     void keep() {
         kept_.emplace_back(cel_->copy(), model_.segments());
         if (kept_.size() > 8)
             kept_.erase(kept_.begin());
         const Flicks by = number(-20, 20);
         EXPECT_TRUE(cel_->slide(toSeconds(by)).ok());
-        model_.start += model_.cells.empty() ? 0 : by;
+        model_.shift(std::numeric_limits<Flicks>::min(), by);
     }
-    void shorten() {
-        EXPECT_TRUE(cel_->remove(seconds(100, 100 + 300)).ok());
-        model_.remove(100, 400);
+    void remove(Flicks from, Flicks to) {
+        EXPECT_TRUE(cel_->remove(seconds(from, to)).ok());
+        model_.remove(from, to);
     }
 
     std::mt19937 random_;
-    Kv::Ptr<Cel> cel_;
+    const EditPtr edit_;
+    const Kv::Ptr<Cel> cel_;
     CelModel model_;
+    std::vector<CelModel> past_, future_; // the last is the next to be gone to
+    std::uint64_t backedUp_ = ~std::uint64_t{0};
     std::vector<std::pair<Kv::Ptr<Cel>, std::vector<CelSegment>>> kept_;
 };
 
-TEST(CelModelTest, randomChangesAgreeWithTheModel) {
-    Runner runner(20261121);
+using CelModelTest = cutroom::test::StoreFixture;
+
+TEST_F(CelModelTest, randomChangesAgreeWithTheModel) {
+    Runner runner(20261121, fresh());
     const long steps = cutroom::test::rounds(kSteps, 1'000'000);
     RecordProperty("steps", std::to_string(steps));
     for (long i = 0; i < steps; ++i) {

@@ -41,84 +41,45 @@ std::vector<double> cuts(const Cel& cel) {
     return frames;
 }
 
-TEST(CelTest, anEmptyListAnswersNothing) {
-    const Cel cel;
-    EXPECT_EQ(cel.get_num_events(), 0u);
-    EXPECT_EQ(cel.getStartTime(), kNoTime);
-    EXPECT_EQ(cel.get_significant_end_time(), kNoTime);
-    EXPECT_FALSE(cel.get_strip_cookie(0).valid());
-    EXPECT_EQ(cel.get_strip_time(0), kNoTime);
-    EXPECT_EQ(cel.nextAfter(0), 0u);
-    EXPECT_EQ(cel.lastBefore(0), -1);
-    EXPECT_FALSE(cel.find_ceh(0, 0).valid());
-    EXPECT_FALSE(cel.getHandle(0).valid());
-}
-
-TEST(CelTest, gapsBetweenSegmentsBecomeBlack) {
-    const auto cel = listOf({clip(0, 10), clip(20, 30)});
-    EXPECT_THAT(cuts(*cel), ElementsAre(0, 10, 20, 30));
-    EXPECT_TRUE(cel->get_event(2).isBlack());
-    EXPECT_EQ(cel->checkConsistency(), "");
-}
-
-TEST(CelTest, significantTimesLeaveBlackEndsOut) {
-    const auto cel = listOf({clip(10, 20)});
-    ASSERT_TRUE(cel->insertGap(kRate.frameToFlicks(10), kRate.frameToFlicks(5)).ok());
-    ASSERT_TRUE(cel->insertGap(kRate.frameToFlicks(25), kRate.frameToFlicks(5)).ok());
-    EXPECT_THAT(cuts(*cel), ElementsAre(10, 15, 25, 30));
-    EXPECT_DOUBLE_EQ(cel->get_significant_start_time(), 0.6);
-    EXPECT_DOUBLE_EQ(cel->get_significant_end_time(), 1.0);
-}
-
-TEST(CelTest, findsPointsByTime) {
-    const auto cel = listOf({clip(10, 20), clip(20, 30), clip(30, 40)});
-    struct Row {
-        double frame;
-        int in;   // index of the in point at or after, -1: none
-        int out;  // of the out point
-        int next; // first later event
-        int last; // last earlier event
-    };
-    const Row rows[] = {{0, 0, 1, 0, -1},  {10, 0, 1, 1, -1}, {10.5, 2, 1, 1, 0},
-                        {20, 2, 1, 3, 0},  {25, 4, 3, 3, 2},  {30, 4, 3, 5, 2},
-                        {39, -1, 5, 5, 4}, {40, -1, 5, 6, 4}, {41, -1, -1, 6, 5}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.frame);
-        const double seconds = row.frame / 25;
-        const auto indexOf = [](const ce_handle& handle) {
-            return handle.valid() ? static_cast<int>(handle.getIndex()) : -1;
-        };
-        EXPECT_EQ(indexOf(cel->find_ceh(seconds, 0)), row.in);
-        EXPECT_EQ(indexOf(cel->find_ceh(seconds, kEventOut | kEventFreeze)), row.out);
-        EXPECT_EQ(static_cast<int>(cel->nextAfter(toFlicks(seconds))), row.next);
-        EXPECT_EQ(cel->lastBefore(toFlicks(seconds)), row.last);
-    }
+TEST(CelTest, beyondItsEndsAListAnswersNothing) {
+    const Cel none;
+    EXPECT_EQ(none.getStartTime(), kNoTime);
+    EXPECT_EQ(none.get_significant_end_time(), kNoTime);
+    EXPECT_EQ(none.get_strip_time(0), kNoTime);
+    EXPECT_FALSE(none.get_strip_cookie(0).valid() || none.getHandle(0).valid());
+    const auto cel = listOf({clip(10, 20), clip(20, 30)});
     EXPECT_FALSE(cel->find_ceh(kNoTime, 0).valid());
-    EXPECT_EQ(cel->nextAfter(std::numeric_limits<Flicks>::max()), 6u);
+    EXPECT_EQ(cel->nextAfter(std::numeric_limits<Flicks>::max()), 4u);
     EXPECT_EQ(cel->lastBefore(std::numeric_limits<Flicks>::min()), -1);
 }
 
+TEST(CelTest, significantTimesLeaveBlackEndsOut) {
+    const auto cel = listOf({clip(10, 20), clip(22, 30)});
+    ASSERT_TRUE(cel->insertGap(kRate.frameToFlicks(10), kRate.frameToFlicks(5)).ok());
+    ASSERT_TRUE(cel->insertGap(kRate.frameToFlicks(35), kRate.frameToFlicks(5)).ok());
+    EXPECT_THAT(cuts(*cel), ElementsAre(10, 15, 25, 27, 35, 40));
+    EXPECT_TRUE(cel->get_event(4).isBlack()) << "the gap between the segments";
+    EXPECT_DOUBLE_EQ(cel->get_significant_start_time(), 0.6);
+    EXPECT_DOUBLE_EQ(cel->get_significant_end_time(), 1.4);
+}
+
 TEST(CelTest, refusesWhatCannotLieOnAnEdit) {
-    const auto bad = [](auto change) {
-        CelSegment segment = clip(0, 10);
-        change(segment);
-        return segment;
-    };
-    const CelSegment rows[] = {
-        bad([](CelSegment& s) { s.end = s.start; }),
-        bad([](CelSegment& s) { s.end = s.start - 1; }),
-        bad([](CelSegment& s) { s.end = kMaxFlicks + 1; }),
-        bad([](CelSegment& s) { s.start = -kMaxFlicks - 1; }),
-        bad([](CelSegment& s) { s.stripStart = std::numeric_limits<Flicks>::max(); }),
-        bad([](CelSegment& s) { s.speed = std::nan(""); }),
-        bad([](CelSegment& s) { s.speed = 1e308; }),
+    using Change = void (*)(CelSegment&);
+    const Change rows[] = {
+        [](CelSegment& s) { s.end = s.start; },
+        [](CelSegment& s) { s.end = s.start - 1; },
+        [](CelSegment& s) { s.end = kMaxFlicks + 1; },
+        [](CelSegment& s) { s.start = -kMaxFlicks - 1; },
+        [](CelSegment& s) { s.stripStart = std::numeric_limits<Flicks>::max(); },
+        [](CelSegment& s) { s.speed = std::nan(""); },
+        [](CelSegment& s) { s.speed = 1e308; },
     };
     const auto cel = listOf({clip(0, 10)});
     const auto before = cel->copy();
-    for (const CelSegment& row : rows) {
-        EXPECT_FALSE(cel->overwrite(row).ok());
-        EXPECT_FALSE(cel->setSegments({row}).ok());
-        EXPECT_TRUE(cel->sameContents(*before));
+    for (const Change change : rows) {
+        CelSegment bad = clip(0, 10);
+        change(bad);
+        EXPECT_FALSE(cel->overwrite(bad).ok() || cel->setSegments({bad}).ok());
     }
     EXPECT_FALSE(cel->setSegments({clip(0, 10), clip(9, 20)}).ok());
     EXPECT_FALSE(cel->insertGap(0, 0).ok());
@@ -159,16 +120,13 @@ TEST(CelTest, eventsAreAppendedInPairs) {
     EXPECT_EQ(cel.get_num_events(), 0u);
     EXPECT_FALSE(cel.addEvent(in).ok());
     ASSERT_TRUE(cel.addEvent(out).ok());
-    EXPECT_EQ(cel.get_num_events(), 2u);
     in.time = 50;
     EXPECT_FALSE(cel.addEvent(in).ok()) << "before the end";
     in.time = 150;
     out.time = 200;
-    ASSERT_TRUE(cel.addEvent(in, {L"late", {}, {}, {}}).ok());
-    ASSERT_TRUE(cel.addEvent(out).ok());
+    ASSERT_TRUE(cel.addEvent(in, {L"late", {}, {}, {}}).ok() && cel.addEvent(out).ok());
     EXPECT_EQ(cel.numSegments(), 3u) << "black lies between";
     EXPECT_EQ(cel.getSegment(2).detail.name, L"late");
-    EXPECT_EQ(cel.checkConsistency(), "");
 }
 
 TEST(CelTest, quantisingMovesPointsToFramesAndDropsWhatVanishes) {
@@ -192,34 +150,26 @@ TEST(CelTest, quantisingMovesPointsToFramesAndDropsWhatVanishes) {
 TEST(CelTest, handlesEndWithTheNumberingTheyWereMadeFor) {
     struct Row {
         const char* name;
-        void (*change)(Cel&);
+        bool (*change)(Cel&);
         bool survives;
     };
     const Row rows[] = {
-        {"trim", [](Cel& c) { EXPECT_TRUE(c.trim(1, 5).ok()); }, true},
-        {"slide", [](Cel& c) { EXPECT_TRUE(c.slide(1).ok()); }, true},
-        {"strip", [](Cel& c) { c.setStripCookie(0, Cookie('E', 9)); }, true},
-        {"overwrite", [](Cel& c) { EXPECT_TRUE(c.overwrite(clip(3, 4)).ok()); }, false},
-        {"lift",
-         [](Cel& c) {
-             EXPECT_TRUE(c.lift({0, 0.1}).ok());
-         },
-         false},
-        {"remove",
-         [](Cel& c) {
-             EXPECT_TRUE(c.remove({0, 0.1}).ok());
-         },
-         false},
-        {"split", [](Cel& c) { EXPECT_TRUE(c.split(kRate.frameToFlicks(5)).ok()); }, false},
-        {"assign", [](Cel& c) { c.assign(*listOf({clip(0, 10)})); }, false},
-        {"clear", [](Cel& c) { c.clear(); }, false},
+        {"trim", [](Cel& c) { return c.trim(1, 5).ok(); }, true},
+        {"slide", [](Cel& c) { return c.slide(1).ok(); }, true},
+        {"strip", [](Cel& c) { return c.setStripCookie(0, Cookie('E', 9)), true; }, true},
+        {"overwrite", [](Cel& c) { return c.overwrite(clip(3, 4)).ok(); }, false},
+        {"lift", [](Cel& c) { return c.lift(TimeRange(0, 0.1)).ok(); }, false},
+        {"remove", [](Cel& c) { return c.remove(TimeRange(0, 0.1)).ok(); }, false},
+        {"split", [](Cel& c) { return c.split(kRate.frameToFlicks(5)).ok(); }, false},
+        {"assign", [](Cel& c) { return c.assign(*listOf({clip(0, 10)})), true; }, false},
+        {"clear", [](Cel& c) { return c.clear(), true; }, false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const auto cel = listOf({clip(0, 10), clip(10, 20)});
         const ce_handle handle(*cel, 1);
         ASSERT_TRUE(handle.valid());
-        row.change(*cel);
+        EXPECT_TRUE(row.change(*cel));
         EXPECT_EQ(handle.valid(), row.survives);
         EXPECT_EQ(handle.getIndex(), 1u);
         EXPECT_EQ(handle.get_edit_time() == kNoTime, !row.survives);
@@ -230,36 +180,14 @@ TEST(CelTest, handlesKnowTheirNeighboursAndOrder) {
     auto cel = listOf({clip(0, 10), clip(10, 20)});
     const ce_handle out(*cel, 1);
     const ce_handle in = out.next();
-    EXPECT_TRUE(out.is_out_point());
-    EXPECT_FALSE(in.is_out_point());
+    EXPECT_TRUE(out.is_out_point() && !in.is_out_point());
     EXPECT_EQ(out.get_edit_time(), in.get_edit_time());
-    EXPECT_TRUE(in > out);
-    EXPECT_FALSE(out > in);
+    EXPECT_TRUE(in > out && !(out > in));
     EXPECT_EQ(in.previous(), out);
-    EXPECT_FALSE(ce_handle(*cel, 0).previous().valid());
-    EXPECT_FALSE(ce_handle(*cel, 3).next().valid());
+    EXPECT_FALSE(ce_handle(*cel, 0).previous().valid() || ce_handle(*cel, 3).next().valid());
     cel.reset();
     EXPECT_FALSE(out.valid()) << "the list is gone";
     EXPECT_TRUE(in > out) << "by index";
-}
-
-TEST(CelTest, copiesShareTheirEventsUntilOneChanges) {
-    std::vector<CelSegment> segments;
-    for (int i = 0; i < 1000; ++i)
-        segments.push_back(clip(i, i + 1));
-    segments[500].detail.name = L"named";
-    const auto cel = listOf(segments);
-    EXPECT_LE(cel->storageBytes(), 1000u * 150u);
-    const auto copy = cel->copy();
-    ASSERT_TRUE(copy->slide(1).ok());
-    EXPECT_EQ(copy->get_event(0).time, kFlicksPerSecond);
-    EXPECT_EQ(cel->get_event(0).time, 0);
-    ASSERT_TRUE(copy->lift({2, 3}).ok());
-    EXPECT_EQ(cel->get_num_events(), 2000u);
-    EXPECT_EQ(cel->getSegment(500).detail.name, L"named");
-    EXPECT_EQ(&copy->getDetail(copy->get_event(2 * (500 - 24)).detail),
-              &cel->getDetail(cel->get_event(1000).detail))
-        << "texts stay shared";
 }
 
 TEST(CelTest, piecesFromAnotherListBringTheirTexts) {

@@ -5,9 +5,10 @@
 #include <map>
 
 using namespace cutroom;
-using testing::ElementsAre;
 
 namespace {
+
+constexpr Flicks kTenth = kFlicksPerSecond / 10;
 
 class EditorTest : public cutroom::test::StoreFixture {
 protected:
@@ -26,9 +27,9 @@ protected:
         EXPECT_TRUE(edit->get_edit_cel_p(channel)->setSegments(segments).ok());
     }
     // What lies at each half second, as `lay` takes it twice over.
-    static std::string shown(const EditPtr& edit, const IdStamp& channel) {
+    static std::string shown(const EditPtr& edit, int channel = 0) {
         const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
-        EXPECT_EQ(cel->checkConsistency(), "");
+        EXPECT_EQ(edit->checkConsistency(), "");
         std::string text;
         for (double at = 0.25; at < cel->getEndTime() && cel->get_num_events() > 0; at += 0.5) {
             const Cookie material = cel->get_strip_cookie(at);
@@ -36,52 +37,93 @@ protected:
         }
         return text;
     }
-    static EditModifier edit(int video, int audio) {
-        return manager().makeNewEdit(makeNewEditCookie(), static_cast<unsigned char>(video),
-                                     static_cast<unsigned char>(audio), 0, Kv::FrameRate(25));
+    static EditModifier edit(int video, int audio, const std::string& first = {}) {
+        EditModifier edit =
+            manager().makeNewEdit(makeNewEditCookie(), static_cast<unsigned char>(video),
+                                  static_cast<unsigned char>(audio), 0, Kv::FrameRate(25));
+        if (!first.empty())
+            lay(edit, edit->getId(0), first);
+        return edit;
+    }
+    static IdStamp addGraph(const EditPtr& edit, const IdStamp& id, const std::wstring& name,
+                            Flicks reach = 0) {
+        return edit->setEffectGraph(
+            {id, reach ? "transition" : "effect", name, {}, reach, reach, {}, false});
+    }
+    static void put(const EditPtr& edit, std::uint32_t index, const IdStamp& graph) {
+        ChannelEvent event = video(edit)->get_event(index);
+        event.effectGraph = graph;
+        EXPECT_TRUE(video(edit)->setEvent(index, event).ok());
+    }
+    // Four clips. An effect on the second one, a transition of 0.4 s to either side on the cut to
+    // the third, an effect on the out point of the last.
+    static EditModifier withEffects() {
+        EditModifier made = edit(1, 0, "abcd");
+        const IdStamp effect = addGraph(made, {}, L"e");
+        put(made, 2, effect);
+        put(made, 4, addGraph(made, {}, L"t", 4 * kTenth));
+        put(made, 7, effect);
+        return made;
+    }
+    // "10:e 20:t4/4": place of each point with an effect, and how far a transition reaches, in
+    // tenths of a second.
+    static std::string effectsOf(const EditPtr& edit) {
+        EXPECT_EQ(edit->checkConsistency(), "");
+        std::string text;
+        const Kv::Ptr<Cel> cel = video(edit);
+        for (std::uint32_t i = 0; i < cel->get_num_events(); ++i) {
+            const ChannelEvent event = cel->get_event(i);
+            if (!event.effectGraph.valid())
+                continue;
+            const auto graph = edit->getEffectGraph(event.effectGraph);
+            text += (text.empty() ? "" : " ") + std::to_string(event.time / kTenth) + ":" +
+                    toUtf8(graph ? graph->name : L"lost");
+            if (graph && graph->isTransition())
+                text += std::to_string(graph->inOffset / kTenth) + "/" +
+                        std::to_string(graph->outOffset / kTenth);
+        }
+        return text;
+    }
+    // Applies the stretch of `from`, all of it by default, to `to`.
+    static void apply(const EditPtr& from, const EditPtr& to, int operation, double at = 0,
+                      const TimeRange& stretch = {}) {
+        EditModule source(from);
+        if (stretch.size() > 0)
+            source.markAllAt(stretch, true);
+        EditModule target(to);
+        target.setCurrentTime(at);
+        EXPECT_TRUE(Editor::apply(source, target, operation, 0).ok());
     }
 };
 
 TEST_F(EditorTest, rebuildingTakesTheMarkedRegionAndAddsChannels) {
-    const EditPtr from = edit(2, 1);
-    const auto channels = from->getChans();
-    lay(from, channels[0], "abcd");
-    lay(from, channels[1], ".x");
-    lay(from, channels[2], "ssss");
+    const EditPtr from = edit(2, 1, "abcd");
+    lay(from, from->getId(1), ".x");
+    lay(from, from->getId(2), "ssss");
     EditModule source(from);
     source.markAllAt(TimeRange(0.5, 2.5), true);
     const EditPtr to = edit(1, 0);
     EditModule target(to);
     ASSERT_TRUE(Editor::apply(source, target, kEditRebuild, 0).ok());
-    ASSERT_EQ(to->getNumChans(kChanVideo), 2);
-    ASSERT_EQ(to->getNumChans(kChanAudio), 1);
     EXPECT_EQ(target.getNumSelectedChans(), 3);
-    EXPECT_EQ(shown(to, to->getId(0)), "abbc");
-    EXPECT_EQ(shown(to, to->getId(1)), ".xx");
-    EXPECT_EQ(shown(to, to->getId(2)), "ssss");
-    EXPECT_EQ(to->get_edit_cel_p(0)->getSegment(0).stripStart, kFlicksPerSecond / 2);
-    EXPECT_EQ(to->get_edit_cel_p(0)->getSegment(1).detail.name, L"b");
-    EXPECT_EQ(to->checkConsistency(), "");
+    EXPECT_EQ(shown(to, 0) + " " + shown(to, 1) + " " + shown(to, 2), "abbc .xx ssss");
+    EXPECT_EQ(video(to)->getSegment(0).stripStart, kFlicksPerSecond / 2);
+    EXPECT_EQ(video(to)->getSegment(1).detail.name, L"b");
 }
 
-TEST_F(EditorTest, aWholeCopySharesItsLists) {
-    const EditPtr from = edit(1, 0);
-    lay(from, from->getId(0), std::string(200, 'a'));
+TEST_F(EditorTest, aWholeCopySharesItsListsUntilOneChanges) {
+    const EditPtr from = edit(1, 0, std::string(200, 'a'));
     const EditPtr to = edit(0, 0);
-    EditModule target(to);
-    ASSERT_TRUE(Editor::apply(EditModule(from), target, kEditRebuild, 0).ok());
-    EXPECT_EQ(&to->get_edit_cel_p(0)->getDetail(1), &from->get_edit_cel_p(0)->getDetail(1));
-    EXPECT_TRUE(to->get_edit_cel_p(0)->sameContents(*from->get_edit_cel_p(0)));
-    ASSERT_TRUE(to->get_edit_cel_p(0)->lift({0, 1}).ok());
-    EXPECT_EQ(shown(from, from->getId(0)).front(), 'a');
+    apply(from, to, kEditRebuild);
+    EXPECT_EQ(&video(to)->getDetail(1), &video(from)->getDetail(1));
+    EXPECT_TRUE(video(to)->sameContents(*video(from)));
+    ASSERT_TRUE(video(to)->lift({0, 1}).ok());
+    EXPECT_EQ(shown(from).front(), 'a');
 }
 
 TEST_F(EditorTest, overlayingLaysTheRegionAtTheCurrentTime) {
-    const EditPtr from = edit(1, 1);
-    lay(from, from->getId(0), "ab");
+    const EditPtr from = edit(1, 1, "ab");
     const EditPtr to = edit(1, 1);
-    EditModule source(from);
-    EditModule target(to);
     struct Row {
         double at;
         const char* video;
@@ -95,59 +137,74 @@ TEST_F(EditorTest, overlayingLaysTheRegionAtTheCurrentTime) {
         SCOPED_TRACE(row.at);
         lay(to, to->getId(0), "vwxyz");
         lay(to, to->getId(1), "12345");
-        target.setCurrentTime(row.at);
-        ASSERT_TRUE(Editor::apply(source, target, kEditOverlay, 0).ok());
-        EXPECT_EQ(shown(to, to->getId(0)), row.video);
-        EXPECT_EQ(shown(to, to->getId(1)), row.audio);
+        apply(from, to, kEditOverlay, row.at);
+        EXPECT_EQ(shown(to, 0), row.video);
+        EXPECT_EQ(shown(to, 1), row.audio);
     }
 }
 
 TEST_F(EditorTest, effectsComeAlongAndKeepApartFromOthersOfThatId) {
-    const EditPtr from = edit(1, 0);
-    lay(from, from->getId(0), "abc");
+    const EditPtr from = edit(1, 0, "abc");
     const IdStamp inside(1, 1, 1);
     const IdStamp outside(2, 2, 2);
-    for (const IdStamp& id : {inside, outside})
-        from->setEffectGraph({id, "transition", L"theirs", {}, 0, 0, {}, false});
-    const Kv::Ptr<Cel> cel = from->get_edit_cel_p(0);
-    for (const auto& [index, id] : std::map<std::uint32_t, IdStamp>{{2, inside}, {4, outside}}) {
-        ChannelEvent event = cel->get_event(index);
-        event.effectGraph = id;
-        ASSERT_TRUE(cel->setEvent(index, event).ok());
-    }
+    put(from, 2, addGraph(from, inside, L"theirs", 1));
+    put(from, 4, addGraph(from, outside, L"theirs", 1));
     const EditPtr to = edit(1, 0);
-    to->setEffectGraph({inside, "effect", L"ours", {}, 0, 0, {}, false});
-    EditModule source(from);
-    source.markAllAt(TimeRange(0.0, 1.5), true);
-    EditModule target(to);
-    ASSERT_TRUE(Editor::apply(source, target, kEditOverlay, 0).ok());
-    const IdStamp brought = to->get_edit_cel_p(0)->getSegment(1).inGraph;
-    ASSERT_TRUE(brought.valid());
+    addGraph(to, inside, L"ours");
+    apply(from, to, kEditOverlay, 0, TimeRange(0.0, 1.5));
+    const IdStamp brought = video(to)->getSegment(1).inGraph;
     EXPECT_NE(brought, inside);
     EXPECT_EQ(to->getEffectGraph(brought)->name, L"theirs");
     EXPECT_EQ(to->getEffectGraph(inside)->name, L"ours");
     EXPECT_FALSE(to->getEffectGraph(outside));
 }
 
+TEST_F(EditorTest, aPieceKeepsTheEffectsOfItsClipsAndShortensTransitions) {
+    struct Row {
+        double from, to;
+        const char* effects;
+    };
+    const EditPtr from = withEffects();
+    for (const Row& row :
+         {Row{0, 4, "10:e 20:t4/4 40:e"}, Row{1.5, 4, "0:e 5:t4/4 25:e"},
+          Row{1.8, 4, "0:e 2:t2/4 22:e"}, Row{2, 4, "20:e"}, Row{2.2, 4, "18:e"},
+          Row{0, 2.1, "10:e 20:t4/1"}, Row{0, 2, "10:e"}, Row{1.9, 2.1, "0:e 1:t1/1"},
+          Row{0.5, 3.5, "5:e 15:t4/4 30:e"}, Row{-1, 9, "20:e 30:t4/4 50:e"}}) {
+        SCOPED_TRACE(testing::Message() << row.from << " to " << row.to);
+        for (const int operation : {kEditRebuild, kEditOverlay}) {
+            const EditPtr to = edit(1, 0);
+            apply(from, to, operation, 0, TimeRange(row.from, row.to));
+            EXPECT_EQ(effectsOf(to), row.effects) << operation;
+        }
+    }
+    EXPECT_EQ(effectsOf(from), "10:e 20:t4/4 40:e");
+}
+
+TEST_F(EditorTest, whatIsLaidOverPushesTransitionsAside) {
+    const std::pair<double, const char*> rows[] = {
+        {2.2, "10:e 20:t4/2 40:e"}, {1, "40:e"},
+        {0.7, "17:e 20:t3/4 40:e"}, {3.2, "10:e 20:t4/4 32:e"},
+        {4, "10:e 20:t4/4 40:e"},   {1.5, "10:e 40:e"}};
+    for (const auto& [at, effects] : rows) {
+        const EditPtr to = withEffects();
+        apply(edit(1, 0, "z"), to, kEditOverlay, at);
+        EXPECT_EQ(effectsOf(to), effects) << at;
+    }
+}
+
 TEST_F(EditorTest, levelsGoWithTheirAudioChannels) {
-    const EditPtr from = edit(0, 1);
-    lay(from, from->getId(0), "ssss");
+    const EditPtr from = edit(0, 1, "ssss");
     const IdStamp levels = from->addLevelsChan(from->getId(0));
     ASSERT_TRUE(from->setLevelNodes(levels, {{0, 0.0F}, {4 * kFlicksPerSecond, 1.0F}}));
-    EditModule source(from);
-    source.markAllAt(TimeRange(1.0, 3.0), true);
     const EditPtr to = edit(0, 1);
-    EditModule target(to);
-    ASSERT_TRUE(Editor::apply(source, target, kEditRebuild, 0).ok());
-    const LevelNodes nodes = to->getLevelNodes(to->getLevelsChan(to->getId(0)));
+    apply(from, to, kEditRebuild, 0, TimeRange(1.0, 3.0));
     const LevelNodes expected{{0, 0.25F}, {2 * kFlicksPerSecond, 0.75F}};
-    EXPECT_EQ(nodes, expected);
+    EXPECT_EQ(to->getLevelNodes(to->getLevelsChan(to->getId(0))), expected);
 }
 
 TEST_F(EditorTest, whatCannotBeAppliedLeavesTheTargetAlone) {
     const EditPtr from = edit(1, 0);
-    const EditPtr to = edit(1, 0);
-    lay(to, to->getId(0), "abc");
+    const EditPtr to = edit(1, 0, "abc");
     EditModule source(from);
     EditModule target(to);
     EditModule none;
@@ -164,42 +221,45 @@ TEST_F(EditorTest, whatCannotBeAppliedLeavesTheTargetAlone) {
 }
 
 TEST_F(EditorTest, flatteningShowsTheTopmostPicture) {
-    struct Row {
-        std::vector<std::string> layers; // the lowest first
-        std::string flat;
-    };
-    const Row rows[] = {
+    const std::pair<std::vector<std::string>, std::string> rows[] = {
+        // the lowest layer first
         {{"abc", ".x."}, "aaxxcc"},
         {{"abc", "..", "y"}, "yybbcc"},
         {{"a", "..b", "...."}, "aa..bb.."},
         {{"aaaa", ".....q"}, "aaaaaaaa..qq"},
         {{"", "ab"}, "aabb"},
         {{"...", "..."}, "......"},
-        {{"", ""}, ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.flat);
-        const EditModifier layered = edit(static_cast<int>(row.layers.size()), 1);
-        lay(layered, layered->getChans(kChanAudio)[0], "s");
-        for (std::size_t i = 0; i < row.layers.size(); ++i)
-            lay(layered, layered->getId(static_cast<int>(i)), row.layers[i]);
-        const EditModule all(layered);
-        EXPECT_FALSE(flattenEdit(layered, all, 2, 0).ok());
-        ASSERT_TRUE(flattenEdit(layered, all, 3, 0).ok());
+        {{"", ""}, ""}};
+    for (const auto& [layers, flat] : rows) {
+        SCOPED_TRACE(flat);
+        const EditModifier layered = edit(static_cast<int>(layers.size()), 1);
+        for (std::size_t i = 0; i < layers.size(); ++i)
+            lay(layered, layered->getId(static_cast<int>(i)), layers[i]);
+        EXPECT_FALSE(flattenEdit(layered, EditModule(layered), 2, 0).ok());
+        ASSERT_TRUE(flattenEdit(layered, EditModule(layered), 3, 0).ok());
         EXPECT_EQ(layered->getNumChans(kChanVideo), 1);
         EXPECT_EQ(layered->getNumChans(kChanAudio), 1);
-        EXPECT_EQ(shown(layered, layered->getId(0)), row.flat);
-        EXPECT_EQ(layered->checkConsistency(), "");
+        EXPECT_EQ(shown(layered), flat);
     }
 }
 
-TEST_F(EditorTest, aClipUnderBlackIsNotCutWhenFlattened) {
-    const EditModifier layered = edit(2, 0);
-    lay(layered, layered->getId(0), "a");
+TEST_F(EditorTest, flatteningCutsNoClipUnderBlack) {
+    const EditModifier layered = edit(2, 0, "a");
     lay(layered, layered->getId(1), "..x");
-    ASSERT_TRUE(layered->get_edit_cel_p(0)->trim(1, kFlicksPerSecond).ok());
+    ASSERT_TRUE(video(layered)->trim(1, kFlicksPerSecond).ok());
     ASSERT_TRUE(flattenEdit(layered, EditModule(layered), 3, 0).ok());
-    EXPECT_EQ(layered->get_edit_cel_p(0)->numSegments(), 2u);
+    EXPECT_EQ(video(layered)->numSegments(), 2u);
+}
+
+TEST_F(EditorTest, flatteningKeepsTheEffectsOfTheClips) {
+    const EditModifier layered = withEffects();
+    CelSegment above;
+    above.start = 12 * kTenth;
+    above.end = 15 * kTenth;
+    above.material = Cookie('E', 9);
+    ASSERT_TRUE(layered->get_edit_cel_p(layered->addChan(kChanVideo))->overwrite(above).ok());
+    ASSERT_TRUE(flattenEdit(layered, EditModule(layered), 3, 0).ok());
+    EXPECT_EQ(effectsOf(layered), "10:e 15:e 20:t4/4 40:e");
 }
 
 } // namespace
