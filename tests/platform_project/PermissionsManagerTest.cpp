@@ -24,11 +24,6 @@ protected:
     }
 };
 
-TEST_F(PermissionsTest, knowNoMarksWithoutAProject) {
-    EXPECT_FALSE(permissions().isReadOnly(kEdit));
-    EXPECT_EQ(permissions().lock(kEdit).code(), StatusCode::failed);
-}
-
 TEST_F(PermissionsTest, lockAnAssetForOneUser) {
     ASSERT_TRUE(create().ok());
     permissions().setCurrentUser("ann");
@@ -46,8 +41,7 @@ TEST_F(PermissionsTest, lockAnAssetForOneUser) {
     EXPECT_TRUE(permissions().isReadOnly(kEdit));
     becomes("bob");
     ASSERT_TRUE(permissions().unlock(kEdit).ok());
-    becomes("ann");
-    EXPECT_TRUE(permissions().canWrite(kEdit));
+    EXPECT_EQ(permissions().getLockHolder(kEdit), "");
 }
 
 TEST_F(PermissionsTest, protectAnAssetFromEverybody) {
@@ -63,24 +57,14 @@ TEST_F(PermissionsTest, protectAnAssetFromEverybody) {
     EXPECT_EQ(permissions().getLockHolder(kEdit), "");
 }
 
-TEST_F(PermissionsTest, makeEverythingReadOnlyInAProjectOpenForReading) {
+TEST_F(PermissionsTest, areNotGivenWithoutAProjectOpenForWriting) {
+    EXPECT_FALSE(permissions().isReadOnly(kEdit));
+    EXPECT_EQ(permissions().lock(kEdit).code(), StatusCode::failed);
     ASSERT_TRUE(create().ok());
     ASSERT_TRUE(reopen(Access::readOnly).ok());
     EXPECT_TRUE(permissions().isReadOnly(kEdit));
     EXPECT_FALSE(permissions().isReadOnly(Cookie()));
     EXPECT_EQ(permissions().lock(kEdit).code(), StatusCode::failed);
-}
-
-TEST_F(PermissionsTest, areMovedAsideWhenDamaged) {
-    ASSERT_TRUE(create().ok());
-    ASSERT_TRUE(permissions().lock(kEdit).ok());
-    ASSERT_TRUE(CurrentProject::close().ok());
-    cutroom::test::setContent(inFolder("permissions.json"), "{\"format\": ");
-    ASSERT_TRUE(CurrentProject::open(folder()).ok());
-    EXPECT_THAT(CurrentProject::getWarnings(), testing::SizeIs(1));
-    EXPECT_EQ(cutroom::test::contentOf(inFolder("permissions.json.damaged")), "{\"format\": ");
-    EXPECT_EQ(permissions().getLockHolder(kEdit), "");
-    ASSERT_TRUE(permissions().lock(kEdit).ok());
 }
 
 } // namespace

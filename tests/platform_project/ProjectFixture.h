@@ -1,40 +1,16 @@
 // A project in a folder of its own, and the notices it tells.
 #pragma once
 
-#include "platform/base/Log.h"
 #include "platform/project/CurrentProject.h"
 #include "platform/project/ProjDb.h"
+#include "tests/support/LogLines.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
-#include <vector>
 
 namespace cutroom::test {
-
-inline std::string contentOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-inline void setContent(const std::string& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-// Swallows the log for its lifetime.
-class QuietLog : public iLogSink {
-public:
-    QuietLog() : before_(installLogSink(this)) {}
-    ~QuietLog() override { installLogSink(before_); }
-    void write(std::string_view message) override { text += message; }
-    std::string text;
-
-private:
-    iLogSink* before_;
-};
 
 class ProjectFixture : public testing::Test {
 protected:
@@ -65,7 +41,7 @@ protected:
     }
 
     TempFolder temp_;
-    QuietLog log_;
+    LogLines log_;
 };
 
 } // namespace cutroom::test
