@@ -155,21 +155,21 @@ void Vob::setConsoleTabStops(unsigned stops) {
 }
 
 void Vob::setVisibleCuesFilter(const CueFilter& filter) {
-    if (filter == cueFilter_)
+    if (!edit_ || filter == cueFilter_)
         return;
     cueFilter_ = filter;
     addModification(kVobCueFilter);
 }
 
 void Vob::setViewEdits(std::vector<EditPtr> edits) {
-    if (edits == viewEdits_)
+    if (!edit_ || edits == viewEdits_)
         return;
     viewEdits_ = std::move(edits);
     addModification(kVobViewEdits);
 }
 
 void Vob::setCustomStillsProviders(StillsProviders providers) {
-    if (providers == stills_)
+    if (!edit_ || providers == stills_)
         return;
     stills_ = std::move(providers);
     addModification(kVobStills);

@@ -146,8 +146,16 @@ VobClient* Vob::findMasterClient() const {
 
 void Vob::sendMessageToClient(const LightweightString<char>& name,
                               const LightweightString<char>& message) {
-    if (VobClient* const client = findClient(name))
+    const Kv::Ptr<Vob> self = keepAlive();
+    const CriticalSection::Lock lock(clientLock_);
+    VobClient* const client = findClient(name);
+    if (!client)
+        return;
+    try {
         client->handleMessage(message);
+    } catch (...) {
+        cutroom::logFailedClient("Vob::sendMessageToClient()");
+    }
 }
 
 // --- moving all clients to another Vob -----------------------------------------------------------
@@ -162,10 +170,12 @@ void Vob::transferClients(Vob* from, Vob* to, unsigned flags) {
             LogBoth("Vob::transferClients() : clients keep coming back, stopped\n");
             break;
         }
+        const cutroom::ClientWatch watch(client);
         manager.closeInternal(client);
-        if (from->getClientPtr(0) == client)
+        if (watch.alive() && from->getClientPtr(0) == client)
             from->removeClient(client); // it kept its Vob to itself
-        manager.open(client, to);
+        if (watch.alive())              // nobody who heard of its leaving destroyed it
+            manager.open(client, to);
     }
     if (flags & kTransferModule) {
         to->setEditModule(from->module_, false);

@@ -1,5 +1,6 @@
 // What a Vob writes of itself to the log.
 #include "platform/base/Log.h"
+#include "vob/Telling.h"
 #include "vob/Vob.h"
 
 void Vob::debug(const char* label) {
@@ -12,7 +13,11 @@ void Vob::debug(const char* label) {
         VobClient* const client = clients_[i];
         LogBoth("    [%p] : %s (pri : %d) { ", static_cast<void*>(client), client->idstring(),
                 static_cast<int>(client->getPriority()));
-        client->debug();
+        try {
+            client->debug();
+        } catch (...) {
+            cutroom::logFailedClient("Vob::debug()");
+        }
         LogBoth(" }\n");
     }
     LogBoth("}\n");

@@ -1,6 +1,9 @@
 #include "bins/Glob.h"
 #include "platform/host/StringTable.h"
+#include "tests/vob/MeddlingClient.h"
 #include "tests/vob/VobFixture.h"
+
+#include <set>
 
 using namespace cutroom;
 using namespace cutroom::test;
@@ -10,13 +13,6 @@ using testing::IsEmpty;
 namespace {
 
 class VobClientTest : public VobFixture {};
-
-// What an installed importer was given.
-LightweightVector<AssetReference> imported;
-bool takeImported(const LightweightVector<AssetReference>& assets, const Cookie& bin) {
-    imported = assets;
-    return bin == Cookie('G', 1);
-}
 
 class Panel : public Glob, public VobClient {};
 
@@ -30,11 +26,9 @@ TEST_F(VobClientTest, UnattachedItAnswersEmpty) {
     EXPECT_FALSE(client.getEditModule().valid());
     EXPECT_EQ(client.getGroup(), "");
     EXPECT_THAT(client.getCookies(), IsEmpty());
-    EXPECT_FALSE(client.getAssetReference().cookie.valid());
     EXPECT_EQ(client.getLogType(), kLogTypeNone);
     EXPECT_EQ(client.getName(), resourceStrW(kResNoEdit));
     EXPECT_EQ(client.getTypeName(), L"");
-    EXPECT_FALSE(client.containsType('E'));
 }
 
 TEST_F(VobClientTest, AttachesAtItsMakingAndLeavesAtItsEnd) {
@@ -71,22 +65,6 @@ TEST_F(VobClientTest, HoldsItsVobsEditWithTheMarkedRegion) {
     EXPECT_EQ(client.getName(), edit->getName());
     EXPECT_FALSE(client.getContainerID().valid());
     EXPECT_FALSE(client.add({AssetReference(Cookie('E', 9))}));
-    EXPECT_FALSE(client.isDynamic());
-}
-
-TEST_F(VobClientTest, IsImportedAsAContainerOfItsAssets) {
-    const EditPtr edit = makeEdit();
-    const VobClient client(open(edit).get(), kClientPriorityLowest, kClientUnmanaged);
-    EXPECT_FALSE(client.import(Cookie('G', 1))); // no bins yet
-    const auto before = cutroom::installBinImporter(takeImported);
-    EXPECT_TRUE(client.import(Cookie('G', 1)));
-    EXPECT_THAT(imported, ElementsAre(AssetReference(edit.getCookie())));
-    EXPECT_FALSE(client.import(Cookie('G', 2)));
-    imported.clear();
-    EXPECT_FALSE(client.import(Cookie()));
-    EXPECT_FALSE(VobClient().import(Cookie('G', 1))); // nothing to give
-    EXPECT_THAT(imported, IsEmpty());
-    cutroom::installBinImporter(before);
 }
 
 TEST_F(VobClientTest, IsRecognisedAmongWhatTheInterfaceShows) {
@@ -97,38 +75,81 @@ TEST_F(VobClientTest, IsRecognisedAmongWhatTheInterfaceShows) {
     EXPECT_FALSE(iCookieContainer::cookieContainerCheckFn(nullptr));
 }
 
-TEST_F(VobClientTest, OnlyUnmanagedOnesMayBeDestroyedForAnother) {
-    VobClient client;
-    EXPECT_TRUE(client.isAutoDestroyable(nullptr));
-    client.setManagementDetails(kClientManaged);
-    EXPECT_FALSE(client.isAutoDestroyable(&client));
+TEST_F(VobClientTest, IsNamedByTheLogTypeOfTheEdit) {
+    std::set<std::wstring> names;
+    const EditPtr edit = makeEdit();
+    const VobClient client(open(edit).get(), kClientPriorityLowest, kClientUnmanaged);
+    for (const eLogType type : {kLogTypeSource, kLogTypeEdit, kLogTypeSyncGhost, kLogTypePrintGhost,
+                                kLogTypeSubclip, kLogTypeFileCopy, kLogTypeClipSection}) {
+        edit->setLogType(type);
+        names.insert(client.getTypeName());
+    }
+    EXPECT_EQ(names.size(), 7u); // each its own
+    edit->setLogType(kLogTypeSpecial);
+    EXPECT_EQ(client.getTypeName(), resourceStrW(kResTypeOther));
 }
 
+// --- moving all of them --------------------------------------------------------------------------
+
 namespace {
-struct TypeRow {
+struct TransferRow {
     const char* name;
-    eLogType type;
-    ResId text;
+    unsigned roles, otherRoles, flags; // of the Vob they leave, and of the one they come to
+    bool sameEdit;
+    unsigned told, rolesThen, otherRolesThen;
 };
-class VobClientType : public VobFixture, public testing::WithParamInterface<TypeRow> {};
+class VobTransfer : public VobFixture, public testing::WithParamInterface<TransferRow> {
+protected:
+    static void give(Vob* vob, unsigned roles) {
+        if (roles & Vob::kStatusSource)
+            VobManager::instance().setSourceMachineRaw(vob);
+        if (roles & Vob::kStatusRecord)
+            VobManager::instance().setRecordMachineRaw(vob);
+    }
+};
+constexpr unsigned kSource = Vob::kStatusSource, kRecord = Vob::kStatusRecord;
 } // namespace
 
-TEST_P(VobClientType, IsNamedByTheLogTypeOfTheEdit) {
+TEST_P(VobTransfer, TakesTheRolesAlong) {
+    const TransferRow& row = GetParam();
     const EditPtr edit = makeEdit();
-    edit->setLogType(GetParam().type);
-    const VobClient client(open(edit).get(), kClientPriorityLowest, kClientUnmanaged);
-    EXPECT_EQ(client.getTypeName(), resourceStrW(GetParam().text));
-    EXPECT_EQ(client.getLogType(), GetParam().type);
+    const auto from = open(edit), to = open(row.sameEdit ? edit : makeEdit());
+    RecorderClient low(from.get(), calls_, "low", 1), high(from.get(), calls_, "high", 2);
+    from->storeCurrentTime(3);
+    give(from.get(), row.roles);
+    give(to.get(), row.otherRoles);
+    calls_.clear();
+    Vob::transferClients(from.get(), to.get(), row.flags);
+    EXPECT_EQ(from->getNumClients(), 0u);
+    EXPECT_EQ(to->getClientPtr(0), &high);
+    EXPECT_EQ(to->getClientPtr(1), &low);
+    EXPECT_EQ(from->getStatus(), row.rolesThen);
+    EXPECT_EQ(to->getStatus(), row.otherRolesThen);
+    const std::string time = row.flags & Vob::kTransferModule ? " time 3" : " time 0";
+    std::erase_if(calls_, [](const auto& call) { return !call.starts_with("high: change"); });
+    EXPECT_EQ(calls_,
+              row.told ? Calls{"high: change " + std::to_string(row.told) + time} : Calls());
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Rows, VobClientType,
-    testing::Values(TypeRow{"source", kLogTypeSource, kResTypeSource},
-                    TypeRow{"edit", kLogTypeEdit, kResTypeEdit},
-                    TypeRow{"syncGhost", kLogTypeSyncGhost, kResTypeSyncGhost},
-                    TypeRow{"printGhost", kLogTypePrintGhost, kResTypePrintGhost},
-                    TypeRow{"subclip", kLogTypeSubclip, kResTypeSubclip},
-                    TypeRow{"fileCopy", kLogTypeFileCopy, kResTypeFileCopy},
-                    TypeRow{"section", kLogTypeClipSection, kResTypeClipSection},
-                    TypeRow{"special", kLogTypeSpecial, kResTypeOther}),
+    Rows, VobTransfer,
+    testing::Values(TransferRow{"none", 0, 0, 0, true, 0, 0, 0},
+                    TransferRow{"module", 0, kRecord, 4, true, 32, 0, kRecord},
+                    TransferRow{"source", kSource, 0, 0, false, 512, 0, kSource},
+                    TransferRow{"sourceToRecord", kSource, kRecord, 0, false, 8704, 0, kSource},
+                    TransferRow{"record", kRecord, 0, 0, true, 1024, 0, kRecord},
+                    TransferRow{"recordToSource", kRecord, kSource, 0, true, 5120, 0, kRecord},
+                    TransferRow{"recordOfAnotherEdit", kRecord, kSource, 0, false, 8192, 0,
+                                kSource},
+                    TransferRow{"kept", kSource, 0, 8, true, 0, kSource, 0}),
     [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(VobClientTest, MayBeDestroyedByWhoeverHearsItLeave) {
+    const auto from = open(makeEdit()), to = open(makeEdit());
+    auto goes = std::make_unique<RecorderClient>(from.get(), calls_, "goes", 2);
+    MeddlingClient stays(from.get(), calls_, "stays", 1);
+    stays.onRemoved = [&](VobClient*) { goes.reset(); };
+    Vob::transferClients(from.get(), to.get(), 0);
+    EXPECT_EQ(to->getNumClients(), 1u);
+    EXPECT_EQ(stays.getVob(), to.get());
+}
