@@ -12,7 +12,6 @@ namespace {
 
 class VobMarks : public VobFixture {
 protected:
-    VobMarks() : edit_(makeEdit(10, 1, 2)), vob_(open(edit_)) {}
     double in(int chan) const { return vob_->getEditModule().getMark(edit_->getId(chan), In); }
     double out(int chan) const { return vob_->getEditModule().getMark(edit_->getId(chan), Out); }
     // In and out of every channel.
@@ -25,8 +24,9 @@ protected:
         return all;
     }
 
-    EditPtr edit_;
-    Kv::Ptr<Vob> vob_;
+    EditPtr edit_ = makeEdit(10, 1, 2);
+    Kv::Ptr<Vob> vob_ = open(edit_);
+    RecorderClient client_{vob_.get(), calls_, "a"};
 };
 
 constexpr double no = kNoTime;
@@ -34,7 +34,6 @@ constexpr double no = kNoTime;
 } // namespace
 
 TEST_F(VobMarks, GoToOneChannelAllOrTheSelectedOnes) {
-    RecorderClient client(vob_.get(), calls_, "a");
     vob_->setMarkTime(edit_->getId(1), 5, In);
     EXPECT_THAT(marks(), ElementsAre(no, no, 5, no, no, no));
     vob_->setMarkTime(IdStamp(), 6, Out);
@@ -51,7 +50,6 @@ TEST_F(VobMarks, GoToOneChannelAllOrTheSelectedOnes) {
 }
 
 TEST_F(VobMarks, OnNoChannelOrAtNoTimeChangeNothing) {
-    RecorderClient client(vob_.get(), calls_, "a");
     for (const int chan : {-1, 3, kChanEnd, 70000})
         vob_->setMarkTime(chan, 5, In);
     vob_->setMarkTime(IdStamp(9, 9, 9), 5, In);
@@ -60,20 +58,19 @@ TEST_F(VobMarks, OnNoChannelOrAtNoTimeChangeNothing) {
     EXPECT_FALSE(vob_->isMarkValid());
 }
 
-TEST_F(VobMarks, AnInMarkBehindTheOutMarkClearsIt) {
+class VobMarksCross : public VobMarks, public testing::WithParamInterface<bool> {};
+
+TEST_P(VobMarksCross, OnlyWhenTheyAreAdvanced) {
+    const bool advanced = GetParam();
+    EditorPreferences::setPreference("Behaviour : Advanced marks", advanced);
     vob_->setMarkTime(IdStamp(), 4, Out);
+    EditorPreferences::setPreference("Behaviour : Advanced marks", !advanced); // was read once
     vob_->setMarkTime(IdStamp(), 5, In);
-    EXPECT_THAT(marks(), ElementsAre(5, no, 5, no, 5, no));
+    EXPECT_EQ(in(0), 5.0);
+    EXPECT_EQ(out(0), advanced ? 4.0 : no);
 }
 
-TEST_F(VobMarks, AdvancedMarksMayCross) {
-    EditorPreferences::setPreference("Behaviour : Advanced marks", true);
-    vob_->setMarkTime(IdStamp(), 4, Out);
-    vob_->setMarkTime(IdStamp(), 5, In);
-    EXPECT_EQ(out(0), 4.0);
-    EditorPreferences::setPreference("Behaviour : Advanced marks", false);
-    EXPECT_TRUE(Vob::allowAdvancedMarks()); // read once
-}
+INSTANTIATE_TEST_SUITE_P(Both, VobMarksCross, testing::Bool());
 
 TEST_F(VobMarks, OfAudioAreMirroredOnTheLevelsThatAreBound) {
     const IdStamp audio = edit_->getId(1);
@@ -89,7 +86,6 @@ TEST_F(VobMarks, InvalidatingConcernsSelectedChannelsAndIsAlwaysTold) {
     vob_->storeMarkTime(IdStamp(), 1, In);
     vob_->storeMarkTime(IdStamp(), 2, Out);
     vob_->setSelectedRaw(edit_->getId(0), false);
-    RecorderClient client(vob_.get(), calls_, "a");
     vob_->invalidateMark(0); // not selected
     EXPECT_THAT(marks(), ElementsAre(1, 2, 1, 2, 1, 2));
     vob_->invalidateMark(2);
@@ -135,28 +131,14 @@ protected:
         pop(edit_->getId(0));
         vob_->storeMarkTime(IdStamp(), 3, In);
         vob_->storeMarkTime(IdStamp(), 3.4, Out);
-        client_ = std::make_unique<RecorderClient>(vob_.get(), calls_, "a");
+        calls_.clear();
     }
     void pop(const IdStamp& channel) {
         const auto cel = edit_->get_edit_cel_p(channel);
         vob_->unjoinCut(channel, cel->find_ceh(2, 0));
         vob_->unjoinCut(channel, cel->find_ceh(4, 0));
     }
-    std::unique_ptr<RecorderClient> client_;
 };
-
-TEST_F(VobAlign, TrimsThePoppedChannelToTheOtherMark) {
-    vob_->alignMarks(In);
-    const auto cel = edit_->get_edit_cel_p(edit_->getId(0));
-    EXPECT_EQ(cel->getSegment(1).start, toFlicks(2.4));
-    EXPECT_EQ(cel->getSegment(1).end, toFlicks(4.4));
-    EXPECT_EQ(edit_->get_edit_cel_p(edit_->getId(1))->getSegment(1).start, toFlicks(2));
-    EXPECT_THAT(marks(), ElementsAre(no, 3.4, no, 3.4, no, 3.4));
-    EXPECT_EQ(vob_->getNumUnjoinedCuts(), 0u);
-    EXPECT_TRUE(EditManager::instance().canUndo(edit_));
-    ASSERT_FALSE(calls_.empty());
-    EXPECT_THAT(calls_.back(), testing::HasSubstr("change 12"));
-}
 
 TEST_F(VobAlign, LeavesEverythingWhenNoneOrAllArePopped) {
     pop(edit_->getId(1));
@@ -171,13 +153,34 @@ TEST_F(VobAlign, LeavesEverythingWhenNoneOrAllArePopped) {
     EXPECT_FALSE(EditManager::instance().canUndo(edit_));
 }
 
-TEST_F(VobAlign, SwapsTheMarksWhenTheOutMarkComesFirst) {
-    EditorPreferences::setPreference("Behaviour : Advanced marks", true);
+struct AlignRow {
+    const char* name;
+    double in, out;
+    Kv::MarkTypes::MarkType type;
+    double newIn, newOut, newStart; // of the popped clip
+};
+class VobAlignTo : public VobAlign, public testing::WithParamInterface<AlignRow> {};
+
+TEST_P(VobAlignTo, TrimsThePoppedChannelToTheOtherMark) {
+    const AlignRow& row = GetParam();
     for (const IdStamp& channel : edit_->getChans()) {
-        vob_->storeMarkTime(channel, 4.9, In);
-        vob_->storeMarkTime(channel, 3, Out);
+        vob_->storeMarkTime(channel, row.in, In);
+        vob_->storeMarkTime(channel, row.out, Out);
     }
-    vob_->alignMarks(In); // the out mark, though not named, is kept
-    EXPECT_EQ(edit_->get_edit_cel_p(edit_->getId(0))->getSegment(1).start, toFlicks(3.9));
-    EXPECT_THAT(marks(), ElementsAre(4.9, no, 4.9, no, 4.9, no));
+    vob_->alignMarks(row.type);
+    EXPECT_EQ(edit_->get_edit_cel_p(0)->getSegment(1).start, toFlicks(row.newStart));
+    EXPECT_EQ(edit_->get_edit_cel_p(1)->getSegment(1).start, toFlicks(2));
+    for (int chan = 0; chan < edit_->getNumChans(); ++chan)
+        EXPECT_EQ(std::pair(in(chan), out(chan)), std::pair(row.newIn, row.newOut)) << chan;
+    EXPECT_EQ(vob_->getNumUnjoinedCuts(), 0u);
+    EXPECT_TRUE(EditManager::instance().canUndo(edit_));
+    ASSERT_FALSE(calls_.empty());
+    EXPECT_THAT(calls_.back(), testing::HasSubstr("change 12"));
 }
+
+INSTANTIATE_TEST_SUITE_P(Rows, VobAlignTo,
+                         testing::Values(AlignRow{"inIsKept", 3, 3.4, In, no, 3.4, 2.4},
+                                         AlignRow{"outIsKept", 2.8, 3, Out, 2.8, no, 1.8},
+                                         AlignRow{"outLiesFirstAndIsKept", 4.9, 3, In, 4.9, no,
+                                                  3.9}),
+                         [](const auto& row) { return std::string(row.param.name); });

@@ -27,17 +27,6 @@ TEST(VobModification, FromTextSaysNothingAtTimeZero) {
     EXPECT_EQ(VobModification(6).asString(), "");
 }
 
-TEST(VobModification, BitsAreAddedAskedAndCleared) {
-    VobModification change(kVobTime | kVobMarks);
-    change.addModification(kVobCuts);
-    change.removeModification(kVobMarks);
-    EXPECT_EQ(change.getType(), 10u);
-    EXPECT_TRUE(change.includes(kVobCuts));
-    EXPECT_FALSE(change.includes(kVobMarks));
-    EXPECT_TRUE(change.includesAnyOf(kVobMarks | kVobTime));
-    EXPECT_FALSE(change.includesAnyOf(kVobMarks | kVobSelection));
-}
-
 TEST(VobModification, MergeKeepsTheFirstMarkTimeAndAllTracks) {
     VobModification first = record(kVobTime, kNoTime, {kA});
     first.merge(record(kVobMarks, 5, {kB, kA}));
@@ -50,7 +39,7 @@ TEST(VobModification, MergeKeepsTheFirstMarkTimeAndAllTracks) {
     EXPECT_FALSE(first.affectsTrack(IdStamp()));
 }
 
-class VobModificationTypes : public VobFixture {};
+using VobModificationTypes = VobFixture;
 
 TEST_F(VobModificationTypes, TypesOfTracksAreThoseTheEditHas) {
     const EditPtr edit = makeEdit(1, 1, 1);

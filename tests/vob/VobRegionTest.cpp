@@ -6,7 +6,13 @@ using testing::IsEmpty;
 
 namespace {
 
-class VobRegion : public VobFixture {};
+class VobRegion : public VobFixture {
+protected:
+    EditPtr edit_ = makeEdit(10, 1, 0);
+    Kv::Ptr<Vob> vob_ = open(edit_);
+    RecorderClient client_{vob_.get(), calls_, "a"};
+    const IdStamp channel_ = edit_->getId(0);
+};
 
 struct RegionRow {
     const char* name;
@@ -45,58 +51,55 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(VobRegion, IsToldWhenItChangesAndKeptInTheEdit) {
-    const EditPtr edit = makeEdit();
-    const auto vob = open(edit);
-    RecorderClient client(vob.get(), calls_, "a");
-    vob->setViewRegion({2, 4}, true);
-    vob->setViewRegion({2, 4}, true);
-    vob->setViewRegion({3, 4}, false);
+    vob_->setViewRegion({2, 4}, true);
+    vob_->setViewRegion({2, 4}, true);
+    EXPECT_EQ(open(edit_)->getViewRegion(), TimeRange(0, 2)); // its width, around time 0
+    vob_->setViewRegion({3, 4}, false);
     EXPECT_THAT(calls_, ElementsAre("a: change 65536 time 0"));
-    EXPECT_EQ(edit->getConfig("stripv_zoom"), "1");
-    vob->setViewRegion({0, 10}, false);
-    EXPECT_EQ(edit->getConfig("stripv_zoom"), "0");
-}
-
-TEST_F(VobRegion, OfAnotherViewerIsRestoredByItsWidth) {
-    const EditPtr edit = makeEdit();
-    open(edit)->setViewRegion({2, 4}, false);
-    const auto other = open(edit);
-    EXPECT_EQ(other->getViewRegion(), TimeRange(0, 2)); // around time 0, moved into the edit
-    EXPECT_EQ(other->getEditExtents(), TimeRange(0, 10));
+    EXPECT_EQ(edit_->getConfig("stripv_zoom"), "1");
+    vob_->setViewRegion({0, 10}, false);
+    EXPECT_EQ(edit_->getConfig("stripv_zoom"), "0");
+    layClip(edit_, channel_, 12, 14);
+    vob_->informClients(kVobViewRegion); // the extents follow whoever tells it
+    EXPECT_EQ(vob_->getEditExtents(), TimeRange(0, 14));
 }
 
 TEST_F(VobRegion, FollowsTheExtentsOnlyWhenItCoveredThem) {
-    const EditPtr edit = makeEdit(10, 1, 0);
-    const auto whole = open(edit);
-    const auto part = open(edit);
+    const auto part = open(edit_);
     part->setViewRegion({1, 3}, false);
-    layClip(edit, edit->getId(0), 12, 14);
-    for (const auto& vob : {whole, part})
+    layClip(edit_, channel_, 12, 14);
+    for (const auto& vob : {vob_, part})
         vob->resetEditExtents();
-    EXPECT_EQ(whole->getViewRegion(), TimeRange(0, 14));
+    EXPECT_EQ(vob_->getViewRegion(), TimeRange(0, 14));
     EXPECT_EQ(part->getViewRegion(), TimeRange(1, 3));
     EXPECT_EQ(part->getEditExtents(), TimeRange(0, 14));
 }
 
 TEST_F(VobRegion, AChangeOfLengthMovesExtentsAndRegionAndIsTold) {
-    const EditPtr edit = makeEdit(10, 1, 0);
-    const auto vob = open(edit);
-    RecorderClient client(vob.get(), calls_, "a");
-    layClip(edit, edit->getId(0), 12, 14);
-    edit->addModification(kModEventsAdded, true);
-    EXPECT_EQ(vob->getViewRegion(), TimeRange(0, 14));
+    layClip(edit_, channel_, 12, 14);
+    edit_->addModification(kModEventsAdded, true);
+    EXPECT_EQ(vob_->getViewRegion(), TimeRange(0, 14));
     EXPECT_THAT(calls_, ElementsAre("a: change 65536 time 0", "a: edit 1 22 change 0"));
     EXPECT_THAT(log_.lines, testing::Contains("Edit extents: 0.0 to 14.0\n"));
 }
 
+TEST_F(VobRegion, FollowsANewStartAndGeneralChangesOfSpecialEdits) {
+    const auto follows = [&](EditModificationType kind, eLogType type) {
+        edit_->setLogType(type);
+        log_.lines.clear();
+        vob_->preNotifyClients(EditModifications(kind), 0);
+        return !log_.lines.empty();
+    };
+    EXPECT_FALSE(follows(kModGeneral, kLogTypeEdit));
+    EXPECT_TRUE(follows(kModGeneral, kLogTypeSpecial));
+    EXPECT_TRUE(follows(kModStartTime, kLogTypeEdit));
+}
+
 TEST_F(VobRegion, BeyondAShorterEditIsMovedBackWithTheChange) {
-    const EditPtr edit = makeEdit(10, 1, 0);
-    const auto vob = open(edit);
-    vob->setViewRegion({8, 10}, false);
-    RecorderClient client(vob.get(), calls_, "a");
-    ASSERT_TRUE(edit->get_edit_cel_p(0)->remove({0, 5}).ok());
-    edit->addModification(kModEventsRemoved, true);
-    EXPECT_EQ(vob->getViewRegion(), TimeRange(3, 5));
+    vob_->setViewRegion({8, 10}, false);
+    ASSERT_TRUE(edit_->get_edit_cel_p(0)->remove({0, 5}).ok());
+    edit_->addModification(kModEventsRemoved, true);
+    EXPECT_EQ(vob_->getViewRegion(), TimeRange(3, 5));
     EXPECT_THAT(calls_, ElementsAre("a: edit 2 22 change 65536"));
 }
 
