@@ -7,7 +7,6 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 
 namespace cutroom::test {
@@ -16,9 +15,8 @@ namespace cutroom::test {
 class CommaLocale {
 public:
     CommaLocale() {
-        std::ofstream(folder_ / "source")
-            << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\n"
-               "grouping 3;3\nEND LC_NUMERIC\n";
+        putBytes(folder_ / "source", "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\n"
+                                     "grouping 3;3\nEND LC_NUMERIC\n");
         // The categories left out are warned of, and the tool's result says so.
         const std::string make =
             "cd " + folder_.path() + " && localedef -c -i ./source ./comma >/dev/null 2>&1";
