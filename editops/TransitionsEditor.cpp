@@ -81,6 +81,7 @@ std::optional<FlickRange> regionOf(const EditModule& module, const ce_handle& po
                                    trans_posn position, int length) {
     if (!module.valid() || !point.valid())
         return std::nullopt;
+    const Edit::Lock lock(*module.getEdit());
     const Cut cut(point);
     const Kv::FrameRate rate = module.getEdit()->getFrameRate();
     const int frames = std::max(length, 0);
@@ -167,7 +168,10 @@ std::optional<TimeRange> TransitionsEditor::calcRequiredSourceClipRegion(const E
                                                                          trans_posn position,
                                                                          int length) {
     const auto region = regionOf(module, point, position, length);
-    const ce_handle in = region ? inPointOf(point) : ce_handle();
+    if (!region)
+        return std::nullopt;
+    const Edit::Lock lock(*module.getEdit());
+    const ce_handle in = inPointOf(point);
     const auto clip = clipFrom(in);
     if (!clip || in.getEvent().isBlack())
         return std::nullopt;

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace {
 
@@ -37,6 +38,9 @@ void IndexIndependentEventList::buildFrom(const UnjoinedCuts& cuts, const EditPt
 }
 
 void IndexIndependentEventList::buildFrom(const CelEventPair& segment) {
+    std::optional<Edit::Lock> lock; // a segment of no edit has nothing to read
+    if (segment.getEdit())
+        lock.emplace(*segment.getEdit());
     events_ = {eventOf(segment.first()), eventOf(segment.second())};
     edit_ = segment.getEdit();
     channel_ = segment.getChannel();

@@ -33,8 +33,8 @@ struct CUTROOM_API UnjoinedCut {
 // to the thread of its viewed edit, and reads handles under the rules of `Cel`.
 class CUTROOM_API UnjoinedCuts : public Vector<UnjoinedCut> {
 public:
-    // Inserts in order. An invalid handle is ignored; of a handle that is there only the flags are
-    // replaced.
+    // Inserts in order, unless the list is full. An invalid handle is ignored; of a handle that is
+    // there only the flags are replaced.
     void addHandle(const ce_handle& handle, unsigned flags);
     // Nothing when the handle is not there.
     void deleteHandle(const ce_handle& handle);

@@ -14,8 +14,6 @@ using namespace cutroom::test;
 
 namespace {
 
-constexpr char kPreference[] = "Last transition";
-
 class Transitions : public testing::Test {
 protected:
     Transitions() : host_(EmbeddedHost::repeatable()) {}
@@ -32,50 +30,24 @@ std::string show(const LastTransition& last) {
 
 } // namespace
 
-TEST_F(Transitions, CutTypesHaveTextsThatComeBack) {
-    const char* const texts[] = {"ct_cut",           "ct_mix",  "ct_video_dissolve",
-                                 "ct_film_dissolve", "ct_wipe", "ct_chequer",
-                                 "ct_none"};
-    for (int i = 0; i < 7; ++i) {
-        EXPECT_EQ(cutTypeToString(static_cast<cut_type>(i)), texts[i]);
-        EXPECT_EQ(stringToCutType(texts[i]), i);
-    }
-    for (const int wrong : {7, 1000, -1})
-        EXPECT_EQ(cutTypeToString(static_cast<cut_type>(wrong)), "ct_none");
-    for (const char* const wrong : {"", "CT_CUT", "ct_cut ", "cut"})
-        EXPECT_EQ(stringToCutType(wrong), kCutTypeNone) << wrong;
-}
-
 TEST_F(Transitions, PositionsHaveTextsAndSomeHaveNone) {
-    const struct {
-        const char* text;
-        int back; // what the text reads as
-        ResId display;
-    } rows[] = {{"eFromHere", 0, 11692},
-                {"eToHere", 1, 11695},
-                {"eCentredHere", 2, 11687},
-                {"eUseMark", 3, 11696},
-                {"eNone", 10, 11697},
-                {"eNone", 10, 11698},
-                {"eCurrentSection", 6, 11690},
-                {"eCurrentSectionUnfolded", 7, 11691},
-                {"eMultipleSections", 8, 11693},
-                {"eSelectedSegments", 9, 12713}};
+    const ResId displays[] = {11692, 11695, 11687, 11696, 11697, 11698, 11690, 11691, 11693, 12713};
     for (int i = 0; i < 10; ++i) {
         const auto position = static_cast<trans_posn>(i);
-        EXPECT_EQ(transPosnToString(position), rows[i].text);
-        EXPECT_EQ(stringToTransPosn(rows[i].text), rows[i].back);
-        EXPECT_EQ(getDisplayString(position), resourceStrW(rows[i].display));
+        EXPECT_EQ(stringToTransPosn(transPosnToString(position)), i == 4 || i == 5 ? 10 : i);
+        EXPECT_EQ(getDisplayString(position), resourceStrW(displays[i]));
         EXPECT_EQ(getTransPosnFromDisplayString(getDisplayString(position)), i);
     }
-    for (const int wrong : {10, 11, -1}) {
-        EXPECT_EQ(transPosnToString(static_cast<trans_posn>(wrong)), "eNone");
-        EXPECT_EQ(getDisplayString(static_cast<trans_posn>(wrong)), L"");
+    for (const int none : {10, 11, -1}) {
+        EXPECT_EQ(transPosnToString(static_cast<trans_posn>(none)), "eNone");
+        EXPECT_EQ(getDisplayString(static_cast<trans_posn>(none)), L"");
+        EXPECT_EQ(cutTypeToString(static_cast<cut_type>(none)), "ct_none");
     }
-    EXPECT_EQ(stringToTransPosn(""), kTransNone);
-    EXPECT_EQ(stringToTransPosn("efromhere"), kTransNone);
-    EXPECT_EQ(getTransPosnFromDisplayString(L""), kTransNone);
-    EXPECT_EQ(getTransPosnFromDisplayString(L"elsewhere"), kTransNone);
+    for (const char* const wrong : {"", "efromhere", "CT_CUT", "ct_cut "}) {
+        EXPECT_EQ(stringToTransPosn(wrong), kTransNone);
+        EXPECT_EQ(getTransPosnFromDisplayString(toWide(wrong)), kTransNone);
+        EXPECT_EQ(stringToCutType(wrong), kCutTypeNone);
+    }
 }
 
 TEST_F(Transitions, TheLastOneIsReadFromTexts) {
@@ -106,11 +78,10 @@ TEST_F(Transitions, TheLastOneIsReadFromTexts) {
 TEST_F(Transitions, TheLastOneIsRemembered) {
     EXPECT_EQ(show(LastTransition(0)), "Dissolve|eCentredHere|10");
     EXPECT_EQ(show(LastTransition(7)), "Dissolve|eCentredHere|7");
-    const Cookie wipe = EffectTemplateManager::instance().getTemplate(L"Wipe")->id;
-    LastTransition(wipe, kTransToHere, 12).persist();
-    EXPECT_EQ(EditorPreferences::getPreference(kPreference, ""), wipe.asString() + ",eToHere,12");
+    LastTransition(EffectTemplateManager::instance().getTemplate(L"Wipe")->id, kTransToHere, 12)
+        .persist();
     EXPECT_EQ(show(LastTransition(7)), "Wipe|eToHere|12");
-    EditorPreferences::setPreference(kPreference, "too,many,pieces,here");
+    EditorPreferences::setPreference("Last transition", "too,many,pieces,here");
     EXPECT_EQ(show(LastTransition(7)), "invalid|eNone|7");
 }
 
@@ -165,16 +136,12 @@ TEST_F(TransitionAtACut, LiesByItsPositionAndNeedsMoreOfTheSources) {
         const char *region, *ofA, *ofB;
     } rows[] = {
         {kTransFromHere, 10, "4-4.4", "10-14.4", "16-20"},
-        {kTransToHere, 10, "3.6-4", "10-14", "16-20.8"},
-        {kTransCentredHere, 10, "3.8-4.2", "10-14.2", "16-20.4"},
         {kTransCentredHere, 5, "3.92-4.12", "10-14.12", "16-20.16"},
         {kTransFromHere, 75, "4-7", "10-17", "14-20"}, // longer than B
         {kTransFromHere, 0, "none", "none", "none"},
         {kTransToHere, -5, "none", "none", "none"},
         {kTransUseMark, 0, "3-4.4", "10-14.4", "16-22"},
-        {kTransFromStart, 0, "0-4", "10-14", "16-28"},
         {kTransToEnd, 0, "4-6", "10-16", "16-20"},
-        {kTransCurrentSection, 0, "0-4", "10-14", "16-28"},
         {kTransCurrentSectionUnfolded, 0, "0-4", "10-14", "16-28"},
         {kTransMultipleSections, 0, "0-6", "10-16", "16-28"},
         {kTransSelectedSegments, 10, "none", "none", "none"},
@@ -208,22 +175,20 @@ TEST_F(TransitionAtACut, NeedsACutWithSomethingBesideIt) {
     EXPECT_EQ(needed(1, kTransFromHere), "10-10");
 }
 
-TEST_F(TransitionAtACut, IsLaidAndRemembered) {
-    EXPECT_TRUE(lay(1, L"Wipe", kTransCentredHere, 5)); // goes on the in point beside it
-    EXPECT_TRUE(lay(2, L"Dip", kTransToHere, 8));
-    EXPECT_TRUE(lay(5, L"Dissolve", kTransToHere, 4)); // the end: there is no in point
+TEST_F(TransitionAtACut, IsLaidWhereItHasAPlace) {
     EXPECT_FALSE(lay(2, L"Speed", kTransToHere, 8));
     EXPECT_FALSE(lay(2, L"Wipe", kTransNone, 8));
     EXPECT_FALSE(lay(2, L"Unknown", kTransToHere, 8));
     EXPECT_FALSE(lay(77, L"Wipe", kTransToHere, 8));
-    EXPECT_EQ(show(LastTransition(0)), "Dissolve|eToHere|4");
-    EXPECT_EQ(edit_->getEffectGraphs().size(), 2u); // the wipe was replaced
+    EXPECT_TRUE(edit_->getEffectGraphs().empty());
+    EXPECT_TRUE(lay(1, L"Dip", kTransCentredHere, 5)); // goes on the in point beside it
+    EXPECT_TRUE(lay(5, L"Wipe", kTransToHere, 4));     // the end: there is no in point
     const auto graph = edit_->getEffectGraph(cel_->get_event(2).effectGraph);
-    ASSERT_TRUE(graph);
+    ASSERT_TRUE(graph && cel_->get_event(5).effectGraph.valid());
     EXPECT_EQ(graph->name, L"Dip");
-    EXPECT_EQ(graph->inOffset, 8 * kFlicksPerSecond / 25);
-    EXPECT_EQ(graph->outOffset, 0);
-    EXPECT_TRUE(cel_->get_event(5).effectGraph.valid());
+    EXPECT_EQ(graph->inOffset, 2 * kFlicksPerSecond / 25);
+    EXPECT_EQ(graph->outOffset, 3 * kFlicksPerSecond / 25);
+    EXPECT_EQ(show(LastTransition(0)), "Wipe|eToHere|4");
 }
 
 TEST_F(TransitionAtACut, HasOneTransitionAndLeavesNoneBehind) {
@@ -232,18 +197,20 @@ TEST_F(TransitionAtACut, HasOneTransitionAndLeavesNoneBehind) {
         graph.kind = kind;
         return TransitionsEditor::put(edit_, channel_, cel_->getHandle(point), graph).ok();
     };
-    const auto has = [&](std::uint32_t point) {
-        return cel_->get_event(point).effectGraph.valid();
+    // The points at the cut that have an effect, and how many effects the edit has.
+    const auto held = [&] {
+        std::string text;
+        for (const std::uint32_t point : {1u, 2u})
+            text += cel_->get_event(point).effectGraph.valid() ? std::to_string(point) : "-";
+        return text + " of " + std::to_string(edit_->getEffectGraphs().size());
     };
     EXPECT_TRUE(lay(2, L"Dip", kTransToHere, 8));
     EXPECT_TRUE(put(1, "transition"));
-    EXPECT_TRUE(has(1) && !has(2));
+    EXPECT_EQ(held(), "1- of 1");
     EXPECT_TRUE(lay(1, L"Wipe", kTransToHere, 4));
-    EXPECT_TRUE(!has(1) && has(2));
-    EXPECT_EQ(edit_->getEffectGraphs().size(), 1u);
+    EXPECT_EQ(held(), "-2 of 1");
     EXPECT_TRUE(put(1, "effect")); // of the clip before: both stay
     EXPECT_TRUE(lay(2, L"Dip", kTransToHere, 4));
-    EXPECT_TRUE(has(1) && has(2));
     EXPECT_FALSE(put(77, "effect"));
-    EXPECT_EQ(edit_->getEffectGraphs().size(), 2u);
+    EXPECT_EQ(held(), "12 of 2");
 }
