@@ -102,9 +102,9 @@ BinManager::LoadedBins BinManager::loadedBins() const {
 }
 
 Kv::Ptr<BinData> BinManager::enter(const Kv::Ptr<BinData>& bin, bool& entered) {
-    const Cookie id = bin->getID();
+    const Cookie id = bin->getID(), project = CurrentProject::getCookie();
     const CriticalSection::Lock held(mapsLock_);
-    const auto [entry, isNew] = loaded_.try_emplace(id, Loaded{bin});
+    const auto [entry, isNew] = loaded_.try_emplace(id, Loaded{bin, project});
     entered = isNew;
     if (isNew)
         summaries_[id].id = id; // the rest is read when it is asked for
@@ -126,13 +126,14 @@ Kv::Ptr<BinData> BinManager::getData(const Cookie& bin) {
         if (path.empty() || !cutroom::fileExists(path))
             return {};
         const Kv::Ptr<BinData> read = load(bin);
+        const Cookie project = CurrentProject::getCookie();
         const bool sound = read->valid();
         if (!sound && !cutroom::fileExists(path))
             continue; // it has gone meanwhile
         const CriticalSection::Lock held(mapsLock_);
         if (removals != removals_)
             continue;
-        const auto [entry, isNew] = loaded_.try_emplace(bin, Loaded{read});
+        const auto [entry, isNew] = loaded_.try_emplace(bin, Loaded{read, project});
         summaries_[bin].id = bin;
         if (isNew && !sound)
             entry->second.summarised = entry->second.changes; // it knows less than the summary

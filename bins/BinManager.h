@@ -63,7 +63,8 @@ public:
     // whether any was dirty or not. On failure all stay dirty and nothing is told; what changes
     // meanwhile stays dirty. A bin whose file must not be replaced, since a later version wrote it,
     // does not keep the others from being written: it stays dirty, and its failure is given.
-    // Without a project bins live in memory only: nothing is written, nothing fails.
+    // Without a project bins live in memory only, until the next one is entered: nothing is
+    // written, nothing fails.
     cutroom::Status saveAll();
     // Some loaded bin is dirty.
     bool anyDirty() const;
@@ -112,6 +113,7 @@ private:
     // A bin in memory. Its summary is up to date when it was read at this count of changes.
     struct Loaded {
         Kv::Ptr<BinData> bin;
+        Cookie project; // that was open when it came; invalid for none
         std::uint64_t changes = 1;
         std::uint64_t summarised = 0;
     };
@@ -138,6 +140,8 @@ private:
     bool isKnown(const Cookie& bin) const;
     void forget(const Cookie& bin);
     void forgetAll();
+    // What came while another project was open, or none: when one is open.
+    void forgetOthers();
 
     // A loaded bin has changed.
     void noteChanged(const Cookie& bin);

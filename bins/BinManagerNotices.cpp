@@ -88,6 +88,25 @@ void BinManager::forgetAll() {
     cacheIsCurrent_ = true;
 }
 
+// Not when a project is entered: others may be told of that before, and make bins.
+void BinManager::forgetOthers() {
+    const Cookie project = CurrentProject::getCookie();
+    if (!project.valid())
+        return;
+    LoadedBins gone; // die outside the lock
+    const CriticalSection::Lock held(mapsLock_);
+    for (auto entry = loaded_.begin(); entry != loaded_.end();) {
+        if (entry->second.project == project) {
+            ++entry;
+            continue;
+        }
+        gone.push_back(entry->second.bin);
+        summaries_.erase(entry->first);
+        entry = loaded_.erase(entry);
+        ++removals_;
+    }
+}
+
 void BinManager::reInit() {
     if (const Status saved = saveAll(); !saved)
         LogBoth("%s\n", saved.text().c_str()); // what is not saved stays

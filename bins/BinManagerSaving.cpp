@@ -32,7 +32,7 @@ std::string nameBelowProject(const std::string& path) {
 // those of a group that is given up are dirty again.
 class BinsBeingSaved {
 public:
-    explicit BinsBeingSaved(GroupCommit& group) : group_(group) {}
+    BinsBeingSaved(GroupCommit& group, std::size_t most) : group_(group) { taken_.reserve(most); }
     ~BinsBeingSaved() {
         for (const Kv::Ptr<BinData>& bin : taken_)
             bin->setDirty(true);
@@ -41,7 +41,6 @@ public:
     BinsBeingSaved& operator=(const BinsBeingSaved&) = delete;
 
     Status take(const Kv::Ptr<BinData>& bin) {
-        taken_.reserve(taken_.size() + 1);
         const auto image = bin->takeForSaving();
         if (!image)
             return image.status();
@@ -76,6 +75,7 @@ Status BinManager::saveAll() {
 }
 
 Status BinManager::saveDirty(Status& leftOut) {
+    forgetOthers();
     LoadedBins due = loadedBins();
     std::erase_if(due, [](const Kv::Ptr<BinData>& bin) { return !bin->isDirty(); });
     if (due.empty() || !CurrentProject::isOpen())
@@ -85,7 +85,7 @@ Status BinManager::saveDirty(Status& leftOut) {
     std::sort(due.begin(), due.end(),
               [](const auto& a, const auto& b) { return a->getID() < b->getID(); });
     GroupCommit group(CurrentProject::getFolder());
-    BinsBeingSaved bins(group);
+    BinsBeingSaved bins(group, due.size());
     for (const Kv::Ptr<BinData>& bin : due) {
         const Status taken = bins.take(bin);
         if (taken)
@@ -115,7 +115,11 @@ Status BinManager::destroy(const Cookie& bin, const LightweightString<char>& rea
             return removed;
         forget(bin);
     }
-    for (const Cookie& holder : findBinsContainingBin(bin))
+    CookieVec holders = findBinsContainingBin(bin);
+    for (const Kv::Ptr<BinData>& loaded : loadedBins())
+        if (loaded->contains(bin)) // though it may accept no bins
+            holders.push_back(loaded->getID());
+    for (const Cookie& holder : holders)
         if (const Kv::Ptr<BinData> held = getData(holder))
             held->handleDeletions({bin}, reason);
     issueNotification(
