@@ -87,8 +87,6 @@ bool isAmong(const std::vector<EditPtr>& clips, const Cookie& cookie) {
                        [&](const EditPtr& clip) { return clip.getCookie() == cookie; });
 }
 
-std::uint64_t changesOf(const EditPtr& edit) { return edit ? edit->changeCount() : 0; }
-
 } // namespace
 
 Flicks ClipReference::clipTimeAt(Flicks editTime) const noexcept {
@@ -104,9 +102,12 @@ std::optional<Flicks> ClipReference::editTimeOf(Flicks clipTime, Flicks near) co
 }
 
 void ClipMap::update(const EditPtr& sequence, const std::vector<EditPtr>& clips) {
-    std::vector<Seen> now{{sequence.get(), changesOf(sequence)}};
-    for (const EditPtr& clip : clips)
-        now.push_back({clip.get(), changesOf(clip)});
+    std::vector<Seen> now;
+    const auto see = [&](const EditPtr& edit) {
+        now.push_back(edit ? Seen{edit.get(), edit.getCookie(), edit->changeCount()} : Seen{});
+    };
+    see(sequence);
+    std::for_each(clips.begin(), clips.end(), see);
     if (now == seen_)
         return;
     seen_ = std::move(now);

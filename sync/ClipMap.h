@@ -48,9 +48,10 @@ public:
     const std::vector<ClipReference>& references() const noexcept { return references_; }
 
 private:
-    // An edit as it was read.
+    // An edit as it was read. One that has gone may have left its address to another.
     struct Seen {
         const void* edit;
+        Cookie cookie;
         std::uint64_t changes;
         friend bool operator==(const Seen&, const Seen&) = default;
     };

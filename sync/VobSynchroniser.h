@@ -22,7 +22,8 @@ public:
 
     // Links exactly these. Links to others go; those that stay keep their place in the order, new
     // ones follow in the order given; then every offset is taken from where the Vobs stand. A Vob
-    // that another synchroniser links is left to that one.
+    // that another synchroniser links is left to that one. When a link goes that had suspended
+    // synchronisation, it is switched on again.
     void setItemsToSync(const LightweightVector<Kv::Ptr<Vob>>& vobs);
     // Some synchroniser links the Vob. False for null.
     static bool isSynced(const Vob* vob);

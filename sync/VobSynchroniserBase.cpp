@@ -9,6 +9,7 @@
 #include <cassert>
 #include <cmath>
 #include <iterator>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -118,8 +119,9 @@ void VobSynchroniserBase::createClient(const Kv::Ptr<Vob>& vob) {
     const Kv::Ptr<Vob> linked = vob;
     const double offset =
         clients_.empty() ? 0.0 : clients_.front().offset + calculateOffsetFor(linked.get());
-    iVobListener* const listener = makeListener(linked);
-    clients_.push_back({listener, offset, ++lastSerial_});
+    std::unique_ptr<iVobListener> made(makeListener(linked));
+    clients_.push_back({made.get(), offset, ++lastSerial_});
+    iVobListener* const listener = made.release();
     listener->setOwner(this);
     // Whoever hears of the newcomer may unlink it, or all.
     if (!listener->getVob())
