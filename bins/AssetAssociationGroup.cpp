@@ -147,23 +147,16 @@ void AssetAssociationGroup::write(JSON::Builder& out) const {
 
 cutroom::Status AssetAssociationGroup::take(const JSON::Element& from, const std::string& file) {
     cutroom::DescriptionReader reader(from, file);
-    Identity identity;
-    identity.id = reader.cookie(kId);
-    identity.name = reader.text(kName);
-    identity.externalId = reader.text(kExternalId);
-    identity.created = reader.seconds(kCreated);
-    identity.modified = reader.seconds(kModified);
+    const Identity identity =
+        readIdentity(reader, {kId, kName, kExternalId, kCreated, kModified}, "G");
     const eType type = readType(from, reader);
     std::vector<Cookie> members = readMembers(reader);
-    if (identity.id.type() != 'G')
-        reader.fail(kId, "is no group's cookie");
     if (!reader.status())
         return reader.status();
 
     const Change lock(*this);
-    if (cutroom::Status same = checkIdentity(identity, file); !same)
-        return same;
-    restore(identity);
+    if (cutroom::Status restored = restore(identity, file); !restored)
+        return restored;
     type_ = type;
     constituents_ = std::move(members);
     keysChanged();

@@ -1,6 +1,7 @@
 #include "bins/DescribedContainer.h"
 
 #include "bins/DescribedContainerManager.h"
+#include "bins/DescriptionReader.h"
 
 namespace cutroom {
 
@@ -35,19 +36,30 @@ bool DescribedContainer::managed() const {
     return membership_ == Membership::managed;
 }
 
-void DescribedContainer::restore(const Identity& identity) {
+DescribedContainer::Identity DescribedContainer::readIdentity(DescriptionReader& reader,
+                                                              const IdentityKeys& keys,
+                                                              std::string_view types) {
+    Identity identity;
+    identity.id = reader.cookie(keys.id);
+    identity.name = reader.text(keys.name);
+    identity.externalId = reader.text(keys.externalId);
+    identity.created = reader.seconds(keys.created);
+    identity.modified = reader.seconds(keys.modified);
+    if (types.find(identity.id.type()) == types.npos)
+        reader.fail(keys.id, "is no cookie of this kind");
+    return identity;
+}
+
+Status DescribedContainer::restore(const Identity& identity, const std::string& file) {
     if (membership_ != Membership::managed)
         setID(identity.id);
+    else if (identity.id != getID())
+        return {StatusCode::damaged, file,
+                "describes " + identity.id.asString() + " instead of " + getID().asString()};
     setStoredNames(identity.name, identity.externalId);
     setCreationTime(identity.created);
     setModificationTime(identity.modified);
-}
-
-Status DescribedContainer::checkIdentity(const Identity& identity, const std::string& file) const {
-    if (!managed() || identity.id == getID())
-        return {};
-    return {StatusCode::damaged, file,
-            "describes " + identity.id.asString() + " instead of " + getID().asString()};
+    return {};
 }
 
 bool DescribedContainer::join(DescribedContainerManager& manager) {

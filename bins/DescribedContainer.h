@@ -8,11 +8,13 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace cutroom {
 
 class DescribedContainerManager;
+class DescriptionReader;
 
 // Any thread, as `ContainerBase`. The cookie of one that is managed is not to be changed.
 class CUTROOM_API DescribedContainer : public ContainerBase {
@@ -44,8 +46,16 @@ protected:
         std::uint32_t created = 0; // seconds since 1970, as the next
         std::uint32_t modified = 0;
     };
+    // The keys of these in one kind's descriptions.
+    struct IdentityKeys {
+        const char *id, *name, *externalId, *created, *modified;
+    };
 
     DescribedContainer() = default;
+
+    // Reads an identity whose cookie is of one of the kinds in `types`; damage is the reader's.
+    static Identity readIdentity(DescriptionReader& reader, const IdentityKeys& keys,
+                                 std::string_view types);
 
     // The manager of the kind.
     virtual DescribedContainerManager& manager() const = 0;
@@ -55,10 +65,9 @@ protected:
     void keysChanged() CUTROOM_REQUIRES(lock_);
     // It belongs to the manager, so that one is told of its changes.
     bool managed() const;
-    // Takes an identity over without a record of change; a managed one keeps its cookie.
-    void restore(const Identity& identity) CUTROOM_REQUIRES(lock_);
-    // A managed container cannot take the description of another one.
-    Status checkIdentity(const Identity& identity, const std::string& file) const;
+    // Takes an identity over without a record of change. `damaged`, and nothing changes, when it is
+    // managed and the identity that of another container; `file` is for the message.
+    Status restore(const Identity& identity, const std::string& file) CUTROOM_REQUIRES(lock_);
 
 private:
     friend class DescribedContainerManager;

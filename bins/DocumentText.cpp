@@ -60,24 +60,17 @@ void Document::write(JSON::Builder& out) const {
 
 cutroom::Status Document::take(const JSON::Element& from, const std::string& file) {
     cutroom::DescriptionReader reader(from, file);
-    Identity identity;
-    identity.id = reader.cookie(kId);
-    identity.name = reader.text(kName);
-    identity.externalId = reader.text(kExternalId);
-    identity.created = reader.seconds(kCreated);
-    identity.modified = reader.seconds(kModified);
+    const Identity identity =
+        readIdentity(reader, {kId, kName, kExternalId, kCreated, kModified}, "DA");
     LightweightString<wchar_t> description = reader.text(kDescription);
     const std::uint64_t size = readSize(from, reader);
     Locations locations = readLocations(reader);
-    if (identity.id.type() != 'D' && identity.id.type() != 'A')
-        reader.fail(kId, "is no document's cookie");
     if (!reader.status())
         return reader.status();
 
     const Change lock(*this);
-    if (cutroom::Status same = checkIdentity(identity, file); !same)
-        return same;
-    restore(identity);
+    if (cutroom::Status restored = restore(identity, file); !restored)
+        return restored;
     description_ = std::move(description);
     size_ = size;
     locations_ = std::move(locations);
