@@ -71,15 +71,13 @@ TEST_F(LoopTest, EventsAndPostedWorkKeepOneOrder) {
 }
 
 TEST_F(LoopTest, AnEventEqualToOneThatWaitsIsDropped) {
-    Recorder one(story);
-    Recorder other(story);
+    Recorder one(story), other(story);
     const Event first = eventFor(one, "x", 1);
-    struct Row {
+    const struct {
         const char* name;
         void (*change)(Event&, EventHandler&);
         bool sent;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"the same", [](Event&, EventHandler&) {}, false},
         {"other data", [](Event& e, EventHandler&) { e.data.reset(); }, false},
         {"other handler", [](Event& e, EventHandler& h) { e.handler = &h; }, true},
@@ -88,7 +86,7 @@ TEST_F(LoopTest, AnEventEqualToOneThatWaitsIsDropped) {
         {"other text", [](Event& e, EventHandler&) { e.text = "y"; }, true},
         {"other value", [](Event& e, EventHandler&) { e.value = 9; }, true},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         Event with = first;
         with.data = Kv::makePtr<Cargo>(story);
         ASSERT_TRUE(event_send_idempotent(with));
@@ -111,7 +109,6 @@ TEST_F(LoopTest, AnEventMayBeSentAgainWhileItIsHandled) {
         bool sent = false;
     } again;
     loop.post(eventFor(again, "x"));
-    loop.post([] {});
     loop.runUntil([&] { return again.sent; });
     EXPECT_EQ(loop.waiting(), 1u);
 }
@@ -123,13 +120,10 @@ TEST_F(LoopTest, AHandlerTakesItsEventsAlong) {
         Event carrying = eventFor(goes, "lost");
         carrying.data = Kv::makePtr<Cargo>(story);
         event_send(carrying);
-        carrying.data.reset();
         event_send(eventFor(stays, "kept"));
     }
-    EXPECT_THAT(story, ElementsAre("cargo gone"));
-    story.clear();
     loop.pump();
-    EXPECT_THAT(story, ElementsAre("kept0"));
+    EXPECT_THAT(story, ElementsAre("cargo gone", "kept0"));
     EXPECT_TRUE(event_send_idempotent(eventFor(stays, "lost")));
 }
 
@@ -166,21 +160,16 @@ TEST_F(LoopTest, TimersComeAtTheirTimesAndInOrder) {
     EXPECT_EQ(now(), 1.5);
 }
 
-TEST_F(LoopTest, ManyPeriodsDoNotDrift) {
+TEST_F(LoopTest, ManyPeriodsDoNotDriftAndMissedCallsAreNotMadeUpFor) {
     int count = 0;
     const auto timer = loop.addTimer(0.1, 0.1, [&] { ++count; });
     loop.runFor(1000.05);
     EXPECT_EQ(count, 10000);
-}
-
-TEST_F(LoopTest, MissedCallsOfATimerAreNotMadeUpFor) {
-    int count = 0;
-    const auto timer = loop.addTimer(1, 1, [&] { ++count; });
     host.manualClock().advance(3.5);
     loop.pump();
-    EXPECT_EQ(count, 1);
-    loop.runFor(0.5);
-    EXPECT_EQ(count, 2);
+    EXPECT_EQ(count, 10001);
+    loop.runFor(0.1);
+    EXPECT_EQ(count, 10002);
 }
 
 TEST_F(LoopTest, ATimerEndsWithItsGuardAlsoFromInside) {

@@ -13,15 +13,14 @@ namespace {
 constexpr int kThreads = 4;
 constexpr int kEach = 500;
 
-// Counts, and checks that it is called on one thread only.
+// Counts, and checks that it is called on one thread only, and that of one thread, what is posted
+// first comes first.
 class Counter final : public EventHandler {
 public:
     eResult handleEvent(const Event& event) override {
         EXPECT_TRUE(isUiThread());
-        // Of one thread, what is posted first comes first.
         const auto thread = static_cast<std::size_t>(event.keyCode);
-        EXPECT_GT(event.value, last[thread]);
-        last[thread] = event.value;
+        EXPECT_EQ(event.value, ++last[thread]);
         ++handled;
         return kConsumed;
     }
@@ -29,15 +28,18 @@ public:
     std::vector<unsigned> last = std::vector<unsigned>(kThreads, 0);
 };
 
-void sendAll(Counter& counter, int thread) {
-    EXPECT_FALSE(isUiThread());
-    for (unsigned i = 1; i <= kEach; ++i) {
-        Event event;
-        event.handler = &counter;
-        event.keyCode = thread;
-        event.value = i;
-        EXPECT_TRUE(event_send_idempotent(event));
-    }
+// Sends values 1 to `count` of `key` on a thread of its own; how many of them were taken.
+std::thread sender(Counter& counter, int key, unsigned count, std::atomic<int>& taken) {
+    return std::thread([&counter, &taken, key, count] {
+        EXPECT_FALSE(isUiThread());
+        for (unsigned i = 1; i <= count; ++i) {
+            Event event;
+            event.handler = &counter;
+            event.keyCode = key;
+            event.value = i;
+            taken += event_send_idempotent(event);
+        }
+    });
 }
 
 } // namespace
@@ -45,38 +47,29 @@ void sendAll(Counter& counter, int thread) {
 TEST(LoopThreadsTest, EventsFromManyThreadsReachTheHandlerOnTheLoopsThread) {
     EmbeddedHost host(EmbeddedHost::repeatable());
     Counter counter;
+    std::atomic<int> taken{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < kThreads; ++i)
-        threads.emplace_back([&counter, i] { sendAll(counter, i); });
+        threads.push_back(sender(counter, i, kEach, taken));
     EXPECT_TRUE(host.loop().runUntil([&] { return counter.handled == kThreads * kEach; }));
     for (std::thread& thread : threads)
         thread.join();
+    EXPECT_EQ(taken, kThreads * kEach);
     EXPECT_EQ(host.loop().waiting(), 0u);
 }
 
 TEST(LoopThreadsTest, EqualEventsFromManyThreadsWaitOnce) {
     EmbeddedHost host(EmbeddedHost::repeatable());
-    struct Any final : EventHandler {
-        eResult handleEvent(const Event&) override {
-            ++handled;
-            return kConsumed;
-        }
-        int handled = 0;
-    } any;
-    std::atomic<int> accepted{0};
+    Counter counter;
+    std::atomic<int> taken{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < kThreads; ++i)
-        threads.emplace_back([&] {
-            Event event;
-            event.handler = &any;
-            event.text = "the same";
-            accepted += event_send_idempotent(event);
-        });
+        threads.push_back(sender(counter, 0, 1, taken));
     for (std::thread& thread : threads)
         thread.join();
     host.loop().pump();
-    EXPECT_EQ(accepted, 1);
-    EXPECT_EQ(any.handled, 1);
+    EXPECT_EQ(taken, 1);
+    EXPECT_EQ(counter.handled, 1);
 }
 
 TEST(LoopThreadsTest, AWaitingLoopWakesForPostsTimersAndQuit) {

@@ -2,47 +2,16 @@
 
 #include "platform/files/ByteStream.h"
 #include "platform/files/CheckedFile.h"
-#include "platform/files/FolderLock.h"
-#include "tests/support/FaultyFiles.h"
-#include "tests/support/PowerCutDisk.h"
+#include "tests/platform_files/Disks.h"
 #include "tests/support/Scale.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 using namespace cutroom;
-using cutroom::test::FaultyFiles;
-using cutroom::test::PowerCutDisk;
-using cutroom::test::TempFolder;
+using namespace cutroom::test;
 using testing::ElementsAre;
-using testing::HasSubstr;
-
-namespace {
-
-using FileMap = std::map<std::string, std::string>;
-
-class Installed {
-public:
-    explicit Installed(iFileSystem& files) : before_(installFileSystem(&files)) {}
-    ~Installed() { installFileSystem(before_); }
-    Installed(const Installed&) = delete;
-    Installed& operator=(const Installed&) = delete;
-
-private:
-    iFileSystem* before_;
-};
-
-FileMap withoutBackups(const PowerCutDisk& disk) {
-    FileMap files = disk.files();
-    std::erase_if(files, [](const auto& file) { return file.first.ends_with(".bak"); });
-    return files;
-}
-
-} // namespace
 
 TEST(GroupCommit, PutsWritesAndRemovalsInPlaceOnDisk) {
     const TempFolder folder;
@@ -86,32 +55,19 @@ TEST(GroupCommit, RefusesPathsThatLeadOutOfItsRoot) {
 }
 
 TEST(GroupCommit, NeedsFewFlushesForManyFiles) {
-    PowerCutDisk disk;
-    FaultyFiles counted(disk);
-    const Installed installed(counted);
+    Bench bench({});
     GroupCommit group("/p");
     for (int i = 0; i < 1000; ++i)
         ASSERT_TRUE(group.write(format("d%d/f%d", i % 3, i), "content").ok());
     ASSERT_TRUE(group.commit().ok());
-    EXPECT_EQ(counted.count("flushAll"), 1);
-    EXPECT_LE(counted.count("flush"), 20);
-    EXPECT_EQ(disk.files().size(), 1000u);
+    EXPECT_EQ(bench.faulty.count("flushAll"), 1);
+    EXPECT_LE(bench.faulty.count("flush"), 20);
+    EXPECT_EQ(bench.disk.files().size(), 1000u);
 }
 
 TEST(GroupCommit, DoesNotPutBackWhatWasWrittenAfterTheDecision) {
-    PowerCutDisk disk;
-    FaultyFiles faulty(disk);
-    const Installed installed(faulty);
-    ASSERT_TRUE(writeFile("/p/a", "a0").ok());
-    faulty.arm(-1, FaultyFiles::Span::once);
-    for (long at = 0; !GroupCommit::pending("/p"); ++at) {
-        GroupCommit group("/p");
-        faulty.arm(at, FaultyFiles::Span::sameForEver);
-        (void)group.write("a", "a1");
-        (void)group.write("new", "n1");
-        (void)group.commit();
-        faulty.disarm();
-    }
+    PowerCutDisk disk = decided({{"/p/a", "a0"}}, {{"a", "a1"}, {"new", "n1"}});
+    const Installed installed(disk);
     ASSERT_TRUE(writeFile("/p/a", "a2").ok());
     ASSERT_TRUE(writeFile("/p/new", "n2").ok());
     ASSERT_TRUE(GroupCommit::recover("/p").ok());
@@ -119,29 +75,17 @@ TEST(GroupCommit, DoesNotPutBackWhatWasWrittenAfterTheDecision) {
 }
 
 TEST(GroupCommit, ThatCannotCompleteAnEarlierOneLeavesItDecided) {
-    PowerCutDisk disk;
-    FaultyFiles faulty(disk);
-    const Installed installed(faulty);
-    ASSERT_TRUE(writeFile("/p/a", "a0").ok());
-    for (long at = 0; !GroupCommit::pending("/p"); ++at) {
-        GroupCommit group("/p");
-        faulty.arm(at, FaultyFiles::Span::sameForEver);
-        (void)group.write("a", "a1");
-        (void)group.commit();
-        faulty.disarm();
-    }
-    const PowerCutDisk decided = disk;
+    const PowerCutDisk found = decided({{"/p/a", "a0"}}, {{"a", "a1"}});
     int failed = 0;
     for (long at = 0, struck = 1; struck; ++at) {
-        disk = decided;
-        GroupCommit second("/p");
-        ASSERT_TRUE(second.write("b", "b1").ok());
-        faulty.arm(at, FaultyFiles::Span::once, "Input/output error");
-        const bool saved = second.commit().ok();
-        struck = faulty.struck();
-        faulty.disarm();
+        Bench bench({});
+        bench.disk = found;
+        bench.faulty.arm(at, FaultyFiles::Span::once, "Input/output error");
+        const bool saved = commit({{"b", "b1"}}).ok();
+        struck = bench.faulty.struck();
+        bench.faulty.disarm();
         ASSERT_TRUE(GroupCommit::recover("/p").ok());
-        const FileMap files = withoutBackups(disk);
+        const FileMap files = withoutBackups(bench.disk);
         EXPECT_EQ(files.at("/p/a"), "a1") << at;
         EXPECT_EQ(files.size(), files.contains("/p/b") ? 2u : 1u) << at;
         EXPECT_TRUE(!saved || files.contains("/p/b")) << at;
@@ -179,36 +123,24 @@ protected:
     template <class Work> double tornShare(long cuts, const Work& work) {
         RecordProperty("cuts", std::to_string(cuts));
         std::mt19937 random(20240229);
-        PowerCutDisk start;
-        {
-            const Installed installed(start);
-            EXPECT_TRUE(writeFile("/p/a", before.at("/p/a"), Backup::none).ok());
-            EXPECT_TRUE(writeFile("/p/e/b", before.at("/p/e/b"), Backup::none).ok());
-        }
+        PowerCutDisk start = Bench(before).disk;
         start.settle();
-        const std::size_t operations = countOperations(start, work);
+        Bench counted(before);
+        EXPECT_TRUE(work());
+        const std::size_t operations = counted.faulty.operations().size();
         long torn = 0;
         for (long i = 0; i < cuts; ++i) {
-            PowerCutDisk disk = start;
-            FaultyFiles running(disk);
-            running.arm(static_cast<long>(random() % (operations + 1)),
-                        FaultyFiles::Span::allForEver);
-            {
-                const Installed installed(running);
-                acknowledged = work();
-            }
-            PowerCutDisk found = disk.afterCut(random);
+            Bench running({});
+            running.disk = start;
+            running.faulty.arm(static_cast<long>(random() % (operations + 1)),
+                               FaultyFiles::Span::allForEver);
+            acknowledged = work();
+            PowerCutDisk found = running.disk.afterCut(random);
             const Installed installed(found);
             if (!GroupCommit::recover("/p").ok() || !whole(withoutBackups(found)))
                 ++torn;
         }
         return static_cast<double>(torn) / static_cast<double>(cuts);
-    }
-    template <class Work> std::size_t countOperations(PowerCutDisk disk, const Work& work) {
-        FaultyFiles counted(disk);
-        const Installed installed(counted);
-        EXPECT_TRUE(work());
-        return counted.operations().size();
     }
     bool whole(const FileMap& files) const {
         return files == after || (files == before && !acknowledged);
@@ -221,35 +153,24 @@ protected:
 
 TEST_F(PowerCut, NeverTearsASingleWrite) {
     after["/p/a"] = std::string(5000, 'A');
-    EXPECT_EQ(tornShare(test::rounds(20'000, 500'000),
-                        [&] { return writeFile("/p/a", after["/p/a"]).ok(); }),
-              0);
+    const auto work = [&] { return writeFile("/p/a", after["/p/a"]).ok(); };
+    EXPECT_EQ(tornShare(rounds(20'000, 500'000), work), 0);
 }
 
 TEST_F(PowerCut, NeverTearsAGroup) {
     after = {{"/p/a", std::string(5000, 'A')}, {"/p/e/c", std::string(100, 'C')}};
-    EXPECT_EQ(tornShare(test::rounds(20'000, 500'000),
-                        [&] {
-                            GroupCommit group("/p");
-                            return group.write("a", after["/p/a"]).ok() &&
-                                   group.write("e/c", after["/p/e/c"]).ok() &&
-                                   group.remove("e/b").ok() && group.commit().ok();
-                        }),
-              0);
+    const Group group{
+        {"a", after["/p/a"].c_str()}, {"e/c", after["/p/e/c"].c_str()}, {"e/b", nullptr}};
+    EXPECT_EQ(tornShare(rounds(20'000, 500'000), [&] { return commit(group).ok(); }), 0);
 }
 
 TEST_F(PowerCut, NeverTearsALargeGroup) {
-    for (int i = 0; i < 12; ++i)
-        after[format("/p/e/%d", i)] = std::string(40, 'x');
-    EXPECT_EQ(tornShare(test::rounds(5'000, 100'000),
-                        [&] {
-                            GroupCommit group("/p");
-                            for (int i = 0; i < 12; ++i)
-                                if (!group.write(format("e/%d", i), std::string(40, 'x')).ok())
-                                    return false;
-                            return group.commit().ok();
-                        }),
-              0);
+    Group group;
+    for (int i = 0; i < 12; ++i) {
+        group.emplace_back(format("e/%d", i), "content");
+        after[format("/p/e/%d", i)] = "content";
+    }
+    EXPECT_EQ(tornShare(rounds(5'000, 100'000), [&] { return commit(group).ok(); }), 0);
 }
 
 TEST_F(PowerCut, TheHarnessCatchesWritersWithoutFlushAndInPlace) {
@@ -267,33 +188,4 @@ TEST_F(PowerCut, TheHarnessCatchesWritersWithoutFlushAndInPlace) {
                                    fileSystem().rename("/p/a.1-1.tmp~", "/p/a").ok();
                         }),
               0.1);
-}
-
-TEST(FolderLock, KeepsASecondWriterOutUntilItGoes) {
-    const TempFolder folder;
-    {
-        Result<FolderLock> first = FolderLock::take(folder.path());
-        ASSERT_TRUE(first.ok());
-        const FolderLock moved = std::move(*first);
-        const Result<FolderLock> second = FolderLock::take(folder.path());
-        EXPECT_EQ(second.status().code(), StatusCode::locked);
-        EXPECT_EQ(second.status().file(), folder.path());
-        EXPECT_EQ(second.status().message(),
-                  "is open for writing in process " + std::to_string(::getpid()));
-    }
-    EXPECT_TRUE(FolderLock::take(folder.path()).ok());
-    EXPECT_EQ(FolderLock::take(folder / "none").status().code(), StatusCode::notFound);
-}
-
-TEST(FolderLock, EndsWithTheProcessThatHeldIt) {
-    const TempFolder folder;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const Result<FolderLock> lock = FolderLock::take(folder.path());
-        ::_exit(lock.ok() ? 7 : 1); // without unlocking
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_EQ(WEXITSTATUS(status), 7);
-    EXPECT_TRUE(FolderLock::take(folder.path()).ok());
 }

@@ -3,12 +3,12 @@
 #include "platform/files/CheckedFile.h"
 #include "platform/files/KVContainerFile.h"
 #include "platform/files/oledb.h"
-#include "tests/support/CommaLocale.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
+#include <zlib.h>
 
 #include <cmath>
 #include <limits>
@@ -48,9 +48,7 @@ void expectSample(const KVContainerFile::Reader& reader) {
     EXPECT_EQ(reader.getAttribute("odd \\name"), " text\n\\n ");
     EXPECT_EQ(reader.getIntAttribute("ModTime"), 1700000000);
     EXPECT_EQ(reader.getIntAttribute("Size", 4), 4);
-    EXPECT_EQ(reader.getIntAttribute("absent", 5), 5);
     EXPECT_FALSE(reader.hasAttribute("size"));
-    EXPECT_EQ(reader.getFieldIndex("Time"), 2);
     EXPECT_EQ(reader.getFieldIndex("ID"), -1);
     ASSERT_EQ(reader.getNumItems(), 3u);
     EXPECT_EQ(reader.getText(0, 0), "E0000000000001");
@@ -62,7 +60,7 @@ void expectSample(const KVContainerFile::Reader& reader) {
     EXPECT_EQ(reader.getDouble(1, 2, 7), 7);
     EXPECT_EQ(reader.getDouble(1, 3), std::numeric_limits<double>::infinity());
     EXPECT_EQ(reader.getText(2, 0).size(), 300u);
-    EXPECT_EQ(reader.getText(0, 2, "kind"), "kind"); // a number
+    EXPECT_EQ(reader.getText(0, 2, "a number"), "a number");
     EXPECT_EQ(reader.getDouble(0, 0, 3), 3);
     for (const int field : {-1, 4, 64})
         EXPECT_EQ(reader.getText(0, field, "no field"), "no field");
@@ -80,28 +78,6 @@ oledb sampleTable() {
     table.addRecord();
     table.setField(1, "näme");
     return table;
-}
-
-// Damages `bytes` at every place, in every bit and by every truncation.
-void expectEveryDamageIsNoticed(const std::string& bytes,
-                                const std::function<Status(const std::string&)>& read) {
-    ASSERT_TRUE(read(bytes).ok());
-    const auto check = [&](const std::string& damaged, std::size_t at) {
-        const Status status = read(damaged);
-        ASSERT_EQ(status.code(), StatusCode::damaged) << at;
-        EXPECT_FALSE(status.file().empty()) << at;
-        EXPECT_FALSE(status.message().empty()) << at;
-        EXPECT_LE(static_cast<std::size_t>(status.line()), bytes.size() + 1) << at;
-    };
-    for (std::size_t at = 0; at < bytes.size(); ++at) {
-        check(bytes.substr(0, at), at);
-        for (int bit = 0; bit < 8; ++bit) {
-            std::string flipped = bytes;
-            flipped[at] = static_cast<char>(flipped[at] ^ (1 << bit));
-            check(flipped, at);
-        }
-    }
-    check(bytes + "x", bytes.size());
 }
 
 } // namespace
@@ -126,87 +102,51 @@ TEST(CheckedFile, RoundTripsAndTellsWhatItIs) {
     EXPECT_EQ(CheckedFile::load(folder / "y", "edit", 3).status().code(), StatusCode::notFound);
 }
 
-// A bit at a time, as the standard defines it.
-std::uint32_t slowChecksum(std::string_view data, std::uint32_t before) {
-    std::uint32_t rest = ~before;
-    for (const char c : data) {
-        rest ^= static_cast<unsigned char>(c);
-        for (int bit = 0; bit < 8; ++bit)
-            rest = (rest >> 1) ^ ((rest & 1) != 0 ? 0xEDB88320u : 0u);
-    }
-    return ~rest;
-}
-
 TEST(CheckedFile, HasTheStandardChecksumWhateverTheLengthAndPlace) {
     std::string bytes(600, '\0');
     for (std::size_t i = 0; i < bytes.size(); ++i)
         bytes[i] = static_cast<char>(i * i * 31 + i / 7);
     EXPECT_EQ(checksum("123456789"), 0xCBF43926u);
-    for (std::size_t size = 0; size + 3 < bytes.size(); ++size) {
-        const std::string_view part = std::string_view(bytes).substr(size % 3, size);
+    for (unsigned size = 0; size + 3 < bytes.size(); ++size) {
+        const char* const start = bytes.data() + size % 3;
         const auto before = static_cast<std::uint32_t>(size * 0x01234567u);
-        ASSERT_EQ(checksum(part, before), slowChecksum(part, before)) << size;
+        ASSERT_EQ(checksum({start, size}, before),
+                  ::crc32(before, reinterpret_cast<const Bytef*>(start), size));
     }
-}
-
-TEST(CheckedFile, NoticesEveryTruncationAndFlippedBit) {
-    expectEveryDamageIsNoticed(CheckedFile::wrap("edit", 3, "payload\n"), [](const auto& bytes) {
-        return CheckedFile::open(bytes, "edit", 3, "f").status();
-    });
 }
 
 TEST(ByteStream, GivesBackEveryValueAndFailsOnceAtTheEnd) {
     ByteWriter out;
-    const std::uint64_t varints[] = {0, 127, 128, 16383, 16384, UINT64_MAX};
-    for (const std::uint64_t value : varints)
-        out.varint(value);
-    out.u8(255);
-    out.u32(0x01020304);
     out.i64(INT64_MIN);
     out.f64(-0.0);
     out.text("text");
+    for (const std::uint64_t value : {127ull, 128ull, 16384ull, ~0ull})
+        out.varint(value);
     ByteReader in(out.bytes());
-    for (const std::uint64_t value : varints)
-        EXPECT_EQ(in.varint(), value);
-    EXPECT_EQ(in.u8(), 255);
-    EXPECT_EQ(in.u32(), 0x01020304u);
     EXPECT_EQ(in.i64(), INT64_MIN);
     EXPECT_TRUE(std::signbit(in.f64()));
     EXPECT_EQ(in.text(), "text");
+    for (const std::uint64_t value : {127ull, 128ull, 16384ull, ~0ull})
+        EXPECT_EQ(in.varint(), value);
     EXPECT_TRUE(in.ok() && in.atEnd());
     EXPECT_EQ(in.u32(), 0u);
     EXPECT_FALSE(in.ok());
-    EXPECT_EQ(in.position(), out.bytes().size());
     EXPECT_EQ(in.damage("f", 100, "why").line(), static_cast<long>(100 + out.bytes().size()));
-    for (const std::string& bad : {std::string(10, '\xFF'), std::string("\x7F") + "short"}) {
-        ByteReader reader(bad);
-        EXPECT_EQ(reader.count(1), 0u);
-        EXPECT_EQ(reader.text(), "");
-        EXPECT_FALSE(reader.ok());
-    }
 }
 
-TEST(ContainerFile, RoundTripsAndSavesTheSameBytesAgain) {
+TEST(ContainerFile, IsSavedAndReadAsTheFirstVersionWas) {
     const TempFolder folder;
     const std::string path = folder / "G0000000000001.bin";
     ASSERT_TRUE(sampleWriter().save(toWide(path)).ok());
+    EXPECT_EQ(readFile(path).value(),
+              readFile(CUTROOM_TEST_DATA "/formats/container-1.bin").value());
     expectSample(KVContainerFile::Reader(toWide(path)));
-    EXPECT_EQ(readFile(path).value(), sampleWriter().bytes());
-    const test::CommaLocale locale;
-    ASSERT_TRUE(locale.active());
-    EXPECT_EQ(readFile(path).value(), sampleWriter().bytes());
     expectSample(KVContainerFile::Reader(path));
-}
-
-TEST(ContainerFile, OfTheFirstVersionStillLoads) {
-    const std::string path = CUTROOM_TEST_DATA "/formats/container-1.bin";
-    expectSample(KVContainerFile::Reader(path));
-    EXPECT_EQ(sampleWriter().bytes(), readFile(path).value());
 }
 
 TEST(ContainerFile, KeepsWhatTheWriterDoesNotKnow) {
     constexpr KVContainerFile::ItemField kLaterFields[] = {
-        {"Cookie", 'a'}, {"Colour", 'z'}, {"Time", 'f'}, {"Weight", 'f'}, {nullptr, 0}};
+        {"Cookie", 'a'}, {"Colour", 'z'}, {"Time", 'f'}, {nullptr, 0}};
     const TempFolder folder;
     KVContainerFile::Writer later(kLaterFields);
     later.setPermanent(true);
@@ -217,7 +157,6 @@ TEST(ContainerFile, KeepsWhatTheWriterDoesNotKnow) {
         later.setField(1, std::string("colour of ") + cookie);
         later.setField(2, 1.0);
     }
-    later.setField(3, 2.5);
     ASSERT_TRUE(later.save(folder / "bin").ok());
 
     const KVContainerFile::Reader old(folder / "bin");
@@ -233,13 +172,11 @@ TEST(ContainerFile, KeepsWhatTheWriterDoesNotKnow) {
     EXPECT_TRUE(reader.getPermanent());
     EXPECT_EQ(reader.getAttribute("Size"), "(1,2)");
     EXPECT_EQ(reader.getAttribute("Mood"), "blue");
-    const int colour = reader.getFieldIndex("Colour");
-    EXPECT_EQ(reader.getText(0, colour), "colour of E3");
-    EXPECT_EQ(reader.getDouble(0, reader.getFieldIndex("Weight")), 2.5);
     EXPECT_EQ(reader.getDouble(0, reader.getFieldIndex("Time")), 7.0);
-    EXPECT_EQ(reader.getText(1, colour, "none"), "none");
-    EXPECT_EQ(reader.getText(2, colour), "colour of E1");
-    EXPECT_EQ(writer.bytes(), readFile(folder / "bin").value());
+    std::vector<std::string> colours;
+    for (const std::size_t item : {0, 1, 2})
+        colours.emplace_back(reader.getText(item, reader.getFieldIndex("Colour"), "none"));
+    EXPECT_THAT(colours, testing::ElementsAre("colour of E3", "none", "colour of E1"));
 }
 
 TEST(ContainerFile, ThatCannotBeReadAnswersAsEmpty) {
@@ -247,7 +184,6 @@ TEST(ContainerFile, ThatCannotBeReadAnswersAsEmpty) {
     EXPECT_FALSE(none.valid());
     EXPECT_EQ(none.status().code(), StatusCode::notFound);
     EXPECT_EQ(none.getName(), "");
-    EXPECT_FALSE(none.getPermanent());
     EXPECT_EQ(none.getNumItems(), 0u);
     EXPECT_EQ(none.getText(0, 0, "x"), "x");
     EXPECT_FALSE(KVContainerFile::Reader(L"\xD800").valid());
@@ -255,10 +191,24 @@ TEST(ContainerFile, ThatCannotBeReadAnswersAsEmpty) {
 }
 
 TEST(ContainerFile, NoticesEveryTruncationAndFlippedBit) {
-    expectEveryDamageIsNoticed(sampleWriter().bytes(), [](const std::string& bytes) {
+    const std::string bytes = sampleWriter().bytes();
+    const auto expectRefused = [&](const std::string& damaged) {
         RecordFile table;
-        return table.parse(bytes, kContainerKind, "f");
-    });
+        const Status status = table.parse(damaged, kContainerKind, "f");
+        ASSERT_EQ(status.code(), StatusCode::damaged) << damaged;
+        EXPECT_EQ(status.file(), "f");
+        EXPECT_FALSE(status.message().empty());
+        EXPECT_LE(static_cast<std::size_t>(status.line()), bytes.size() + 1);
+    };
+    for (std::size_t at = 0; at < bytes.size(); ++at) {
+        expectRefused(bytes.substr(0, at));
+        for (int bit = 0; bit < 8; ++bit) {
+            std::string flipped = bytes;
+            flipped[at] = static_cast<char>(flipped[at] ^ (1 << bit));
+            expectRefused(flipped);
+        }
+    }
+    expectRefused(bytes + "x");
 }
 
 TEST(ContainerFile, RefusesPayloadsThatOnlyTheChecksumFits) {
@@ -295,17 +245,6 @@ TEST(ContainerFile, RefusesPayloadsThatOnlyTheChecksumFits) {
     EXPECT_FALSE(table.parse(CheckedFile::wrap("t", 1, fields + "records 0\n\n"), "t", "f").ok());
 }
 
-TEST(ContainerFile, TakesAtMost64BytesAnItem) {
-    KVContainerFile::Writer writer(kFields);
-    for (int i = 0; i < 1000; ++i) {
-        writer.addItem("E0123456789ABC");
-        writer.setField(1, "(1234.5678,-1234.5678)");
-        writer.setField(2, i * 0.1);
-        writer.setField(3, -1.0);
-    }
-    EXPECT_LE(writer.bytes().size(), 1000u * 64);
-}
-
 TEST(ContainerFile, TakesItsCookieFromTheFileName) {
     const Cookie bin('G', 12345), strip('V', 7, 2);
     const struct {
@@ -325,9 +264,11 @@ TEST(ContainerFile, TakesItsCookieFromTheFileName) {
         EXPECT_EQ(KVContainerFile::getCookieFromFilename(row.name), row.cookie) << toUtf8(row.name);
 }
 
-TEST(RecordTable, RoundTrips) {
+TEST(RecordTable, IsSavedAndReadAsTheFirstVersionWas) {
     const TempFolder folder;
     ASSERT_TRUE(sampleTable().save(toWide(folder / "cache.odb")).ok());
+    EXPECT_EQ(readFile(folder / "cache.odb").value(),
+              readFile(CUTROOM_TEST_DATA "/formats/table-1.odb").value());
     oledb table;
     ASSERT_TRUE(table.open(toWide(folder / "cache.odb")).ok());
     EXPECT_EQ(table.getParameter("Version"), "6");
@@ -349,58 +290,39 @@ TEST(RecordTable, RoundTrips) {
     EXPECT_EQ(table.getNumRecords(), 0u);
 }
 
-TEST(RecordTable, OfTheFirstVersionStillLoads) {
-    const std::string path = CUTROOM_TEST_DATA "/formats/table-1.odb";
-    const TempFolder folder;
-    oledb table;
-    ASSERT_TRUE(table.open(path).ok());
-    EXPECT_EQ(table.getField(1, 1), "näme");
-    ASSERT_TRUE(table.save(folder / "again").ok());
-    EXPECT_EQ(readFile(folder / "again").value(), readFile(path).value());
-}
-
-TEST(RecordTable, NoticesEveryTruncationAndFlippedBit) {
-    const TempFolder folder;
-    ASSERT_TRUE(sampleTable().save(folder / "t").ok());
-    expectEveryDamageIsNoticed(readFile(folder / "t").value(), [](const std::string& bytes) {
-        RecordFile table;
-        return table.parse(bytes, kTableKind, "f");
-    });
-}
-
 TEST(RecordFileProperty, WhatIsSavedIsLoadedAndSavedAgainAsTheSameBytes) {
-    EXPECT_TRUE(rc::check([](const std::vector<std::vector<std::string>>& rows,
-                             const std::map<std::string, std::string>& attributes) {
-        RecordFile table;
+    constexpr std::size_t kFieldsOfEach = 10;
+    const auto isText = [](std::size_t field) { return field % 3 != 0; };
+    EXPECT_TRUE(rc::check([&](const std::vector<std::vector<std::string>>& rows,
+                              const std::map<std::string, std::string>& attributes) {
+        RecordFile table, again;
         for (const auto& [name, text] : attributes)
             table.setAttribute(name, text);
-        for (int i = 0; i < 10; ++i)
-            table.addField("field " + std::to_string(i), i % 3 ? kTextField : kDoubleField);
+        for (std::size_t i = 0; i < kFieldsOfEach; ++i)
+            table.addField("field " + std::to_string(i), isText(i) ? kTextField : kDoubleField);
         for (const auto& row : rows) {
             table.addRecord();
-            for (std::size_t i = 0; i < std::min<std::size_t>(row.size(), 10); ++i) {
-                if (i % 3)
-                    table.setText(static_cast<int>(i), row[i]);
+            for (std::size_t i = 0; i < std::min(row.size(), kFieldsOfEach); ++i)
+                if (const int field = static_cast<int>(i); isText(i))
+                    table.setText(field, row[i]);
                 else
-                    table.setDouble(static_cast<int>(i), static_cast<double>(row[i].size()));
-            }
+                    table.setDouble(field, static_cast<double>(row[i].size()));
         }
-        const std::string bytes = table.bytes("t");
-        RecordFile again;
-        RC_ASSERT(again.parse(bytes, "t", "f").ok());
-        RC_ASSERT(again.bytes("t") == bytes);
+        RC_ASSERT(again.parse(table.bytes("t"), "t", "f").ok());
+        RC_ASSERT(again.bytes("t") == table.bytes("t"));
         RC_ASSERT(again.size() == rows.size());
         for (const auto& [name, text] : attributes)
             RC_ASSERT(*again.attribute(name) == text);
         for (std::size_t i = 0; i < rows.size(); ++i)
-            for (std::size_t j = 0; j < 10; ++j) {
+            for (std::size_t j = 0; j < kFieldsOfEach; ++j) {
                 const int field = static_cast<int>(j);
-                const bool there = j < rows[i].size();
-                if (j % 3)
-                    RC_ASSERT(again.text(i, field, "-") == (there ? rows[i][j] : "-"));
+                const std::optional<std::string> set =
+                    j < rows[i].size() ? std::optional(rows[i][j]) : std::nullopt;
+                if (isText(j))
+                    RC_ASSERT(again.text(i, field, "-") == set.value_or("-"));
                 else
                     RC_ASSERT(again.number(i, field, -1) ==
-                              (there ? static_cast<double>(rows[i][j].size()) : -1));
+                              (set ? static_cast<double>(set->size()) : -1));
             }
     }));
 }
