@@ -167,6 +167,9 @@ Kv::Ptr<Aud::SimpleMixState> Edit::getAudioMix() const {
 
 void Edit::setAudioMix(const Kv::Ptr<Aud::SimpleMixState>& mix) {
     const Lock lock(*this);
+    const Kv::Ptr<Aud::SimpleMixState>& old = impl_->state.mix;
+    if (old == mix || (old && mix && *old == *mix))
+        return;
     impl_->state.mix = mix;
     impl_->record(kModAudioMix);
 }

@@ -122,11 +122,13 @@ TEST(CelTest, eventsAreAppendedInPairs) {
     ASSERT_TRUE(cel.addEvent(out).ok());
     in.time = 50;
     EXPECT_FALSE(cel.addEvent(in).ok()) << "before the end";
-    in.time = 150;
-    out.time = 200;
-    ASSERT_TRUE(cel.addEvent(in, {L"late", {}, {}, {}}).ok() && cel.addEvent(out).ok());
-    EXPECT_EQ(cel.numSegments(), 3u) << "black lies between";
-    EXPECT_EQ(cel.getSegment(2).detail.name, L"late");
+    for (const Flicks time : {100, 300}) { // at the end, and after black
+        in.time = time;
+        out.time = time + 100;
+        ASSERT_TRUE(cel.addEvent(in, {L"late", {}, {}, {}}).ok() && cel.addEvent(out).ok());
+    }
+    EXPECT_EQ(cel.numSegments(), 4u);
+    EXPECT_EQ(cel.getSegment(3).detail.name, L"late");
 }
 
 TEST(CelTest, quantisingMovesPointsToFramesAndDropsWhatVanishes) {

@@ -69,6 +69,8 @@ TEST_F(Module, PlainMarksNeverStandInTheWrongOrderButAdvancedOnesMay) {
         EXPECT_EQ(module.getMark(v1_, In), 5);
         EXPECT_EQ(module.getMark(v1_, Out), advanced ? 2 : kNoTime);
         EXPECT_EQ(module.getMarkedRegion().getStart(), advanced ? 2 : edit_->getEndTime());
+        module.markAllAt(5, Out, advanced);
+        EXPECT_EQ(module.getMarkedRegion(), TimeRange(5, 5));
     }
 }
 

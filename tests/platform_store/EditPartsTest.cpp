@@ -1,5 +1,6 @@
 // The parts of an edit that stand by themselves: configuration, labels, changes, layouts.
 #include "platform/store/BurntIn.h"
+#include "platform/store/ChannelGroups.h"
 #include "platform/store/EditLabel.h"
 #include "platform/store/EditModifications.h"
 #include "platform/store/configb.h"
@@ -53,6 +54,8 @@ TEST(EditLabel, MovesByWholeFramesAndRefusesForeignNumbers) {
     label.adjustByTime(2.01);
     EXPECT_EQ(label.get_abs_posn(3), 51);
     EXPECT_FALSE(label.timeOf("00:00:00:24") || EditLabel().is_valid());
+    for (const char* bad : {"", "7", "0+16", "0+-1", "+3"})
+        EXPECT_FALSE(EditLabel(kLabelFeet, {2, 1}, label.format(), 0).timeOf(bad)) << bad;
     EXPECT_EQ(EditLabel().pointAt(1).asString(), "");
     EXPECT_EQ(label.pointAt(kNoTime).asString(), "");
     constexpr auto kLast = std::numeric_limits<std::int64_t>::max();
@@ -62,6 +65,17 @@ TEST(EditLabel, MovesByWholeFramesAndRefusesForeignNumbers) {
     EXPECT_EQ(label.pointAt(1).asString(), label.pointAt(0).asString());
     label.set_abs_posn(-kLast - 1);
     EXPECT_FALSE(label.timeOf("00:00:00:00"));
+}
+
+TEST(ChannelGroups, AChannelIsInOneGroupAndGroupsOfOneGo) {
+    const IdStamp a(1, 0, 0), b(2, 0, 0), c(3, 0, 0);
+    ChannelGroupList groups;
+    groups.addGroup({a, b});
+    groups.addGroup({b, c});
+    ASSERT_EQ(groups.size(), 1U);
+    EXPECT_THAT(groups.getGroupContents(0), ElementsAre(b, c));
+    groups.removeChannel(c);
+    EXPECT_TRUE(groups.size() == 0 && groups.getGroupContents(7).empty());
 }
 
 TEST(EditModifications, UnitesKindsAndKeepsDetailsInOrder) {
