@@ -45,7 +45,7 @@ TEST(MatchRecord, decidesByTheMethod) {
           Row{A::scene, M::equals, "12a", true}, Row{A::scene, M::equals, "12", false},
           Row{A::scene, M::differs, "12a", false}, Row{A::name, M::startsWith, "harbour", true},
           Row{A::name, M::endsWith, "harbour", false}, Row{A::name, M::wholeWord, "dawn", true},
-          Row{A::take, M::lessThan, "10", true}, Row{A::scene, M::lessThan, "9", true},
+          Row{A::take, M::lessThan, "10", true}, Row{A::scene, M::greaterThan, "0", true},
           Row{A::created, M::greaterThan, "999.5", true},
           Row{A::duration, M::greaterThan, "10", false},
           Row{A::mediaLocation, M::contains, "raid/harb", true},
