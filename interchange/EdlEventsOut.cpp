@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 #include <tuple>
+#include <utility>
 
 namespace cutroom {
 
@@ -146,6 +147,28 @@ auto identityOf(const EdlEventOut& event) {
 }
 
 } // namespace
+
+std::vector<std::string> EdlLosses::text() const {
+    const std::pair<long, const char*> kinds[] = {
+        {tracks, "tracks that an edit list cannot hold left out"},
+        {disabled, "disabled clips left out"},
+        {nested, "nested edits, written as clips"},
+        {effects, "clips with effects that an edit list cannot say"},
+        {transitions, "transitions of kinds that an edit list lacks, written as dissolves"},
+        {shortened, "transitions longer than the clip they lead to, shortened"},
+        {wrapped, "sources that start before 00:00:00:00 or after a day, whose timecode wraps"},
+        {rates, "sources at another frame rate than the edit, which an edit list cannot say"},
+        {reels, "reels cut to eight characters of A-Z, 0-9 and _, told in full below the event"},
+        {lasting, "markers that last, written as points"},
+        {colours, "marker colours, written as the nearest known"},
+        {fields, "values of fields of markers left out"},
+    };
+    std::vector<std::string> all;
+    for (const auto& [times, what] : kinds)
+        if (times > 0)
+            all.push_back(std::string(what) + ": " + toText(static_cast<long long>(times)));
+    return all;
+}
 
 std::string_view edlFacts(const Item& item) { return importedMember(item.metadata, "edl"); }
 

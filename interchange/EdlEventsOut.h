@@ -31,12 +31,21 @@ struct EdlEventOut {
 
 // What could not be listed as it is.
 struct EdlLosses {
+    long tracks = 0;
     long disabled = 0;
     long nested = 0;
     long effects = 0;
     long transitions = 0; // of kinds that a list does not have
     long shortened = 0;   // transitions
-    long tracks = 0;
+    long wrapped = 0;     // sources that start before 00:00:00:00 or a day later
+    long rates = 0;       // sources at another rate than the record
+    long reels = 0;       // shortened
+    long lasting = 0;     // markers
+    long colours = 0;     // of markers, not known
+    long fields = 0;      // of markers
+
+    // Each kind that there is, with its number.
+    std::vector<std::string> text() const;
 };
 
 // The events of the tracks with these numbers, by record time. Events of several tracks that agree

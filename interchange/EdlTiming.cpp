@@ -138,6 +138,15 @@ std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::Fr
     return {};
 }
 
+Kv::FrameRate edlRateRead(const TimecodeFormat& written) noexcept {
+    if (written.dropFrame)
+        return written.rate;
+    for (const int nominal : kNominals)
+        if (nominal >= written.rate.nominal())
+            return Kv::FrameRate(nominal);
+    return {};
+}
+
 std::int64_t EdlPlaces::fromFirst(const EdlLabel& label, const EdlClock& clock) const noexcept {
     auto frame = clock.record(label);
     if (overMidnight && frame < clock.day() / 2)

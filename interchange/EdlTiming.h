@@ -4,6 +4,7 @@
 
 #include "interchange/EdlList.h"
 #include "interchange/Timeline.h"
+#include "platform/base/Timecode.h"
 
 #include <optional>
 #include <string>
@@ -29,6 +30,10 @@ struct EdlClock {
 std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::FrameRate> given,
                                        EdlClock& clock, std::vector<std::string>& warnings,
                                        long& line);
+
+// The rate that a list which counts so is taken for where nobody tells: drop frame says its own,
+// otherwise the lowest usual one with these labels; no rate when none has them.
+Kv::FrameRate edlRateRead(const TimecodeFormat& written) noexcept;
 
 // An event in frames of the record, counted on over midnight.
 struct EdlPlace {

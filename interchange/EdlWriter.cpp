@@ -91,11 +91,12 @@ private:
     }
 
     // Drop frame is a matter of labels alone, of whole rates too where the list says so.
+    static TimecodeFormat labelled(const TimecodeFormat& format) {
+        const Kv::FrameRate dropped(format.rate.nominal() * 1000, 1001);
+        return {format.dropFrame ? dropped : format.rate, format.dropFrame};
+    }
     static std::string sourceText(std::int64_t frame, const TimecodeFormat& format) {
-        const int nominal = format.rate.nominal();
-        return timecodeText(frame,
-                            {format.dropFrame ? Kv::FrameRate(nominal * 1000, 1001) : format.rate,
-                             format.dropFrame});
+        return timecodeText(frame, labelled(format));
     }
 
     // The media time at a place of an item.
@@ -105,7 +106,7 @@ private:
         return item.sourceStart + std::llround(static_cast<double>(at - item.start) * item.speed);
     }
 
-    std::string timecodes(const EdlEventOut& each) const {
+    std::string timecodes(const EdlEventOut& each) {
         const std::string records = record(each.recordIn) + ' ' + record(each.recordOut);
         if (!each.item) {
             if (isRecord(each.facts, each.recordIn, each.recordOut))
@@ -120,6 +121,8 @@ private:
             frames(sourceAt(item, rate_.frameToFlicks(each.recordIn)), format.rate);
         if (isWritten(each))
             return importedText(each.facts, "timecodes");
+        losses_.wrapped += in < 0 || in >= framesPerDay(labelled(format));
+        losses_.rates += format.rate != rate_;
         return sourceText(in, format) + ' ' + sourceText(sourceOut(each, in, format), format) +
                ' ' + records;
     }
@@ -442,24 +445,15 @@ private:
         comment(edlOneLine(text));
     }
 
-    std::vector<std::string> warnings() const {
-        std::vector<std::string> all;
-        const auto say = [&](long times, const char* what) {
-            if (times > 0)
-                all.push_back(std::string(what) + ": " + toText(static_cast<long long>(times)));
-        };
-        say(losses_.tracks, "tracks that an edit list cannot hold left out");
-        say(losses_.disabled, "disabled clips left out");
-        say(losses_.nested, "nested edits, written as clips");
-        say(losses_.effects, "clips with effects that an edit list cannot say");
-        say(losses_.transitions, "transitions of kinds that an edit list lacks, written as "
-                                 "dissolves");
-        say(losses_.shortened, "transitions longer than the clip they lead to, shortened");
-        say(static_cast<long>(reels_.shortened()),
-            "reels cut to eight characters of A-Z, 0-9 and _, told in full below the event");
-        say(markers_.lasting(), "markers that last, written as points");
-        say(markers_.colours(), "marker colours, written as the nearest known");
-        say(markers_.fields(), "values of fields of markers left out");
+    std::vector<std::string> warnings() {
+        losses_.reels = static_cast<long>(reels_.shortened());
+        losses_.lasting = markers_.lasting();
+        losses_.colours = markers_.colours();
+        losses_.fields = markers_.fields();
+        std::vector<std::string> all = losses_.text();
+        if (const Kv::FrameRate read = edlRateRead(record_); read != rate_)
+            all.push_back("an edit list cannot say its frame rate, " + rate_.asString() +
+                          (read.valid() ? "; who is not told takes " + read.asString() : ""));
         if (number_ > kNumbered)
             all.push_back(format("%zu events; old programs read numbers up to 999", number_));
         return all;
