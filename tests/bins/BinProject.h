@@ -34,13 +34,16 @@ protected:
         guard_ = BinManager::instance().registerNotification(
             makeCallback<NotifyMsg>([this](const NotifyMsg& message) { hear(message); }),
             BinManager::instance().changeMsgType());
+        openProject(access);
+        told_.clear();
+    }
+    void openProject(CurrentProject::Access access = CurrentProject::Access::readWrite) {
         project_.emplace(*host_);
         const Status opened =
             project_->open(folder_ / "film", access, CurrentProject::IfMissing::create);
         EXPECT_TRUE(opened.ok()) << opened.text();
-        told_.clear();
     }
-    // Ends it; a kill leaves undone what a close does.
+    // Ends it.
     void end() {
         guard_.reset();
         if (project_) {

@@ -47,7 +47,7 @@ protected:
             const auto which = random() % kOfEach;
             const Cookie asset('G', 1000 + random() % 5);
             const Kv::Ptr<BinData> bin = bins().getData(ids_[which]);
-            switch (random() % 5) {
+            switch (random() % 6) {
             case 0:
                 bin->add(asset);
                 ++binsChanged_;
@@ -61,6 +61,11 @@ protected:
             case 3:
                 othersChanged_ += documents_[which]->setName(std::to_wstring(random()));
                 break;
+            case 4: // no two alike
+                documents_[which]->setLocations(
+                    {std::to_wstring(i * kThreads + static_cast<int>(seed)), L"/x.pdf"});
+                ++othersChanged_;
+                break;
             default:
                 othersChanged_ += groups_[which]->setName(std::to_wstring(random()));
             }
@@ -72,6 +77,7 @@ protected:
         while (!done_) {
             EXPECT_TRUE(bins().saveAll().ok());
             EXPECT_TRUE(DocumentManager::instance().saveAll().ok());
+            EXPECT_TRUE(DocumentManager::instance().findDocumentReferringToFile(L"/x.pdf"));
             EXPECT_TRUE(AssetAssociationGroupManager::instance().flushChanges().ok());
             const Kv::Ptr<BinData> bin = bins().getData(ids_[random() % kOfEach]);
             EXPECT_TRUE(bins().reload(bin->getID()).ok());
@@ -113,6 +119,12 @@ TEST_F(BinThreads, EveryChangeIsToldAndSavedWhateverOthersDo) {
     EXPECT_TRUE(bins().saveAll().ok());
     for (const Cookie& id : ids_)
         EXPECT_EQ(BinSummary(BinData(id)).name, bins().getSummary(id).name);
+    EXPECT_TRUE(DocumentManager::instance().saveAll().ok());
+    for (const Kv::Ptr<Document>& document : documents_) {
+        JSON::Builder text;
+        document->write(text);
+        EXPECT_EQ(bytesOf(cutroom::toUtf8(getFilenameForCookie(document->getID()))), text.text());
+    }
 }
 
 } // namespace

@@ -73,16 +73,12 @@ protected:
     std::string path(const std::string& name) const {
         return folder_.path() + "/p" + (name.empty() ? "" : "/" + name);
     }
-    static std::string contentOf(const std::string& file) {
-        const auto content = readFile(file);
-        return content ? *content : "(" + content.status().message() + ")";
-    }
     static std::string golden(const std::string& name) {
-        return contentOf(std::string(CUTROOM_TEST_DATA) + "/" + name);
+        return bytesOf(std::string(CUTROOM_TEST_DATA) + "/" + name);
     }
     static void put(const std::string& file, const std::string& content) {
-        ASSERT_TRUE(makeFolders(folderOf(file)).ok());
-        ASSERT_TRUE(writeFile(file, content, Backup::none).ok());
+        std::filesystem::create_directories(folderOf(file));
+        putBytes(file, content);
     }
     // Lets each file operation of `work` fail in turn, until one run of it meets no failure; each
     // run follows `prepare` and is followed by `check`, which is given what `work` gave.
