@@ -1,6 +1,7 @@
 #include "filters/FieldIndex.h"
 
 #include "platform/project/ProjDb.h"
+#include "platform/project/ProjDbFields.h"
 
 #include <algorithm>
 #include <utility>
@@ -26,9 +27,8 @@ void FieldIndex::prepare() {
     if (state_.ready() || !state_.begin())
         return;
     Tables made;
-    projdb::forEach({"cookie", field_}, [&](const std::vector<std::string>& texts) {
-        if (!texts[1].empty())
-            enter(made, Cookie(texts[0]), valuesOf(texts[1]));
+    projdb::forEachHaving(field_, [&](const Cookie& asset, const std::string& text) {
+        enter(made, asset, valuesOf(text));
         return true;
     });
     const ChangeLock oneAtATime;

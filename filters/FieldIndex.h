@@ -14,8 +14,8 @@
 
 namespace cutroom {
 
-// Made in one pass over the field at the first look; follows the changes of the database from then
-// on. About 200 bytes for each asset that has a value. Any thread, as `FilterBinData`.
+// Made in one pass over the assets that have a text there at the first look; follows the changes of
+// the database from then on. About 200 bytes for each of them. Any thread, as `FilterBinData`.
 class FieldIndex {
 public:
     // Values that came to be, and values that no asset has any longer.

@@ -2,6 +2,7 @@
 
 #include "platform/base/Log.h"
 #include "platform/messaging/NotifyMsgTypeDictionary.h"
+#include "platform/project/ProjDbFields.h"
 #include "platform/project/ProjDbSearch.h"
 #include "platform/project/ProjectDatabase.h"
 
@@ -58,6 +59,14 @@ void forEach(const std::vector<std::string_view>& fields,
                 entry != record.attributes.end() ? entry->second : record.getText(attributes[i]);
         }
         return visit(texts);
+    });
+}
+
+void forEachHaving(std::string_view field,
+                   const std::function<bool(const Cookie& asset, const std::string& text)>& visit) {
+    ProjectDatabase::instance().forEachHaving(field, [&](const Record& record) {
+        const std::string text = record.getField(field);
+        return text.empty() || visit(record.cookie, text);
     });
 }
 

@@ -4,6 +4,7 @@
 #include "platform/base/Log.h"
 #include "platform/files/Files.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace cutroom {
@@ -13,6 +14,18 @@ namespace {
 // Rows read under one hold of the lock.
 constexpr std::size_t kPage = 256;
 constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
+// The fields by which assets are gathered: few have a text in them, and to read all takes long.
+constexpr std::string_view kMarkedFields[] = {"tags", "parent"};
+// Where more than one record of so many has a text, all are read in one go.
+constexpr std::size_t kFewInAll = 4;
+
+// A bit for each marked field in which the record has a text.
+std::uint8_t marksOf(const projdb::Record& record) {
+    unsigned marks = 0;
+    for (std::size_t i = 0; i < std::size(kMarkedFields); ++i)
+        marks |= record.attributes.count(kMarkedFields[i]) != 0 ? 1u << i : 0u;
+    return static_cast<std::uint8_t>(marks);
+}
 
 // Moves a damaged database away together with its log; what the log was about goes with it.
 Status moveDatabaseAside(const std::string& path) {
@@ -122,6 +135,7 @@ projdb::Summary ProjectDatabase::summaryOf(const projdb::Record& record) {
 
 void ProjectDatabase::forgetEntries() {
     entries_.clear();
+    marks_.clear();
     slots_.clear();
     forgetTexts();
     textBytesNeeded_ = 0;
@@ -130,10 +144,12 @@ void ProjectDatabase::forgetEntries() {
 
 void ProjectDatabase::setEntry(Slot slot, Number number, const projdb::Record& record) {
     if (slot == entries_.size()) {
+        marks_.resize(slot + std::size_t{1});
         entries_.emplace_back();
         slots_.insert(record.cookie, slot);
     }
     entries_[slot] = {summaryOf(record), number};
+    marks_[slot] = marksOf(record);
     if (number <= textsUpTo_)
         texts_.put(slot, record);
     ++revision_;
@@ -150,12 +166,17 @@ Status ProjectDatabase::loadEntries() {
 // Closes the gaps of removed records. Texts are read again when they are next asked for.
 void ProjectDatabase::compactEntries() {
     std::vector<Entry> kept;
+    std::vector<std::uint8_t> keptMarks;
     kept.reserve(slots_.size());
-    for (const Entry& entry : entries_)
-        if (entry.number != 0)
-            kept.push_back(entry);
+    keptMarks.reserve(slots_.size());
+    for (std::size_t i = 0; i < entries_.size(); ++i)
+        if (entries_[i].number != 0) {
+            kept.push_back(entries_[i]);
+            keptMarks.push_back(marks_[i]);
+        }
     forgetEntries();
     entries_ = std::move(kept);
+    marks_ = std::move(keptMarks);
     slots_.reserve(entries_.size());
     for (std::size_t i = 0; i < entries_.size(); ++i)
         slots_.insert(entries_[i].summary.cookie, static_cast<Slot>(i));
@@ -230,6 +251,59 @@ void ProjectDatabase::forEach(const std::function<bool(const projdb::Record&)>& 
         }
         if (page.empty())
             return;
+        for (const projdb::Record& record : page)
+            if (isPresent(record.cookie) && !visit(record))
+                return;
+    }
+}
+
+// Nothing where it pays to read all.
+std::optional<std::vector<ProjectDatabase::Number>>
+ProjectDatabase::numbersHaving(std::string_view field) const {
+    const auto known = std::find(std::begin(kMarkedFields), std::end(kMarkedFields), field);
+    if (known == std::end(kMarkedFields))
+        return std::nullopt;
+    const unsigned mark = 1u << (known - std::begin(kMarkedFields));
+    std::vector<Number> numbers;
+    for (std::size_t i = 0; i < entries_.size(); ++i)
+        if (entries_[i].number != 0 && (marks_[i] & mark) != 0)
+            numbers.push_back(entries_[i].number);
+    if (numbers.size() > slots_.size() / kFewInAll)
+        return std::nullopt;
+    return numbers;
+}
+
+Status ProjectDatabase::readPage(const std::vector<Number>& numbers, std::size_t& at,
+                                 std::vector<projdb::Record>& page) {
+    for (const std::size_t end = std::min(numbers.size(), at + kPage); table_ && at < end; ++at) {
+        Result<std::optional<projdb::Record>> record = table_->read(numbers[at]);
+        if (!record)
+            return record.status();
+        if (*record)
+            page.push_back(std::move(**record));
+    }
+    return {};
+}
+
+void ProjectDatabase::forEachHaving(std::string_view field,
+                                    const std::function<bool(const projdb::Record&)>& visit) {
+    std::optional<std::vector<Number>> numbers;
+    {
+        CriticalSection::Lock lock(lock_);
+        numbers = numbersHaving(field);
+    }
+    if (!numbers)
+        return forEach(visit);
+    std::vector<projdb::Record> page;
+    for (std::size_t at = 0; at < numbers->size();) {
+        page.clear();
+        {
+            CriticalSection::Lock lock(lock_);
+            if (!table_)
+                return;
+            if (const Status status = readPage(*numbers, at, page); !status)
+                return logFailure(status);
+        }
         for (const projdb::Record& record : page)
             if (isPresent(record.cookie) && !visit(record))
                 return;

@@ -10,8 +10,10 @@
 #include "platform/project/RecordTable.h"
 #include "platform/project/TextArena.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -55,6 +57,9 @@ public:
     Status removeAll();
 
     void forEach(const std::function<bool(const projdb::Record&)>& visit);
+    // Passes over some or all of the records without a text in the field.
+    void forEachHaving(std::string_view field,
+                       const std::function<bool(const projdb::Record&)>& visit);
     // One step of a search (see projdb::Search::next).
     void searchOn(projdb::Search::State& search, std::vector<projdb::Hit>& found);
 
@@ -84,6 +89,10 @@ private:
     Result<Opened> openTable(const std::string& path, bool readOnly, Status* damage)
         CUTROOM_REQUIRES(lock_);
     Status loadEntries() CUTROOM_REQUIRES(lock_);
+    std::optional<std::vector<Number>> numbersHaving(std::string_view field) const
+        CUTROOM_REQUIRES(lock_);
+    Status readPage(const std::vector<Number>& numbers, std::size_t& at,
+                    std::vector<projdb::Record>& page) CUTROOM_REQUIRES(lock_);
     Status loadTexts() CUTROOM_REQUIRES(lock_);
     void compactEntries() CUTROOM_REQUIRES(lock_);
     void forgetEntries() CUTROOM_REQUIRES(lock_);
@@ -113,6 +122,7 @@ private:
     mutable CriticalSection lock_{LockRank::database};
     std::optional<RecordTable> table_ CUTROOM_GUARDED_BY(lock_); // none: no project
     std::vector<Entry> entries_ CUTROOM_GUARDED_BY(lock_);       // by slot, numbers ascending
+    std::vector<std::uint8_t> marks_ CUTROOM_GUARDED_BY(lock_);  // by slot, see `marksOf`
     CookieTable slots_ CUTROOM_GUARDED_BY(lock_);
     TextArena texts_ CUTROOM_GUARDED_BY(lock_);
     // The texts of the rows up to that number are in memory; from the first search on.
