@@ -141,8 +141,16 @@ iProjectFilter::eVisibility ProjectFilterBase::getVisibility() const {
 
 void ProjectFilterBase::setVisibility(eVisibility visibility) {
     EditorPreferences::setPreference(makePrefKey(), int{visibility});
+    cacheVisibility(visibility);
+}
+
+void ProjectFilterBase::cacheVisibility(eVisibility visibility) {
     const CriticalSection::Lock lock(lock_);
     visibility_ = visibility;
+}
+
+void ProjectFilterBase::writePreference() const {
+    EditorPreferences::setPreference(makePrefKey(), int{getVisibility()});
 }
 
 // --- the file ------------------------------------------------------------------------------------

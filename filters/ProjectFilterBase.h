@@ -57,6 +57,9 @@ protected:
     // Called before results are looked at, without a lock: for heirs that make bins late.
     virtual void prepareResults() const {}
     void setName(LightweightString<wchar_t> name);
+    // The value without the preference, and the preference of the present name and value.
+    void cacheVisibility(eVisibility visibility);
+    void writePreference() const;
     // Replaces, appends, takes out; nothing is told. Heirs that keep results in the face of readers
     // of `getResults` change them on one thread.
     void setResults(FilterBins results);

@@ -182,13 +182,13 @@ ProjectFilterManager::createFilter(const FilterBins& bins, const LightweightStri
                                    iProjectFilter::eVisibility visibility) {
     if (anyNull(bins))
         return {};
-    auto filter = Kv::makePtr<UserFilter>(Cookie::make('F'), name, ownAll(bins));
-    filter->setVisibility(visibility);
+    auto filter = Kv::makePtr<UserFilter>(Cookie::make('F'), name, visibility, ownAll(bins));
     const CriticalSection::Lock whole(filesLock_);
     if (const Status saved = files_->write({filter}); !saved) {
         LogBoth("%s\n", saved.text().c_str());
         return {};
     }
+    filter->writePreference();
     const Writer lock(*this);
     filters_.push_back(filter);
     tell(ContainerBase::kModCreated | ContainerBase::kModUncounted, filter->getID());
@@ -241,6 +241,7 @@ bool ProjectFilterManager::renameFilter(const Kv::Ptr<UserFilter>& filter,
         filter->rename(before);
         return false;
     }
+    filter->writePreference();
     const Writer lock(*this);
     tell(ContainerBase::kModAttribute | ContainerBase::kModUncounted, filter->getID());
     return true;
@@ -251,14 +252,20 @@ bool ProjectFilterManager::setVisibility(const FilterPtr& filter,
     const CriticalSection::Lock whole(filesLock_);
     if (!isListed(filter))
         return false;
-    if (filter->getVisibility() == visibility)
+    const auto before = filter->getVisibility();
+    if (before == visibility)
         return true;
-    filter->setVisibility(visibility);
-    if (const Kv::Ptr<UserFilter> users = asUserFilter(filter))
+    if (const Kv::Ptr<UserFilter> users = asUserFilter(filter)) {
+        users->show(visibility);
         if (const Status saved = files_->write({users}); !saved) {
-            LogBoth("%s\n", saved.text().c_str()); // it stays dirty
+            LogBoth("%s\n", saved.text().c_str());
+            users->show(before);
             return false;
         }
+        users->writePreference();
+    } else {
+        filter->setVisibility(visibility);
+    }
     const Writer lock(*this);
     tell(ContainerBase::kModAttribute | ContainerBase::kModUncounted, filter->getID());
     return true;

@@ -50,8 +50,8 @@ public:
 
     // --- finding: empty when there is none -----------------------------------------------------
     // System filters first, those of the tags last among them, then the user's in the order in
-    // which they were made or read. Looking for tags reads the whole project, once: when the list
-    // is asked for first, or a filter that is not found without.
+    // which they were made or read. What has tags is read once: when the list is asked for first,
+    // or a filter that is not found without.
     Filters getAllFilters() const;
     // The first of that name.
     FilterPtr getFilterByName(const LightweightString<wchar_t>& name) const;
@@ -78,7 +78,8 @@ public:
     // Gives another name, saves and tells 160. False, and it stays as it was, for an empty name,
     // when it is not in the list or cannot be saved (logged).
     bool renameFilter(const Kv::Ptr<UserFilter>& filter, const LightweightString<wchar_t>& name);
-    // Sets and, for one of the user's, saves the visibility, and tells 160.
+    // Sets and, for one of the user's, saves the visibility, and tells 160. False, and it stays as
+    // it was, when it is not in the list or cannot be saved (logged).
     bool setVisibility(const FilterPtr& filter, iProjectFilter::eVisibility visibility);
 
     // --- bins ----------------------------------------------------------------------------------

@@ -49,16 +49,18 @@ constexpr NamedOption kOptions[] = {{"WholeWords", projdb::SearchCriteria::kWhol
 
 void setBit(unsigned& bits, unsigned bit, bool on) { bits = on ? bits | bit : bits & ~bit; }
 
-// The number that, read back as a double, is written as the single-precision value is.
-double asSingle(double value) {
-    char text[32];
-    const auto written = std::to_chars(text, text + sizeof text, static_cast<float>(value));
-    return cutroom::parseDouble({text, static_cast<std::size_t>(written.ptr - text)})
-        .value_or(value);
-}
+// The greatest single-precision value, as its shortest text reads.
+constexpr double kMostSingle = 3.4028235e38;
 
-bool fitsSingle(double value) {
-    return std::fabs(value) <= static_cast<double>(std::numeric_limits<float>::max());
+// The number that, read back as a double, is written as the single-precision value is. What none
+// can hold becomes the greatest, which no extent holds either.
+double asSingle(double value) {
+    constexpr auto kMost = static_cast<double>(std::numeric_limits<float>::max());
+    const double held = value <= kMost ? std::max(value, -kMost) : kMost;
+    char text[32];
+    const auto written = std::to_chars(text, text + sizeof text, static_cast<float>(held));
+    return cutroom::parseDouble({text, static_cast<std::size_t>(written.ptr - text)})
+        .value_or(kMostSingle);
 }
 
 // --- writing -------------------------------------------------------------------------------------
@@ -174,7 +176,7 @@ private:
         if (!found)
             return;
         const std::optional<double> time = found->asDouble();
-        if (time && std::isfinite(*time) && fitsSingle(*time))
+        if (time && std::fabs(*time) <= kMostSingle)
             criteria_.requiredTime = *time;
         else
             fail("RequiredTime", "is out of range");
@@ -264,7 +266,7 @@ void Criteria::addTo(JSON::Builder& object) const {
     object.add("IncludeImages", wants(projdb::kKindImage));
     if (!mediaLocation.empty())
         object.add("MediaLocation", mediaLocation.asString());
-    if (hasRequiredTime() && fitsSingle(requiredTime))
+    if (hasRequiredTime())
         object.add("RequiredTime", asSingle(requiredTime));
     const auto addPresence = [&](const char* key, eItemPresence presence) {
         if (presence != eItemPresence::any)

@@ -146,11 +146,14 @@ SearchResultsFilter::saveCriteria(const LightweightString<wchar_t>& name,
 
 SearchResultsFilter::SearchBins SearchResultsFilter::ours(const Bins& bins) const {
     SearchBins found;
-    for (const Kv::Ptr<FilterBinData>& result : peekResults())
-        for (const Kv::Ptr<BinData>& bin : bins)
-            if (bin && result->getID() == bin->getID())
-                if (auto* const search = dynamic_cast<SearchBin*>(result.get()))
-                    found.emplace_back(search);
+    for (const Kv::Ptr<FilterBinData>& result : peekResults()) {
+        const bool isAsked = std::any_of(bins.begin(), bins.end(), [&](const auto& bin) {
+            return bin && result->getID() == bin->getID();
+        });
+        auto* const search = dynamic_cast<SearchBin*>(result.get());
+        if (isAsked && search)
+            found.emplace_back(search);
+    }
     return found;
 }
 

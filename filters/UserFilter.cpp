@@ -11,8 +11,10 @@ const char* UserFilter::getFileExtension() noexcept { return "filter"; }
 // To be read: as long as nothing changes it, its file is not to be written.
 UserFilter::UserFilter(const Cookie& id) : ProjectFilterBase(id) { saved_ = changes_.load(); }
 
-UserFilter::UserFilter(const Cookie& id, LightweightString<wchar_t> name, FilterBins bins)
+UserFilter::UserFilter(const Cookie& id, LightweightString<wchar_t> name, eVisibility visibility,
+                       FilterBins bins)
     : ProjectFilterBase(id, std::move(name)) {
+    cacheVisibility(visibility);
     setResults(std::move(bins));
 }
 
@@ -26,7 +28,12 @@ LightweightString<wchar_t> UserFilter::getDescription() const {
 }
 
 void UserFilter::setVisibility(eVisibility visibility) {
-    ProjectFilterBase::setVisibility(visibility);
+    show(visibility);
+    writePreference();
+}
+
+void UserFilter::show(eVisibility visibility) {
+    cacheVisibility(visibility);
     ++changes_;
     cutroom::Savers::noteChange();
 }
@@ -44,7 +51,7 @@ void UserFilter::clear() {
 void UserFilter::rename(const LightweightString<wchar_t>& name) {
     const eVisibility visibility = getVisibility();
     setName(name);
-    setVisibility(visibility);
+    show(visibility);
 }
 
 void UserFilter::setContents(FilterBins bins) {

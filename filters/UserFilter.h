@@ -18,7 +18,9 @@ public:
 
     // Without results and without a name; cookies are of kind 'F'.
     explicit UserFilter(const Cookie& id);
-    UserFilter(const Cookie& id, LightweightString<wchar_t> name, FilterBins bins);
+    // To be written; then `writePreference` follows, as after `rename` and `show`.
+    UserFilter(const Cookie& id, LightweightString<wchar_t> name, eVisibility visibility,
+               FilterBins bins);
     ~UserFilter() override;
 
     eResultsType getResultsType() const override;
@@ -31,8 +33,10 @@ public:
     void clear() override;
     // Replaces the bins. The manager's, as the next: it saves and tells.
     void setContents(FilterBins bins);
-    // Gives another name; the visibility stays, as the preference of the new name.
+    // Gives another name; the visibility stays.
     void rename(const LightweightString<wchar_t>& name);
+    void show(eVisibility visibility);
+    using ProjectFilterBase::writePreference;
 
     // Something changed since the last save: the filter itself or one of its bins.
     bool isDirty() const;
