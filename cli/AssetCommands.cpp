@@ -47,6 +47,8 @@ Status rename(const std::string& name, const std::string& newName, unsigned kind
     const std::string cookie = asset->cookie.asString();
     switch (asset->kind) {
     case kBins:
+        if (Status unique = checkBinName(newName, asset->cookie); !unique)
+            return unique;
         return renameContainer(openBin(cookie), *wide);
     case kGroups:
         return renameContainer(openGroup(cookie), *wide);

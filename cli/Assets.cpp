@@ -177,6 +177,14 @@ std::vector<NamedAsset> allAssets(unsigned kinds) {
     return all;
 }
 
+Status checkBinName(const std::string& name, const Cookie& besides) {
+    for (const NamedAsset& other : allAssets(kBins))
+        if (other.name == name && other.cookie != besides)
+            return {StatusCode::failed, name,
+                    "there is a bin of this name: " + other.cookie.asString()};
+    return {};
+}
+
 Result<Kv::Ptr<BinData>> openBin(std::string_view text) {
     const auto named = findAsset(text, kBins);
     if (!named)

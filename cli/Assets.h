@@ -36,6 +36,9 @@ Result<CookieVec> findAssets(const std::vector<std::string>& texts, unsigned kin
 // All assets of these kinds, in the order of their names.
 std::vector<NamedAsset> allAssets(unsigned kinds);
 
+// Fails when another bin has the name, which then would name neither. `besides` may have it.
+Status checkBinName(const std::string& name, const Cookie& besides = {});
+
 // The container itself; fails with what is wrong with its file.
 Result<Kv::Ptr<BinData>> openBin(std::string_view text);
 Result<Kv::Ptr<AssetAssociationGroup>> openGroup(std::string_view text);

@@ -94,10 +94,8 @@ Status makeBin(const Options& options, const BinWords& words) {
     const auto name = toWideStrict(words.name);
     if (!name || name->empty())
         return {StatusCode::wrongUsage, words.name, "a name is UTF-8 text that is not empty"};
-    for (const NamedAsset& other : allAssets(kBins))
-        if (other.name == words.name)
-            return {StatusCode::failed, words.name,
-                    "there is a bin of this name: " + other.cookie.asString()};
+    if (Status unique = checkBinName(words.name); !unique)
+        return unique;
     const Kv::Ptr<BinData> bin = BinManager::instance().newBin();
     const auto undo = [&](Status why) {
         const Status gone = BinManager::instance().destroy(bin->getID(), "not made");

@@ -39,9 +39,8 @@ Status make(const Options& options, const FilterCommandWords& words) {
     const auto name = nameOf(words.filter);
     if (!name)
         return name.status();
-    if (const FilterPtr other = filters().getFilterByName(*name))
-        return {StatusCode::failed, words.filter,
-                "there is a filter of this name: " + other->getID().asString()};
+    if (Status unique = checkFilterName(*name); !unique)
+        return unique;
     const auto visibility = visibilityOf(words.visibility);
     if (!visibility)
         return visibility.status();
@@ -109,10 +108,8 @@ Status makeBin(const Options& options, const FilterCommandWords& words) {
     const auto name = nameOf(words.name);
     if (!name)
         return name.status();
-    for (const NamedAsset& other : allAssets(kBins))
-        if (other.name == words.name)
-            return {StatusCode::failed, words.name,
-                    "there is a bin of this name: " + other.cookie.asString()};
+    if (Status unique = checkBinName(words.name); !unique)
+        return unique;
     const auto operation = setOperationOf(words.combine);
     if (!operation)
         return operation.status();

@@ -102,10 +102,20 @@ Result<Kv::Ptr<UserFilter>> findUserFilter(std::string_view text) {
     return Status(StatusCode::wrongUsage, std::string(text), "the system makes this filter");
 }
 
+Status checkFilterName(const std::wstring& name, const Cookie& besides) {
+    const FilterPtr other = filters().getFilterByName(name);
+    if (!other || other->getID() == besides)
+        return {};
+    return {StatusCode::failed, toUtf8(name),
+            "there is a filter of this name: " + other->getID().asString()};
+}
+
 Status renameFilter(std::string_view text, const std::wstring& name) {
     const auto filter = findUserFilter(text);
     if (!filter)
         return filter.status();
+    if (Status unique = checkFilterName(name, (*filter)->getID()); !unique)
+        return unique;
     return filters().renameFilter(*filter, name)
                ? Status()
                : Status(StatusCode::failed, std::string(text), "the filter cannot be saved");

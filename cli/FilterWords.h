@@ -17,7 +17,9 @@ using FilterPtr = Kv::Ptr<iProjectFilter>;
 // candidates. The second form finds the user's only, and fails with `wrongUsage` for others.
 Result<FilterPtr> findFilter(std::string_view text);
 Result<Kv::Ptr<UserFilter>> findUserFilter(std::string_view text);
-// Both fail when the change cannot be saved; why has been logged.
+// Fails when another filter has the name, which is that of the visibility's preference too.
+Status checkFilterName(const std::wstring& name, const Cookie& besides = {});
+// Both fail when the change cannot be saved; why has been logged. The first also checks the name.
 Status renameFilter(std::string_view text, const std::wstring& name);
 Status deleteFilter(const Kv::Ptr<UserFilter>& filter);
 // The name of a filter or of one of its bins; the cookie's text for what is neither.
