@@ -19,9 +19,13 @@ protected:
             filters().changeMsgType());
         toldFilters_.clear();
     }
-    void reopenWithFilters() {
+    void end() {
         filterGuard_.reset();
-        reopen();
+        BinProject::end();
+    }
+    void reopen(CurrentProject::Access access = CurrentProject::Access::readWrite) {
+        end();
+        open(access);
         listen();
     }
     // "130 Rushes": filters by name, when there are any of that cookie; "bin 768".
@@ -52,12 +56,10 @@ protected:
     // Numbers of edits and names of documents in a bin.
     static std::string contentOf(const BinData& bin) {
         std::string text;
-        for (unsigned i = 0; i < bin.numItems(); ++i) {
-            const Cookie asset = bin.getItem(i).asset;
-            text +=
-                (text.empty() ? "" : " ") +
-                (asset.type() == 'E' ? std::to_string(asset.id()) : std::string(1, asset.type()));
-        }
+        for (const AssetReference& one : bin.getCookies())
+            text += (text.empty() ? "" : " ") + (one.cookie.type() == 'E'
+                                                     ? std::to_string(one.cookie.id())
+                                                     : std::string(1, one.cookie.type()));
         return text;
     }
     // Of a filter: "Clips: 1 2 | Subclips: 3"; "none" when there is no such filter.

@@ -1,9 +1,6 @@
 // The bins of past searches: kept, found again, followed and forgotten.
-#include "filters/ProjectFilterManager.h"
 #include "filters/SearchResultsFilter.h"
-#include "platform/base/Strings.h"
-#include "platform/project/ProjDb.h"
-#include "tests/bins/BinProject.h"
+#include "tests/filters/FilterProject.h"
 
 #include <filesystem>
 #include <fstream>
@@ -14,19 +11,16 @@ using Criteria = ProjectSearch::Criteria;
 
 namespace {
 
-class SearchResultsTest : public cutroom::test::BinProject {
+class SearchResultsTest : public cutroom::test::FilterProject {
 protected:
     SearchResultsTest() {
-        put(1, "Tide at dawn");
-        put(2, "Sand");
+        putClip(1, "Tide at dawn");
+        putClip(2, "Sand");
     }
-    static void put(std::uint64_t id, const char* name) {
-        projdb::Record record;
-        record.cookie = Cookie('E', id);
-        record.kinds = projdb::kKindClip;
-        record.end = 4;
-        record.setField("name", name);
-        EXPECT_TRUE(projdb::put(record).ok());
+    static void putClip(std::uint64_t id, const char* name) {
+        projdb::Record clip = record(id, projdb::kKindClip);
+        clip.setField("name", name);
+        put(clip);
     }
     static Criteria tide() {
         Criteria criteria;
@@ -34,10 +28,8 @@ protected:
         return criteria;
     }
     static SearchResultsFilter& filter() {
-        const auto found = ProjectFilterManager::instance().getFilterByName(L"Search results");
-        auto* const searches = dynamic_cast<SearchResultsFilter*>(found.get());
-        EXPECT_NE(searches, nullptr);
-        return *searches;
+        const auto found = filters().getFilterByName(L"Search results");
+        return dynamic_cast<SearchResultsFilter&>(*found);
     }
     // "NAME: number of items" of each, with a star for a dynamic one.
     static std::vector<std::string> kept() {
@@ -53,28 +45,26 @@ protected:
 };
 
 TEST_F(SearchResultsTest, keepsResultsAndSearchesAcrossSessions) {
-    EXPECT_EQ(filter().getResultsType(), iProjectFilter::kSearchResults);
-    EXPECT_EQ(filter().getVisibility(), iProjectFilter::kOptional);
-    ASSERT_TRUE(ProjectFilterManager::instance().addSearch(tide()));
+    ASSERT_TRUE(filters().addSearch(tide()));
     ASSERT_TRUE(filter().add(tide(), true));
     ASSERT_TRUE(filter().add(tide(), true));
     const Kv::Ptr<BinData> plain = Kv::makePtr<BinData>(CookieVec{Cookie('E', 2)});
     plain->setName(L"By hand");
-    const Kv::Ptr<BinData> copy = ProjectFilterManager::instance().addSearchResults(plain);
+    const Kv::Ptr<BinData> copy = filters().addSearchResults(plain);
     EXPECT_NE(copy, plain);
     EXPECT_EQ(filter().add(copy), copy) << "it is here already";
-    put(3, "High tide");
+    putClip(3, "High tide");
     EXPECT_THAT(kept(), ElementsAre("tide: 1", "tide*: 2", "tide 2*: 2", "By hand: 1"));
     reopen();
     EXPECT_THAT(kept(), ElementsAre("tide: 1", "tide*: 2", "tide 2*: 2", "By hand: 1"));
-    put(4, "Tidal");
-    put(1, "Dusk");
+    putClip(4, "Tidal");
+    putClip(1, "Dusk");
     EXPECT_THAT(kept(), ElementsAre("tide: 1", "tide*: 1", "tide 2*: 1", "By hand: 1"))
         << "what has been looked at follows the project";
 }
 
 TEST_F(SearchResultsTest, savesWhatIsChangedInKeptResults) {
-    const Kv::Ptr<BinData> bin = ProjectFilterManager::instance().addSearch(tide());
+    const Kv::Ptr<BinData> bin = filters().addSearch(tide());
     EXPECT_FALSE(filter().anyDirty());
     bin->add(Cookie('E', 2));
     EXPECT_TRUE(filter().anyDirty());
@@ -89,21 +79,15 @@ TEST_F(SearchResultsTest, savesWhatIsChangedInKeptResults) {
 }
 
 TEST_F(SearchResultsTest, tellsWhatComesAndGoes) {
-    std::vector<unsigned> told;
-    const Kv::Ptr<Guard> guard = ProjectFilterManager::instance().registerNotification(
-        makeCallback<NotifyMsg>([&](const NotifyMsg& message) {
-            const auto* const notice = message.getObjectAs<ContainerNotice>();
-            if (notice && !notice->container().valid())
-                told.push_back(notice->changes().getTypes());
-        }),
-        ProjectFilterManager::instance().changeMsgType());
-    const Kv::Ptr<BinData> first = filter().add(tide(), false);
+    ASSERT_TRUE(filter().add(tide(), false));
     const Kv::Ptr<BinData> second = filter().add(tide(), true);
     EXPECT_TRUE(filter().remove(second));
     EXPECT_FALSE(filter().remove(second));
+    const Kv::Ptr<BinData> third = filter().add(tide(), true);
+    filter().remove(iMultiBinContainer::Bins{third, third, nullptr});
     filter().clear();
     filter().clear();
-    EXPECT_THAT(told, ElementsAre(384, 384, 640, 640));
+    EXPECT_THAT(toldFilters_, ElementsAre("384", "384", "640", "384", "640", "640"));
     EXPECT_FALSE(cutroom::fileExists(path("tide.criteria")));
     EXPECT_TRUE(cutroom::fileExists(path("tide.criteria.bak")));
     reopen();
@@ -132,20 +116,7 @@ TEST_F(SearchResultsTest, followsTheCriteriaFilesOfOthers) {
     EXPECT_THAT(kept(), ElementsAre("Night*: 0", "Broken*: 1"));
 }
 
-TEST_F(SearchResultsTest, neverWritesOverADamagedList) {
-    ASSERT_TRUE(filter().add(tide(), false));
-    const std::string list = path("Search.filter");
-    end();
-    std::ofstream(list, std::ios::trunc) << R"({"Bins": [{"Type": "Search", "Dynamic": true}]})";
-    open();
-    EXPECT_TRUE(filter().empty());
-    ASSERT_EQ(filter().getDamaged().size(), 1u);
-    EXPECT_THAT(filter().getDamaged()[0].text(), HasSubstr("Dynamic: there are no criteria"));
-    ASSERT_TRUE(filter().add(tide(), false));
-    EXPECT_TRUE(cutroom::fileExists(list + ".damaged"));
-}
-
-TEST_F(SearchResultsTest, bringsAListByAnotherHandIntoOrder) {
+TEST_F(SearchResultsTest, mendsAListByAnotherHandAndKeepsADamagedOne) {
     ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
     filter().getBins()[0]->setName(L"Called otherwise");
     ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
@@ -161,28 +132,24 @@ TEST_F(SearchResultsTest, bringsAListByAnotherHandIntoOrder) {
     filter().clear();
     EXPECT_TRUE(filter().empty());
     EXPECT_FALSE(cutroom::fileExists(path("Mine.criteria")));
-}
-
-TEST_F(SearchResultsTest, refusesNamesThatNoFileCanHave) {
-    for (const wchar_t* const name : {L"", L"../up", L".hidden", L"a\nb", L"a/b"})
-        EXPECT_EQ(filter().saveCriteria(name, tide()).status().code(),
-                  cutroom::StatusCode::wrongUsage);
-    EXPECT_FALSE(filter().saveCriteria(std::wstring(201, L'x'), tide()).ok());
-    Criteria slashes = tide();
-    slashes.quickSearch = "../tide/\x01";
-    ASSERT_TRUE(filter().add(slashes, true));
-    EXPECT_THAT(kept(), ElementsAre("_.. tide*: 0"));
+    end();
+    std::ofstream(list, std::ios::trunc) << R"({"Bins": [{"Type": "Search", "Dynamic": true}]})";
+    open();
+    EXPECT_TRUE(filter().empty());
+    ASSERT_EQ(filter().getDamaged().size(), 1u);
+    EXPECT_THAT(filter().getDamaged()[0].text(), HasSubstr("Dynamic: there are no criteria"));
+    ASSERT_TRUE(filter().add(tide(), false));
+    EXPECT_TRUE(cutroom::fileExists(list + ".damaged"));
 }
 
 TEST_F(SearchResultsTest, keepsTheStateWhenItCannotSave) {
     ASSERT_TRUE(filter().add(tide(), true));
     const auto before = kept();
-    const cutroom::test::LogLines log;
     files_.arm(0, cutroom::test::FaultyFiles::Span::allForEver);
     EXPECT_FALSE(filter().add(tide(), false));
     EXPECT_FALSE(filter().add(tide(), true));
     EXPECT_FALSE(filter().remove(filter().getBins()[0]));
-    EXPECT_FALSE(log.lines.empty());
+    EXPECT_FALSE(log_.lines.empty());
     files_.disarm();
     EXPECT_EQ(kept(), before);
 }
