@@ -1,35 +1,38 @@
-// Reading and writing the mix of an edit, and what is told of it.
+// The mix of an edit: reading, writing, what is told of it, and the selection of its channels.
 #include "audio/AudioMixReader.h"
 #include "audio/AudioMixWriter.h"
+#include "audio/MixSelections.h"
 #include "platform/files/KvIniFile.h"
 #include "platform/project/CurrentProject.h"
+#include "platform/project/PermissionsManager.h"
 #include "platform/store/AudIO.h"
+#include "platform/store/EditModule.h"
 #include "tests/support/Edits.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
-using cutroom::test::makeEdit;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
 
-// An edit in a project of its own, and the mix changes told of it.
+// What is told of the mix: code and "A2", the number of a mix or "none"; "plain" without a code.
 class AudioMixTest : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(CurrentProject::open(temp_ / "p", CurrentProject::Access::readWrite,
                                          CurrentProject::IfMissing::create)
                         .ok());
-        edit_ = makeEdit(1, 4);
+        edit_ = cutroom::test::makeEdit(1, 4);
         guard_ = EditManager::instance().registerNotification(
             makeCallback<NotifyMsg>([this](const NotifyMsg& message) { take(message); }),
             kNoticeModifications);
@@ -41,20 +44,27 @@ protected:
         EXPECT_TRUE(CurrentProject::close().ok());
     }
     void take(const NotifyMsg& message) {
-        const auto* const notice = message.getObjectAs<EditModificationNotice>();
-        if (!notice || !notice->modifications().includes(kModAudioMix))
-            return;
-        bool coded = false;
-        for (const EditModification& one : notice->modifications().details())
-            if (one.kind == kModAudioMix && one.detail != 0) {
-                told_.push_back(std::to_string(one.detail) + " " + one.track.asString());
-                coded = true;
-            }
-        if (!coded)
+        const auto& told = message.getObjectAs<EditModificationNotice>()->modifications();
+        const std::size_t before = told_.size();
+        for (const EditModification& one : told.details())
+            if (one.kind == kModAudioMix && one.detail != 0)
+                told_.push_back(std::to_string(one.detail) + " " + nameOf(one.track));
+        if (told.includes(kModAudioMix) && told_.size() == before)
             told_.push_back("plain");
     }
-    std::string channelText(int index) const {
-        return edit_->getChans(kChanAudio).at(static_cast<std::size_t>(index)).asString();
+
+    std::string nameOf(const IdStamp& track) const {
+        if (edit_->isValidChan(track))
+            return cutroom::toUtf8(edit_->getChanDisplayName(track));
+        return track.valid() ? std::to_string(AudioMixWriter::getMixFromID(track)) : "none";
+    }
+
+    // A letter for each audio channel.
+    std::string muted() const {
+        std::string text;
+        for (unsigned char i = 0; i < 4; ++i)
+            text += AudioMixReader(edit_).getChannelMuteState(i) ? 'm' : '-';
+        return text;
     }
 
     cutroom::test::TempFolder temp_;
@@ -81,63 +91,51 @@ TEST_F(AudioMixTest, readsDefaultsWithoutAMix) {
     EXPECT_FALSE(edit_->getAudioMix()) << "reading makes none";
 }
 
-struct SetterCase {
-    const char* name;
-    unsigned code;
-    int channel; // the channel named, or -1
-    int mix;     // the mix named, when no channel is
-    std::function<void(AudioMixWriter&)> set;
-    std::function<bool(const AudioMixReader&)> isSet;
-};
-
-class MixSetters : public AudioMixTest, public testing::WithParamInterface<SetterCase> {};
-
-TEST_P(MixSetters, makeTheMixTellOnceAndStaySilentWhenEqual) {
-    const SetterCase& row = GetParam();
-    const std::string id =
-        row.channel >= 0
-            ? channelText(row.channel)
-            : AudioMixWriter::makeIDForMix(static_cast<signed char>(row.mix)).asString();
-    {
-        AudioMixWriter writer(edit_, "test");
-        row.set(writer);
-        row.set(writer);
+TEST_F(AudioMixTest, settersMakeTheMixTellOnceAndStaySilentWhenEqual) {
+    using W = AudioMixWriter;
+    using R = AudioMixReader;
+    const struct {
+        const char* told;
+        void (*set)(W&);
+        bool (*isSet)(const R&);
+    } rows[] = {
+        {"1 A3", [](W& w) { w.setChannelLevel(2, 0.5f); },
+         [](const R& r) { return r.getChannelLevel(2) == 0.5f; }},
+        {"2 A1", [](W& w) { w.setChannelPan(0, 0.0f); },
+         [](const R& r) { return r.getChannelPan(0) == 0.0f; }},
+        {"3 A2", [](W& w) { w.setChannelSoloState(1, true); },
+         [](const R& r) { return r.getChannelSoloState(1) && r.anyChannelSolo(); }},
+        {"4 A4", [](W& w) { w.setChannelMuteState(3, true); },
+         [](const R& r) { return r.getChannelMuteState(3); }},
+        {"5 A1", [](W& w) { w.setChannelRoutedToMix(0, -1, false); },
+         [](const R& r) { return !r.getChannelRoutedToMix(0, -1); }},
+        {"6 -1", [](W& w) { w.setMixLevel(-1, -0.0f); },
+         [](const R& r) { return std::signbit(r.getMixLevel(-1)); }},
+        {"7 124", [](W& w) { w.setMixSoloState(124, true); },
+         [](const R& r) { return r.getMixSoloState(124) && r.anyMixSolo(); }},
+        {"8 0", [](W& w) { w.setMixMuteState(0, true); },
+         [](const R& r) { return r.getMixMuteState(0); }},
+        {"9 3", [](W& w) { w.setMixRoutedToOutput(3, 7, true, true); },
+         [](const R& r) {
+             return r.getMixRoutedToOutput(3, 7, true) && !r.getMixRoutedToOutput(3, 7, false);
+         }},
+        {"4 none", [](W& w) { w.setChannelMuteState(255, true); },
+         [](const R& r) { return r.getChannelMuteState(255); }},
+        {"4 none", [](W& w) { w.setChannelMuteState(254, true); },
+         [](const R& r) { return r.getChannelMuteState(254); }},
+    };
+    for (const auto& row : rows) {
+        edit_ = cutroom::test::makeEdit(1, 4);
+        told_.clear();
+        for (int i = 0; i < 2; ++i) {
+            AudioMixWriter writer(edit_, "test");
+            row.set(writer);
+            row.set(writer);
+        }
+        EXPECT_THAT(told_, ElementsAre(row.told));
+        EXPECT_TRUE(row.isSet(AudioMixReader(edit_))) << row.told;
     }
-    EXPECT_THAT(told_, ElementsAre(std::to_string(row.code) + " " + id));
-    EXPECT_TRUE(row.isSet(AudioMixReader(edit_)));
-    AudioMixWriter again(edit_, "test");
-    row.set(again);
-    again.release();
-    EXPECT_EQ(told_.size(), 1u);
 }
-
-using W = AudioMixWriter;
-using R = AudioMixReader;
-INSTANTIATE_TEST_SUITE_P(
-    AudioMix, MixSetters,
-    testing::Values(
-        SetterCase{"level", 1, 2, 0, [](W& w) { w.setChannelLevel(2, 0.5f); },
-                   [](const R& r) { return r.getChannelLevel(2) == 0.5f; }},
-        SetterCase{"pan", 2, 0, 0, [](W& w) { w.setChannelPan(0, 0.0f); },
-                   [](const R& r) { return r.getChannelPan(0) == 0.0f; }},
-        SetterCase{"solo", 3, 1, 0, [](W& w) { w.setChannelSoloState(1, true); },
-                   [](const R& r) { return r.getChannelSoloState(1) && r.anyChannelSolo(); }},
-        SetterCase{"mute", 4, 3, 0, [](W& w) { w.setChannelMuteState(3, true); },
-                   [](const R& r) { return r.getChannelMuteState(3); }},
-        SetterCase{"routing", 5, 0, 0, [](W& w) { w.setChannelRoutedToMix(0, -1, false); },
-                   [](const R& r) { return !r.getChannelRoutedToMix(0, -1); }},
-        SetterCase{"mixLevel", 6, -1, -1, [](W& w) { w.setMixLevel(-1, -0.0f); },
-                   [](const R& r) { return std::signbit(r.getMixLevel(-1)); }},
-        SetterCase{"mixSolo", 7, -1, 124, [](W& w) { w.setMixSoloState(124, true); },
-                   [](const R& r) { return r.getMixSoloState(124) && r.anyMixSolo(); }},
-        SetterCase{"mixMute", 8, -1, 0, [](W& w) { w.setMixMuteState(0, true); },
-                   [](const R& r) { return r.getMixMuteState(0); }},
-        SetterCase{"mixRouting", 9, -1, 3, [](W& w) { w.setMixRoutedToOutput(3, 7, true, true); },
-                   [](const R& r) {
-                       return r.getMixRoutedToOutput(3, 7, true) &&
-                              !r.getMixRoutedToOutput(3, 7, false);
-                   }}),
-    [](const auto& row) { return row.param.name; });
 
 TEST_F(AudioMixTest, makesNoMixForValuesThatAreEqualOrRefused) {
     for (const bool hasMix : {false, true}) {
@@ -160,18 +158,6 @@ TEST_F(AudioMixTest, makesNoMixForValuesThatAreEqualOrRefused) {
     }
 }
 
-TEST_F(AudioMixTest, toleratesNoEditAndUnknownChannels) {
-    AudioMixWriter nobody(EditPtr(), "test");
-    nobody.setChannelLevel(0, 0.5f);
-    nobody.setMixLevel(-1, 0.5f);
-    nobody.loadFrom(KvIniFile());
-    AudioMixWriter writer(edit_, "test");
-    for (const int channel : {4, 254, 255})
-        writer.setChannelMuteState(static_cast<unsigned char>(channel), true);
-    writer.release();
-    EXPECT_THAT(told_, ElementsAre("4 0.0.0", "4 0.0.0", "4 0.0.0")) << "no channel is named";
-}
-
 TEST(AudioMixWriter, namesMixesByID) {
     EXPECT_EQ(AudioMixWriter::makeIDForMix(-1), IdStamp(2, 2, 2));
     for (int mix = -1; mix <= 124; ++mix)
@@ -188,14 +174,14 @@ TEST_F(AudioMixTest, loadsWhatAFileHasForIt) {
     ASSERT_TRUE(file.save());
     AudioMixWriter writer(edit_, "test");
     writer.loadFrom(cutroom::toWide(temp_ / "mix.ini"));
-    writer.release();
     EXPECT_TRUE(AudioMixReader(edit_).getChannelMuteState(3));
     EXPECT_FALSE(AudioMixReader(edit_).getChannelMuteState(8));
-    EXPECT_THAT(told_, ElementsAre("plain"));
-    AudioMixWriter missing(edit_, "test");
-    missing.loadFrom(cutroom::toWide(temp_ / "none.ini"));
-    missing.release();
+    writer.loadFrom(cutroom::toWide(temp_ / "none.ini"));
+    writer.release();
     EXPECT_THAT(told_, ElementsAre("plain", "plain")) << "told whatever the file held";
+    AudioMixWriter nobody(EditPtr(), "test");
+    nobody.setMixLevel(-1, 0.5f);
+    nobody.loadFrom(file);
 }
 
 TEST_F(AudioMixTest, writesToTheMixThatAnUndoPutInPlace) {
@@ -209,23 +195,55 @@ TEST_F(AudioMixTest, writesToTheMixThatAnUndoPutInPlace) {
     EXPECT_EQ(AudioMixReader(edit_).getChannelPan(0), 1.0f);
 }
 
-TEST_F(AudioMixTest, appliesConfigurationFilesOnRequestOnly) {
-    KvIniFile file;
-    ASSERT_TRUE(file.parse("[Mix]\nVersion=1\nInputs=1\n[Input 0]\nPan=0\n", "mix.ini").ok());
-    EXPECT_FALSE(Aud::IO::applyConfigurationInformationToEdit(edit_, file, false));
-    EXPECT_FALSE(edit_->getAudioMix());
-    EXPECT_TRUE(Aud::IO::applyConfigurationInformationToEdit(edit_, file, true));
-    EXPECT_EQ(AudioMixReader(edit_).getChannelPan(0), 0.0f);
-    EXPECT_FALSE(Aud::IO::applyConfigurationInformationToEdit(EditPtr(), file, true));
+// --- the selection of channels -------------------------------------------------------------------
+
+TEST_F(AudioMixTest, mutesWhatIsNotSelected) {
+    updateAudioMixFromSelections(EditModule());
+    EditModule module(edit_);
+    updateAudioMixFromSelections(module);
+    EXPECT_FALSE(edit_->getAudioMix()) << "nothing to mute, no mix";
+    const auto channels = edit_->getChans(kChanAudio);
+    module.selectChan(channels[1], false);
+    updateAudioMixFromSelections(module);
+    updateAudioMixFromSelections(module);
+    module.selectAll(false);
+    module.selectChan(channels[1], true);
+    updateAudioMixFromSelections(module);
+    EXPECT_EQ(muted(), "m-mm");
+    EXPECT_THAT(told_, ElementsAre("4 A2", "4 A1", "4 A2", "4 A3", "4 A4"));
+    EXPECT_FALSE(EditManager::instance().canUndo(edit_));
 }
 
-TEST_F(AudioMixTest, findsTheProjectsDefaultConfiguration) {
-    EXPECT_EQ(Aud::IO::getProjectDefaultMixConfigFilenameForEdits(edit_.getCookie()), L"");
-    ProjectDefaults defaults = CurrentProject::getDefaults();
-    defaults.mixConfiguration = "stage.ini";
-    ASSERT_TRUE(CurrentProject::setDefaults(defaults).ok());
-    EXPECT_EQ(Aud::IO::getProjectDefaultMixConfigFilenameForEdits(edit_.getCookie()),
-              cutroom::toWide(temp_ / "p/stage.ini"));
+TEST_F(AudioMixTest, selectsWhatIsNotMuted) {
+    EditModule nothing;
+    EXPECT_FALSE(selectTracksFromAudioMix(nothing));
+    EditModule module(edit_);
+    const auto channels = edit_->getChans();
+    const auto isSelected = [&](const IdStamp& channel) { return module.isSelected(channel); };
+    module.selectChan(channels[1], false);
+    EXPECT_FALSE(selectTracksFromAudioMix(module)) << "no mix says nothing";
+    EXPECT_FALSE(isSelected(channels[1]));
+    AudioMixWriter(edit_, "test").setChannelMuteState(2, true);
+    EXPECT_TRUE(selectTracksFromAudioMix(module));
+    EXPECT_EQ(std::count_if(channels.begin(), channels.end(), isSelected), 4);
+    EXPECT_FALSE(isSelected(channels[3]));
+    EXPECT_FALSE(selectTracksFromAudioMix(module));
+}
+
+TEST_F(AudioMixTest, leavesEditsAloneThatMayNotBeWritten) {
+    EditModule module(edit_);
+    module.selectChan(edit_->getFirstChan(kChanAudio), false);
+    PermissionsManager& permissions = PermissionsManager::instance();
+    permissions.setCurrentUser("ann");
+    ASSERT_TRUE(permissions.lock(edit_.getCookie()).ok());
+    for (const auto& [readOnly, user, mutes] :
+         {std::tuple(true, "ann", "----"), {false, "bob", "----"}, {false, "ann", "m---"}}) {
+        edit_->setReadOnly(readOnly);
+        permissions.setCurrentUser(user);
+        updateAudioMixFromSelections(module);
+        EXPECT_EQ(muted(), mutes);
+    }
+    permissions.setCurrentUser("");
 }
 
 } // namespace
