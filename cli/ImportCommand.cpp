@@ -124,7 +124,7 @@ int importSubtitleFiles(const Options& options, const ImportWords& words) {
         for (const std::string& file : words.files) {
             const auto report = addSubtitles(
                 {file, words.subtitlesOf, words.encoding,
-                 words.clock == "timecode" ? SubtitleClock::timecode : SubtitleClock::media});
+                 words.clock == "timecode" ? MarkerClock::timecode : MarkerClock::media});
             if (!report)
                 return report.status();
             if (options.json)

@@ -12,7 +12,7 @@ struct SubtitleWords {
     std::string file;
     std::string edit;     // name or cookie
     std::string encoding; // as iconv names it; empty: UTF-8, or UTF-16 with a byte order mark
-    SubtitleClock clock = SubtitleClock::media;
+    MarkerClock clock = MarkerClock::media;
 };
 
 // A text file as UTF-8; `encoding` is as in `SubtitleWords`.

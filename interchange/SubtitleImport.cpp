@@ -1,51 +1,13 @@
 #include "interchange/SubtitleImport.h"
 
-#include "platform/base/Timecode.h"
 #include "platform/store/Edit.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace cutroom {
 
 namespace {
-
-// Where a file's times lie on the edit, in frames.
-class Placer {
-public:
-    Placer(const Edit& edit, SubtitleClock clock)
-        : rate_(edit.getFrameRate()), clock_(clock), dropFrame_(edit.getDropFrame()) {
-        const EditLabel label = edit.getVideoTimecodeLabel();
-        if (label.is_valid()) {
-            start_ = label.get_abs_posn();
-            dropFrame_ = label.format().dropFrame;
-        }
-    }
-
-    std::int64_t frameOf(Flicks time) const {
-        if (clock_ == SubtitleClock::media)
-            return rate_.flicksToFrameNearest(time);
-        // Read as the timecode that shows this clock: whole seconds and frames of the label's
-        // second.
-        const std::int64_t nominal = rate_.nominal();
-        const std::int64_t seconds = time / kFlicksPerSecond;
-        const std::int64_t frames =
-            std::min(rate_.flicksToFrameNearest(time % kFlicksPerSecond), nominal - 1);
-        const std::string text =
-            format("%02lld:%02lld:%02lld:%02lld", static_cast<long long>(seconds / 3600 % 24),
-                   static_cast<long long>(seconds / 60 % 60), static_cast<long long>(seconds % 60),
-                   static_cast<long long>(frames));
-        const TimecodeFormat counting{rate_, dropFrame_};
-        const auto frame = parseTimecode(text, counting);
-        // A label that drop-frame counting leaves out stands for the next one that there is.
-        return frame.value_or(rate_.flicksToFrameNearest(time)) - start_;
-    }
-
-private:
-    const Kv::FrameRate rate_;
-    const SubtitleClock clock_;
-    bool dropFrame_;
-    std::int64_t start_ = 0;
-};
 
 bool wrappedIn(const SrtFile& file, std::wstring_view opening, std::wstring_view closing) {
     return std::all_of(file.cues.begin(), file.cues.end(), [&](const SrtCue& cue) {
@@ -91,20 +53,24 @@ struct Laid {
     std::size_t shortened = 0;
 };
 
-Laid layOut(const Edit& edit, const SrtFile& file, SubtitleClock clock) {
-    const Placer placer(edit, clock);
-    const Kv::FrameRate rate = edit.getFrameRate();
-    const std::int64_t length = rate.flicksToFrameNearest(toFlicks(edit.getEndTime()));
+Laid layOut(const EditPtr& edit, const SrtFile& file, MarkerClock clock) {
+    const MarkerPlaces places(edit, clock);
+    const Kv::FrameRate rate = edit->getFrameRate();
+    const auto frameOf = [&](Flicks time) -> std::optional<std::int64_t> {
+        const auto place = places.ofClock(time);
+        return place ? std::optional(rate.flicksToFrameNearest(toFlicks(*place))) : std::nullopt;
+    };
+    const std::int64_t length = rate.flicksToFrameNearest(toFlicks(edit->getEndTime()));
     const Cookie material = convertCookie(edit.getCookie(), 'T', 0);
     Laid laid;
     for (const SrtCue& cue : file.cues) {
-        const std::int64_t from = placer.frameOf(cue.start);
-        const std::int64_t to = std::min(std::max(placer.frameOf(cue.end), from + 1), length);
-        if (from < 0 || from >= length) {
+        const auto from = frameOf(cue.start);
+        if (!from || *from < 0 || *from >= length) {
             ++laid.outside;
             continue;
         }
-        const Flicks start = rate.frameToFlicks(from);
+        const auto to = std::clamp(frameOf(cue.end).value_or(length), *from + 1, length);
+        const Flicks start = rate.frameToFlicks(*from);
         if (!laid.segments.empty() && laid.segments.back().end > start) {
             ++laid.shortened;
             laid.segments.back().end = start;
@@ -124,15 +90,14 @@ Laid layOut(const Edit& edit, const SrtFile& file, SubtitleClock clock) {
 } // namespace
 
 Result<SubtitleReport> importSubtitles(const EditModifier& edit, const SrtFile& file,
-                                       const LightweightString<wchar_t>& name,
-                                       SubtitleClock clock) {
+                                       const LightweightString<wchar_t>& name, MarkerClock clock) {
     SrtFile texts = file;
     const unsigned flags = takeFont(texts);
-    const Laid laid = layOut(*edit, texts, clock);
+    const Laid laid = layOut(edit, texts, clock);
     if (laid.segments.empty())
         return Status(StatusCode::failed, toUtf8(edit->getName()),
                       std::string("no subtitle lies inside the edit; do its times count ") +
-                          (clock == SubtitleClock::media ? "timecode" : "from the first frame") +
+                          (clock == MarkerClock::media ? "timecode" : "from the first frame") +
                           "? (--clock)");
     SubtitleReport report;
     report.warnings = file.warnings;

@@ -1,6 +1,7 @@
 // Lays subtitles on a subtitle channel of an edit.
 #pragma once
 
+#include "interchange/MarkerPlaces.h"
 #include "interchange/SrtReader.h"
 #include "platform/base/IdStamp.h"
 #include "platform/base/Status.h"
@@ -11,12 +12,6 @@
 #include <vector>
 
 namespace cutroom {
-
-// What the times of a subtitle file count.
-enum class SubtitleClock {
-    media,    // from the first frame of what is played
-    timecode, // the programme's timecode as a clock: 01:00:10,000 is 10 s in one that starts at 1 h
-};
 
 struct SubtitleReport {
     IdStamp channel;
@@ -30,6 +25,6 @@ struct SubtitleReport {
 // with the edit unchanged, when nothing lies inside the edit.
 CUTROOM_API Result<SubtitleReport> importSubtitles(const EditModifier& edit, const SrtFile& file,
                                                    const LightweightString<wchar_t>& name,
-                                                   SubtitleClock clock);
+                                                   MarkerClock clock);
 
 } // namespace cutroom

@@ -9,9 +9,9 @@
 
 namespace {
 
+using cutroom::MarkerClock;
 using cutroom::readSrt;
 using cutroom::SrtFile;
-using cutroom::SubtitleClock;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -31,51 +31,43 @@ std::vector<std::wstring> summary(const SrtFile& file) {
 TEST(SrtReader, TakesWhatPlayersTake) {
     struct Row {
         const char* name;
-        const char* text;
+        std::string text;
         std::vector<std::wstring> cues;
-        std::size_t warnings;
+        std::size_t warnings = 0;
     };
+    const std::string first = "1\n00:00:01,000 --> 00:00:02,000\n";
     for (const Row& row : {
              Row{"plain",
                  "1\n00:00:01,000 --> 00:00:02,480\none\ntwo\n\n2\n00:00:03,000 --> "
                  "00:00:04,000\nthree",
-                 {L"1000-2480 one/two", L"3000-4000 three"},
-                 0},
+                 {L"1000-2480 one/two", L"3000-4000 three"}},
              {"mark, CRLF, CR",
               "\xEF\xBB\xBF"
               "1\r\n0:00:01.5 --> 0:00:02.250\r\na\r\n\r\n"
               "00:00:05,000 --> 00:00:06,000\rb\r",
-              {L"1500-2250 a", L"5000-6000 b"},
-              0},
+              {L"1500-2250 a", L"5000-6000 b"}},
              {"no empty line between",
-              "1\n00:00:01,000 --> 00:00:02,000\na\n2\n00:00:02,000 --> "
-              "00:00:03,000\nb\n",
-              {L"1000-2000 a", L"2000-3000 b"},
-              0},
+              first + "a\n2\n00:00:02,000 --> 00:00:03,000\nb\n",
+              {L"1000-2000 a", L"2000-3000 b"}},
              {"out of order, a number twice",
-              "6\n00:00:05,000 --> 00:00:06,000\nb\n\n6\n00:00:01,000 --> 00:00:02,000\na\n",
+              "1\n00:00:05,000 --> 00:00:06,000\nb\n\n" + first + "a\n",
               {L"1000-2000 a", L"5000-6000 b"},
               1},
-             {"numbers in the text",
-              "1\n00:00:01,000 --> 00:00:02,000\n1984\n",
-              {L"1000-2000 1984"},
-              0},
+             {"numbers in the text", first + "1984\n", {L"1000-2000 1984"}},
              {"no text, no length",
-              "1\n00:00:01,000 --> 00:00:02,000\n\n2\n00:00:04,000 --> "
-              "00:00:04,000\nx\n\n3\n00:00:05,000 --> 00:00:06,000 X1:1\ny\n",
+              first + "\n2\n00:00:04,000 --> 00:00:04,000\nx\n\n3\n00:00:05,000 --> "
+                      "00:00:06,000 X1:1\ny\n",
               {L"5000-6000 y"},
               2},
              {"an empty line in the text, an arrow in it, a number at the end",
-              "1\n00:00:01,000 --> 00:00:02,000\na\n\nb --> c\n\n2\n00:00:03,000 --> "
-              "00:00:04,000\n\nd\n\n3\n",
-              {L"1000-2000 a/b --> c", L"3000-4000 d"},
-              0},
+              first + "a\n\nb --> c\n\n2\n00:00:03,000 --> 00:00:04,000\n\nd\n\n3\n",
+              {L"1000-2000 a/b --> c", L"3000-4000 d"}},
              {"timecodes in place of times",
-              "1\n00:00:01,000 --> 00:00:02,000\na\n\n2\n01:00:00;12 --> 01:00:02:00\nb\n\n"
-              "3\n00:00:05,000 --> 00:00:06,000\nc\n",
+              first + "a\n\n2\n01:00:00;12 --> 01:00:02:00\nb\n\n3\n00:00:05,000 --> "
+                      "00:00:06,000\nc\n",
               {L"1000-2000 a", L"5000-6000 c"},
               1},
-             {"long hours", "100:00:00,000 --> 100:00:01,000\nx\n", {L"360000000-360001000 x"}, 0},
+             {"long hours", "100:00:00,000 --> 100:00:01,000\nx\n", {L"360000000-360001000 x"}},
          }) {
         const auto read = readSrt(row.text, "f.srt");
         ASSERT_TRUE(read) << row.name << ": " << read.status().text();
@@ -112,28 +104,30 @@ protected:
                                 segment.detail.lines.front());
         return found;
     }
-    static SrtFile file(const char* text) { return readSrt(text, "f").value(); }
+    static SrtFile file(const std::string& text) { return readSrt(text, "f").value(); }
 
     cutroom::EmbeddedHost host_{cutroom::EmbeddedHost::repeatable()};
 };
 
 TEST_F(SubtitleImport, TimesCountFromTheFirstFrameOrAsTimecode) {
-    const SrtFile media = file("00:00:01,020 --> 00:00:02,000\na\n");
-    const SrtFile timecode = file("01:00:10,480 --> 01:00:11,000\nb\n");
-    const EditModifier programme = edit("01:00:00:00");
-    const auto first = importSubtitles(programme, media, L"s", SubtitleClock::media);
-    ASSERT_TRUE(first);
-    EXPECT_THAT(laid(programme, first->channel), ElementsAre(L"26-50 a"));
-    const auto second = importSubtitles(programme, timecode, L"s", SubtitleClock::timecode);
-    ASSERT_TRUE(second);
-    EXPECT_THAT(laid(programme, second->channel), ElementsAre(L"262-275 b"));
-    const auto outside = importSubtitles(programme, timecode, L"s", SubtitleClock::media);
+    const std::string media = "00:00:01,020 --> 00:00:02,000\na\n",
+                      timecode = "01:00:10,480 --> 01:00:11,000\na\n";
+    const EditModifier hour = edit("01:00:00:00"), drop = edit("00:00:50;00", true);
+    for (const auto& [target, text, clock, expected] :
+         {std::tuple{hour, media, MarkerClock::media, L"26-50 a"},
+          {hour, timecode, MarkerClock::timecode, L"262-275 a"},
+          {hour, "01:00:01,990 --> 01:00:03,000\na\n", MarkerClock::timecode, L"50-75 a"},
+          {drop, "00:00:50,500 --> 00:00:51,000\na\n", MarkerClock::timecode, L"15-30 a"},
+          {drop, "00:01:00,000 --> 00:01:01,000\na\n", MarkerClock::timecode, L"300-328 a"},
+          {edit("23:59:59:00"), "00:00:01,000 --> 00:00:02,000\na\n", MarkerClock::timecode,
+           L"50-75 a"}}) {
+        const auto made = importSubtitles(target, file(text), L"s", clock);
+        ASSERT_TRUE(made);
+        EXPECT_THAT(laid(target, made->channel), ElementsAre(expected));
+    }
+    const auto outside = importSubtitles(hour, file(timecode), L"s", MarkerClock::media);
     EXPECT_THAT(outside.status().text(), HasSubstr("--clock"));
-    EXPECT_EQ(programme->getNumChans(kChanSubtitle), 2);
-    const EditModifier drop = edit("00:00:00;00", true);
-    const auto third = importSubtitles(drop, file("00:00:10,500 --> 00:00:11,000\nc\n"), L"s",
-                                       SubtitleClock::timecode);
-    EXPECT_THAT(laid(drop, third->channel), ElementsAre(L"315-330 c"));
+    EXPECT_EQ(hour->getNumChans(kChanSubtitle), 3);
 }
 
 TEST_F(SubtitleImport, OverlapsAreCutShortAndTagsRoundAllLinesBecomeTheFont) {
@@ -143,7 +137,7 @@ TEST_F(SubtitleImport, OverlapsAreCutShortAndTagsRoundAllLinesBecomeTheFont) {
         file("00:00:01,000 --> 00:00:03,000\n<i><b>a</b></i>\n\n00:00:02,000 --> 00:00:04,000\n"
              "<i><b>b</b></i>\n\n00:00:39,900 --> 00:00:50,000\n<i><b>c</b></i>\n\n"
              "00:00:41,000 --> 00:00:42,000\n<i><b>d</b></i>\n"),
-        L"titles", SubtitleClock::media);
+        L"titles", MarkerClock::media);
     ASSERT_TRUE(report);
     EXPECT_THAT(laid(programme, report->channel),
                 ElementsAre(L"25-50 a", L"50-100 b", L"998-1000 c"));
