@@ -34,56 +34,50 @@ std::string event(int number, int recordIn, int recordOut, const std::string& re
                   recordIn, recordOut);
 }
 
-std::string layout(const Track& track, const Kv::FrameRate& rate) {
-    std::string text;
-    for (const Item& item : track.items)
-        text += format("%s%c %s %lld+%lld", text.empty() ? "" : ", ",
-                       "CGTN"[static_cast<int>(item.type)], item.name.c_str(),
-                       static_cast<long long>(rate.flicksToFrameNearest(item.start)),
-                       static_cast<long long>(rate.flicksToFrameNearest(item.duration)));
-    return text;
-}
-
+// "V: C a 0+25 x2 | A1: G b 0+5; 10 name|comment|RED": tracks with their items in frames, markers.
 std::string layout(const Timeline& timeline) {
+    const auto frames = [&](Flicks time) {
+        return toText(static_cast<long long>(timeline.rate.rate.flicksToFrameNearest(time)));
+    };
     std::string text;
-    for (const Track& track : timeline.tracks)
-        text += (text.empty() ? "" : " | ") + track.name + ": " + layout(track, timeline.rate.rate);
+    for (const Track& track : timeline.tracks) {
+        text += (text.empty() ? "" : " | ") + track.name;
+        for (const Item& item : track.items) {
+            text += &item == &track.items.front() ? ": " : ", ";
+            text += std::string(1, "CGTN"[static_cast<int>(item.type)]) + ' ' + item.name + ' ' +
+                    frames(item.start) + '+' + frames(item.duration);
+            text += item.speed == 1 ? "" : " x" + toText(item.speed);
+        }
+    }
+    for (const Marker& marker : timeline.markers)
+        text += "; " + frames(marker.start) +
+                (marker.duration > 0 ? "+" + frames(marker.duration) : "") + ' ' + marker.name +
+                '|' + marker.comment + '|' + marker.colourText;
     return text;
 }
-
-struct LineRow {
-    const char* line;
-    const char* number;
-    const char* reel;
-    const char* channel;
-    const char* kind;
-    int duration;
-};
 
 TEST(EdlLines, AreTakenApartFromTheRight) {
     const std::string tail = " 01:00:00:00 01:00:01:00 00:00:00:00 00:00:01:00";
-    const LineRow rows[] = {
-        {"001  TST      V     C       ", "001", "TST", "V", "C", 0},
-        {"000123 A_0031C010_241010_133208_h1C2T V D 010", "000123",
-         "A_0031C010_241010_133208_h1C2T", "V", "D", 10},
-        {"1\tAX\tAA/V\tC", "1", "", "AA/V", "C", 0},
-        {"002        BL V     W001    025", "002", "BL", "V", "W001", 25},
-        {"003  MY REEL 7 A2 C", "003", "MY REEL 7", "A2", "C", 0},
-        {"004 R V K B", "004", "R", "V", "K B", 0},
-        {"005 R V K O 012", "005", "R", "V", "K O", 12},
-        {"006 R V K 000", "006", "R", "V", "K", 0},
-        {"007 V C", "007", "", "V", "C", 0},
+    const std::pair<const char*, const char*> rows[] = {
+        {"001  TST      V     C       ", "001|TST|V|C|0"},
+        {"000123 A_0031C010_241010_133208_h1C2T V D 010",
+         "000123|A_0031C010_241010_133208_h1C2T|V|D|10"},
+        {"1\tAX\tAA/V\tC", "1||AA/V|C|0"},
+        {"002        BL V     W001    025", "002|BL|V|W001|25"},
+        {"003  MY REEL 7 A2 C", "003|MY REEL 7|A2|C|0"},
+        {"004 R V K B", "004|R|V|K B|0"},
+        {"005 R V K O 012", "005|R|V|K O|12"},
+        {"006 R V K 000", "006|R|V|K|0"},
+        {"007 V C", "007||V|C|0"},
     };
-    for (const LineRow& row : rows) {
-        SCOPED_TRACE(row.line);
-        const EdlList list = lines(row.line + tail + "  \r\n");
-        ASSERT_EQ(list.events.size(), 1u);
+    for (const auto& [line, parts] : rows) {
+        const EdlList list = lines(line + tail + "  \r\n");
+        ASSERT_EQ(list.events.size(), 1u) << line;
         const EdlEvent& event = list.events[0];
-        EXPECT_EQ(event.number, row.number);
-        EXPECT_EQ(event.reel, row.reel);
-        EXPECT_EQ(event.channel, row.channel);
-        EXPECT_EQ(event.kindText, row.kind);
-        EXPECT_EQ(event.duration, row.duration);
+        EXPECT_EQ(join({event.number, event.reel, event.channel, event.kindText,
+                        std::to_string(event.duration)},
+                       "|"),
+                  parts);
         EXPECT_EQ(event.timecodes, tail.substr(1));
     }
 }
@@ -97,27 +91,6 @@ TEST(EdlLines, ThatAreNoEventsAreCountedAndSaid) {
                             "lines of no known form left out: 2 (first: line 1)"));
 }
 
-TEST(EdlLines, EndInEveryWayAndInEveryEncoding) {
-    const std::string body = "TITLE: X\n" + event(1, 0, 1) + "* FROM CLIP NAME: a\n";
-    const auto with = [&](const std::string& end) {
-        std::string text;
-        for (const std::string& line : split(body, '\n'))
-            text += line + end;
-        return text;
-    };
-    const std::string rows[] = {body, with("\r\n"), with("\r"), "\xEF\xBB\xBF" + body,
-                                body + "\x1A\x1A" + std::string(20, '\0')};
-    for (const std::string& text : rows) {
-        const Timeline timeline = read(text);
-        EXPECT_EQ(timeline.name, "X");
-        EXPECT_EQ(layout(timeline), "V: C a 0+25");
-        EXPECT_THAT(timeline.warnings, IsEmpty());
-    }
-    const Timeline latin1 = read(event(1, 0, 1) + "* FROM CLIP NAME: caf\xE9\n");
-    EXPECT_EQ(layout(latin1), "V: C caf\xC3\xA9 0+25");
-    EXPECT_THAT(latin1.warnings, ElementsAre(HasSubstr("Latin-1")));
-}
-
 TEST(EdlLines, FoldedCommentsAreJoined) {
     const std::string first = std::string(78, 'x') + " Y";
     const EdlList list = lines(event(1, 0, 1) + "* " + first +
@@ -127,77 +100,145 @@ TEST(EdlLines, FoldedCommentsAreJoined) {
 }
 
 TEST(EdlChannels, AreReadAsTheListMeansThem) {
-    struct Row {
-        const char* text;
-        EdlDigits digits;
-        std::vector<std::string> names;
+    const auto each = EdlDigits::oneTrackEach, one = EdlDigits::oneNumber;
+    const std::tuple<const char*, EdlDigits, const char*> rows[] = {
+        {"V", each, "V"},       {"V2", each, "V2"},        {"A", each, "A1"},
+        {"A7", each, "A7"},     {"AA", each, "A1 A2"},     {"A34", each, "A3 A4"},
+        {"A12", each, "A1 A2"}, {"A12", one, "A12"},       {"B", each, "V A1"},
+        {"A/V", one, "V A1"},   {"AA/V", each, "V A1 A2"}, {"A1234V", each, "V A1 A2 A3 A4"},
+        {"NONE", each, "NONE"}, {"XYZ", each, "XYZ"},
     };
-    const auto each = EdlDigits::oneTrackEach;
-    const auto one = EdlDigits::oneNumber;
-    const Row rows[] = {
-        {"V", each, {"V"}},          {"V2", each, {"V2"}},
-        {"A", each, {"A1"}},         {"A7", each, {"A7"}},
-        {"AA", each, {"A1", "A2"}},  {"A34", each, {"A3", "A4"}},
-        {"A12", each, {"A1", "A2"}}, {"A12", one, {"A12"}},
-        {"B", each, {"V", "A1"}},    {"AA/V", each, {"V", "A1", "A2"}},
-        {"A/V", one, {"V", "A1"}},   {"A1234V", each, {"V", "A1", "A2", "A3", "A4"}},
-        {"NONE", each, {"NONE"}},    {"XYZ", each, {"XYZ"}},
-    };
-    for (const Row& row : rows) {
+    for (const auto& [text, digits, channels] : rows) {
         EdlEvent event;
-        event.channel = row.text;
+        event.channel = text;
         std::vector<std::string> names;
-        for (const EdlChannel& channel : channelsOf(event, row.digits))
+        for (const EdlChannel& channel : channelsOf(event, digits))
             names.push_back(channel.name);
-        EXPECT_EQ(names, row.names) << row.text;
+        EXPECT_EQ(join(names, " "), channels) << text;
     }
-    EXPECT_EQ(audioDigits(lines(event(1, 0, 1, "R", "C", "A12") + event(2, 1, 2, "R", "C", "A34"))),
-              each);
-    EXPECT_EQ(audioDigits(lines(event(1, 0, 1, "R", "C", "A12") + event(2, 1, 2, "R", "C", "A11"))),
-              one);
-    EXPECT_EQ(layout(read(event(1, 0, 1, "R", "C", "NONE") + "AUD  3    4\n")),
-              "A3: C R 0+25 | A4: C R 0+25");
+    const auto digitsOf = [](const char* first, const char* second) {
+        return audioDigits(
+            lines(event(1, 0, 1, "R", "C", first) + event(2, 1, 2, "R", "C", second)));
+    };
+    EXPECT_EQ(digitsOf("A12", "A34"), each);
+    EXPECT_EQ(digitsOf("A12", "A11"), one);
 }
 
 struct LayoutRow {
     const char* name;
     std::string text;
     const char* expected;
+    const char* warning = nullptr;
+    Kv::FrameRate rate = k25;
 };
 
-TEST(EdlReader, LaysEventsOut) {
-    const std::string names = "* FROM CLIP NAME: a\n* TO CLIP NAME: b\n";
-    const std::string half = "002 R2 V D 050 01:00:02:00 01:00:04:00 00:00:02:00 00:00:04:00\n";
-    const LayoutRow rows[] = {
-        {"cuts, a gap, out of order", event(2, 5, 6) + event(1, 0, 2), "V: C R1 0+50, C R1 125+25"},
-        {"a pair with a line without length", event(1, 0, 2) + event(2, 2, 2) + half + names,
-         "V: C a 0+50, T  50+50, C b 50+50"},
-        {"a pair whose first line has its length", event(1, 0, 2) + half + names,
-         "V: C a 0+50, T  50+50, C b 50+50"},
-        {"the incoming clip goes on in the next event",
-         event(1, 0, 2) + half + names + event(3, 4, 6, "R2"), "V: C a 0+50, T  50+50, C b 50+100"},
-        {"another clip follows the transition",
-         event(1, 0, 2) + half + names + event(3, 4, 6, "R9"),
-         "V: C a 0+50, T  50+50, C b 50+50, C R9 100+50"},
-        {"fade up from black", event(1, 0, 0, "BL") + event(1, 0, 2, "R", "D 012"),
-         "V: T  0+12, C R 0+50"},
-        {"fade out", event(1, 0, 2) + event(2, 2, 3, "BL", "W001 010"),
-         "V: C R1 0+50, T  50+10, G BL 50+25"},
-        {"a transition longer than its clip", event(1, 0, 2) + event(2, 2, 3, "R2", "D 040"),
-         "V: C R1 0+50, T  50+25, C R2 50+25"},
-        {"overlapping events", event(1, 0, 4, "A") + event(2, 1, 2, "B") + event(3, 4, 5, "C1"),
-         "V: C A 0+100, C C1 100+25 | V (2): C B 25+25"},
-        {"a background and a key over it",
-         event(1, 0, 2, "A", "K B") + event(1, 0, 1, "B", "K 010") +
-             "* FROM CLIP NAME: back\n* KEY CLIP NAME: front\n",
-         "V: C back 0+50 | V (2): C front 0+25"},
-        {"names from a reel comment", event(1, 0, 1, "KASS1") + "* REEL RC9 IS CLIP 28661.mov\n",
-         "V: C 28661.mov 0+25"},
-        {"a name without asterisk", event(1, 0, 1) + "FROM CLIP NAME: shot\n", "V: C shot 0+25"},
-    };
-    for (const LayoutRow& row : rows) {
+const std::string kNames = "* FROM CLIP NAME: a\n* TO CLIP NAME: b\n";
+const std::string kHalf = "002 R2 V D 050 01:00:02:00 01:00:04:00 00:00:02:00 00:00:04:00\n";
+const std::string kNamed = "TITLE: X\n" + event(1, 0, 1) + "* FROM CLIP NAME: a\n";
+
+std::string endingIn(const std::string& end) { return join(split(kNamed, '\n'), end); }
+
+std::string pointAt(int number, int seconds) {
+    return format("%03d  001      V     C        01:00:%02d:00 01:00:%02d:01 01:00:%02d:00 "
+                  "01:00:%02d:01  \n",
+                  number, seconds, seconds, seconds, seconds);
+}
+
+const LayoutRow kLayouts[] = {
+    {"lines that end in CR LF", endingIn("\r\n"), "V: C a 0+25"},
+    {"lines that end in CR", endingIn("\r"), "V: C a 0+25"},
+    {"a byte order mark", "\xEF\xBB\xBF" + kNamed, "V: C a 0+25"},
+    {"an end mark and filling", kNamed + "\x1A\x1A" + std::string(20, '\0'), "V: C a 0+25"},
+    {"another encoding", event(1, 0, 1) + "* FROM CLIP NAME: caf\xE9\n", "V: C caf\xC3\xA9 0+25",
+     "Latin-1"},
+    {"channels named apart", event(1, 0, 1, "R", "C", "NONE") + "AUD  3    4\n",
+     "A3: C R 0+25 | A4: C R 0+25"},
+    {"cuts, a gap, out of order", event(2, 5, 6) + event(1, 0, 2), "V: C R1 0+50, C R1 125+25"},
+    {"a pair with a line without length", event(1, 0, 2) + event(2, 2, 2) + kHalf + kNames,
+     "V: C a 0+50, T  50+50, C b 50+50"},
+    {"a pair whose first line has its length", event(1, 0, 2) + kHalf + kNames,
+     "V: C a 0+50, T  50+50, C b 50+50"},
+    {"the incoming clip goes on in the next event",
+     event(1, 0, 2) + kHalf + kNames + event(3, 4, 6, "R2"), "V: C a 0+50, T  50+50, C b 50+100"},
+    {"another clip follows the transition", event(1, 0, 2) + kHalf + kNames + event(3, 4, 6, "R9"),
+     "V: C a 0+50, T  50+50, C b 50+50, C R9 100+50"},
+    {"fade up from black", event(1, 0, 0, "BL") + event(1, 0, 2, "R", "D 012"),
+     "V: T  0+12, C R 0+50"},
+    {"fade out", event(1, 0, 2) + event(2, 2, 3, "BL", "W001 010"),
+     "V: C R1 0+50, T  50+10, G BL 50+25"},
+    {"a transition longer than its clip", event(1, 0, 2) + event(2, 2, 3, "R2", "D 040"),
+     "V: C R1 0+50, T  50+25, C R2 50+25", "shortened: 1"},
+    {"overlapping events", event(1, 0, 4, "A") + event(2, 1, 2, "B") + event(3, 4, 5, "C1"),
+     "V: C A 0+100, C C1 100+25 | V (2): C B 25+25"},
+    {"a background and a key over it",
+     event(1, 0, 2, "A", "K B") + event(1, 0, 1, "B", "K 010") +
+         "* FROM CLIP NAME: back\n* KEY CLIP NAME: front\n",
+     "V: C back 0+50 | V (2): C front 0+25"},
+    {"names from a reel comment", event(1, 0, 1, "KASS1") + "* REEL RC9 IS CLIP 28661.mov\n",
+     "V: C 28661.mov 0+25"},
+    {"a name without asterisk", event(1, 0, 1) + "FROM CLIP NAME: shot\n", "V: C shot 0+25"},
+    {"speeds of the reels they name",
+     event(1, 0, 2, "R1") + event(1, 2, 3, "R2", "D 010") + "M2   R1   050.0   01:00:00:00\n" +
+         "M2   R2   -25.0   01:00:00:00\nM2   R2   99.0\n" + event(2, 3, 4, "A LONG REEL") +
+         "M2 A LONG REEL 000.0 01:00:00:00\n",
+     "V: C R1 0+50 x2, T  50+10, C R2 50+25 x-1, C A LONG REEL 75+25 x0",
+     "second speeds for one event ignored: 1"},
+    {"on over midnight",
+     "001 R V C 10:00:00:00 10:00:02:00 23:59:59:00 00:00:01:00\n"
+     "002 R V C 10:00:00:00 10:00:01:00 00:00:01:00 00:00:02:00\n* LOC: 00:00:01:12 RED late\n",
+     "V: C R 0+50, C R 50+25; 62 |late|RED"},
+    {"an end before the start", "001 BL V C 00:00:00:00 00:00:02:00 10:00:00:00 00:00:00:00\n",
+     "V: G BL 0+50", "record out before record in"},
+    {"an end before the start, and no source",
+     "001 BL V C 00:00:00:00 00:00:00:00 00:00:00:20 00:00:00:00\n"
+     "002 R V C 01:00:00:00 01:00:00:01 00:00:02:00 00:00:02:01\n",
+     "V: G BL 0+30, C R 30+1", "record out before record in"},
+    {"drop frame leaves labels out",
+     "FCM: DROP FRAME\n001 R V C 00:00:00;00 00:01:00;02 01:00:59;28 01:01:00;02\n", "V: C R 0+2",
+     nullptr, k2997},
+    {"markers of every form",
+     "* LOC: 00:00:00:05 BLUE early\n" + event(1, 1, 3) +
+         "* LOC: 00:00:02:00 RED     two  words\n*LOC: 00:00:02:05\n* LOC: 00:00:09:00 late\n"
+         "* Number  Color   Marker Name   Start TC   Track  Comment\n"
+         "*     10  White   JO SMITH      00:00:02:10   V1   a row\n",
+     "V: C R1 0+50; 0 |early|BLUE; 25 |two  words|RED; 30 ||; 200 |late|; 35 JO SMITH|a row|White",
+     "outside"},
+    {"a list of markers has no clips",
+     "TITLE: marks\n\n" + pointAt(1, 2) + "first line\nsecond |C:ResolveColorBlue |M:n1 |D:10\n" +
+         pointAt(2, 4) + " |C:ResolveColorRed |M: |D:1\n",
+     "; 0+10 n1|first line\nsecond|Blue; 50+1 ||Red"},
+};
+
+TEST(EdlReader, LaysEventsAndMarkersOut) {
+    for (const LayoutRow& row : kLayouts) {
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(layout(read(row.text)), row.expected);
+        const Timeline timeline = read(row.text, row.rate);
+        EXPECT_EQ(layout(timeline), row.expected);
+        if (row.warning)
+            EXPECT_THAT(timeline.warnings, ElementsAre(HasSubstr(row.warning)));
+        else
+            EXPECT_THAT(timeline.warnings, IsEmpty());
+    }
+    EXPECT_EQ(read(kNamed).name, "X");
+}
+
+TEST(EdlReader, StartsAtTheEarliestLabel) {
+    struct Row {
+        std::string text;
+        Kv::FrameRate rate;
+        const char* start;
+    };
+    for (const Row& row :
+         {Row{"001 R V C 10:00:00:00 10:00:07:08 23:59:59:00 00:00:06:08\n", k25, "23:59:59:00"},
+          {event(2, 5, 6) + event(1, 3, 5), k25, "00:00:03:00"},
+          {"FCM: DROP FRAME\n001 R V C 00:00:00;00 00:00:01;00 01:00:59;28 01:01:01;00\n", k2997,
+           "01:00:59;28"},
+          {pointAt(1, 4) + " |C:ResolveColorRed |M: |D:1\n" + pointAt(2, 2) +
+               " |C:ResolveColorRed |M: |D:1\n",
+           k25, "01:00:02:00"}}) {
+        const Timeline timeline = read(row.text, row.rate);
+        EXPECT_EQ(timecodeText(*timeline.startFrame, {timeline.rate.rate, timeline.dropFrame}),
+                  row.start);
     }
 }
 
@@ -207,51 +248,6 @@ TEST(EdlReader, AnOutgoingClipNamedNowhereElseIsSaidAndKept) {
              event(2, 2, 4, "R2", "D 010") + "* FROM CLIP NAME: lost\n* TO CLIP NAME: b\n");
     EXPECT_THAT(timeline.warnings, ElementsAre(HasSubstr("outgoing clip")));
     EXPECT_THAT(timeline.tracks[0].items[1].metadata, HasSubstr("\"clip_name\":\"lost\""));
-}
-
-TEST(EdlReader, SpeedsBelongToTheReelTheyName) {
-    const Timeline timeline =
-        read(event(1, 0, 2, "R1") + event(1, 2, 3, "R2", "D 010") +
-             "M2   R1   050.0   01:00:00:00\n" + "M2   R2   -25.0   01:00:00:00\nM2   R2   99.0\n" +
-             event(2, 3, 4, "A LONG REEL") + "M2 A LONG REEL 000.0 01:00:00:00\n");
-    const auto& items = timeline.tracks[0].items;
-    EXPECT_EQ(items[0].speed, 2.0);
-    EXPECT_EQ(items[2].speed, -1.0);
-    EXPECT_EQ(items[3].speed, 0.0);
-    EXPECT_THAT(items[2].metadata, HasSubstr(R"("frames_per_second":"-25.0")"));
-    EXPECT_THAT(timeline.warnings, ElementsAre("second speeds for one event ignored: 1"));
-}
-
-struct RecordRow {
-    const char* name;
-    const char* line;
-    std::int64_t frames;
-    std::size_t warnings;
-};
-
-TEST(EdlReader, RecordTimesOverMidnightAndBroken) {
-    const RecordRow rows[] = {
-        {"midnight", "001 R V C 10:00:00:00 10:00:07:08 23:59:59:00 00:00:06:08", 176, 0},
-        {"broken", "001 BL V C 00:00:00:00 00:00:02:00 10:00:00:00 00:00:00:00", 48, 1},
-        {"broken without source", "001 BL V C 00:00:00:00 00:00:00:00 00:00:00:20 00:00:00:00", 28,
-         1},
-    };
-    for (const RecordRow& row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::string next = row.warnings == 1 && row.frames == 28
-                                     ? "\n002 R V C 01:00:00:00 01:00:00:01 00:00:02:00 00:00:02:01"
-                                     : "";
-        const Timeline timeline = read(row.line + next + "\n", k24);
-        EXPECT_EQ(k24.flicksToFrameNearest(timeline.tracks[0].items[0].duration), row.frames);
-        EXPECT_EQ(timeline.warnings.size(), row.warnings);
-    }
-    const Timeline after = read("001 R V C 10:00:00:00 10:00:02:00 23:59:59:00 00:00:01:00\n"
-                                "002 R V C 10:00:00:00 10:00:01:00 00:00:01:00 00:00:02:00\n"
-                                "* LOC: 00:00:01:12 RED late\n",
-                                k24);
-    EXPECT_EQ(layout(after), "V: C R 0+48, C R 48+24");
-    EXPECT_EQ(k24.flicksToFrameNearest(after.markers[0].start), 60);
-    EXPECT_EQ(*after.startFrame, (24 * 3600 - 1) * 24);
 }
 
 struct ClockRow {
@@ -301,62 +297,17 @@ TEST(EdlReader, ASourceMayCountHigherThanTheRecord) {
     EXPECT_DOUBLE_EQ(toSeconds(timeline.tracks[0].items[1].sourceStart), 1.5);
 }
 
-TEST(EdlReader, DropFrameRecordCountsFrames) {
-    const Timeline timeline =
-        read("FCM: DROP FRAME\n001 R V C 00:00:00;00 00:01:00;02 01:00:59;28 01:01:00;02\n", k2997);
-    EXPECT_EQ(k2997.flicksToFrameNearest(timeline.duration), 2);
-    EXPECT_EQ(timecodeText(*timeline.startFrame, {timeline.rate.rate, true}), "01:00:59;28");
-}
-
-TEST(EdlReader, MarkersOfEveryForm) {
-    const Timeline timeline = read("* LOC: 00:00:00:05 BLUE early\n" + event(1, 1, 3) +
-                                   "* LOC: 00:00:02:00 RED     two  words\n*LOC: 00:00:02:05\n"
-                                   "* LOC: 00:00:09:00 late\n"
-                                   "* Number  Color   Marker Name   Start TC   Track  Comment\n"
-                                   "*     10  White   JO SMITH      00:00:02:10   V1   a row\n");
-    std::vector<std::string> found;
-    for (const Marker& marker : timeline.markers)
-        found.push_back(format("%lld %s|%s|%s %d",
-                               static_cast<long long>(k25.flicksToFrameNearest(marker.start)),
-                               marker.name.c_str(), marker.comment.c_str(),
-                               marker.colourText.c_str(), static_cast<int>(marker.placement)));
-    EXPECT_THAT(found, ElementsAre("0 |early|BLUE 3", "25 |two  words|RED 0", "30 || 0",
-                                   "200 |late| 3", "35 JO SMITH|a row|White 0"));
-    EXPECT_THAT(timeline.warnings, ElementsAre(HasSubstr("outside")));
-}
-
-TEST(EdlReader, AListOfMarkersHasNoClips) {
-    const auto at = [](int number, int seconds) {
-        return format("%03d  001      V     C        01:00:%02d:00 01:00:%02d:01 01:00:%02d:00 "
-                      "01:00:%02d:01  \n",
-                      number, seconds, seconds, seconds, seconds);
-    };
-    const Timeline timeline = read("TITLE: marks\n\n" + at(1, 2) +
-                                   "first line\nsecond |C:ResolveColorBlue |M:n1 |D:10\n" +
-                                   at(2, 4) + " |C:ResolveColorRed |M: |D:1\n");
-    EXPECT_THAT(timeline.tracks, IsEmpty());
-    ASSERT_EQ(timeline.markers.size(), 2u);
-    EXPECT_EQ(timeline.markers[0].name, "n1");
-    EXPECT_EQ(timeline.markers[0].comment, "first line\nsecond");
-    EXPECT_EQ(timeline.markers[0].colour, 0x0000FFu);
-    EXPECT_EQ(k25.flicksToFrameNearest(timeline.markers[0].duration), 10);
-    EXPECT_EQ(k25.flicksToFrameNearest(timeline.markers[1].start), 50);
-    EXPECT_EQ(*timeline.startFrame, 3602 * 25);
-    EXPECT_THAT(timeline.warnings, IsEmpty());
-}
-
 TEST(EdlReader, SourcesAreNamed) {
     const Timeline timeline =
         read(event(1, 0, 1, "AX") + "* FROM CLIP NAME: a.mov\n" + event(2, 1, 2, "TAPE1") +
              "* FROM CLIP NAME: b\n* SOURCE FILE: /media/b.mov\n* REEL: TAPE_1_IN_FULL\n" +
              event(3, 2, 3, "GEN") + "* FROM CLIP NAME: TEXT\n* FROM CLIP IS A GENERATOR\n");
-    const auto& items = timeline.tracks[0].items;
-    EXPECT_EQ(items[0].media.reel, "");
-    EXPECT_EQ(items[0].media.name, "a.mov");
-    EXPECT_EQ(items[1].media.kind, ReferenceKind::external);
-    EXPECT_EQ(items[1].media.location, "/media/b.mov");
-    EXPECT_EQ(items[1].media.reel, "TAPE_1_IN_FULL");
-    EXPECT_EQ(items[2].media.kind, ReferenceKind::generator);
+    std::vector<std::string> sources;
+    for (const Item& item : timeline.tracks[0].items)
+        sources.push_back(join({item.media.reel, item.media.name, item.media.location}, "|"));
+    EXPECT_THAT(sources, ElementsAre("|a.mov|", "TAPE_1_IN_FULL|TAPE_1_IN_FULL|/media/b.mov",
+                                     "GEN|GEN|TEXT"));
+    EXPECT_EQ(timeline.tracks[0].items[2].media.kind, ReferenceKind::generator);
 }
 
 TEST(EdlReader, RefusesWhatIsNoList) {

@@ -58,6 +58,13 @@ protected:
         EXPECT_TRUE(report.ok()) << report.status().text();
         return report.ok() ? std::move(*report) : ImportReport();
     }
+    // The edit that a file of these bytes becomes; of an edit list, at `rate`.
+    EditModifier imported(const std::string& name, const std::string& bytes,
+                          std::optional<Kv::FrameRate> rate = {}) const {
+        ImportOptions options;
+        options.rate = rate;
+        return EditModifier(import(write(name, bytes), options).edits.at(0).edit);
+    }
 
     TempFolder temp_{TempFolder::inMemory()};
 };
@@ -92,6 +99,31 @@ inline std::string itemsOf(const EditPtr& edit, const Cel& cel) {
                 text += "@" + std::to_string(rate.flicksToFrameNearest(segment.stripStart));
         }
         addTransition(segment.outGraph, segment.end);
+    }
+    return text;
+}
+
+// Tracks, names, sources, speeds, flags and markers: all that a file of timelines says of an edit.
+inline std::string contentsOf(const EditPtr& edit) {
+    std::string text = toUtf8(edit->getName()) + " " + edit->getTimecode(0) + "\n";
+    for (const IdStamp& channel : edit->getChans()) {
+        const Cel& cel = *edit->get_edit_cel_p(channel);
+        text += toUtf8(edit->getChanUserName(channel)) + ": " + itemsOf(edit, cel) + "\n";
+        for (std::uint32_t i = 0; i < cel.numSegments(); ++i) {
+            const CelSegment segment = cel.getSegment(i);
+            text += toUtf8(segment.detail.name) + "|" + toUtf8(segment.detail.media) + "|" +
+                    std::to_string(segment.material.valid() ? segment.stripStart : 0) + "|" +
+                    toText(segment.speed) + (segment.flags & kEventDisabled ? "|off\n" : "\n");
+        }
+    }
+    const CueList cues = edit->getCues();
+    for (const Cue& cue : cues.cues()) {
+        text += std::to_string(frameOf(edit, cue.getTime())) + "-" +
+                (cue.hasEnd() ? std::to_string(frameOf(edit, cue.getEndTime())) : "") + " " +
+                toUtf8(cue.getName()) + "/" + toUtf8(cue.getDescription()) + "/" +
+                std::to_string(cue.getColour()) + "\n";
+        for (const auto& [key, value] : cue.getCustomMetadata())
+            text += key + "=" + toUtf8(value) + "\n";
     }
     return text;
 }

@@ -150,34 +150,23 @@ TEST_F(MarkerImport, AMarkerOfTheSameTimeAndNameIsKeptReplacedOrJoined) {
                            MarkerFormat::csv, reel);
     ASSERT_TRUE(file.ok());
     const MarkerPlaces places(reel, MarkerClock::timecode);
-    struct Row {
-        MarkerConflict conflict;
-        std::size_t added, replaced, kept;
-        const char* texts;
-    };
-    for (const Row& row :
-         {Row{MarkerConflict::keep, 2, 0, 1, "fresh: other: sky:more sky:old "},
-          {MarkerConflict::replace, 2, 1, 0, "fresh: other: sky:more sky:new "},
-          {MarkerConflict::both, 3, 0, 0, "fresh: other: sky:new sky:more sky:old "}}) {
-        const MarkerPlan plan = planMarkers(cues, *file, places, row.conflict);
-        EXPECT_EQ(plan.added, row.added);
-        EXPECT_EQ(plan.replaced, row.replaced);
-        EXPECT_EQ(plan.kept, row.kept);
-        std::string texts;
+    using enum MarkerConflict;
+    for (const auto& [conflict, planned] :
+         {std::pair{keep, "2 0 1: fresh other sky:more sky:old1"},
+          {replace, "2 1 0: fresh other sky:more sky:new2"},
+          {both, "3 0 0: fresh other sky:new2 sky:more sky:old1"}}) {
+        const MarkerPlan plan = planMarkers(cues, *file, places, conflict);
+        std::string text = format("%zu %zu %zu:", plan.added, plan.replaced, plan.kept);
         for (const Cue& cue : plan.cues.cues())
-            texts += toUtf8(cue.getName()) + ':' + toUtf8(cue.getDescription()) + ' ';
-        EXPECT_EQ(texts, row.texts);
-        const Cue& last = plan.cues.cues().back();
-        EXPECT_EQ(last.getTime(), 1.01);
-        EXPECT_EQ(last.getFlags(), kCueVisible);
-        EXPECT_EQ(last.getCustomMetadata("take"),
-                  row.conflict == MarkerConflict::replace ? L"2" : L"1");
+            text += ' ' + toUtf8(cue.getName()) + (cue.getDescription().empty() ? "" : ":") +
+                    toUtf8(cue.getDescription() + cue.getCustomMetadata("take"));
+        EXPECT_EQ(text, planned);
+        EXPECT_EQ(plan.cues.cues().back().getTime(), 1.01);
+        EXPECT_EQ(plan.cues.cues().back().getFlags(), kCueVisible);
     }
     // An end in the frame of the start is never before it.
     const auto ended = read("name,in,out\nsky,01:00:01:00,01:00:01:00\n", MarkerFormat::csv, reel);
-    EXPECT_EQ(
-        planMarkers(cues, *ended, places, MarkerConflict::replace).cues.cues().back().getEndTime(),
-        1.01);
+    EXPECT_EQ(planMarkers(cues, *ended, places, replace).cues.cues().back().getEndTime(), 1.01);
 }
 
 // Markers on frames, with texts of all kinds.

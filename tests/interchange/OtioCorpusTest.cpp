@@ -1,5 +1,4 @@
 #include "interchange/OtioReader.h"
-#include "platform/base/Timecode.h"
 #include "tests/interchange/Corpus.h"
 
 #include <gmock/gmock.h>
@@ -25,13 +24,6 @@ protected:
             expected_ = all->child(0);
     }
 
-    // Half a frame for what had to move to a frame, and the millionth by which literal rates
-    // differ.
-    double tolerance(double seconds) const {
-        const bool moved = !timeline_.warnings.empty();
-        return 2e-6 + seconds * 2e-6 + (moved ? timeline_.rate.rate.frameDuration() / 2 : 0);
-    }
-
     Kv::Ptr<JSON::Element> facts_;
     Kv::Ptr<JSON::Element> expected_; // empty when the root is no timeline
     Timeline timeline_;
@@ -40,65 +32,35 @@ protected:
 std::string orderOf(const Track& track) {
     std::string order;
     for (const Item& item : track.items)
-        order += item.type == ItemType::clip         ? 'C'
-                 : item.type == ItemType::gap        ? 'G'
-                 : item.type == ItemType::transition ? 'T'
-                                                     : 'N';
+        order += "CGTN"[static_cast<int>(item.type)];
     return order;
 }
 
-TEST_P(OtioCorpus, TimelineAgrees) {
+// What `show` tells of a file is compared elsewhere: names, lengths, start.
+TEST_P(OtioCorpus, RootRateAndTracksAgree) {
     EXPECT_EQ(timeline_.source, facts_->getString("root"));
-    if (!expected_) {
-        const auto clip = facts_->find("clip");
-        const Item& item = timeline_.tracks.at(0).items.at(0);
-        const auto duration = clip->find("duration");
-        EXPECT_EQ(timeline_.name, clip->getString("name"));
-        EXPECT_NEAR(toSeconds(timeline_.duration), duration->getDouble("seconds_snapped"), 1e-6);
-        EXPECT_NEAR(toSeconds(item.sourceStart) * item.sourceRate.rate.asDouble(),
-                    clip->getDouble("source_start_frame"), 0.01);
-        EXPECT_FALSE(item.media.location.empty());
-        return;
-    }
-    EXPECT_EQ(timeline_.name, expected_->getString("name"));
-    const double seconds = expected_->getDouble("seconds");
-    EXPECT_NEAR(toSeconds(timeline_.duration), seconds, tolerance(seconds));
-    EXPECT_EQ(timeline_.rate.rate, *Kv::FrameRate::fromDouble(expected_->getDouble("rate")));
-    const auto start = expected_->find("start");
-    ASSERT_EQ(start->isObject(), timeline_.startFrame.has_value());
-    if (start->isObject()) {
-        EXPECT_EQ(timeline_.startWritten, start->getDouble("frame"));
-        EXPECT_EQ(timecodeText(*timeline_.startFrame, {timeline_.rate.rate, timeline_.dropFrame}),
-                  start->getString("timecode"));
-    }
-}
-
-TEST_P(OtioCorpus, TracksAgree) {
     if (!expected_) {
         ASSERT_EQ(timeline_.tracks.size(), 1u);
         EXPECT_EQ(orderOf(timeline_.tracks[0]), "C");
         return;
     }
+    EXPECT_EQ(timeline_.rate.rate, *Kv::FrameRate::fromDouble(expected_->getDouble("rate")));
+    if (const auto start = expected_->find("start"); start->isObject())
+        EXPECT_EQ(timeline_.startWritten, start->getDouble("frame"));
+    else
+        EXPECT_FALSE(timeline_.startFrame);
     const auto tracks = expected_->find("tracks");
     ASSERT_EQ(timeline_.tracks.size(), tracks->size());
     for (std::size_t i = 0; i < tracks->size(); ++i) {
         const auto fact = tracks->child(i);
-        const Track& track = timeline_.tracks[i];
-        EXPECT_EQ(track.kindText, fact->getString("kind"));
-        EXPECT_EQ(track.name, fact->getString("name"));
-        const double seconds = fact->getDouble("seconds");
-        EXPECT_NEAR(toSeconds(track.duration), seconds, tolerance(seconds)) << i;
-        std::string order = fact->getString("order");
+        EXPECT_EQ(timeline_.tracks[i].kindText, fact->getString("kind"));
+        const std::string found = orderOf(timeline_.tracks[i]);
+        std::string order = fact->getString("order", found);
         std::replace_if(
             order.begin(), order.end(), [](char c) { return c == 'S' || c == 'K'; }, 'N');
-        const std::string found = orderOf(track);
-        if (!order.empty()) {
-            EXPECT_EQ(found, order) << i;
-        }
-        EXPECT_EQ(std::count(found.begin(), found.end(), 'C'), fact->getInt("clips"));
-        EXPECT_EQ(std::count(found.begin(), found.end(), 'G'), fact->getInt("gaps"));
-        EXPECT_EQ(std::count(found.begin(), found.end(), 'T'), fact->getInt("transitions"));
-        EXPECT_EQ(std::count(found.begin(), found.end(), 'N'), fact->getInt("nested"));
+        EXPECT_EQ(found, order) << i;
+        for (const auto& [kind, count] : {std::pair{'C', "clips"}, {'G', "gaps"}, {'N', "nested"}})
+            EXPECT_EQ(std::count(found.begin(), found.end(), kind), fact->getInt(count));
     }
 }
 

@@ -75,16 +75,19 @@ inline std::int64_t frames(const cutroom::Timeline& timeline, cutroom::Flicks ti
     return timeline.rate.rate.flicksToFrameNearest(time);
 }
 
-// "A 0+10 @5, G 10+3 @0": what a track holds, in frames.
-inline std::string layout(const cutroom::Timeline& timeline, std::size_t track = 0) {
+// "A 0+10 @5, G 10+3 @0 | B 0+3 @0": what each track holds, in frames, those of sources at theirs.
+inline std::string layout(const cutroom::Timeline& timeline) {
     std::string text;
-    for (const cutroom::Item& each : timeline.tracks.at(track).items)
-        text +=
-            cutroom::format("%s%s %lld+%lld @%.0f", text.empty() ? "" : ", ", each.name.c_str(),
-                            static_cast<long long>(frames(timeline, each.start)),
-                            static_cast<long long>(frames(timeline, each.duration)),
-                            cutroom::toSeconds(each.sourceStart) *
-                                (each.sourceRate.valid() ? each.sourceRate.rate.asDouble() : 24));
+    for (const cutroom::Track& track : timeline.tracks) {
+        text += &track == &timeline.tracks.front() ? "" : " | ";
+        for (const cutroom::Item& each : track.items)
+            text += cutroom::format(
+                "%s%s %lld+%lld @%.0f", &each == &track.items.front() ? "" : ", ",
+                each.name.c_str(), static_cast<long long>(frames(timeline, each.start)),
+                static_cast<long long>(frames(timeline, each.duration)),
+                cutroom::toSeconds(each.sourceStart) *
+                    (each.sourceRate.valid() ? each.sourceRate.rate.asDouble() : 24));
+    }
     return text;
 }
 

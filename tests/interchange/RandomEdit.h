@@ -31,6 +31,7 @@ private:
     }
 
     void fill(const IdStamp& channel) {
+        edit_->setChanUserName(channel, L"Track");
         std::vector<Piece> pieces;
         for (int i = below(12) + 1; i > 0; --i)
             pieces.push_back({below(4) == 0 ? L"" : std::wstring(1, L'a' + below(5)),
