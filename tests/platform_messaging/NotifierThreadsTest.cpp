@@ -7,6 +7,7 @@
 #include <atomic>
 #include <barrier>
 #include <functional>
+#include <future>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -110,6 +111,28 @@ TEST(NotifierThreads, GuardsMayGoWhileTheirNotifierGoes) {
         });
     }
     EXPECT_EQ(token.use_count(), 1);
+}
+
+TEST(NotifierThreads, ATellingIsWaitedForOutsideOfTellings) {
+    Notifier notifier;
+    std::promise<void> inside;
+    std::promise<void> leave;
+    std::atomic<bool> done{false};
+    Kv::Ptr<Guard> guard = listen(notifier, [&](auto&) {
+        inside.set_value();
+        leave.get_future().wait();
+        done = true;
+    });
+    std::thread teller([&] { notifier.call(NotifyMsg(), 1); });
+    inside.get_future().wait();
+    std::thread dropper([&] {
+        guard.reset();
+        EXPECT_TRUE(done);
+    });
+    leave.set_value();
+    dropper.join();
+    teller.join();
+    EXPECT_FALSE(notifier.hasListeners());
 }
 
 } // namespace

@@ -89,6 +89,17 @@ TEST_F(VobClientTest, IsNamedByTheLogTypeOfTheEdit) {
     EXPECT_EQ(client.getTypeName(), resourceStrW(kResTypeOther));
 }
 
+TEST_F(VobClientTest, NobodyIsSkippedWhenOneLeavesAsItHearsOfANewcomer) {
+    const auto vob = open(makeEdit());
+    MeddlingClient a(vob.get(), calls_, "a", 3);
+    const RecorderClient b(vob.get(), calls_, "b", 2);
+    RecorderClient newcomer(nullptr, calls_, "n");
+    a.onAdded = [&](VobClient*) { VobManager::instance().closeInternal(&a); };
+    calls_.clear();
+    VobManager::instance().open(&newcomer, vob);
+    EXPECT_THAT(calls_, ElementsAre("a: added n", "b: removed a", "n: removed a", "b: added n"));
+}
+
 // --- moving all of them --------------------------------------------------------------------------
 
 namespace {

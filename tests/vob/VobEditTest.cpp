@@ -198,6 +198,8 @@ TEST_F(VobEdit, TheClipboardIsShownFromItsStartWithItsEndMarked) {
     vob->storeCurrentTime(3);
     layClip(clipboard, clipboard->addChan(kChanVideo), 0, 6);
     vob->setSelectedRaw(clipboard->getId(0), true);
+    clipboard->addModification(kModName, true);
+    EXPECT_EQ(vob->getCurrentTime(), 3.0); // its contents stay
     clipboard->addModification(kModRestored, true);
     EXPECT_EQ(vob->getCurrentTime(), 0.0);
     EXPECT_EQ(vob->getEditModule().getMark(clipboard->getId(0), In), 6.0);

@@ -129,15 +129,17 @@ TEST_F(VobSelection, UnjoinedCutsSurviveARenumberingWithTheirFlags) {
     vob_->toggleCut(channel_, cel_->find_ceh(6, 0));
     vob_->unjoinCut(channel_, ce_handle());
     EXPECT_EQ(calls_, Calls(2, "a: change 8 time 0"));
+    ASSERT_TRUE(TrimObj(*vob_).trimFrames(25, false, false).ok());
+    edit_->addModification(kModEventsTrimmed, true);
     layClip(edit_, channel_, 1, 2, 8);
     edit_->addModification(kModEventsAdded, true);
     const UnjoinedCuts& cuts = vob_->findTrackSelections(channel_)->getUnjoinedCuts();
     ASSERT_EQ(cuts.size(), 2);
-    EXPECT_EQ(cuts.getHandle(0).get_edit_time(), 4.0);
+    EXPECT_EQ(cuts.getHandle(0).get_edit_time(), 5.0);
     EXPECT_EQ(cuts.getFlag(0), unsigned{kCutConstrainIn});
     EXPECT_TRUE(vob_->isTrimViewPossible());
-    EXPECT_TRUE(TrimObj(*vob_).isPopped(channel_, 5));
-    EXPECT_EQ(TrimObj(*vob_).getNearestCutTime(5.5), 6.0);
+    EXPECT_TRUE(TrimObj(*vob_).isPopped(channel_, 6));
+    EXPECT_EQ(TrimObj(*vob_).getNearestCutTime(6.5), 7.0);
     vob_->rejoinCuts();
     EXPECT_FALSE(vob_->isTrimViewPossible());
 }
