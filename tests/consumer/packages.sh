@@ -34,6 +34,5 @@ dpkg-deb -x "$dev" "$folder/root"
 PKG_CONFIG_PATH=$(dirname "$(find "$folder/root" -name cutroom.pc)")
 export PKG_CONFIG_PATH
 read -ra flags <<<"$(pkg-config --cflags --libs cutroom)"
-"$cxx" -std=c++20 -fsyntax-only "$outside/viewing.cpp" "${flags[@]}"
-echo 'int main() {}' | "$cxx" -x c++ - -o "$folder/linked" "${flags[@]}"
+"$cxx" -std=c++20 "$outside/main.cpp" -o "$folder/linked" "${flags[@]}"
 echo "packages: $(basename "$runtime") $(basename "$dev")"

@@ -1,12 +1,10 @@
 // Uses what the package gives: values, counted objects, notification, an interface that the program
 // implements and the library calls, and casts across the library's boundary.
-
-#include "consumer.h"
-
 #include "platform/base/Cookie.h"
 #include "platform/base/Log.h"
 #include "platform/base/Ptr.h"
 #include "platform/base/Version.h"
+#include "vob/VobClient.h"
 #include "vob/notify/ValServer.h"
 
 #include <cstdio>
@@ -16,16 +14,12 @@ namespace {
 
 int faults = 0;
 
-} // namespace
-
 void expect(bool condition, const char* what) {
     if (!condition) {
         std::printf("consumer: %s\n", what);
         ++faults;
     }
 }
-
-namespace {
 
 class RecordingSink : public cutroom::iLogSink {
 public:
@@ -91,6 +85,20 @@ void useNotification() {
     expect(dynamic_cast<ValServer<bool>*>(base) == nullptr, "a server of another type passed");
 }
 
+class Other : public VobClient {};
+
+// A client of this program's own is hidden here; the library hands it out by its bases.
+void castClients() {
+    class Viewer : public VobClient {
+    } viewer;
+    iCookieContainer* container = &viewer;
+    expect(dynamic_cast<Viewer*>(container) == &viewer, "no way down to an own client");
+    expect(dynamic_cast<VobClient*>(container) == &viewer, "no way down to the library's class");
+    expect(dynamic_cast<iEditContainer*>(container) != nullptr, "no way to a sibling interface");
+    expect(dynamic_cast<Other*>(container) == nullptr, "a client of another class passed");
+    expect(viewer.getContainerID() == Cookie(), "a viewer is a container without cookie");
+}
+
 } // namespace
 
 int main() {
@@ -98,7 +106,7 @@ int main() {
     useCountedObjects();
     useNotification();
     useInterfaces();
-    viewAnEdit();
+    castClients();
     std::printf("consumer: cutroom %s, %d faults\n", cutroom::version(), faults);
     return faults == 0 ? 0 : 1;
 }
