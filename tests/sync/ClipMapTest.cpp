@@ -65,4 +65,14 @@ TEST_F(ClipMapTest, aSegmentRefersToTheStretchThatBothShow) {
     }
 }
 
+TEST_F(ClipMapTest, aSequenceMadeWhereAnotherStoodIsReadAnew) {
+    const EditPtr clip = editWith({segment(0, 30, 100)});
+    ClipMap map;
+    for (int i = 0; i < 20; ++i)
+        for (const std::uint64_t material : {7u, 9u}) {
+            map.update(editWith({segment(5, 15, 112, 1, Cookie('V', material, 1))}), {clip});
+            EXPECT_EQ(map.references().size(), material == 7 ? 1u : 0u);
+        }
+}
+
 } // namespace

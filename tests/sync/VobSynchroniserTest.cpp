@@ -43,28 +43,16 @@ protected:
     std::vector<Kv::Ptr<Vob>> vobs_;
 };
 
-TEST_F(VobSynchroniserTest, movesKeepTheOffsetsOfTheLinking) {
+TEST_F(VobSynchroniserTest, offsetsAreSetForThoseThatFollow) {
     const auto a = vobAt(10), b = vobAt(25), c = vobAt(3);
     VobSynchroniser links;
-    links.setItemsToSync({a, b, c, b, nullptr});
-    const struct {
-        Kv::Ptr<Vob> moved;
-        double to;
-        std::vector<double> expected;
-    } rows[] = {{a, 12, {12, 27, 5}}, {b, 30, {15, 30, 8}}, {c, 0, {7, 22, 0}}};
-    for (const auto& row : rows) {
-        row.moved->setCurrentTime(row.to);
-        EXPECT_EQ(times(), row.expected);
-    }
-    links.setSyncEnabled(false);
-    a->setCurrentTime(50);
-    EXPECT_THAT(times(), ElementsAre(50, 22, 0));
-    links.setItemsToSync({c, b}); // b keeps its place before c
-    EXPECT_THAT(links.getSynchronisedVobs(iVobSynchroniser::kVobsLinked), ElementsAre(b, c));
-    EXPECT_EQ(links.offsetOf(c.get()), -22);
+    links.setItemsToSync({b, c, b, nullptr});
+    EXPECT_EQ(links.clients().size(), 2u);
+    EXPECT_TRUE(links.setOffset(c.get(), 4));
     EXPECT_FALSE(links.setOffset(b.get(), 4) || links.setOffset(a.get(), 4) ||
                  links.setOffset(c.get(), kNoTime));
-    EXPECT_FALSE(VobSynchroniser::isSynced(a.get()));
+    b->setCurrentTime(26);
+    EXPECT_THAT(times(), ElementsAre(10, 26, 30));
 }
 
 TEST_F(VobSynchroniserTest, othersSeeTheFlagsOfTheMovedVobAndKeepTheirOwn) {
@@ -80,44 +68,15 @@ TEST_F(VobSynchroniserTest, othersSeeTheFlagsOfTheMovedVobAndKeepTheirOwn) {
     EXPECT_EQ(b->getTimeChangeFlags(), Vob::kTimePreviewing);
 }
 
-TEST_F(VobSynchroniserTest, flag128SuspendsUntilAfterTheFirstChangeWithoutIt) {
+TEST_F(VobSynchroniserTest, unlinkingTheOneThatSuspendsEndsTheSuspension) {
     const auto a = vobAt(0), b = vobAt(0);
     VobSynchroniser links;
     links.setItemsToSync({a, b});
-    a->setTimeChangeFlags(Vob::kTimeSuspendsSync);
-    a->setCurrentTime(1);
-    EXPECT_FALSE(links.getSyncEnabled());
-    a->setTimeChangeFlags(0);
-    a->setMarkTime(kChanAllSelected, 1, Kv::MarkTypes::In); // no change of time
-    EXPECT_FALSE(links.getSyncEnabled());
-    a->setCurrentTime(2);
-    EXPECT_TRUE(links.getSyncEnabled());
-    EXPECT_EQ(b->getCurrentTime(), 0);
-    a->setCurrentTime(3);
-    EXPECT_EQ(b->getCurrentTime(), 3);
-    // unlinking the one that suspends ends the suspension
     b->setTimeChangeFlags(Vob::kTimeSuspendsSync);
     b->setCurrentTime(4);
+    EXPECT_FALSE(links.getSyncEnabled());
     links.setItemsToSync({a});
     EXPECT_TRUE(links.getSyncEnabled());
-}
-
-TEST_F(VobSynchroniserTest, fastPlayingIsNotHandedOn) {
-    const auto a = vobAt(50), b = vobAt(50);
-    VobSynchroniser links;
-    links.setItemsToSync({a, b});
-    EXPECT_FALSE(VobSynchroniserBase::updateAllowed(nullptr));
-    VobManager::instance().setPlayMachine(a.get(), false);
-    for (const double speed : {4.9, 5.0, -4.9, -5.0, 16.0}) {
-        ASSERT_TRUE(host_.transport().play(speed));
-        const bool allowed = std::abs(speed) < 5;
-        EXPECT_EQ(VobSynchroniserBase::updateAllowed(a.get()), allowed) << speed;
-        EXPECT_TRUE(VobSynchroniserBase::updateAllowed(b.get())) << speed; // it does not play
-        const double before = b->getCurrentTime();
-        host_.loop().runFor(0.5);
-        EXPECT_EQ(b->getCurrentTime() != before, allowed) << speed;
-        host_.transport().stop();
-    }
 }
 
 // --- what those who are told may do --------------------------------------------------------------
@@ -193,30 +152,68 @@ TEST_F(VobSynchroniserTest, linksThatTheManagerDeletesAreForgotten) {
     EXPECT_TRUE(links.getSyncEnabled());
 }
 
-TEST_F(VobSynchroniserTest, manyLinkedVobsNeitherLoopNorDrift) {
-    constexpr std::size_t kVobs = 64;
-    std::mt19937 random(7);
-    const auto number = [&](unsigned below) { return static_cast<int>(random() % below); };
-    std::vector<double> offsets;
-    for (std::size_t i = 0; i < kVobs; ++i)
-        offsets.push_back(vobAt(number(100'000) / 1024.0)->getCurrentTime());
-    VobSynchroniser links;
-    links.setItemsToSync(vobs_);
-    calls_.clear();
-    keepers_.clear();
-    std::vector<std::unique_ptr<RecorderClient>> counters;
-    for (const auto& vob : vobs_)
-        counters.push_back(std::make_unique<RecorderClient>(vob.get(), calls_, "told"));
-    const long moves = rounds(2'000, 100'000);
-    for (long i = 0; i < moves; ++i) {
-        calls_.clear();
-        const std::size_t moved = static_cast<std::size_t>(number(kVobs));
-        const double to = number(1'000'000) / 1024.0;
-        vobs_[moved]->setCurrentTime(to);
-        ASSERT_EQ(calls_.size(), kVobs); // each told once
-        for (std::size_t k = 0; k < kVobs; ++k)
-            ASSERT_EQ(vobs_[k]->getCurrentTime(), to - offsets[moved] + offsets[k]);
+struct Crowd {
+    std::size_t vobs;
+    long moves;
+    unsigned relinked; // every how many moves others are linked; 0: never
+};
+
+class LinksModel : public VobSynchroniserTest, public testing::WithParamInterface<Crowd> {
+protected:
+    std::size_t number(std::size_t below) { return random_() % below; }
+    double anyTime() { return static_cast<double>(number(1'000'000)) / 1024; }
+    // Links some of them, or all, where they stand.
+    void link() {
+        LightweightVector<Kv::Ptr<Vob>> some;
+        for (std::size_t k = 0; k < vobs_.size(); ++k) {
+            linked_[k] = GetParam().relinked == 0 || number(3) > 0;
+            if (linked_[k])
+                some.push_back(vobs_[k]);
+        }
+        links_.setItemsToSync(some);
     }
+    // Moves one of them; those that are told are told once.
+    void move() {
+        const std::size_t moved = number(vobs_.size());
+        double to = anyTime();
+        if (to == times_[moved])
+            to += 1;
+        const double by = to - times_[moved];
+        std::size_t told = 0;
+        for (std::size_t k = 0; k < vobs_.size(); ++k)
+            if (k == moved || (linked_[k] && linked_[moved])) {
+                times_[k] += by;
+                ++told;
+            }
+        calls_.clear();
+        vobs_[moved]->setCurrentTime(to);
+        ASSERT_EQ(calls_.size(), told);
+        ASSERT_EQ(times(), times_);
+    }
+
+    std::mt19937 random_{7};
+    VobSynchroniser links_;
+    std::vector<bool> linked_;
+    std::vector<double> times_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Crowds, LinksModel,
+                         testing::Values(Crowd{64, rounds(2'000, 100'000), 0},
+                                         Crowd{9, rounds(10'000, 1'000'000), 16}),
+                         [](const auto& test) { return std::to_string(test.param.vobs); });
+
+TEST_P(LinksModel, neitherLoopNorDrift) {
+    for (std::size_t i = 0; i < GetParam().vobs; ++i)
+        times_.push_back(vobAt(anyTime())->getCurrentTime());
+    linked_.resize(vobs_.size());
+    link();
+    for (long i = 0; i < GetParam().moves && !HasFatalFailure(); ++i) {
+        if (GetParam().relinked && i % GetParam().relinked == 0)
+            link();
+        move();
+    }
+    if (GetParam().relinked)
+        RecordProperty("steps", std::to_string(GetParam().moves));
 }
 
 } // namespace
