@@ -79,19 +79,18 @@ TEST(ContainerModifications, KeepOneRecordForEachTypeInTheOrderOfTheFirst) {
     Modifications changes;
     EXPECT_FALSE(changes.add(Modification(0, 1)));
     EXPECT_TRUE(changes.empty());
-    EXPECT_TRUE(changes.add(Modification(ContainerBase::kModItemsRemoved, kA)));
-    EXPECT_TRUE(changes.add(Modification(LogAttribute::scene)));
-    EXPECT_TRUE(changes.add(Modification(ContainerBase::kModItemsRemoved, kB)));
-    EXPECT_TRUE(changes.add(Modification(LogAttribute::shot)));
+    for (const Modification& change :
+         {Modification(ContainerBase::kModItemsRemoved, kA), Modification(768, 4),
+          Modification(ContainerBase::kModItemsRemoved, kB), Modification(768, 8),
+          Modification(LogAttribute::scene), Modification(LogAttribute::shot)})
+        EXPECT_TRUE(changes.add(change));
     EXPECT_TRUE(changes.add(changes.records()[0])); // its own cookies once more
-    ASSERT_EQ(changes.records().size(), 2u);
+    ASSERT_EQ(changes.records().size(), 3u);
     EXPECT_THAT(changes.records()[0].getCookies(), ElementsAre(kA, kB, kA, kB));
-    EXPECT_EQ(changes.getTypes(), 512u | 32u);
-    EXPECT_TRUE(changes.includes(32u) && changes.includes(768u) && !changes.includes(256u));
-    // Of two attributes the first is known.
+    EXPECT_EQ(changes.getTypes(), 768u | 32u);
+    EXPECT_TRUE(changes.includes(256u) && !changes.includes(64u));
+    EXPECT_TRUE(changes.includes(256u, 12u) && !changes.includes(256u, 8u)); // the first's
     EXPECT_TRUE(changes.includes(LogAttribute::scene) && !changes.includes(LogAttribute::shot));
-    EXPECT_TRUE(changes.includes(32u, LogAttribute::scene));
-    EXPECT_FALSE(changes.includes(32u, 1u) || changes.includes(512u, ~0u));
     EXPECT_TRUE(changes.refersTo(kB));
     changes.clear();
     EXPECT_TRUE(changes.empty());

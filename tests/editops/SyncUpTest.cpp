@@ -48,6 +48,7 @@ TEST_F(SyncUp, AnOffsetIsTheDifferenceOfTheLabelsOrRefused) {
         {"SoundLater", {"00:00:12:00"}, {"00:00:10:00"}, 2},
         {"Apart", {"00:01:20:00"}, {"00:00:10:00"}, kNoTime, kSyncNoOverlap},
         {"Touching", {"00:01:10:00"}, {"00:00:10:00"}, kNoTime, kSyncNoOverlap},
+        {"TouchingBefore", {"00:00:10:00"}, {"00:01:10:00"}, kNoTime, kSyncNoOverlap},
         {"OneFrameInCommon", {"00:01:09:24"}, {"00:00:10:00"}, 59.96},
         {"NoSoundLabel", {""}, {}, kNoTime, kSyncNoLabels},
         {"NoPictureLabel", {}, {""}, kNoTime, kSyncNoLabels},
