@@ -70,8 +70,12 @@ TEST_F(ClipMapTest, aSequenceMadeWhereAnotherStoodIsReadAnew) {
     ClipMap map;
     for (int i = 0; i < 20; ++i)
         for (const std::uint64_t material : {7u, 9u}) {
-            map.update(editWith({segment(5, 15, 112, 1, Cookie('V', material, 1))}), {clip});
+            EditPtr cut = editWith({segment(5, 15, 112, 1, Cookie('V', material, 1))});
+            map.update(cut, {clip});
             EXPECT_EQ(map.references().size(), material == 7 ? 1u : 0u);
+            const Cookie gone = cut.getCookie();
+            cut.reset();
+            EXPECT_TRUE(EditManager::instance().discard({gone}).ok());
         }
 }
 
