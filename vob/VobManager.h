@@ -25,7 +25,8 @@ public:
 
     // The roles, as clients that follow one name them.
     enum eSignificantViewType : int { kViewRecord = 0, kViewSource = 1, kViewPlay = 2 };
-    // Bits of the role setters: who is told. Without a bit that Vob's pending changes are dropped.
+    // Bits of the role setters: who is told. What waits in a batch of a Vob that is not told is
+    // dropped, but that of the old source stays.
     enum eRoleFlags : unsigned { kTellOld = 1, kTellNew = 2 };
 
     static VobManager& instance();
@@ -63,7 +64,7 @@ public:
     // The highest rate of the group's edits; no rate without edits.
     Kv::FrameRate getGroupFrameRate(const VobPtr& vob) const;
     // Takes a Vob out; false while it has clients and `force` is not set. Its view is saved in the
-    // edit when no other Vob views it; it loses its roles.
+    // edit when no other Vob views it and the edit may be written; it loses its roles.
     bool closeVob(VobPtr vob, bool force);
     // Deletes the managed clients of a Vob. False when that leaves clients. At the project's exit
     // all clients that are still attached are deleted in the end: makers that keep clients as
@@ -105,6 +106,7 @@ public:
     void setPlayMachineRaw(Vob* vob);
     // Takes every role away from a Vob.
     void removeFocusFrom(Vob* vob);
+    // False while the transport is between two states, and at exit.
     bool isPlayMachineAssignmentValid() const;
     // Gives the record role to a Vob on an edit of log type 2, taking over a lock of another user.
     void autoEnableRecordStatus(Vob* vob);
