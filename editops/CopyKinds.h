@@ -20,7 +20,7 @@ enum eCopyKind : int {
 
 namespace cutroom {
 
-// The configuration keys that every finished copy, and every new log, carries.
+// The configuration keys of copies of a kind, and of all logs that were made of something.
 inline constexpr char kCopyKindKey[] = "IS_DUPE";
 inline constexpr char kParentKey[] = "parent"; // the cookie of what it was made from
 

@@ -1,10 +1,10 @@
 #include "editops/CueEdit.h"
 
 #include "editops/CueRegions.h"
+#include "editops/UnfinishedEdit.h"
 #include "editops/basics/EmptyEdit.h"
 #include "platform/host/StringTable.h"
 #include "platform/store/Edit.h"
-#include "platform/store/EditManager.h"
 #include "platform/store/EditModule.h"
 #include "platform/store/Editor.h"
 
@@ -40,14 +40,15 @@ EditModifier makeEditFromCues(const EditPtr& source, const std::vector<Cue>& cue
         return {};
     const auto name =
         source->getName() + paddedResourceStrW(cutroom::kResEditFromCues, L" (", L")");
-    EditModifier made = createEmptyEdit(Cookie(), name, channels(source, kChanVideo),
-                                        channels(source, kChanAudio), 0, source->getFrameRate());
+    cutroom::UnfinishedEdit made(createEmptyEdit(Cookie(), name, channels(source, kChanVideo),
+                                                 channels(source, kChanAudio), 0,
+                                                 source->getFrameRate()));
     if (!made)
-        return made;
+        return {};
     if (!alreadyImported)
         EditModifier(source, "import")->setImported(true);
     made->setVideoMetadata(source->getVideoMetadata());
     made->setImported(false);
-    layRegions(source, made, cutroom::regionsOf(cues));
-    return made;
+    layRegions(source, made.get(), cutroom::regionsOf(cues));
+    return made.finish();
 }

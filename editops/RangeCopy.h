@@ -39,7 +39,7 @@ CUTROOM_API EditModifier edcopy_general_copy_range(const Cookie& unused, const C
                                                    const EditModule& source);
 
 // Makes an edit or log of the marked region of `source` under the cookie `newLog` (invalid: a fresh
-// one; fails when it is taken). The selection of `source` plays no part.
+// one; fails when it is taken). The selection of `source` only says whose marks count.
 //
 // What comes along: the cut lists with their effects, levels and fonts; labels, moved so that each
 // frame keeps its number; the playback format, burnt-in timecode, names and groups of channels, the
