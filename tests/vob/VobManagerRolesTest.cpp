@@ -7,11 +7,13 @@
 
 using namespace cutroom::test;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
-constexpr unsigned kBoth = VobManager::kTellOld | VobManager::kTellNew;
+constexpr unsigned kOld = VobManager::kTellOld, kNew = VobManager::kTellNew, kBoth = kOld | kNew;
+using Role = VobManager::eSignificantViewType;
+constexpr Role kSource = VobManager::kViewSource, kRecord = VobManager::kViewRecord,
+               kPlay = VobManager::kViewPlay;
 
 // Three Vobs, each with a client of its name, and the messages of the roles.
 class VobManagerRoles : public VobFixture {
@@ -22,24 +24,53 @@ protected:
                                          std::pair(manager_.focusChangedMsgType(), "play")})
             guards_.push_back(manager_.registerNotification(
                 makeCallback<NotifyMsg>([this, role = std::string(role)](const NotifyMsg& m) {
-                    calls_.push_back(role + ": " + nameOf(m));
+                    const auto* const vob = m.getObjectAs<Vob>();
+                    EXPECT_EQ(m.getText(), (vob ? vob->getCookie() : Cookie()).asString());
+                    calls_.push_back(role + ": " + nameOf(vob));
                 }),
                 type));
-        calls_.clear();
+        told();
     }
-    // "a", or "-" for nobody.
-    std::string nameOf(const NotifyMsg& message) const {
-        const auto* const vob = message.getObjectAs<Vob>();
-        EXPECT_EQ(message.getText(), (vob ? vob->getCookie() : Cookie()).asString());
-        return !vob ? "-" : vob == a_.get() ? "a" : vob == b_.get() ? "b" : "c";
+    Vob* at(char name) const {
+        return name == 'a' ? a_.get() : name == 'b' ? b_.get() : name == 'c' ? c_.get() : nullptr;
     }
-    Calls told() { return std::exchange(calls_, {}); }
-    // Without a sound.
-    void setUp(Vob* source, Vob* record, Vob* play) {
-        manager_.setPlayMachineRaw(play);
-        manager_.setRecordMachineRaw(record);
-        manager_.setSourceMachineRaw(source);
-        calls_.clear();
+    std::string nameOf(const Vob* vob) const {
+        return !vob ? "-" : vob == a_ ? "a" : vob == b_ ? "b" : "c";
+    }
+    // "source: b, a: 4096": messages, and the kinds that clients were told.
+    std::string told() {
+        std::string text;
+        for (const std::string& call : std::exchange(calls_, {}))
+            text += (text.empty() ? "" : ", ") + call;
+        for (const std::string_view noise : {"change ", " time 0"})
+            for (std::size_t found; (found = text.find(noise)) != text.npos;)
+                text.erase(found, noise.size());
+        return text;
+    }
+    // Source, previous source, record and play machine: "a--c".
+    std::string roles() const {
+        return nameOf(manager_.getSourceMachine().get()) +
+               nameOf(manager_.getPreviousSourceMachine().get()) +
+               nameOf(manager_.getRecordMachine().get()) + nameOf(manager_.getPlayMachine().get());
+    }
+    void setUp(std::string_view roles) {
+        setConsoleFocus(nullptr);
+        for (const char source : {roles[1], roles[0]})
+            manager_.setSourceMachineRaw(at(source));
+        manager_.setRecordMachineRaw(at(roles[2]));
+        manager_.setPlayMachineRaw(at(roles[3]));
+        told();
+    }
+    // `flags` of the play machine: it is to be the source.
+    void give(Role role, Vob* vob, unsigned flags = kBoth) {
+        switch (role) {
+        case kRecord:
+            return manager_.setRecordMachine(vob, flags);
+        case kSource:
+            return manager_.setSourceMachine(vob, flags);
+        case kPlay:
+            return manager_.setPlayMachine(vob, flags != 0);
+        }
     }
 
     VobManager& manager_ = VobManager::instance();
@@ -50,139 +81,86 @@ protected:
     std::vector<Kv::Ptr<Guard>> guards_;
 };
 
-struct FlagsRow {
-    const char* name;
-    unsigned flags;
-    bool tellsOld, tellsNew;
-};
-class VobManagerRoleFlags : public VobManagerRoles, public testing::WithParamInterface<FlagsRow> {
-protected:
-    Calls expected(const std::string& first, const std::string& old,
-                   const std::string& fresh) const {
-        Calls calls{first};
-        if (GetParam().tellsOld)
-            calls.push_back(old);
-        if (GetParam().tellsNew)
-            calls.push_back(fresh);
-        return calls;
-    }
-};
-
 } // namespace
 
-// --- the source ----------------------------------------------------------------------------------
-
-TEST_P(VobManagerRoleFlags, DecideWhoIsTold) {
-    manager_.setSourceMachine(a_.get(), kBoth);
-    EXPECT_THAT(told(), ElementsAre("source: a", "a: change 512 time 0"));
-    manager_.setSourceMachine(b_.get(), GetParam().flags);
-    EXPECT_EQ(told(), expected("source: b", "a: change 4096 time 0", "b: change 512 time 0"));
-    EXPECT_EQ(manager_.getPreviousSourceMachine(), a_);
-    EXPECT_FALSE(a_->hasStatus(Vob::kStatusSource));
-    EXPECT_TRUE(b_->hasStatus(Vob::kStatusSource));
-    manager_.setSourceMachine(b_.get(), kBoth);
-    EXPECT_THAT(told(), IsEmpty());
-
-    setUp(nullptr, a_.get(), nullptr);
-    manager_.setRecordMachine(b_.get(), GetParam().flags);
-    Calls calls = expected("record: b", "a: change 8192 time 0", "b: change 1024 time 0");
-    calls.push_back("b: focus");
-    EXPECT_EQ(told(), calls);
+TEST_F(VobManagerRoles, MoveWithAllThatFollowsForTheOthers) {
+    const struct {
+        const char* before;
+        Role role;
+        char to;
+        unsigned flags;
+        const char *told, *after;
+    } rows[] = {
+        // who is told of a source and of a record machine
+        {"a---", kSource, 'b', 0, "source: b", "ba--"},
+        {"a---", kSource, 'b', kOld, "source: b, a: 4096", "ba--"},
+        {"a---", kSource, 'b', kNew, "source: b, b: 512", "ba--"},
+        {"a---", kSource, 'b', kBoth, "source: b, a: 4096, b: 512", "ba--"},
+        {"--a-", kRecord, 'b', 0, "record: b, b: focus", "--b-"},
+        {"--a-", kRecord, 'b', kOld, "record: b, a: 8192, b: focus", "--b-"},
+        {"--a-", kRecord, 'b', kNew, "record: b, b: 1024, b: focus", "--b-"},
+        {"--a-", kRecord, 'b', kBoth, "record: b, a: 8192, b: 1024, b: focus", "--b-"},
+        // again, and away
+        {"b---", kSource, 'b', kBoth, "", "b---"},
+        {"a---", kSource, '-', kBoth, "source: -, a: 4096", "-a--"},
+        {"-ba-", kRecord, '-', kBoth, "record: -, a: 8192", "-b--"},
+        // the record machine becomes the source, also when there is no other
+        {"--a-", kSource, 'a', kBoth, "source: a, record: -, a: 8704", "a---"},
+        {"--a-", kRecord, '-', kBoth, "record: -, source: a, a: 8704", "a---"},
+        // the source that records gives its role back
+        {"ba--", kRecord, 'b', kBoth, "record: b, source: a, a: 512, b: 5120, b: focus", "abb-"},
+        {"a---", kRecord, 'a', kBoth, "record: a, source: -, a: 5120, a: focus", "-aa-"},
+        // the console follows the source when a third plays
+        {"--bc", kSource, 'a', kBoth, "source: a, a: focus, a: 512", "a-bc"},
+        {"--cc", kSource, 'b', kBoth, "source: b, b: 512", "b-cc"},
+        // the play machine may become the source as well
+        {"a--a", kPlay, 'c', 1, "source: c, play: c, a: 20480, c: 2560", "ca-c"},
+        {"a--b", kPlay, 'c', 1, "source: c, play: c, b: 16384, c: 2560", "ca-c"},
+        {"a--a", kPlay, 'c', 0, "play: c, a: 16384, c: 2048", "a--c"},
+        {"a-c-", kPlay, 'c', 1, "play: c, c: 2048", "a-cc"},
+        {"c---", kPlay, 'c', 1, "play: c, c: 2048", "c--c"},
+        {"a--c", kPlay, 'c', 1, "", "a--c"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.before << " " << row.role << row.to << row.flags);
+        setUp(row.before);
+        give(row.role, at(row.to), row.flags);
+        EXPECT_EQ(told(), row.told);
+        EXPECT_EQ(roles(), row.after);
+        for (const char name : {'a', 'b', 'c'})
+            EXPECT_EQ(at(name)->getStatus(), (row.after[0] == name ? 1u : 0u) |
+                                                 (row.after[2] == name ? 2u : 0u) |
+                                                 (row.after[3] == name ? 4u : 0u));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, VobManagerRoleFlags,
-                         testing::Values(FlagsRow{"nobody", 0, false, false},
-                                         FlagsRow{"old", VobManager::kTellOld, true, false},
-                                         FlagsRow{"fresh", VobManager::kTellNew, false, true},
-                                         FlagsRow{"both", kBoth, true, true}),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(VobManagerRoles, WhatIsNotToldIsForgottenWithAllThatWasPending) {
     const VobModificationBatch batch(b_);
     b_->addModification(kVobCuts);
-    manager_.setSourceMachine(b_.get(), VobManager::kTellOld);
+    manager_.setSourceMachine(b_.get(), kOld);
     b_->addModification(kVobMarks);
-    EXPECT_THAT(told(), ElementsAre("source: b"));
+    EXPECT_EQ(told(), "source: b");
     b_->endModifications();
-    EXPECT_THAT(told(), ElementsAre("b: change 4 time 0"));
+    EXPECT_EQ(told(), "b: 4");
     b_->beginModifications();
 }
 
-TEST_F(VobManagerRoles, TheRecordMachineAsSourceLosesItsRoleInOneTelling) {
-    setUp(nullptr, a_.get(), nullptr);
-    manager_.setSourceMachine(a_.get(), kBoth);
-    EXPECT_THAT(told(), ElementsAre("source: a", "record: -", "a: change 8704 time 0"));
-    EXPECT_EQ(manager_.getRecordMachine(), nullptr);
-    EXPECT_EQ(a_->getStatus(), 1u);
-}
-
-TEST_F(VobManagerRoles, ClearingTheSourceTellsTheOldOne) {
-    setUp(a_.get(), nullptr, nullptr);
-    manager_.setSourceMachine(nullptr, kBoth);
-    EXPECT_THAT(told(), ElementsAre("source: -", "a: change 4096 time 0"));
-    EXPECT_EQ(manager_.getPreviousSourceMachine(), a_);
-}
-
-TEST_F(VobManagerRoles, TheConsoleFollowsTheSourceWhenAThirdPlays) {
-    setUp(nullptr, b_.get(), c_.get());
-    manager_.setSourceMachine(a_.get(), kBoth);
-    EXPECT_THAT(told(), ElementsAre("source: a", "a: focus", "a: change 512 time 0"));
-    setUp(nullptr, c_.get(), c_.get());
-    manager_.setSourceMachine(b_.get(), kBoth); // the record machine plays
-    EXPECT_THAT(told(), ElementsAre("source: b", "b: change 512 time 0"));
-}
-
 TEST_F(VobManagerRoles, WhoIsToldOfALossMayGiveTheRoleAway) {
-    setUp(a_.get(), nullptr, nullptr);
+    setUp("a---");
     clientA_.onChange = [&](const VobModification& m) {
         if (m.includes(kVobLostSource))
-            manager_.setSourceMachine(c_.get(), VobManager::kTellNew);
+            manager_.setSourceMachine(c_.get(), kNew);
     };
     manager_.setSourceMachine(b_.get(), kBoth);
-    EXPECT_THAT(told(), ElementsAre("source: b", "a: change 4096 time 0", "source: c",
-                                    "c: change 512 time 0"));
-    EXPECT_EQ(manager_.getSourceMachine(), c_);
+    EXPECT_EQ(told(), "source: b, a: 4096, source: c, c: 512");
+    EXPECT_EQ(roles(), "cb--");
 }
 
-// --- the record machine --------------------------------------------------------------------------
-
-TEST_F(VobManagerRoles, WithoutAnyOtherTheOldRecordMachineBecomesTheSource) {
-    setUp(nullptr, a_.get(), nullptr);
-    manager_.setRecordMachine(nullptr, kBoth);
-    EXPECT_THAT(told(), ElementsAre("record: -", "source: a", "a: change 8704 time 0"));
-    EXPECT_EQ(manager_.getSourceMachine(), a_);
-
-    setUp(b_.get(), a_.get(), nullptr);
-    manager_.setSourceMachineRaw(nullptr); // b is the previous source
-    told();
-    manager_.setRecordMachine(nullptr, kBoth);
-    EXPECT_THAT(told(), ElementsAre("record: -", "a: change 8192 time 0"));
-}
-
-TEST_F(VobManagerRoles, TheSourceThatRecordsGivesItsRoleBackToThePreviousOne) {
-    manager_.setSourceMachine(a_.get(), 0);
-    manager_.setSourceMachine(b_.get(), 0);
-    told();
-    manager_.setRecordMachine(b_.get(), kBoth);
-    EXPECT_THAT(told(), ElementsAre("record: b", "source: a", "a: change 512 time 0",
-                                    "b: change 5120 time 0", "b: focus"));
-    EXPECT_EQ(manager_.getSourceMachine(), a_);
-    EXPECT_EQ(b_->getStatus(), 2u);
-}
-
-TEST_F(VobManagerRoles, NobodyIsSourceAndRecordMachineAtOnce) {
-    setUp(a_.get(), nullptr, nullptr); // without a previous source
-    manager_.setRecordMachine(a_.get(), kBoth);
-    EXPECT_THAT(told(), ElementsAre("record: a", "source: -", "a: change 5120 time 0", "a: focus"));
-    EXPECT_EQ(a_->getStatus(), 2u);
-
-    setUp(b_.get(), nullptr, nullptr);
-    manager_.setSourceMachineRaw(c_.get());
-    b_->setStatusEligibility(Vob::kStatusRecord); // the previous source cannot take it back
-    told();
+TEST_F(VobManagerRoles, APreviousSourceThatCannotTakeItsRoleBackLeavesItToNobody) {
+    setUp("cb--");
+    b_->setStatusEligibility(Vob::kStatusRecord);
     manager_.setRecordMachine(c_.get(), kBoth);
-    EXPECT_THAT(told(), ElementsAre("record: c", "source: -", "c: change 5120 time 0",
-                                    "a: no focus", "c: focus"));
+    EXPECT_EQ(told(), "record: c, source: -, c: 5120, c: focus");
 }
 
 TEST_F(VobManagerRoles, TheRedrawIsHeldBackWhileTheRecordRoleMoves) {
@@ -193,193 +171,92 @@ TEST_F(VobManagerRoles, TheRedrawIsHeldBackWhileTheRecordRoleMoves) {
     EXPECT_THAT(held, ElementsAre(true, false));
 }
 
-struct AutoRow {
-    const char* name;
-    eLogType type;
-    const char* holder; // of a lock on the edit
-    bool records;
-    const char* holderAfter;
-};
-class VobManagerAutoRecord : public VobManagerRoles, public testing::WithParamInterface<AutoRow> {};
-
-TEST_P(VobManagerAutoRecord, IsForEditsAndTakesALockOver) {
+TEST_F(VobManagerRoles, AnEditRecordsByItselfAndALockOnItIsTakenOver) {
     const TempFolder folder;
     ASSERT_TRUE(CurrentProject::open(folder / "p", CurrentProject::Access::readWrite,
                                      CurrentProject::IfMissing::create));
     auto& permissions = PermissionsManager::instance();
-    const Cookie edit = a_->getCookie();
-    a_->getEdit()->setLogType(GetParam().type);
-    if (const std::string holder = GetParam().holder; !holder.empty()) {
-        permissions.setCurrentUser(holder);
-        ASSERT_TRUE(permissions.lock(edit));
-    }
+    permissions.setCurrentUser("you");
+    ASSERT_TRUE(permissions.lock(a_->getCookie()));
     permissions.setCurrentUser("me");
+    a_->getEdit()->setLogType(kLogTypeSource);
     manager_.autoEnableRecordStatus(a_.get());
-    EXPECT_EQ(a_->hasStatus(Vob::kStatusRecord), GetParam().records);
-    EXPECT_EQ(permissions.getLockHolder(edit), GetParam().holderAfter);
     manager_.autoEnableRecordStatus(nullptr);
+    EXPECT_EQ(roles(), "----") << "no log does";
+    EXPECT_EQ(permissions.getLockHolder(a_->getCookie()), "you");
+    a_->getEdit()->setLogType(kLogTypeEdit);
+    manager_.autoEnableRecordStatus(a_.get());
+    EXPECT_EQ(roles(), "--a-");
+    EXPECT_EQ(permissions.getLockHolder(a_->getCookie()), "me");
+    manager_.autoEnableRecordStatus(b_.get());
+    EXPECT_EQ(roles(), "--b-");
+    EXPECT_EQ(permissions.getLockHolder(b_->getCookie()), "") << "it was free";
     for (VobClient* const client : {&clientA_, &clientB_, &clientC_})
         manager_.closeInternal(client); // the project's exit would delete them
     EXPECT_TRUE(CurrentProject::close());
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, VobManagerAutoRecord,
-                         testing::Values(AutoRow{"free", kLogTypeEdit, "", true, ""},
-                                         AutoRow{"others", kLogTypeEdit, "you", true, "me"},
-                                         AutoRow{"mine", kLogTypeEdit, "me", true, "me"},
-                                         AutoRow{"log", kLogTypeSource, "you", false, "you"}),
-                         [](const auto& row) { return std::string(row.param.name); });
-
-// --- the play machine ----------------------------------------------------------------------------
-
-TEST_F(VobManagerRoles, ThePlayMachineIsWhatTheTransportMoves) {
-    EXPECT_FALSE(host_.transport().play());
+TEST_F(VobManagerRoles, AClosedVobHasNoRoleLeftAndIsNotPlayedAnyMore) {
+    const auto d = open(makeEdit());
+    manager_.setSourceMachine(d.get(), 0);
+    manager_.setSourceMachine(a_.get(), 0);
+    manager_.setRecordMachine(d.get(), 0);
     manager_.setPlayMachine(a_.get(), false);
-    manager_.setPlayMachine(b_.get(), false);
-    EXPECT_THAT(told(), ElementsAre("play: a", "a: change 2048 time 0", "play: b",
-                                    "a: change 16384 time 0", "b: change 2048 time 0"));
+    manager_.setPlayMachine(d.get(), false);
     ASSERT_TRUE(host_.transport().play());
-    EXPECT_TRUE(b_->isPlaying());
+    EXPECT_TRUE(d->isPlaying());
     EXPECT_FALSE(a_->isPlaying());
-    host_.loop().runFor(1);
-    manager_.setPlayMachine(nullptr, false);
+    ASSERT_EQ(manager_.getPreviousSourceMachine(), d);
+    manager_.closeVob(d, false);
+    EXPECT_EQ(roles(), "a---");
+    EXPECT_EQ(d->getStatus(), 0u);
+    EXPECT_FALSE(d->hasConsoleFocus());
     host_.loop().pump();
-    EXPECT_FALSE(b_->isPlaying());
+    EXPECT_FALSE(d->isPlaying());
     EXPECT_FALSE(host_.transport().play());
 }
-
-struct PlayRow {
-    const char* name;
-    char source, record, play; // '-': nobody
-    bool makeSource;
-    std::vector<std::string> told;
-};
-class VobManagerPlay : public VobManagerRoles, public testing::WithParamInterface<PlayRow> {
-protected:
-    Vob* at(char name) const {
-        return name == 'a' ? a_.get() : name == 'b' ? b_.get() : name == 'c' ? c_.get() : nullptr;
-    }
-};
-
-TEST_P(VobManagerPlay, MayMakeItsHolderTheSource) {
-    const PlayRow& row = GetParam();
-    setUp(at(row.source), at(row.record), at(row.play));
-    manager_.setPlayMachine(c_.get(), row.makeSource);
-    EXPECT_EQ(told(), row.told);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, VobManagerPlay,
-    testing::Values(
-        PlayRow{"fromTheSource",
-                'a',
-                '-',
-                'a',
-                true,
-                {"source: c", "play: c", "a: change 20480 time 0", "c: change 2560 time 0"}},
-        PlayRow{"besideTheSource",
-                'a',
-                '-',
-                'b',
-                true,
-                {"source: c", "play: c", "b: change 16384 time 0", "c: change 2560 time 0"}},
-        PlayRow{"notAsked",
-                'a',
-                '-',
-                'a',
-                false,
-                {"play: c", "a: change 16384 time 0", "c: change 2048 time 0"}},
-        PlayRow{"theRecordMachine", 'a', 'c', '-', true, {"play: c", "c: change 2048 time 0"}},
-        PlayRow{"theSourceItself", 'c', '-', '-', true, {"play: c", "c: change 2048 time 0"}},
-        PlayRow{"again", 'a', '-', 'c', true, {}}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 // --- when roles are not given --------------------------------------------------------------------
 
 namespace {
 
-enum class When { inTransit, exiting, notEligible };
-struct RefusalRow {
-    const char* name;
-    VobManager::eSignificantViewType role;
-    When when;
-};
-class VobManagerRefusal : public VobManagerRoles, public testing::WithParamInterface<RefusalRow> {
+enum When { kInTransit, kExiting, kNotEligible };
+class VobManagerRefusal : public VobManagerRoles,
+                          public testing::WithParamInterface<std::tuple<Role, When>> {
 protected:
-    void give(Vob* vob) {
-        switch (GetParam().role) {
-        case VobManager::kViewRecord:
-            return manager_.setRecordMachine(vob, kBoth);
-        case VobManager::kViewSource:
-            return manager_.setSourceMachine(vob, kBoth);
-        case VobManager::kViewPlay:
-            return manager_.setPlayMachine(vob, false);
-        }
-    }
-    void arrange() {
-        switch (GetParam().when) {
-        case When::inTransit:
+    void arrange(When when) {
+        if (when == kInTransit) {
             host_.transport().setPreroll(1);
             a_->registerWithPlayServer(true);
             host_.transport().play();
-            break;
-        case When::exiting:
+        } else if (when == kExiting) {
             ShutdownState::setExiting();
-            break;
-        case When::notEligible:
+        } else {
             b_->setStatusEligibility(0);
         }
-        calls_.clear();
+        told();
     }
 };
 
 } // namespace
 
 TEST_P(VobManagerRefusal, LeavesTheRoleWhereItIsAndOnlyClearsIt) {
-    give(a_.get());
-    arrange();
-    const bool held = GetParam().when != When::notEligible;
-    EXPECT_EQ(manager_.isPlayMachineAssignmentValid(), !held);
-    give(b_.get());
-    EXPECT_EQ(manager_.getVob(GetParam().role), a_);
-    EXPECT_THAT(calls_, IsEmpty());
-    if (!held)
+    const auto [role, when] = GetParam();
+    give(role, a_.get());
+    arrange(when);
+    EXPECT_EQ(manager_.isPlayMachineAssignmentValid(), when == kNotEligible);
+    give(role, b_.get());
+    EXPECT_EQ(manager_.getVob(role), a_);
+    EXPECT_EQ(told(), "");
+    if (when == kNotEligible)
         return;
-    give(nullptr); // without telling the clients of the role
-    EXPECT_EQ(manager_.getVob(GetParam().role), nullptr);
-    ASSERT_FALSE(calls_.empty());
-    EXPECT_THAT(calls_.front(), testing::EndsWith(": -"));
-    EXPECT_THAT(calls_, testing::Each(testing::Not(testing::HasSubstr("change"))));
-    calls_.clear();
-    give(nullptr);
-    EXPECT_THAT(calls_, IsEmpty());
+    give(role, nullptr); // without telling the clients of the role
+    EXPECT_EQ(manager_.getVob(role), nullptr);
+    EXPECT_THAT(told(), testing::MatchesRegex("[a-z]+: -(, a: play state 2)?"));
+    give(role, nullptr);
+    EXPECT_EQ(told(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, VobManagerRefusal,
-    testing::Values(RefusalRow{"sourceInTransit", VobManager::kViewSource, When::inTransit},
-                    RefusalRow{"recordInTransit", VobManager::kViewRecord, When::inTransit},
-                    RefusalRow{"playInTransit", VobManager::kViewPlay, When::inTransit},
-                    RefusalRow{"sourceAtExit", VobManager::kViewSource, When::exiting},
-                    RefusalRow{"recordAtExit", VobManager::kViewRecord, When::exiting},
-                    RefusalRow{"playAtExit", VobManager::kViewPlay, When::exiting},
-                    RefusalRow{"sourceIneligible", VobManager::kViewSource, When::notEligible},
-                    RefusalRow{"recordIneligible", VobManager::kViewRecord, When::notEligible},
-                    RefusalRow{"playIneligible", VobManager::kViewPlay, When::notEligible}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-TEST_F(VobManagerRoles, AClosedVobHasNoRoleLeft) {
-    const auto d = open(makeEdit());
-    manager_.setSourceMachine(d.get(), 0);
-    manager_.setSourceMachine(a_.get(), 0);
-    manager_.setRecordMachine(d.get(), 0);
-    manager_.setPlayMachine(d.get(), false);
-    ASSERT_EQ(manager_.getPreviousSourceMachine(), d);
-    manager_.closeVob(d, false);
-    EXPECT_EQ(d->getStatus(), 0u);
-    EXPECT_EQ(manager_.getPreviousSourceMachine(), nullptr);
-    EXPECT_EQ(manager_.getRecordMachine(), nullptr);
-    EXPECT_EQ(manager_.getPlayMachine(), nullptr);
-    EXPECT_FALSE(d->hasConsoleFocus());
-    EXPECT_FALSE(host_.transport().play());
-}
+INSTANTIATE_TEST_SUITE_P(RolesAndTimes, VobManagerRefusal,
+                         testing::Combine(testing::Values(kRecord, kSource, kPlay),
+                                          testing::Values(kInTransit, kExiting, kNotEligible)));

@@ -3,90 +3,71 @@
 
 using namespace cutroom::test;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
-struct StickyRow {
-    const char* name;
-    VobManager::eSignificantViewType role;
-};
+using Role = VobManager::eSignificantViewType;
+const Role kRoles[] = {VobManager::kViewRecord, VobManager::kViewSource, VobManager::kViewPlay};
 
-void moveRole(VobManager::eSignificantViewType role, Vob* vob) {
-    VobManager& manager = VobManager::instance();
-    switch (role) {
-    case VobManager::kViewRecord:
-        return manager.setRecordMachineRaw(vob);
-    case VobManager::kViewSource:
-        return manager.setSourceMachineRaw(vob);
-    case VobManager::kViewPlay:
-        return manager.setPlayMachineRaw(vob);
-    }
-}
-
-class VobManagerSticky : public VobFixture, public testing::WithParamInterface<StickyRow> {
+class VobManagerSticky : public VobFixture, public testing::WithParamInterface<Role> {
 protected:
-    void move(const Kv::Ptr<Vob>& vob) { moveRole(GetParam().role, vob.get()); }
+    void move(const Kv::Ptr<Vob>& vob) { move(role_, vob); }
+    void move(Role role, const Kv::Ptr<Vob>& vob) {
+        if (role == VobManager::kViewRecord)
+            manager_.setRecordMachineRaw(vob.get());
+        else if (role == VobManager::kViewSource)
+            manager_.setSourceMachineRaw(vob.get());
+        else
+            manager_.setPlayMachineRaw(vob.get());
+    }
 
     VobManager& manager_ = VobManager::instance();
+    const Role role_ = GetParam();
     Kv::Ptr<Vob> a_ = open(makeEdit()), b_ = open(makeEdit());
 };
 
-const StickyRow kRoles[] = {{"record", VobManager::kViewRecord},
-                            {"source", VobManager::kViewSource},
-                            {"play", VobManager::kViewPlay}};
-
 } // namespace
 
-TEST_P(VobManagerSticky, ClientsFollowTheirRole) {
-    MeddlingClient client(nullptr, calls_, "a"), managed(nullptr, calls_, "m", 0, kClientManaged);
-    client.managed = {&managed};
-    manager_.addStickyClient(&client, GetParam().role);
-    EXPECT_EQ(client.getVob(), nullptr); // nobody has the role
-    move(a_);
-    EXPECT_EQ(client.getVob(), a_.get());
-    EXPECT_EQ(managed.getVob(), a_.get());
-    move(b_);
-    EXPECT_EQ(client.getVob(), b_.get());
-    EXPECT_THAT(manager_.getAllVobs(), ElementsAre(a_, b_)); // the one left stays open
-    for (const StickyRow& other : kRoles)
-        if (other.role != GetParam().role)
-            moveRole(other.role, a_.get());
-    EXPECT_EQ(client.getVob(), b_.get());
-    move(nullptr);
-    EXPECT_EQ(client.getVob(), nullptr);
-    client.managed.clear();
-}
-
-TEST_P(VobManagerSticky, OnesJoinAtOnceAndLeaveTheListWhenTheyGo) {
-    move(a_);
+TEST_P(VobManagerSticky, ClientsFollowTheirRoleUntilTheyAreTakenOff) {
+    MeddlingClient managed(nullptr, calls_, "m", 0, kClientManaged);
     {
         MeddlingClient client(nullptr, calls_, "a");
-        manager_.addStickyClient(&client, GetParam().role);
-        manager_.addStickyClient(&client, GetParam().role);
-        manager_.addStickyClient(nullptr, GetParam().role);
+        client.managed = {&managed};
+        manager_.addStickyClient(nullptr, role_);
+        manager_.addStickyClient(&client, role_);
+        EXPECT_EQ(client.getVob(), nullptr); // nobody has the role
+        move(a_);
         EXPECT_EQ(client.getVob(), a_.get());
-        manager_.removeStickyClient(&client, GetParam().role);
-        EXPECT_FALSE(manager_.isStickyClient(&client));
+        EXPECT_EQ(managed.getVob(), a_.get());
+        for (const Role other : kRoles)
+            if (other != role_)
+                move(other, b_);
+        EXPECT_EQ(client.getVob(), a_.get());
         move(b_);
-        EXPECT_EQ(client.getVob(), a_.get());
-        manager_.addStickyClient(&client, GetParam().role);
-        EXPECT_TRUE(manager_.isStickyClient(&client));
         EXPECT_EQ(client.getVob(), b_.get());
+        EXPECT_THAT(manager_.getAllVobs(), ElementsAre(a_, b_)); // the one left stays open
+        manager_.addStickyClient(&client, role_);
+        manager_.removeStickyClient(&client, role_);
+        EXPECT_FALSE(manager_.isStickyClient(&client)); // it was one but once
+        move(a_);
+        EXPECT_EQ(client.getVob(), b_.get());
+        manager_.addStickyClient(&client, role_); // joins at once
+        EXPECT_EQ(client.getVob(), a_.get());
+        move(nullptr);
+        EXPECT_EQ(managed.getVob(), nullptr);
+        EXPECT_TRUE(manager_.isStickyClient(&client));
+        client.managed.clear();
     }
-    move(b_); // no memory of it is touched
+    move(b_); // no memory of what is gone is touched
     EXPECT_EQ(b_->getNumClients(), 0u);
 }
 
 TEST_P(VobManagerSticky, AClientToldOnTheWayMayDestroyTheNext) {
-    MeddlingClient first(nullptr, calls_, "first");
+    MeddlingClient first(nullptr, calls_, "first"), third(nullptr, calls_, "third");
     auto second = std::make_unique<MeddlingClient>(nullptr, calls_, "second");
-    MeddlingClient third(nullptr, calls_, "third");
     move(a_);
-    for (VobClient* client :
-         {static_cast<VobClient*>(&first), static_cast<VobClient*>(second.get()),
-          static_cast<VobClient*>(&third)})
-        manager_.addStickyClient(client, GetParam().role);
+    for (VobClient* client : std::initializer_list<VobClient*>{&first, second.get(), &third})
+        manager_.addStickyClient(client, role_);
     third.onRemoved = [&](VobClient*) { second.reset(); };
     move(b_);
     EXPECT_EQ(second, nullptr);
@@ -95,5 +76,4 @@ TEST_P(VobManagerSticky, AClientToldOnTheWayMayDestroyTheNext) {
     third.onRemoved = nullptr;
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, VobManagerSticky, testing::ValuesIn(kRoles),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Roles, VobManagerSticky, testing::ValuesIn(kRoles));

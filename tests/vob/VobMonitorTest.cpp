@@ -7,7 +7,6 @@
 
 using namespace cutroom::test;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -43,13 +42,12 @@ protected:
 
 // The Vob stands at 4 seconds, the change names 3, the monitor holds 0.
 TEST_F(VobMonitorTest, publishesEachKindAsTheValueThatItIs) {
-    struct Row {
+    const struct {
         unsigned kinds;
         bool isTransient, isPlayMachine, changesEdit;
         Calls told;
         double time;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {0, false, true, false, {}, 0},
         {0, false, true, true, {"edit 4"}, 0},
         {kVobTime, false, false, false, {"3"}, 3},
@@ -61,7 +59,7 @@ TEST_F(VobMonitorTest, publishesEachKindAsTheValueThatItIs) {
         {kVobViewEdits | kVobEditReplaced | kVobMarks, false, true, false, {"view"}, 0},
     };
     vob_->storeCurrentTime(4);
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         monitor_->getTimeServer().getDataRef() = 0;
         manager_.setPlayMachineRaw(row.isPlayMachine ? vob_.get() : nullptr);
         vob_->setTransientTimeChange(row.isTransient);
@@ -71,34 +69,6 @@ TEST_F(VobMonitorTest, publishesEachKindAsTheValueThatItIs) {
             row.changesEdit ? EditModifications(kModCues) : EditModifications(), change);
         EXPECT_EQ(told(), row.told) << row.kinds;
         EXPECT_EQ(monitor_->getTimeServer().getValue(), row.time) << row.kinds;
-    }
-}
-
-TEST_F(VobMonitorTest, takesTheValuesOfItsVobAndPublishesTheTimeWhenAttached) {
-    const Kv::Ptr<Vob> second = open(makeEdit());
-    second->storeCurrentTime(5);
-    monitor_->attachTo(second.get());
-    EXPECT_EQ(monitor_->getVob(), vob_.get()) << "attached elsewhere";
-    manager_.closeInternal(monitor_.get());
-    monitor_->attachTo(second.get());
-    EXPECT_THAT(told(), ElementsAre("5"));
-    EXPECT_EQ(monitor_->getViewCookieServer().getValue(), second->getCookie());
-    manager_.closeInternal(monitor_.get());
-    manager_.open(monitor_.get(), vob_);
-    EXPECT_EQ(monitor_->getTimeServer().getValue(), 0);
-    EXPECT_THAT(told(), IsEmpty());
-}
-
-TEST_F(VobMonitorTest, isCopiedAndMovedWithoutItsListeners) {
-    monitor_->getMixerBypassServer() = true;
-    VobMonitor copy(*monitor_);
-    VobMonitor moved(std::move(*monitor_));
-    EXPECT_EQ(vob_->getNumClients(kClientManaged), 2u);
-    vob_->setCurrentTime(4);
-    EXPECT_THAT(told(), IsEmpty());
-    for (VobMonitor* one : {&copy, &moved}) {
-        EXPECT_EQ(one->getTimeServer().getValue(), 4);
-        EXPECT_TRUE(one->getMixerBypassServer().getValue());
     }
 }
 

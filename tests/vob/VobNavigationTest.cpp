@@ -50,65 +50,6 @@ protected:
     Kv::Ptr<Vob> vob_;
 };
 
-struct Row {
-    const char* name;
-    unsigned stops;
-    double from;
-    bool includeCurrent;
-    double next, previous;
-};
-
-class VobTabStops : public VobNavigation, public testing::WithParamInterface<Row> {};
-
-} // namespace
-
-TEST_P(VobTabStops, ChooseWhereSteppingStops) {
-    edit_->addCue(cueAt(5));
-    edit_->addCue(cueAt(5.2, kNoTime, kCueUser)); // not shown
-    edit_->addCue(cueAt(5.4, kNoTime, kCueVisible | kCueSecondKind));
-    edit_->addCue(cueAt(5.6, 6.4));
-    vob_->storeMarkTime(edit_->getId(1), 2.5, In); // of an unselected channel
-    vob_->storeMarkTime(edit_->getId(0), 7.5, Out);
-    vob_->storeCurrentTime(8);
-    const Row& row = GetParam();
-    vob_->setConsoleTabStops(row.stops);
-    const EventInfo after = vob_->getNextEvent(row.from, false, row.includeCurrent);
-    const EventInfo before = vob_->getPrevEvent(row.from, false, row.includeCurrent);
-    EXPECT_EQ(after.time, row.next);
-    EXPECT_EQ(before.time, row.previous);
-    for (const EventInfo& info : {after, before}) {
-        EXPECT_EQ(info.startTime, row.from);
-        EXPECT_EQ(info.channel, edit_->getId(0));
-        EXPECT_EQ(info.kind, 0);
-        EXPECT_EQ(info.found(), info.time != row.from);
-    }
-}
-
-constexpr double kFar = std::numeric_limits<double>::infinity();
-
-INSTANTIATE_TEST_SUITE_P(Rows, VobTabStops,
-                         testing::Values(Row{"cutsOfSelectedChannels", 1, 2.2, false, 4, 2},
-                                         Row{"cutsAlsoWithoutTheirBit", 0, 4, false, 10, 2},
-                                         Row{"beyondTheTolerance", 1, 2 - 2e-6, false, 2, 0},
-                                         Row{"marksOfAllChannels", 2, 2.2, false, 2.5, 2},
-                                         Row{"cuesWhatIsShown", 4, 5, false, 5.6, 4},
-                                         Row{"endsOfRanges", 4, 6, false, 6.4, 5.6},
-                                         Row{"secondCuesAlone", 128, 5, false, 5.4, 4},
-                                         Row{"cuesAFrameAway", 4, 4.96, false, 5, 4},
-                                         Row{"cuesNearerThanAFrame", 4, 4.97, false, 5.6, 4},
-                                         Row{"backOverCuesNearerThanAFrame", 4, 5.03, false, 5.6,
-                                             4},
-                                         Row{"currentTimeWhenAsked", 8, 7.8, true, 8, 4},
-                                         Row{"currentTimeUnasked", 8, 7.8, false, 10, 4},
-                                         Row{"currentTimeWithoutItsBit", 1, 7.8, true, 10, 4},
-                                         Row{"afterTheLast", 143, 10, true, 10, 8},
-                                         Row{"beforeTheFirst", 143, 0, true, 2, 0},
-                                         Row{"fromFarBefore", 143, -kFar, true, 0, -kFar},
-                                         Row{"fromFarBehind", 143, kNoTime, true, kNoTime, 10}),
-                         [](const auto& row) { return std::string(row.param.name); });
-
-namespace {
-
 // An edit with cuts and cues at random frames, and the times of its events in lists of their own.
 struct RandomEdit {
     explicit RandomEdit(std::mt19937& random) : edit(makeEdit(20, 2, 1)) {
@@ -149,6 +90,55 @@ struct RandomEdit {
 
 } // namespace
 
+TEST_F(VobNavigation, StopsWhereTheTabStopsSay) {
+    constexpr double kFar = std::numeric_limits<double>::infinity();
+    const struct {
+        const char* name;
+        unsigned stops;
+        double from;
+        bool includeCurrent;
+        double next, previous;
+    } rows[] = {{"cuts of selected channels", 1, 2.2, false, 4, 2},
+                {"cuts also without their bit", 0, 4, false, 10, 2},
+                {"beyond the tolerance", 1, 2 - 2e-6, false, 2, 0},
+                {"within it", 1, 2 - 0.5e-6, false, 4, 0},
+                {"marks of all channels", 2, 2.2, false, 2.5, 2},
+                {"cues, what is shown", 4, 5, false, 5.6, 4},
+                {"ends of ranges", 4, 6, false, 6.4, 5.6},
+                {"second cues alone", 128, 5, false, 5.4, 4},
+                {"cues a frame away", 4, 4.96, false, 5, 4},
+                {"cues nearer than a frame", 4, 4.97, false, 5.6, 4},
+                {"back over such", 4, 5.03, false, 5.6, 4},
+                {"current time when asked", 8, 7.8, true, 8, 4},
+                {"current time unasked", 8, 7.8, false, 10, 4},
+                {"current time without its bit", 1, 7.8, true, 10, 4},
+                {"after the last", 143, 10, true, 10, 8},
+                {"before the first", 143, 0, true, 2, 0},
+                {"from far before", 143, -kFar, true, 0, -kFar},
+                {"from far behind", 143, kNoTime, true, kNoTime, 10}};
+    edit_->addCue(cueAt(5));
+    edit_->addCue(cueAt(5.2, kNoTime, kCueUser)); // not shown
+    edit_->addCue(cueAt(5.4, kNoTime, kCueVisible | kCueSecondKind));
+    edit_->addCue(cueAt(5.6, 6.4));
+    vob_->storeMarkTime(edit_->getId(1), 2.5, In); // of an unselected channel
+    vob_->storeMarkTime(edit_->getId(0), 7.5, Out);
+    vob_->storeCurrentTime(8);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        vob_->setConsoleTabStops(row.stops);
+        const EventInfo after = vob_->getNextEvent(row.from, false, row.includeCurrent);
+        const EventInfo before = vob_->getPrevEvent(row.from, false, row.includeCurrent);
+        EXPECT_EQ(after.time, row.next);
+        EXPECT_EQ(before.time, row.previous);
+        for (const EventInfo& info : {after, before}) {
+            EXPECT_EQ(info.startTime, row.from);
+            EXPECT_EQ(info.channel, edit_->getId(0));
+            EXPECT_EQ(info.kind, 0);
+            EXPECT_EQ(info.found(), info.time != row.from);
+        }
+    }
+}
+
 TEST_F(VobNavigation, FindsWhatALookAtEveryEventFinds) {
     std::mt19937 random(7);
     for (long round = 0; round < rounds(20, 500); ++round) {
@@ -163,47 +153,10 @@ TEST_F(VobNavigation, FindsWhatALookAtEveryEventFinds) {
     }
 }
 
-TEST_F(VobNavigation, FollowsTheCuesAsTheyChange) {
-    vob_->setConsoleTabStops(Vob::kStopCues);
-    const Cue cue = cueAt(5, 6);
-    edit_->addCue(cue);
-    EXPECT_EQ(next(4.5), 5.0);
-    Cue moved = cue;
-    moved.setTime(5.5);
-    edit_->changeCue(moved);
-    EXPECT_EQ(next(4.5), 5.5);
-    edit_->removeCue(cue.getExtID());
-    EXPECT_EQ(next(4.5), 10.0);
-    const EditPtr other = makeEdit(10, 1, 0);
-    other->addCue(cueAt(7));
-    vob_->setEdit(other, false);
-    EXPECT_EQ(next(4.5), 7.0);
-}
-
-//     0     2     4     10        unjoined: 4
-TEST_F(VobNavigation, BeginsAtTheUnjoinedCutWhileTrimming) {
-    ASSERT_TRUE(edit_->get_edit_cel_p(0)->split(cutroom::toFlicks(6)).ok());
-    vob_->setConsoleTabStops(Vob::kStopCuts | Vob::kStopMarks);
-    vob_->storeMarkTime(edit_->getId(1), 3.59, In);
-    vob_->unjoinCut(edit_->getId(0), edit_->get_edit_cel_p(0)->find_ceh(4, 0));
-    EXPECT_EQ(next(3.7), 6.0);     // not 4
-    EXPECT_EQ(previous(4.5), 3.6); // the mark, at its frame
-    vob_->setConsoleTabStops(Vob::kStopCuts);
-    EXPECT_EQ(previous(4.5), 2.0);
-    EXPECT_EQ(next(6.5), 10.0); // never back behind where it was asked
-    EXPECT_EQ(previous(1), 0.0);
-    vob_->setConsoleTabStops(Vob::kStopMarks);
-    EXPECT_EQ(vob_->getNextEvent(3.7, true, false).time, 4.0);
-    EXPECT_EQ(vob_->getPrevEvent(3.7, true, false).time, 3.59);
-    vob_->setSelected(0, false); // no channel to snap to, so no cuts; still trimming
-    EXPECT_EQ(next(3.2), 3.6);
-}
-
 TEST_F(VobNavigation, StopsAtTheMiddlesOfTransitionsWhenTheUserLikesIt) {
     addTransition(2, 0, 20, 0);           // middle 2.4
     addTransition(4, 30, 10, kEventOut);  // middle 3.6
     addTransition(10, 4, 900, kEventOut); // nothing lies behind the end
-    EXPECT_FALSE(Vob::getStopAtTransitionMidPoints());
     EXPECT_EQ(next(2), 4.0);
     Vob::setStopAtTransitionMidPoints(true);
     EXPECT_EQ(vob_->getConsoleTabStops(), 1u);
@@ -215,23 +168,6 @@ TEST_F(VobNavigation, StopsAtTheMiddlesOfTransitionsWhenTheUserLikesIt) {
     EXPECT_THAT(forward, ElementsAre(2, 2.4, 3.6, 4, 10));
     EXPECT_THAT(back, ElementsAre(4, 3.6, 2.4, 2, 0));
     EXPECT_EQ(vob_->getConsoleTabStops(), 65u);
-    Vob::setStopAtTransitionMidPoints(false);
-    EXPECT_EQ(next(2), 4.0);
-    EXPECT_EQ(vob_->getConsoleTabStops(), 1u);
-}
-
-TEST_F(VobNavigation, MovesTheTimeAndTellsWhetherItMoved) {
-    RecorderClient client(vob_.get(), calls_, "a");
-    EXPECT_FALSE(vob_->setTimeToFirstEvent());
-    EXPECT_FALSE(vob_->setTimeToPrevEvent());
-    EXPECT_TRUE(vob_->setTimeToNextEvent());
-    EXPECT_TRUE(vob_->setTimeToLastEvent());
-    EXPECT_FALSE(vob_->setTimeToLastEvent());
-    EXPECT_FALSE(vob_->setTimeToNextEvent());
-    EXPECT_TRUE(vob_->setTimeToPrevEvent());
-    EXPECT_TRUE(vob_->setTimeToFirstEvent());
-    EXPECT_THAT(calls_, ElementsAre("a: change 2 time 2", "a: change 2 time 10",
-                                    "a: change 2 time 4", "a: change 2 time 0"));
 }
 
 TEST_F(VobNavigation, WithoutEditOrEventsTheTimeStays) {
