@@ -4,7 +4,6 @@
 #include "editops/AssetParent.h"
 #include "editops/CopyKinds.h"
 #include "editops/CopyLog.h"
-#include "editops/EditCopy.h"
 #include "editops/SequenceMaking.h"
 #include "platform/project/ProjDb.h"
 
@@ -25,53 +24,59 @@ TEST_F(CopyParts, theLastMessageStaysUntilTheNextAndIsBounded) {
 }
 
 TEST_F(CopyParts, eachKindIsMarkedInPlace) {
-    struct Row {
+    const struct {
         const char* kind;
         void (*make)(EditModifier&);
-        const char* channels;
-        const char* name;
-        bool keepsLabels = false;
+        const char *channels, *name;
+        bool keepsLabels;
+    } rows[] = {
+        {"4", edcopy_make_clipsection, "axrstL", "Reel", false},
+        {"2", [](auto& e) { edcopy_make_print_ghost(e, L"(p)"); }, "axrstL", "Reel (p)", false},
+        {"3", [](auto& e) { edcopy_make_subclip(e, L""); }, "axstL", "Reel", false},
+        {"1", [](auto& e) { edcopy_make_sync_ghost(e, L"N", true); }, "axstL", "N", true},
+        {"1", [](auto& e) { edcopy_make_sync_ghost(e, L"N", false); }, "axstL", "N", false},
     };
-    const Row rows[] = {
-        {"4", [](EditModifier& e) { edcopy_make_clipsection(e); }, "axrstL", "Reel"},
-        {"2", [](EditModifier& e) { edcopy_make_print_ghost(e, L"(p)"); }, "axrstL", "Reel (p)"},
-        {"3", [](EditModifier& e) { edcopy_make_subclip(e, L""); }, "axstL", "Reel"},
-        {"1", [](EditModifier& e) { edcopy_make_sync_ghost(e, L"N", true); }, "axstL", "N", true},
-        {"1", [](EditModifier& e) { edcopy_make_sync_ghost(e, L"N", false); }, "axstL", "N"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.kind);
-        EditModifier none;
+    for (const auto& row : rows) {
+        EditModifier none, reel = makeReel();
         row.make(none);
         EXPECT_FALSE(none);
-        EditModifier reel = makeReel();
         reel->set_original_material(3);
         reel->setConfig("CACHE_1", "x");
         row.make(reel);
         EXPECT_EQ(config(reel, "IS_DUPE"), row.kind);
-        EXPECT_EQ(config(reel, "CACHE_1"), "(none)");
-        EXPECT_EQ(reel->get_original_material(), 3);
-        EXPECT_EQ(contents(reel), row.channels);
-        EXPECT_EQ(toUtf8(reel->getName()), row.name);
-        EXPECT_EQ(keepsLabels(reel), row.keepsLabels);
+        EXPECT_EQ(config(reel, "CACHE_1"), "(none)") << row.kind;
+        EXPECT_EQ(reel->get_original_material(), 3) << row.kind;
+        EXPECT_EQ(contents(reel), row.channels) << row.kind;
+        EXPECT_EQ(toUtf8(reel->getName()), row.name) << row.kind;
+        EXPECT_EQ(keepsLabels(reel), row.keepsLabels) << row.kind;
     }
 }
 
-TEST_F(CopyParts, aSequenceTakesTheMarkedPartOfAClip) {
-    for (const bool imported : {false, true}) {
+TEST_F(CopyParts, aSequenceTakesTheMarkedPartOfAClipAsItStandsInTheProject) {
+    enum { kPresent, kImported, kChanged };
+    for (const auto state : {kPresent, kImported, kChanged}) {
+        SCOPED_TRACE(state);
         const EditModifier clip = makeClip();
-        clip->setImported(imported);
+        clip->setImported(state == kImported);
+        if (state != kChanged)
+            clip->addChan(kChanVideo, kSubStereoRight);
         EditModule module = marked(clip, 1, 3);
         module.selectChans(kChanAudio, kSubAll, false);
+        EditModifier present;
+        if (state == kChanged) { // another edit of that cookie meanwhile
+            ASSERT_TRUE(manager().discard({clip.getCookie()}).ok());
+            present = manager().makeNewEdit(clip.getCookie(), 1, 1, 0, {25, 1});
+            layPieces(present, present->getId(0), {{L"now", 100, 7}});
+        }
         const EditModifier sequence = makeSequenceFromClip(module);
         ASSERT_TRUE(sequence);
-        EXPECT_EQ(sequence->getName(), L"Clip (Sequence)");
         EXPECT_EQ(sequence->getLogType(), kLogTypeEdit);
-        EXPECT_EQ(sequence->getNumChans(), 1);
+        EXPECT_EQ(sequence->getNumChans(kChanVideo, kSubNormal), 1);
+        EXPECT_EQ(sequence->getNumChans(), state == kChanged ? 1 : 2);
         EXPECT_EQ(sequence->getEndTime(), 2);
-        EXPECT_EQ(sequence->get_edit_cel_p(0)->get_strip_cookie(0), strip(clip, 'V', 1));
-        EXPECT_EQ(sequence->get_edit_cel_p(0)->get_strip_time(0), 1);
-        EXPECT_EQ(projdb::isPresent(clip.getCookie()), !imported);
+        EXPECT_EQ(sequence->get_edit_cel_p(0)->get_strip_cookie(0),
+                  state == kChanged ? materialOf(L"now") : strip(clip, 'V', 1));
+        EXPECT_EQ(projdb::isPresent(clip.getCookie()), state != kImported);
     }
     const auto before = holdings();
     EXPECT_FALSE(makeSequenceFromClip(EditModule()));
@@ -80,76 +85,19 @@ TEST_F(CopyParts, aSequenceTakesTheMarkedPartOfAClip) {
     EXPECT_THAT(log_.lines, IsEmpty());
 }
 
-TEST_F(CopyParts, aSequenceHasAsManyChannelsAsTheClipSelects) {
-    const EditModifier clip = makeClip();
-    clip->addChan(kChanVideo, kSubStereoRight);
-    const EditModifier sequence = makeSequenceFromClip(whole(clip));
-    ASSERT_TRUE(sequence);
-    EXPECT_EQ(sequence->getNumChans(kChanVideo), 2);
-    EXPECT_EQ(sequence->getNumChans(kChanVideo, kSubStereoRight), 1);
-}
-
-TEST_F(CopyParts, aSequenceShowsTheClipAsItStandsInTheProject) {
-    const EditModifier clip = makeClip();
-    EditModule module = marked(clip, 1, 3);
-    module.selectChans(kChanAudio, kSubAll, false);
-    ASSERT_TRUE(manager().discard({clip.getCookie()}).ok());
-    const EditModifier present = manager().makeNewEdit(clip.getCookie(), 1, 1, 0, {25, 1});
-    layPieces(present, present->getId(0), {{L"now", 100, 7}});
-    const EditModifier sequence = makeSequenceFromClip(module);
-    ASSERT_TRUE(sequence);
-    EXPECT_EQ(sequence->getNumChans(), 1);
-    EXPECT_EQ(sequence->getEndTime(), 2);
-    EXPECT_EQ(sequence->get_edit_cel_p(0)->get_strip_cookie(0), materialOf(L"now"));
-}
-
-TEST_F(CopyParts, syncErrorsOfASourceComeFromEditsOnly) {
-    for (const bool edit : {true, false}) {
-        const EditModifier source = edit ? makeReel() : makeClip();
-        source->setSyncError(source->getId(0), 0.5);
-        const EditModifier copy = makeSequenceFromSource(EditModule(EditPtr(source)), L"(s)");
-        ASSERT_TRUE(copy);
-        const EditModifier plain = copySequenceEdit(source, L"");
-        EXPECT_EQ(copy->getSyncError(copy->getId(0)), edit ? 0.5 : 0.0);
-        EXPECT_EQ(plain->getSyncError(plain->getId(0)), 0.5);
-        for (const EditModifier& made : {copy, plain}) {
-            EXPECT_EQ(made->getLogType(), kLogTypeEdit);
-            EXPECT_EQ(made->get_original_material(), 0);
-        }
-    }
-}
-
-TEST_F(CopyParts, anEditJoinsTheGroupsOfItsParent) {
-    auto& groups = AssetAssociationGroupManager::instance();
+TEST_F(CopyParts, anEditJoinsTheGroupsOfItsParentWhichAreSaved) {
     const Cookie parent = makeReel().getCookie();
-    EditModifier first = makeReel();
-    setAssetParent(first, parent);
-    EXPECT_EQ(config(first, "parent"), parent.asString());
-    ASSERT_EQ(groups.getGroups().size(), 1u);
-    const auto made = groups.getGroups()[0];
-    EXPECT_EQ(made->getName(), L"Related assets");
-    EXPECT_THAT(made->getConstituents(), ElementsAre(parent, first.getCookie()));
-
-    const auto versions =
-        groups.createGroup(L"Versions", {parent}, AssetAssociationGroup::kVersionsGroup);
-    EditModifier second = makeReel();
-    setAssetParent(second, parent);
-    EXPECT_THAT(made->getConstituents(),
+    EditModifier first = makeReel(), second = makeReel(), none;
+    for (EditModifier* child : {&first, &none, &second})
+        setAssetParent(*child, parent);
+    setAssetParent(first, Cookie('G', 1));
+    setAssetParent(first, Cookie());
+    const auto groups = AssetAssociationGroupManager::instance().getGroups();
+    ASSERT_EQ(groups.size(), 1u);
+    EXPECT_THAT(groups[0]->getConstituents(),
                 ElementsAre(parent, first.getCookie(), second.getCookie()));
-    EXPECT_THAT(versions->getConstituents(), ElementsAre(parent, second.getCookie()));
-    EXPECT_FALSE(made->isDirty() || versions->isDirty());
-    EXPECT_EQ(groups.getGroups().size(), 2u);
-
-    EditModifier log = makeClip();
-    setAssetParent(log, parent);
-    EXPECT_EQ(config(log, "parent"), parent.asString());
-    EditModifier orphan = makeReel();
-    setAssetParent(orphan, Cookie('G', 1));
-    setAssetParent(orphan, Cookie());
-    EXPECT_EQ(config(orphan, "parent"), "(none)");
-    EditModifier none;
-    setAssetParent(none, parent);
-    EXPECT_EQ(groups.getGroups().size(), 2u);
+    EXPECT_FALSE(groups[0]->isDirty());
+    EXPECT_EQ(config(first, "parent"), parent.asString());
 }
 
 } // namespace

@@ -60,52 +60,57 @@ TEST_F(EditCopy, aWholeCopyIsAnEditOfItsOwnWithEverythingInIt) {
         EXPECT_EQ(copy->getTimecode(1), "10:00:01:00");
         EXPECT_FALSE(manager().canUndo(copy));
     }
+    reel->setLogType(kLogTypeSource);
+    const EditModifier plain = kWholeCopies.at("copySequenceEdit")(reel),
+                       source = kWholeCopies.at("makeSequenceFromSource")(reel);
+    EXPECT_EQ(plain->getSyncError(plain->getId(3)), 0.25);
+    EXPECT_EQ(source->getSyncError(source->getId(3)), 0) << "of edits only";
     EXPECT_THAT(log_.lines, IsEmpty());
 }
 
-struct SelectionRow {
-    const char* name;
-    const char* selected; // of V1 V2 D A1 A2 L1; "fresh": as a module begins
-    const char* copied;
-    const char* fromSource; // by makeSequenceFromSource, which keeps what is neither V nor A
-};
-class EditCopySelection : public EditCopy, public testing::WithParamInterface<SelectionRow> {};
-
-TEST_P(EditCopySelection, DecidesWhichChannelsStay) {
+TEST_F(EditCopy, keepsTheChannelsThatAreSelected) {
+    const struct {
+        const char* selected; // of V1 V2 D A1 A2 L1; "": as a module begins
+        const char* copied;
+        const char* fromSource; // by makeSequenceFromSource
+        const char* ranged;     // by copyRange
+    } rows[] = {
+        {"", "axrstL", "axrstL", "axrstL"},
+        {"111111", "axrstL", "axrstL", "axrstL"},
+        {"110110", "axrstL", "axrstL", "axrstL"},
+        {"000000", "", "", ""},
+        {"100000", "a", "a", "a"},
+        {"110000", "axr", "axr", "axr"},
+        {"000100", "sL", "sL", "sL"},
+        {"000011", "t", "t", "t"},
+        {"001000", "r", "r", "r"},
+        // as many as the source has pictures and sounds: levels are none of the five
+        {"011111", "xrstL", "xrstL", "axrstL"},
+    };
     const EditModifier reel = makeReel();
-    EditModule module{EditPtr(reel)};
-    if (GetParam().selected != std::string("fresh"))
-        for (int i = 0; i < 6; ++i)
-            module.selectChan(reel->getId(i), GetParam().selected[i] == '1');
-    EXPECT_EQ(contents(copyEdit(module, {}, false)), GetParam().copied);
-    EXPECT_EQ(contents(makeSequenceFromSource(module, {})), GetParam().fromSource);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.selected);
+        EditModule module = EditModule(EditPtr(reel));
+        for (int i = 0; row.selected[i] != 0; ++i)
+            module.selectChan(reel->getId(i), row.selected[i] == '1');
+        EXPECT_EQ(contents(copyEdit(module, {}, false)), row.copied);
+        EXPECT_EQ(contents(makeSequenceFromSource(module, {})), row.fromSource);
+        EXPECT_EQ(contents(copyRange(module, kLogTypeEdit, false)), row.ranged);
+        EXPECT_EQ(contents(copyRange(module, kLogTypeEdit, true)), row.copied);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, EditCopySelection,
-                         testing::Values(SelectionRow{"all", "111111", "axrstL", "axrstL"},
-                                         SelectionRow{"fresh", "fresh", "axrstL", "axrstL"},
-                                         SelectionRow{"none", "000000", "", ""},
-                                         SelectionRow{"onePicture", "100000", "a", "a"},
-                                         SelectionRow{"allPictures", "110000", "axr", "axr"},
-                                         SelectionRow{"levelled", "000100", "sL", "sL"},
-                                         SelectionRow{"levelsAlone", "000011", "t", "t"},
-                                         SelectionRow{"derivedAlone", "001000", "r", "r"}),
-                         [](const auto& row) { return row.param.name; });
-
 TEST_F(EditCopy, whatIsMaterialIsCopiedAsAFile) {
-    struct Row {
+    const struct {
         eLogType type;
         int material;
-        bool strips;
-        bool asFile;
-        bool ownStrips;
-    };
-    const Row rows[] = {{kLogTypeSource, 1, false, true, false},
-                        {kLogTypeSource, 1, true, true, true},
-                        {kLogTypeFileCopy, 0, true, true, false},
-                        {kLogTypeSource, 0, true, false, false},
-                        {kLogTypeSubclip, 7, true, true, true}};
-    for (const Row& row : rows) {
+        bool strips, asFile, ownStrips;
+    } rows[] = {{kLogTypeSource, 1, false, true, false},
+                {kLogTypeSource, 1, true, true, true},
+                {kLogTypeFileCopy, 0, true, true, false},
+                {kLogTypeSource, 0, true, false, false},
+                {kLogTypeSubclip, 7, true, true, true}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.type << " " << row.material);
         const EditModifier clip = makeClip(row.type, row.material);
         clip->setConfig("anything", "else");
@@ -124,23 +129,31 @@ TEST_F(EditCopy, whatIsMaterialIsCopiedAsAFile) {
         const EditPtr plays = row.ownStrips ? EditPtr(copy) : EditPtr(clip);
         EXPECT_EQ(copy->get_edit_cel_p(0)->get_strip_cookie(0), strip(plays, 'V', 1));
         EXPECT_EQ(copy->get_edit_cel_p(1)->get_strip_cookie(0), strip(plays, 'S', 1));
-        EXPECT_EQ(row.ownStrips ? plays->getChanForStrip(strip(plays, 'S', 1)) : copy->getId(1),
-                  copy->getId(1));
         EXPECT_FALSE(manager().canUndo(copy));
     }
 }
 
-TEST_F(EditCopy, aCopiedFileIsNeitherAClipboardNorRenderedNorMaterialWhereThatIsAskedFor) {
-    const EditModifier clip = makeClip();
-    clip->setConfig("CLIPBOARD", 1);
-    clip->setConfig("CACHE_x", "1");
-    EXPECT_EQ(config(copyEdit(whole(clip), L"", false), "CLIPBOARD"), "1");
-    EXPECT_EQ(config(edcopy_basic_copy(clip.getCookie()), "CLIPBOARD"), "(none)");
-    const EditModifier flat = flatten(whole(clip));
-    ASSERT_TRUE(flat);
-    EXPECT_EQ(flat->getName(), L"Clip (Flattened)");
-    EXPECT_EQ(flat->get_original_material(), 0);
-    EXPECT_EQ(config(flat, "CACHE_x"), "(none)");
+TEST_F(EditCopy, aFlatOneIsNeitherMaterialNorRenderedAndLeavesTheSourceAlone) {
+    const EditModifier reel = makeReel(), clip = makeClip();
+    for (const EditModifier& source : {reel, clip}) {
+        source->setConfig("CACHE_x", "1");
+        source->setConfig("CLIPBOARD", "1");
+        const std::string before = source->canonicalContents(), name = toUtf8(source->getName());
+        const EditModifier flat = flatten(EditModule(EditPtr(source)));
+        ASSERT_TRUE(flat);
+        EXPECT_EQ(toUtf8(flat->getName()), name + " (Flattened)");
+        EXPECT_EQ(flat->get_original_material(), 0);
+        EXPECT_EQ(config(flat, "IS_DUPE"), "0");
+        EXPECT_EQ(config(flat, "CACHE_x"), "(none)");
+        EXPECT_EQ(config(edcopy_basic_copy(source.getCookie()), "CLIPBOARD"), "(none)");
+        EXPECT_EQ(source->canonicalContents(), before);
+    }
+    EXPECT_EQ(contents(flatten(whole(reel))), "arstL");
+    EditModule lower = whole(reel);
+    lower.selectChan(reel->getId(1), false);
+    EXPECT_EQ(contents(flatten(lower)), "axrstL") << "one selected layer is flat already";
+    EXPECT_FALSE(flatten(EditModule()));
+    EXPECT_THAT(log_.lines, IsEmpty());
 }
 
 TEST_F(EditCopy, isToldOnceItIsThere) {
@@ -155,32 +168,15 @@ TEST_F(EditCopy, isToldOnceItIsThere) {
                                        }),
                                        kNoticeModifications);
     for (const auto& [name, make] : kWholeCopies) {
-        SCOPED_TRACE(name);
-        told.clear();
         const EditModifier copy = make(reel);
-        EXPECT_THAT(told, ElementsAre(copy.getCookie())) << "while it is open for writing";
+        EXPECT_THAT(told, ElementsAre(copy.getCookie())) << name << " while it is open for writing";
+        told.clear();
     }
-    told.clear();
     EditModifier part = copyRange(marked(reel, 1, 2), kLogTypeEdit, false);
     const Cookie made = part.getCookie();
     EXPECT_THAT(told, IsEmpty());
     part.release();
     EXPECT_THAT(told, ElementsAre(made));
-}
-
-TEST_F(EditCopy, aCopiedFileStaysWhenTheProjectIsOpenedAgain) {
-    EditModifier clip = makeClip();
-    EditModifier copy = copyEdit(EditModule(EditPtr(clip)), L"(2)", true);
-    const Cookie cookie = copy.getCookie();
-    clip.release();
-    copy.release();
-    ASSERT_TRUE(project_.close().ok());
-    ASSERT_TRUE(open(CurrentProject::Access::readWrite).ok());
-    ASSERT_TRUE(manager().checkFiles(cookie).ok());
-    const EditPtr again(cookie);
-    ASSERT_TRUE(again);
-    EXPECT_EQ(again->getName(), L"Clip (2)");
-    EXPECT_EQ(again->get_edit_cel_p(0)->get_strip_cookie(0), strip(again, 'V', 1));
 }
 
 TEST_F(EditCopy, failureIsLoggedAndLeavesNothing) {
@@ -220,27 +216,6 @@ TEST_F(EditCopy, failureIsLoggedAndLeavesNothing) {
     ASSERT_TRUE(open(CurrentProject::Access::readOnly).ok());
     EXPECT_FALSE(edcopy_basic_copy(cookie)) << "no file is written into a project being read";
     EXPECT_EQ(holdings().second, after.second);
-}
-
-TEST_F(EditCopy, flatteningACopyLeavesTheSourceAlone) {
-    const EditModifier reel = makeReel();
-    reel->setConfig("CACHE_x", "1");
-    const std::string before = reel->canonicalContents();
-    const EditModifier flat = flatten(EditModule(EditPtr(reel)));
-    ASSERT_TRUE(flat);
-    EXPECT_EQ(flat->getName(), L"Reel (Flattened)");
-    EXPECT_EQ(contents(flat), "arstL");
-    EXPECT_EQ(flat->get_edit_cel_p(0)->get_strip_cookie(1.5), materialOf(L"x"));
-    EXPECT_EQ(flat->get_edit_cel_p(0)->get_strip_cookie(3.5), materialOf(L"b"));
-    EXPECT_EQ(config(flat, "IS_DUPE"), "0");
-    EXPECT_EQ(config(flat, "CACHE_x"), "(none)");
-    EXPECT_EQ(reel->canonicalContents(), before);
-
-    EditModule lower{EditPtr(reel)};
-    lower.selectChan(reel->getId(1), false);
-    EXPECT_EQ(contents(flatten(lower)), "axrstL") << "one selected layer is flat already";
-    EXPECT_FALSE(flatten(EditModule()));
-    EXPECT_THAT(log_.lines, IsEmpty());
 }
 
 } // namespace

@@ -113,9 +113,9 @@ protected:
     }
     // Every piece of a copy is the piece of the source at its place, filter and all.
     void copiesWhatLiesThere() {
-        const double from = time();
+        const double from = number(480) / 100.0, to = from + number(240) / 100.0 + 0.04;
         EditModule module(edit_);
-        module.markAllAt(TimeRange(from, from + time(60) + 0.04), true);
+        module.markAllAt(TimeRange(from, to), true);
         const EditModifier copy = edcopy_general_copy_range(Cookie(), kLogTypeEdit, L"", module);
         ASSERT_TRUE(copy);
         const auto filter = [&](const IdStamp& id) {
@@ -128,6 +128,9 @@ protected:
         for (std::size_t chan = 0; chan < copies.size(); ++chan) {
             const Kv::Ptr<Cel> list = edit_->get_edit_cel_p(sources[chan]);
             const Kv::Ptr<Cel> copied = copy->get_edit_cel_p(copies[chan]);
+            const double end = list->get_num_events() ? std::min(to, list->getEndTime()) : 0;
+            EXPECT_NEAR(copied->get_num_events() ? copied->getEndTime() : 0,
+                        std::max(end - from, 0.0), 1e-8);
             for (std::uint32_t i = 0; i < copied->numSegments(); ++i) {
                 const CelSegment piece = copied->getSegment(i);
                 const std::int64_t at = list->findSegment(piece.start + toFlicks(from));
