@@ -88,6 +88,7 @@ TEST_F(VobEdit, ModulesAreToldWithTheTimeOnlyWhenItMoved) {
 
 TEST_F(VobEdit, CopiesViewTheSameEditWithoutClientsAndRoles) {
     vob_->setCurrentTime(3);
+    vob_->setViewRegion({2, 4}, false);
     vob_->setStatus(Vob::kStatusAll);
     const auto same = Kv::makePtr<Vob>(*vob_);
     const auto fresh = Kv::makePtr<Vob>(vob_.get());
@@ -97,6 +98,7 @@ TEST_F(VobEdit, CopiesViewTheSameEditWithoutClientsAndRoles) {
         EXPECT_EQ(copy->getNumClients(), 0u);
         EXPECT_EQ(copy->getStatus(), 0u);
     }
+    EXPECT_EQ(same->getViewRegion(), TimeRange(2, 4));
     EXPECT_EQ(same->getGroupId(), vob_->getGroupId());
     EXPECT_NE(fresh->getGroupId(), vob_->getGroupId());
     vob_->setStatus(0);

@@ -113,7 +113,7 @@ TEST_F(VobInform, AClientMayCloseTheVobItIsToldBy) {
     };
     Vob* const raw = vob_.get();
     vob_.reset(); // the manager's is the last share
-    raw->setCurrentTime(2);
+    raw->informClients(kVobCuts);
     EXPECT_EQ(told(), "a");
     EXPECT_TRUE(VobManager::instance().getAllVobs().empty());
 }

@@ -77,6 +77,10 @@ TEST_F(VobMarks, OfAudioAreMirroredOnTheLevelsThatAreBound) {
     const IdStamp levels = edit_->addLevelsChan(audio);
     vob_->setMarkTime(audio, 3, In);
     EXPECT_EQ(vob_->getEditModule().getMark(levels, In), 3.0);
+    EditModule module = vob_->getEditModule();
+    module.setMark(levels, 9, In);
+    vob_->setEditModule(module, false);
+    EXPECT_EQ(vob_->getEditModule().getMark(levels, In), 3.0);
     vob_->setLevelsBoundToAudio(false);
     vob_->setMarkTime(audio, 4, In);
     EXPECT_EQ(vob_->getEditModule().getMark(levels, In), 3.0);
@@ -101,8 +105,9 @@ TEST_F(VobMarks, InvalidatingConcernsSelectedChannelsAndIsAlwaysTold) {
 
 TEST_F(VobMarks, TimeIsThatOfTheFirstSelectedMarkedChannel) {
     EXPECT_EQ(vob_->getMarkTime(kChanAllSelected), no);
-    vob_->storeMarkTime(0, 1, In);
     vob_->storeMarkTime(2, 3, In);
+    EXPECT_EQ(vob_->getMarkTime(kChanAllSelected), 3.0);
+    vob_->storeMarkTime(0, 1, In);
     vob_->storeMarkTime(1, 8, Out);
     EXPECT_EQ(vob_->getMarkTime(kChanAllSelected), 1.0);
     vob_->setSelectedRaw(edit_->getId(0), false);

@@ -61,15 +61,18 @@ TEST_F(VobTime, AClientCannotMoveTheTimeItIsToldOf) {
 TEST_F(VobTime, ChangesByPlaybackAreFlaggedWhileTold) {
     std::vector<unsigned> flags;
     client_.onChange = [&](const VobModification& change) {
-        if (change.includes(kVobTime))
-            vob_->setMarkTime(IdStamp(), 1, In); // a telling inside leaves the flag up
+        VobModification inside(kVobTime);
+        inside.setMarkTime(1);
+        if (change.getMarkTime() == kNoTime)
+            vob_->addModification(inside); // leaves the flag up
         flags.push_back(vob_->getTimeChangeFlags());
     };
     vob_->setCurrentTime(1);
     vob_->setPlaying(true);
     vob_->setTransientTimeChange(true);
     vob_->setCurrentTime(2);
-    EXPECT_THAT(flags, ElementsAre(0u, 0u, 20u, 20u));
+    vob_->setCurrentTime(3, Vob::kTimeBySynchroniser);
+    EXPECT_THAT(flags, ElementsAre(0u, 0u, 20u, 20u, 68u, 68u));
     EXPECT_EQ(vob_->getTimeChangeFlags(), 16u);
 }
 
