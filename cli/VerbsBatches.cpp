@@ -34,9 +34,14 @@ void describe(Session& session, SessionWords& words) {
     session.viewer()->setChangeDescription(EditModifications(kind), change);
 }
 
+// Steps that the library puts in by itself have no description.
+std::string nameOf(const std::string& description) {
+    return description.empty() ? "(a step)" : description;
+}
+
 void history(Session& session, SessionWords&) {
     for (const auto& step : EditManager::instance().getHistory(session.edit()))
-        session.say("  " + step.description + (step.undone ? " (undone)" : ""));
+        session.say("  " + nameOf(step.description) + (step.undone ? " (undone)" : ""));
 }
 
 void step(Session& session, bool back) {
@@ -47,7 +52,7 @@ void step(Session& session, bool back) {
         session.viewer()->undoRequest();
     else
         session.viewer()->redoRequest();
-    session.say((back ? "undone: " : "redone: ") + taken->description);
+    session.say((back ? "undone: " : "redone: ") + nameOf(taken->description));
 }
 
 } // namespace

@@ -30,6 +30,21 @@ void setChannels(Session& session, SessionWords& words, bool on) {
     } while (!words.done());
 }
 
+void tellWhetherThere(Session& session, SessionWords& words) {
+    const auto& word = words.takeOneOf("a type", {"video", "audio", "levels", "subtitle", "other"});
+    const EditChanType type = word == "video"      ? kChanVideo
+                              : word == "audio"    ? kChanAudio
+                              : word == "levels"   ? kChanLevels
+                              : word == "subtitle" ? kChanSubtitle
+                                                   : kChanOther;
+    bool selected = false;
+    bool material = false;
+    while (!words.done())
+        (words.takeOneOf("a word", {"selected", "material"}) == "selected" ? selected : material) =
+            true;
+    session.say(session.viewer()->hasChanOfType(type, selected, material) ? "  yes" : "  no");
+}
+
 CelEventPair takeSegment(Session& session, SessionWords& words) {
     const IdStamp channel = session.takeChannel(words);
     CelEventPair segment(session.edit(), channel, session.takePlace(words));
@@ -160,6 +175,14 @@ void addSelectionVerbs(VerbTable& verbs) {
     verbs.add({"select-from", "CHANNEL", "selects this channel and all after it",
                [](Session& session, SessionWords& words) {
                    session.viewer()->setSelectedFrom(session.takeChannelNumber(words));
+               }});
+    verbs.add({"has?", "video|audio|levels|subtitle|other [selected] [material]",
+               "tells whether the edit has such a channel", tellWhetherThere});
+    verbs.add({"selectable?", "CHANNEL", "tells whether a channel's selection may be changed",
+               [](Session& session, SessionWords& words) {
+                   const IdStamp channel = session.takeChannel(words);
+                   session.say(session.viewer()->canAlterTrackSelection(channel) ? "  yes"
+                                                                                 : "  no");
                }});
     verbs.add(
         {"segment", "add|remove|toggle (CHANNEL T) ... | clear", "selects segments", segment});
