@@ -100,17 +100,18 @@ BENCHMARK(saving)->Arg(1000)->Arg(100'000)->UseManualTime();
 
 // All that the file says of the items, as it stands there.
 std::vector<PlainItem> parse(const std::string& path) {
-    const KVContainerFile::Reader file(path);
-    std::vector<KVContainerFile::Reader::Value> values(file.getNumFields());
+    using Reader = KVContainerFile::Reader;
+    const Reader file(path, Reader::Access::inOrder);
     std::vector<PlainItem> items;
     items.reserve(file.getNumItems());
-    for (std::size_t i = 0; i < file.getNumItems(); ++i) {
-        file.read(i, values.data(), values.size());
+    const Status read = file.forEachItem([&](const Reader::Value* values) {
         const XY<float> position = readPosition(values[1].text);
         items.push_back({Cookie(values[0].text), values[2].number, values[3].number,
                          values[4].number, position.x, position.y, false,
                          std::string(values[5].text)});
-    }
+    });
+    if (!read)
+        std::abort();
     return items;
 }
 

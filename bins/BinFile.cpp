@@ -71,53 +71,43 @@ void readForm(const Reader& in, BinContents& contents) {
     }
 }
 
-// The fields of one item after the other.
-class ItemReader {
-public:
-    explicit ItemReader(const Reader& in)
-        : pos(in.getFieldIndex("Pos")), mark(in.getFieldIndex("Mark")),
-          markOut(in.getFieldIndex("Mark Out")), id(in.getFieldIndex("ID")), in_(in),
-          values_(in.getNumFields()) {}
+// Where the fields of an item lie; -1 for one that the file lacks.
+struct Places {
+    explicit Places(const Reader& in)
+        : fields(static_cast<int>(in.getNumFields())), pos(in.getFieldIndex("Pos")),
+          mark(in.getFieldIndex("Mark")), markOut(in.getFieldIndex("Mark Out")),
+          id(in.getFieldIndex("ID")) {}
 
-    // Where the fields lie that are found by name; -1 for none.
-    const int pos, mark, markOut, id;
-
-    void read(std::size_t item) { in_.read(item, values_.data(), values_.size()); }
-    std::string_view text(int field) const { return has(field) ? at(field).text : ""; }
-    double number(int field, double otherwise) const {
-        return has(field) && at(field).isNumber ? at(field).number : otherwise;
+    std::string_view text(const Reader::Value* values, int field) const {
+        return has(field) ? values[field].text : "";
     }
+    double number(const Reader::Value* values, int field, double otherwise) const {
+        return has(field) && values[field].isNumber ? values[field].number : otherwise;
+    }
+
+    const int fields, pos, mark, markOut, id;
 
 private:
-    const Reader::Value& at(int field) const { return values_[static_cast<std::size_t>(field)]; }
-    bool has(int field) const {
-        return field >= 0 && static_cast<std::size_t>(field) < values_.size();
-    }
-
-    const Reader& in_;
-    std::vector<Reader::Value> values_;
+    bool has(int field) const { return field >= 0 && field < fields; }
 };
 
 // Every item of the file, in its order; `assets` are theirs, for looks that shall not walk through
 // all that an item is.
-BinContents::Items readItems(const Reader& in, CookieVec& assets) {
-    BinContents::Items items;
+Status readItems(const Reader& in, BinContents::Items& items, CookieVec& assets) {
     items.reserve(in.getNumItems());
     assets.reserve(in.getNumItems());
-    ItemReader item(in);
+    const Places at(in);
     IdRow ids;
-    for (std::size_t i = 0; i < in.getNumItems(); ++i) {
-        item.read(i);
-        const double time = item.number(kTime, 0);
-        const Cookie& asset = assets.emplace_back(item.text(kCookie));
+    return in.forEachItem([&](const Reader::Value* values) {
+        const double time = at.number(values, kTime, 0);
+        const Cookie& asset = assets.emplace_back(at.text(values, kCookie));
         BinItem& made = items.emplace_back(asset, std::isfinite(time) ? time : 0, ids);
-        made.markIn = readMark(item.number(item.mark, kUnsetMark));
-        made.markOut = readMark(item.number(item.markOut, kUnsetMark));
-        made.position = readPosition(item.text(item.pos));
-        if (const std::string_view vob = item.text(item.id); !vob.empty())
+        made.markIn = readMark(at.number(values, at.mark, kUnsetMark));
+        made.markOut = readMark(at.number(values, at.markOut, kUnsetMark));
+        made.position = readPosition(at.text(values, at.pos));
+        if (const std::string_view vob = at.text(values, at.id); !vob.empty())
             made.vobId(LightweightString<char>(vob));
-    }
-    return items;
+    });
 }
 
 // Tells of each asset that is no edit whether its item is kept.
@@ -178,10 +168,13 @@ void convertPixels(const Reader& in, BinContents& contents) {
 } // namespace
 
 Result<BinFile> BinFile::read(const LightweightString<wchar_t>& fileName) {
-    const Reader in(fileName);
+    const Reader in(fileName, Reader::Access::inOrder);
     if (!in.valid())
         return in.status();
     BinFile file;
+    CookieVec assets;
+    if (Status read = readItems(in, file.contents.items, assets); !read)
+        return read;
     readForm(in, file.contents);
     file.name = toWide(in.getName());
     file.contents.permanent = in.getPermanent();
@@ -190,8 +183,6 @@ Result<BinFile> BinFile::read(const LightweightString<wchar_t>& fileName) {
     file.created = readSeconds(in, kCreated);
     if (file.created == 0)
         file.created = file.modified;
-    CookieVec assets;
-    file.contents.items = readItems(in, assets);
     const std::vector<bool> kept = keptOf(assets);
     if (std::size_t place = 0; std::find(kept.begin(), kept.end(), false) != kept.end())
         std::erase_if(file.contents.items, [&](const BinItem&) { return !kept[place++]; });

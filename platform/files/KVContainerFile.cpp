@@ -29,18 +29,21 @@ Cookie KVContainerFile::getCookieFromFilename(const LightweightString<wchar_t>& 
     return Cookie(std::string_view(name).substr(0, name.rfind('.')));
 }
 
-KVContainerFile::Reader::Reader(const LightweightString<wchar_t>& fileName) {
+KVContainerFile::Reader::Reader(const LightweightString<wchar_t>& fileName, Access access) {
     const Result<std::string> path = cutroom::narrowPath(fileName);
     if (path)
-        open(*path);
+        open(*path, access);
     else
         status_ = path.status();
 }
 
-KVContainerFile::Reader::Reader(const std::string& fileName) { open(fileName); }
+KVContainerFile::Reader::Reader(const std::string& fileName, Access access) {
+    open(fileName, access);
+}
 
-void KVContainerFile::Reader::open(const std::string& fileName) {
-    status_ = table_.load(fileName, kContainerKind);
+void KVContainerFile::Reader::open(const std::string& fileName, Access access) {
+    file_ = fileName;
+    status_ = table_.load(fileName, kContainerKind, access);
 }
 
 std::string KVContainerFile::Reader::getName() const {

@@ -27,8 +27,10 @@ public:
     // Reads one file, whole, when constructed. Then immutable: any thread.
     class CUTROOM_API Reader {
     public:
-        explicit Reader(const LightweightString<wchar_t>& fileName);
-        explicit Reader(const std::string& fileName);
+        // `inOrder`: of items only `forEachItem` is wanted, which then checks them too.
+        using Access = cutroom::RecordFile::Access;
+        explicit Reader(const LightweightString<wchar_t>& fileName, Access access = Access::any);
+        explicit Reader(const std::string& fileName, Access access = Access::any);
 
         // False when the file could not be read or is damaged; `status` tells why, and everything
         // below answers as for an empty file.
@@ -61,17 +63,22 @@ public:
         double getDouble(std::size_t item, int field, double otherwise = 0) const noexcept {
             return table_.number(item, field, otherwise);
         }
-        // The first `count` fields of an item (below `getNumItems`) at once.
+        // Hands the fields of each item, by index, to `take`, in the file's order. The failure
+        // tells which item is damaged: those before it were handed over.
         using Value = cutroom::RecordFile::Value;
-        void read(std::size_t item, Value* values, std::size_t count) const noexcept {
-            table_.read(item, values, count);
+        template <class Take> cutroom::Status forEachItem(const Take& take) const {
+            cutroom::RecordFile::Walk walk(table_);
+            while (const Value* const values = walk.next())
+                take(values);
+            return walk.status(file_);
         }
         std::size_t getNumFields() const noexcept { return table_.fields().size(); }
 
     private:
         friend class Writer;
-        void open(const std::string& fileName);
+        void open(const std::string& fileName, Access access);
 
+        std::string file_;
         cutroom::RecordFile table_;
         cutroom::Status status_;
     };

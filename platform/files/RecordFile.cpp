@@ -122,32 +122,11 @@ double doubleAt(const char* at) noexcept {
     return std::bit_cast<double>(bits);
 }
 
-// How the fields of a record that has those in `mask` follow one another.
-class Shape {
-public:
-    Shape(std::uint64_t mask, std::uint64_t doubles) noexcept : mask_(mask) {
-        for (; mask; mask &= mask - 1) {
-            if ((doubles & mask & (~mask + 1)) != 0)
-                numbers_[texts_] += 8;
-            else
-                ++texts_;
-        }
-    }
-    std::uint64_t mask() const noexcept { return mask_; }
-    void skip(ByteReader& in) const noexcept {
-        for (std::size_t text = 0; text < texts_; ++text) {
-            (void)in.raw(numbers_[text]);
-            (void)in.raw(in.varint());
-        }
-        (void)in.raw(numbers_[texts_]);
-    }
-
-private:
-    std::uint64_t mask_;
-    std::size_t texts_ = 0;
-    // Bytes of numbers before each text, and behind the last.
-    std::array<std::uint64_t, kMaxFields + 1> numbers_{};
-};
+// `record` counts from 1.
+Status recordDamage(const std::string& file, std::size_t offset, std::size_t record) {
+    return {StatusCode::damaged, file, format("record %zu is damaged", record),
+            static_cast<long>(offset)};
+}
 
 } // namespace
 
@@ -272,12 +251,13 @@ Status RecordFile::save(const std::string& path, std::string_view kind, Backup b
     return writeFile(path, bytes(kind), backup);
 }
 
-Status RecordFile::load(const std::string& path, std::string_view kind) {
+Status RecordFile::load(const std::string& path, std::string_view kind, Access access) {
     Result<std::string> content = readFile(path);
-    return content ? parse(std::move(*content), kind, path) : content.status();
+    return content ? parse(std::move(*content), kind, path, access) : content.status();
 }
 
-Status RecordFile::parse(std::string bytes, std::string_view kind, const std::string& file) {
+Status RecordFile::parse(std::string bytes, std::string_view kind, const std::string& file,
+                         Access access) {
     const Result<CheckedFile::View> view = CheckedFile::open(bytes, kind, kVersion, file);
     if (!view)
         return view.status();
@@ -287,8 +267,10 @@ Status RecordFile::parse(std::string bytes, std::string_view kind, const std::st
     if (status.ok()) {
         read.body_ = std::move(bytes);
         read.bodyStart_ = layout.offset + layout.headSize;
-        status = read.indexRecords(layout);
+        status = read.countRecords(layout);
     }
+    if (status.ok() && access == Access::any)
+        status = read.indexRecords(layout);
     if (status.ok())
         *this = std::move(read);
     return status;
@@ -343,33 +325,23 @@ Status RecordFile::parseLine(std::string_view line, Layout& layout) {
     return {};
 }
 
+// Takes the count that the head gives, which the body must have room for.
+Status RecordFile::countRecords(const Layout& layout) {
+    const std::size_t maskBytes = maskSize(fields_.size());
+    if (maskBytes && layout.records > (body_.size() - bodyStart_) / maskBytes)
+        return recordDamage(layout.file, bodyStart_, 1);
+    unindexed_ = static_cast<std::size_t>(layout.records);
+    return {};
+}
+
 // Finds each record and checks all of it, so that looking up a field needs no check.
 Status RecordFile::indexRecords(const Layout& layout) {
-    ByteReader in(std::string_view(body_).substr(bodyStart_));
-    const std::size_t maskBytes = maskSize(fields_.size());
-    const std::uint64_t known =
-        fields_.size() == kMaxFields ? ~std::uint64_t{0} : (std::uint64_t{1} << fields_.size()) - 1;
-    if (maskBytes && layout.records > in.remaining() / maskBytes)
-        in.fail();
-    else
-        starts_.reserve(static_cast<std::size_t>(layout.records));
-    Shape shape(0, doubles_);
-    for (std::uint64_t i = 0; i < layout.records && in.ok(); ++i) {
-        starts_.push_back(static_cast<std::uint32_t>(bodyStart_ + in.position()));
-        const std::string_view bytes = in.raw(maskBytes);
-        const std::uint64_t mask = maskOf(bytes.data(), bytes.size());
-        if (mask & ~known) {
-            in.fail();
-            break;
-        }
-        if (mask != shape.mask()) // most records have the same fields
-            shape = Shape(mask, doubles_);
-        shape.skip(in);
-    }
-    if (!in.ok() || !in.atEnd())
-        return in.damage(layout.file, bodyStart_,
-                         format("record %zu is damaged", std::max<std::size_t>(starts_.size(), 1)));
-    return {};
+    Walk walk(*this);
+    starts_.reserve(unindexed_);
+    for (const char* at = walk.at_; walk.next(); at = walk.at_)
+        starts_.push_back(static_cast<std::uint32_t>(at - body_.data()));
+    unindexed_ = 0;
+    return walk.status(layout.file);
 }
 
 const char* RecordFile::locate(std::size_t record, int field) const noexcept {
@@ -390,29 +362,6 @@ const char* RecordFile::locate(std::size_t record, int field) const noexcept {
     return at;
 }
 
-void RecordFile::read(std::size_t record, Value* values, std::size_t count) const noexcept {
-    const std::size_t maskBytes = maskSize(fields_.size());
-    const char* at = body_.data() + starts_[record];
-    std::uint64_t mask = maskOf(at, maskBytes);
-    at += maskBytes;
-    for (std::size_t i = 0; i < count; ++i, mask >>= 1) {
-        Value& value = values[i];
-        value.text = {};
-        value.isNumber = false;
-        if (!(mask & 1))
-            continue;
-        if (doubles_ >> i & 1) {
-            value.number = doubleAt(at);
-            value.isNumber = true;
-            at += 8;
-        } else {
-            const std::uint64_t size = soundVarint(at);
-            value.text = {at, static_cast<std::size_t>(size)};
-            at += size;
-        }
-    }
-}
-
 std::string_view RecordFile::text(std::size_t record, int field,
                                   std::string_view otherwise) const noexcept {
     const char* at = locate(record, field);
@@ -427,6 +376,63 @@ double RecordFile::number(std::size_t record, int field, double otherwise) const
     if (!at || fields_[static_cast<std::size_t>(field)].type != kDoubleField)
         return otherwise;
     return doubleAt(at);
+}
+
+// --- walking -------------------------------------------------------------------------------------
+
+RecordFile::Walk::Walk(const RecordFile& table)
+    : table_(table), records_(table.size()), at_(table.body_.data() + table.bodyStart_),
+      end_(table.body_.data() + table.body_.size()), values_(table.fields_.size()) {}
+
+const RecordFile::Value* RecordFile::Walk::next() noexcept {
+    if (damaged_ || begun_ == records_)
+        return nullptr;
+    ++begun_;
+    const std::size_t maskBytes = maskSize(values_.size());
+    if (static_cast<std::size_t>(end_ - at_) < maskBytes) {
+        damaged_ = true;
+        return nullptr;
+    }
+    std::uint64_t mask = maskOf(at_, maskBytes);
+    std::uint64_t doubles = table_.doubles_;
+    at_ += maskBytes;
+    const char* at = at_;
+    for (Value& value : values_) {
+        value.text = {};
+        value.isNumber = false;
+        if (mask & 1)
+            at = doubles & 1 ? afterNumber(at, value) : afterText(at, value);
+        if (!at)
+            break;
+        mask >>= 1;
+        doubles >>= 1;
+    }
+    damaged_ = !at || mask != 0;
+    if (!damaged_)
+        at_ = at;
+    return damaged_ ? nullptr : values_.data();
+}
+
+// These two give null where the value is not there whole.
+const char* RecordFile::Walk::afterNumber(const char* at, Value& value) const noexcept {
+    if (end_ - at < 8)
+        return nullptr;
+    value.number = doubleAt(at);
+    value.isNumber = true;
+    return at + 8;
+}
+
+const char* RecordFile::Walk::afterText(const char* at, Value& value) const noexcept {
+    ByteReader in({at, static_cast<std::size_t>(end_ - at)});
+    value.text = in.text();
+    return in.ok() ? at + in.position() : nullptr;
+}
+
+Status RecordFile::Walk::status(const std::string& file) const {
+    if (!damaged_ && begun_ == records_ && at_ == end_)
+        return {};
+    return recordDamage(file, static_cast<std::size_t>(at_ - table_.body_.data()),
+                        std::max<std::size_t>(begun_, 1));
 }
 
 } // namespace cutroom

@@ -31,10 +31,15 @@ public:
         std::string text;
     };
 
-    // Reads and checks the file of this kind; the failure names file and byte offset.
-    Status load(const std::string& path, std::string_view kind);
+    // Whether the records of a table that is read are looked up by number, or only walked through.
+    enum class Access { any, inOrder };
+
+    // Reads and checks the file of this kind; the failure names file and byte offset. With
+    // `inOrder` the records are checked by the `Walk` through them, and cannot be looked up.
+    Status load(const std::string& path, std::string_view kind, Access access = Access::any);
     // Reads from memory.
-    Status parse(std::string bytes, std::string_view kind, const std::string& file);
+    Status parse(std::string bytes, std::string_view kind, const std::string& file,
+                 Access access = Access::any);
     // Writes crash-safely.
     Status save(const std::string& path, std::string_view kind, Backup backup = Backup::keep) const;
     // The bytes `save` writes.
@@ -58,7 +63,7 @@ public:
     // Only while there is no record; at most 64 (asserted). Gives the index.
     int addField(std::string_view name, char type);
 
-    std::size_t size() const noexcept { return starts_.size(); }
+    std::size_t size() const noexcept { return starts_.size() + unindexed_; }
     // Begins a record; its fields are set in the order of their indexes, each at most once, those
     // left out are absent. The record ends with the next `addRecord` or any other call.
     void addRecord();
@@ -74,19 +79,43 @@ public:
                           std::string_view otherwise = {}) const noexcept;
     double number(std::size_t record, int field, double otherwise = 0) const noexcept;
 
-    // One field of a record that is read whole.
+    // One field of a record.
     struct Value {
         std::string_view text; // of a text; empty when absent
         double number;         // of a double
         bool isNumber;         // a double is there
     };
-    // Reads the first `count` fields of a record that is there. Views live until the table changes.
-    void read(std::size_t record, Value* values, std::size_t count) const noexcept;
+
+    // Reads all records of a table from the first to the last, which is all that one read
+    // `inOrder` is good for. Lives no longer than the table, which does not change meanwhile.
+    class CUTROOM_API Walk {
+    public:
+        explicit Walk(const RecordFile& table);
+        // The fields of the next record, by index; null behind the last one, or at one that is
+        // damaged. Valid until the next call.
+        const Value* next() noexcept;
+        // Well when all was read and nothing follows; else names `file` and the byte offset.
+        Status status(const std::string& file) const;
+
+    private:
+        friend class RecordFile;
+        const char* afterNumber(const char* at, Value& value) const noexcept;
+        const char* afterText(const char* at, Value& value) const noexcept;
+
+        const RecordFile& table_;
+        const std::size_t records_;
+        const char* at_; // of the next record, or of the damage
+        const char* const end_;
+        std::size_t begun_ = 0; // records
+        bool damaged_ = false;
+        std::vector<Value> values_;
+    };
 
 private:
     struct Layout;
     Status parseHead(std::string_view payload, Layout& layout);
     Status parseLine(std::string_view line, Layout& layout);
+    Status countRecords(const Layout& layout);
     Status indexRecords(const Layout& layout);
     void appendField(std::string name, char type);
     bool beginField(int field, char type);
@@ -99,6 +128,7 @@ private:
     std::string body_;                  // packed records; in a table that was read the whole file
     std::size_t bodyStart_ = 0;         // of the first record in body_
     std::vector<std::uint32_t> starts_; // of each record in body_
+    std::size_t unindexed_ = 0;         // records of a table that was read in order only
     int lastField_ = -1;                // set last in the record begun last
     bool tooLarge_ = false;             // records were refused
 };

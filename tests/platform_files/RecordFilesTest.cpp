@@ -232,11 +232,19 @@ TEST(ContainerFile, RefusesPayloadsThatOnlyTheChecksumFits) {
         "records 0\nfield a x\n\n",
     };
     for (const std::string& payload : bad) {
-        RecordFile table;
-        const Status status =
-            table.parse(CheckedFile::wrap(kContainerKind, 1, payload), kContainerKind, "f");
+        const std::string bytes = CheckedFile::wrap(kContainerKind, 1, payload);
+        RecordFile table, walked;
+        const Status status = table.parse(bytes, kContainerKind, "f");
         EXPECT_EQ(status.code(), StatusCode::damaged) << payload;
         EXPECT_GT(status.line(), 0) << payload;
+        Status inOrder = walked.parse(bytes, kContainerKind, "f", RecordFile::Access::inOrder);
+        if (inOrder) {
+            RecordFile::Walk walk(walked);
+            while (walk.next())
+                ;
+            inOrder = walk.status("f");
+        }
+        EXPECT_EQ(inOrder.text(), status.text()) << payload;
     }
     std::string fields;
     for (int i = 0; i < 65; ++i)
