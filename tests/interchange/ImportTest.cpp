@@ -100,21 +100,22 @@ TEST_F(Import, ItemsAreLaidAsTheyPlay) {
 }
 
 TEST_F(Import, FlagsMetadataAndTransitionsAreKept) {
-    const std::string list =
-        clip("off", 0, 5, R"("enabled":false,"metadata":{"x":[1,NaN]})") + "," + transition(2, 2) +
-        "," + clip("still", 0, 5, R"("effects":[{"OTIO_SCHEMA":"FreezeFrame.1","name":""}])");
-    const Cookie made = imported("t.otio", timeline(track(list))).getCookie();
+    const Cookie made =
+        imported("t.otio",
+                 timeline(track(clip("off", 0, 5, R"("enabled":false,"metadata":{"x":[1,NaN]})") +
+                                "," + transition(2, 2) + "," +
+                                clip("still", 0, 5,
+                                     R"("effects":[{"OTIO_SCHEMA":"FreezeFrame.1","name":""}])"))))
+            .getCookie();
     reopen();
     const EditPtr edit(made);
-    const CelSegment off = celOf(edit, 0)->getSegment(0);
+    const CelSegment off = celOf(edit, 0)->getSegment(0), still = celOf(edit, 0)->getSegment(1);
     EXPECT_EQ(off.flags, kEventDisabled);
     EXPECT_THAT(off.detail.metadata, HasSubstr(R"("metadata":{"x":[1,NaN]})"));
-    const CelSegment still = celOf(edit, 0)->getSegment(1);
     EXPECT_EQ(still.flags, kEventFreeze);
     EXPECT_THAT(still.detail.metadata, HasSubstr("FreezeFrame.1"));
     const auto graph = edit->getEffectGraph(still.inGraph);
-    ASSERT_TRUE(graph);
-    EXPECT_TRUE(graph->isTransition());
+    ASSERT_TRUE(graph && graph->isTransition());
     EXPECT_EQ(EffectTemplateManager::instance().getTemplate(graph->effectTemplate)->name,
               L"Dissolve");
     EXPECT_THAT(graph->parameters, HasSubstr(R"("type":"SMPTE_Dissolve")"));
