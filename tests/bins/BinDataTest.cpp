@@ -44,8 +44,6 @@ protected:
     cutroom::EmbeddedHost host_;
 };
 
-// --- items ---------------------------------------------------------------------------------------
-
 TEST_F(BinDataTest, ItemsBeginWithoutMarksAndPlace) {
     const BinItem none, item(edit(1), 2.5);
     EXPECT_FALSE(none.valid());
@@ -114,8 +112,6 @@ TEST_F(BinDataTest, LooksItemsUpByAssetAndIdentity) {
     EXPECT_TRUE(bin->contains(CookieVec{edit(1), document(7)}));
     EXPECT_FALSE(bin->contains(CookieVec{edit(1), document(8)}));
 }
-
-// --- what is told --------------------------------------------------------------------------------
 
 using B = BinData&;
 struct ChangeRow {
@@ -208,8 +204,6 @@ TEST_F(BinDataTest, ChangesOfAssetsConcernThoseItHoldsAndDoNotModifyIt) {
     EXPECT_FALSE(bin->isDirty());
 }
 
-// --- what it accepts -----------------------------------------------------------------------------
-
 TEST_F(BinDataTest, AcceptsEditsAndDocumentsAndBinsWhenTheUserLikesNesting) {
     const Kv::Ptr<BinData> bin = binOf(0);
     std::string accepted;
@@ -232,8 +226,6 @@ TEST(BinNesting, IsAllowedByTheInstallationWhateverTheUserLikes) {
     cutroom::Configuration::instance().set("nested_bins", "0"); // it was read
     EXPECT_TRUE(BinData::allowNestedBins());
 }
-
-// --- against a plain list ------------------------------------------------------------------------
 
 // Everything that moves items, beside a list that is searched from the start each time.
 TEST_F(BinDataTest, FindsWhatAPlainListFinds) {

@@ -2,7 +2,6 @@
 
 #include "editops/CopyLog.h"
 #include "editops/SyncUpMatch.h"
-#include "platform/store/Effects.h"
 #include "tests/editops/Shots.h"
 
 #include <gmock/gmock.h>
@@ -122,80 +121,21 @@ TEST_F(SyncUpBuild, KeepsSoundBetweenFramesInSync) {
     EXPECT_EQ(cel->getSegment(2).end, toFlicks(4.0));
 }
 
-TEST_F(SyncUpBuild, TakesWhatDescribesTheShots) {
-    const std::pair<const char*, std::optional<std::string>> keys[] = {
-        {"scene", "p"},         {"reelid", "p"},  {"CameraModel", "p"},
-        {"stripv_width", "p"},  {"reelid1", "s"}, {"AudioInputSampleRate", "s"},
-        {"other", std::nullopt}};
-    for (const auto& [shot, mark] : {std::pair(sound_, "s"), std::pair(picture_, "p")}) {
-        for (const auto& [key, from] : keys)
-            shot->setConfig(key, std::string(mark));
-        shot->setVideoMetadata(mark);
-        shot->setAudioMetadata(mark);
-        shot->addCue(Cue(0.5, L"early"));
-        shot->addCue(Cue(TimeRange(2, 3), toWide(mark)));
-    }
-    sound_->groupChannels(sound_->getChans(kChanAudio), true);
-    const EditPtr made = byTime(sound_, picture_, 0, 1);
-    ASSERT_TRUE(made);
-    for (const auto& [key, from] : keys)
-        EXPECT_EQ(made->getConfig(key), from) << key;
-    EXPECT_EQ(made->getVideoMetadata() + made->getAudioMetadata(), "ps");
-    std::string cues;
-    for (const CueList list = made->getCues(); const Cue& cue : list.cues())
-        cues += toUtf8(cue.getName()) + " " + toText(cue.getTime()) + ", ";
-    EXPECT_EQ(cues, "early 0.5, p 1, s 2, ");
-    ASSERT_EQ(made->openObjectInternal()->size(), 1u);
-    EXPECT_EQ(made->openObjectInternal()->getGroupContents(0), made->getChans(kChanAudio));
-}
-
-TEST_F(SyncUpBuild, TakesBothEyesLevelsAndEffects) {
-    const IdStamp right = picture_->addChan(kChanVideo, kSubStereoRight);
-    picture_->set_edit_cel_p(right, *picture_->get_edit_cel_p(0));
-    const Kv::Ptr<Cel> eye = picture_->get_edit_cel_p(right);
-    EffectGraph graph;
-    graph.name = L"Grade";
-    ChannelEvent point = eye->get_event(0);
-    point.effectGraph = picture_->setEffectGraph(graph);
-    ASSERT_TRUE(eye->setEvent(0, point));
-    const IdStamp levels = sound_->addLevelsChan(sound_->getChans(kChanAudio)[0]);
-    ASSERT_TRUE(sound_->setLevelNodes(levels, {{0, 1.0F}, {toFlicks(4), 0.0F}}));
-
-    const EditPtr made = byTime(sound_, picture_, 1, 0);
-    ASSERT_TRUE(made);
-    const auto eyes = made->getChans(kChanVideo);
-    ASSERT_EQ(eyes.size(), 2u);
-    EXPECT_EQ(made->getChanSubtype(eyes[1]), kSubStereoRight);
-    ASSERT_EQ(made->openObjectInternal()->size(), 1u);
-    EXPECT_EQ(made->openObjectInternal()->getGroupContents(0), eyes);
-    const IdStamp brought = made->get_edit_cel_p(eyes[1])->get_event(0).effectGraph;
-    EXPECT_EQ(made->getEffectGraph(brought).value_or(EffectGraph()).name, L"Grade");
-    const LevelNodes nodes =
-        made->getLevelNodes(made->getLevelsChan(made->getChans(kChanAudio)[0]));
-    ASSERT_EQ(nodes.size(), 2u);
-    EXPECT_EQ(nodes[0].time, 0);
-    EXPECT_FLOAT_EQ(nodes[0].gain, 0.75F);
-    EXPECT_EQ(nodes[1].time, toFlicks(3));
-}
-
-TEST_F(SyncUpBuild, JoinsAllChannelsOfShotsOfAnyKind) {
+TEST_F(SyncUpBuild, TakesTheChannelsAndMetadataThatAreMeant) {
     const Cookie recorder = sound_.getCookie();
     const EditModifier camera = makeShot({"00:00:10:00", kFrames}, 1, 1, L"Camera");
-    sound_->addCue(Cue(2, L"clap"));
+    for (const auto& [shot, text] : {std::pair(sound_, "s"), {camera, "c"}}) {
+        shot->setVideoMetadata(text);
+        shot->setAudioMetadata(text);
+    }
     synchup_params params;
-    params.makeGhost = false;
     params.part = true; // plays no part by time
     params.partStart = 50;
-    const EditPtr made(synchup_general_cookies_by_time(recorder, camera.getCookie(), 0, 1, params));
-    ASSERT_TRUE(made);
-    EXPECT_EQ(piecesOf(made, kChanVideo), "Camera@25+75");
-    EXPECT_EQ(piecesOf(made, kChanAudio, 0), "Sound@0+75");
-    EXPECT_EQ(piecesOf(made, kChanAudio, 2), "Camera@25+75");
-    EXPECT_EQ(made->getLogType(), kLogTypeEdit);
-    EXPECT_EQ(made->getConfig("IS_DUPE"), "0");
-    EXPECT_EQ(made->getCues().getNumCuePoints(), 0u);
-    const EditPtr plain(
-        synchup_general_build_edit(recorder, camera.getCookie(), 1, synchup_params(), false));
+    const EditPtr all(synchup_general_cookies_by_time(recorder, camera.getCookie(), 0, 1, params));
+    ASSERT_TRUE(all);
+    EXPECT_EQ(piecesOf(all, kChanAudio, 2), "Camera@25+75");
+    EXPECT_EQ(all->getVideoMetadata() + all->getAudioMetadata(), "cs");
+    const EditPtr plain(synchup_general_build_edit(recorder, camera.getCookie(), 1, {}, false));
     EXPECT_EQ(plain->getNumChans(), 3);
     const EditPtr sounds(synchup_general_cookies_by_label(recorder, kChanAudio,
                                                           makeSound().getCookie(), kChanAudio, {}));

@@ -6,7 +6,6 @@
 #include "platform/prefs/EditorPreferences.h"
 #include "platform/project/CurrentProject.h"
 #include "platform/store/AudIO.h"
-#include "platform/store/BurntIn.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 #include "tests/support/LogLines.h"
@@ -28,15 +27,8 @@ class EmptyEdit : public testing::Test {
 protected:
     EmptyEdit() : host_(EmbeddedHost::repeatable()) {}
 
-    static EditModifier make(double length = 1, unsigned char audio = 4) {
-        return createEmptyEdit(Cookie(), L"", 1, audio, length, Kv::FrameRate(25, 1));
-    }
-    static std::vector<float> pans(const EditPtr& edit) {
-        const auto mix = edit->getAudioMix();
-        std::vector<float> result;
-        for (int i = 0; mix && i < edit->getNumChans(kChanAudio); ++i)
-            result.push_back(mix->getInputPan(static_cast<unsigned char>(i)));
-        return result;
+    static EditModifier make(unsigned char audio = 4) {
+        return createEmptyEdit(Cookie(), L"", 1, audio, 1, Kv::FrameRate(25, 1));
     }
     // The pairs, as indices within the audio channels: "01 23".
     static std::string groups(const EditPtr& edit) {
@@ -66,37 +58,13 @@ protected:
 
 } // namespace
 
-TEST_F(EmptyEdit, IsAsLongAsAskedForElseAsConfigured) {
-    Configuration::instance().set("new_edit_len_mins", "2");
-    for (const auto& [asked, made] : {std::pair(kNoTime, 120.0), {7.2, 7.2}, {0.0, 0.0}}) {
-        const EditModifier edit = make(asked);
-        EXPECT_DOUBLE_EQ(edit->getEndTime() - edit->getStartTime(), made);
-    }
-}
-
-TEST_F(EmptyEdit, TakesTheCookieAndNameGivenOrFreshOnes) {
+TEST_F(EmptyEdit, TakesTheCookieGivenOnce) {
     const Cookie cookie('E', 77);
     const EditModifier named = createEmptyEdit(cookie, L"Reel", 2, 3, 1, {30, 1});
     EXPECT_EQ(named.getCookie(), cookie);
-    EXPECT_EQ(named->getName(), L"Reel");
-    EXPECT_EQ(named->getNumChans(kChanVideo), 2);
-    EXPECT_EQ(named->getNumChans(kChanAudio), 3);
     EXPECT_EQ(named->getFrameRate(), Kv::FrameRate(30, 1));
-    const EditModifier first = make(), second = make();
-    EXPECT_NE(first->getName(), L"");
-    EXPECT_NE(first->getName(), second->getName());
-    EXPECT_FALSE(createEmptyEdit(cookie, L"", 1, 1, 1, {})); // taken
+    EXPECT_FALSE(createEmptyEdit(cookie, L"", 1, 1, 1, {}));
     EXPECT_FALSE(createEmptyEdit(Cookie('G', 1), L"", 1, 1, 1, {}));
-}
-
-TEST_F(EmptyEdit, PairsItsAudioChannelsUnlessSwitchedOff) {
-    const EditModifier paired = make(1, 5);
-    EXPECT_EQ(groups(paired), "01 23");
-    EXPECT_THAT(pans(paired), ElementsAre(0, 1, 0, 1, 0.5));
-    setAutoGroupEditAudioTracks(false);
-    const EditModifier single = make(1, 2);
-    EXPECT_EQ(groups(single), "");
-    EXPECT_THAT(pans(single), ElementsAre(0.5, 0.5));
 }
 
 TEST_F(EmptyEdit, ThePairsFollowTheConfigurationUntilThePreferenceIsSet) {
@@ -107,24 +75,17 @@ TEST_F(EmptyEdit, ThePairsFollowTheConfigurationUntilThePreferenceIsSet) {
     EXPECT_TRUE(getAutoGroupEditAudioTracks());
 }
 
-TEST_F(EmptyEdit, TakesTheProjectsMixAndBurntInTimecode) {
+TEST_F(EmptyEdit, TakesTheProjectsMixAndPansItsPairs) {
     openProject("mix.ini");
     KvIniFile file(folder_ / "p/mix.ini");
     Aud::SimpleMixState wanted(8);
     wanted.setInputLevel(1, 0.25F);
     wanted.writeConfigurationInformation(file);
     ASSERT_TRUE(file.save());
-    BITCEffect layout;
-    layout.addLabel({});
-    BITCLayoutsManager::setLayout(L"Review", layout);
-    BITCLayoutsManager::setProjectDefault(L"Review");
-    {
-        const EditModifier edit = make(1, 2);
-        EXPECT_EQ(edit->getAudioMix()->getInputLevel(1), 0.25F);
-        EXPECT_EQ(edit->getAudioMix()->numInputs(), 2u);
-        EXPECT_THAT(pans(edit), ElementsAre(0, 1));
-        EXPECT_EQ(edit->getBITC().labels().size(), 1u);
-    }
+    const auto mix = make(2)->getAudioMix();
+    EXPECT_EQ(mix->numInputs(), 2u);
+    EXPECT_EQ(mix->getInputLevel(1), 0.25F);
+    EXPECT_EQ(mix->getInputPan(1), 1.0F);
     EXPECT_THAT(log_.lines, IsEmpty());
     EXPECT_TRUE(CurrentProject::close());
 }
@@ -138,7 +99,7 @@ TEST_F(EmptyEdit, AMissingMixConfigurationIsLoggedAndLeavesTheDefaults) {
 
 TEST_F(EmptyEdit, PairsGoInTheOrderGivenAndTellTheirKinds) {
     setAutoGroupEditAudioTracks(false);
-    EditModifier edit = make(1, 4);
+    EditModifier edit = make(4);
     edit->setAudioMix({}); // not valid: no panning
     const auto audio = edit->getChans(kChanAudio);
     const EditPtr plain = edit;
@@ -158,7 +119,7 @@ TEST_F(EmptyEdit, PairsGoInTheOrderGivenAndTellTheirKinds) {
 
 TEST_F(EmptyEdit, TheNumberOfPairedChannelsIsABytes) {
     setAutoGroupEditAudioTracks(false);
-    const EditModifier edit = make(1, 255);
+    const EditModifier edit = make(255);
     std::vector<IdStamp> ids = edit->getChans(kChanAudio);
     ids.push_back(edit->addChan(kChanAudio)); // 256: none
     makeStereoPairs(edit, ids);
