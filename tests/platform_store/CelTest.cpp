@@ -184,7 +184,7 @@ TEST(CelTest, handlesKnowTheirNeighboursAndOrder) {
     const ce_handle in = out.next();
     EXPECT_TRUE(out.is_out_point() && !in.is_out_point());
     EXPECT_EQ(out.get_edit_time(), in.get_edit_time());
-    EXPECT_TRUE(in > out && !(out > in));
+    EXPECT_TRUE(in > out && !(out > in) && ce_handle(*cel, 3) > in);
     EXPECT_EQ(in.previous(), out);
     EXPECT_FALSE(ce_handle(*cel, 0).previous().valid() || ce_handle(*cel, 3).next().valid());
     cel.reset();

@@ -7,7 +7,6 @@
 using namespace cutroom;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 namespace {
 
@@ -33,9 +32,6 @@ public:
     void handleProjectExit() override { told_.push_back(name_ + " exit"); }
     void handleLogsDeletion(const CookieVec& logs, const std::string& reason) override {
         told_.push_back(name_ + " deleted " + std::to_string(logs.size()) + " " + reason);
-    }
-    void handleLogsModification(const std::vector<EditManager::Modification>& changes) override {
-        told_.push_back(name_ + " changed " + changes.at(0).changes.asString());
     }
 
 private:
@@ -69,6 +65,7 @@ TEST_F(EditManagerTest, savingPutsTheRecordIntoTheDatabase) {
     Cue cue(1.0, L"marked");
     cue.setColour(0xFF0000);
     edit->addCue(cue);
+    edit->addCue(Cue(2.0, L"white"));
     EXPECT_FALSE(projdb::isPresent(edit.getCookie()));
     ASSERT_TRUE(manager().flushChanges(false).ok());
     const auto record = projdb::find(edit.getCookie());
@@ -77,8 +74,9 @@ TEST_F(EditManagerTest, savingPutsTheRecordIntoTheDatabase) {
     EXPECT_EQ(record->kinds, unsigned{projdb::kKindSubClip});
     EXPECT_EQ(record->end, 10.0);
     EXPECT_EQ(record->videoTracks * 10 + record->audioTracks, 12u);
-    EXPECT_EQ(record->markerTypes, projdb::markerTypeBit(0xFF0000));
-    EXPECT_THAT(record->markerTexts, ElementsAre("marked"));
+    EXPECT_EQ(record->markerTypes,
+              projdb::markerTypeBit(0xFF0000) | projdb::markerTypeBit(0xFFFFFF));
+    EXPECT_THAT(record->markerTexts, ElementsAre("marked", "white"));
     edit->setName(L"Renamed");
     edit->addModification(EditModifications(), true);
     EXPECT_EQ(projdb::find(edit.getCookie())->name(), "Renamed") << "before the next save";

@@ -249,6 +249,9 @@ TEST_F(EditTest, namesTakeSuffixesOnce) {
 TEST_F(EditTest, pairsOfPointsCarryMaterial) {
     const EditPtr edit = fresh();
     lay(edit, 2, 4, 5);
+    EXPECT_EQ(edit->getSignificantStartTime(), 2.0);
+    EXPECT_EQ(edit->getSignificantEndTime(), 4.0);
+    EXPECT_EQ(edit->getStartStripTime(), 0.0);
     CelEventPair pair(edit, 0, 3.0);
     EXPECT_EQ(pair.first().get_edit_time() + pair.second().get_edit_time(), 2.0 + 4.0);
     pair.setStripCookie(Cookie('V', 8));
