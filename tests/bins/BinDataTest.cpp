@@ -256,7 +256,7 @@ TEST_F(BinDataTest, FindsWhatAPlainListFinds) {
             break;
         case 3:
             bin.add(CookieVec{item.asset, item.asset});
-            ASSERT_EQ(bin.numItems(), plain.size() + (held ? 0 : 1));
+            ASSERT_EQ(bin.numItems(), plain.size() + (held ? 0u : 1u));
             plain = std::as_const(bin).items();
             break;
         case 4:
