@@ -22,12 +22,36 @@ protected:
 
 } // namespace
 
+TEST(VobModification, FromTextSaysNothingAtTimeZero) {
+    const VobModification read(LightweightString<char>("2 1.5 0.0.1"));
+    EXPECT_FALSE(read.valid());
+    EXPECT_EQ(read.getTime(), 0.0);
+    EXPECT_EQ(read.getMarkTime(), 0.0);
+    EXPECT_EQ(VobModification(6).getTime(), kNoTime);
+    EXPECT_EQ(VobModification(6).asString(), "");
+}
+
+TEST_F(VobBatches, OfTracksKnowTheTypesThatTheEditHas) {
+    const EditPtr edit = vob_->getEdit();
+    VobModification change(kVobMarks);
+    EXPECT_EQ(change.getModifiedTrackTypes(edit), 0u);
+    for (const IdStamp& track : {edit->getId(0), edit->getId(1), IdStamp(9, 9, 9)})
+        change.addModifiedTrack(track);
+    EXPECT_EQ(change.getModifiedTrackTypes(edit), unsigned{kChanVideo | kChanAudio});
+    EXPECT_EQ(change.getModifiedTrackTypes(EditPtr()), 0u);
+    EXPECT_TRUE(change.affectsTrack(edit->getId(1)));
+    EXPECT_FALSE(change.affectsTrack(edit->getId(2)));
+}
+
 TEST_F(VobBatches, TellAllKindsAndTracksWithTheFirstMarkTimeAsOneChange) {
     std::list<IdStamp> tracks;
     client_.onChange = [&](const VobModification& m) { tracks = m.getModifiedTracks(); };
     {
         const VobModificationBatch batch(vob_);
         vob_->addModification(kVobCuts);
+        VobModification nothing(0);
+        nothing.setMarkTime(9);
+        vob_->addModification(nothing);
         vob_->setMarkTime(0, 5, In);
         vob_->setMarkTime(1, 7, In);
         vob_->setCurrentTime(3);

@@ -109,15 +109,7 @@ struct TransferRow {
     bool sameEdit;
     unsigned told, rolesThen, otherRolesThen;
 };
-class VobTransfer : public VobFixture, public testing::WithParamInterface<TransferRow> {
-protected:
-    static void give(Vob* vob, unsigned roles) {
-        if (roles & Vob::kStatusSource)
-            VobManager::instance().setSourceMachineRaw(vob);
-        if (roles & Vob::kStatusRecord)
-            VobManager::instance().setRecordMachineRaw(vob);
-    }
-};
+class VobTransfer : public VobFixture, public testing::WithParamInterface<TransferRow> {};
 constexpr unsigned kSource = Vob::kStatusSource, kRecord = Vob::kStatusRecord;
 } // namespace
 
@@ -127,8 +119,12 @@ TEST_P(VobTransfer, TakesTheRolesAlong) {
     const auto from = open(edit), to = open(row.sameEdit ? edit : makeEdit());
     RecorderClient low(from.get(), calls_, "low", 1), high(from.get(), calls_, "high", 2);
     from->storeCurrentTime(3);
-    give(from.get(), row.roles);
-    give(to.get(), row.otherRoles);
+    for (const auto& [vob, roles] : {std::pair(from, row.roles), {to, row.otherRoles}}) {
+        if (roles & kSource)
+            VobManager::instance().setSourceMachineRaw(vob.get());
+        if (roles & kRecord)
+            VobManager::instance().setRecordMachineRaw(vob.get());
+    }
     calls_.clear();
     Vob::transferClients(from.get(), to.get(), row.flags);
     EXPECT_EQ(from->getNumClients(), 0u);

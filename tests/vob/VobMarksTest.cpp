@@ -168,10 +168,8 @@ class VobAlignTo : public VobAlign, public testing::WithParamInterface<AlignRow>
 
 TEST_P(VobAlignTo, TrimsThePoppedChannelToTheOtherMark) {
     const AlignRow& row = GetParam();
-    for (const IdStamp& channel : edit_->getChans()) {
-        vob_->storeMarkTime(channel, row.in, In);
-        vob_->storeMarkTime(channel, row.out, Out);
-    }
+    vob_->storeMarkTime(kChanAllSelected, row.in, In);
+    vob_->storeMarkTime(kChanAllSelected, row.out, Out);
     vob_->alignMarks(row.type);
     EXPECT_EQ(edit_->get_edit_cel_p(0)->getSegment(1).start, toFlicks(row.newStart));
     EXPECT_EQ(edit_->get_edit_cel_p(1)->getSegment(1).start, toFlicks(2));

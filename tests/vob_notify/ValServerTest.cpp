@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
@@ -14,42 +15,51 @@ namespace {
 using testing::ElementsAre;
 using Event = NotifierEvent<double>;
 
-// What a listener of one message type of a server heard.
+constexpr int kChanged = ValServerBase::valChangedMsgType;
+constexpr int kBefore = ValServerBase::preValChangedMsgType;
+
+// What a listener of one message type of a server heard; each time it does `then`.
 struct Heard {
-    Heard(ValServer<double>& server, int msgType)
-        : guard(server.registerNotification(makeCallback<Event>([this](const Event& event) {
-                                                EXPECT_EQ(event.getMsgType(), type);
+    explicit Heard(ValServer<double>& server, int msgType = kChanged,
+                   std::function<void(const Event&)> then = {}) {
+        guard = server.registerNotification(makeCallback<Event>([=, this](const Event& event) {
+                                                EXPECT_EQ(event.getMsgType(), msgType);
                                                 values.push_back(event.getValue());
                                                 sender = event.getSender();
+                                                if (then)
+                                                    then(event);
                                             }),
-                                            msgType)),
-          type(msgType) {}
+                                            msgType);
+    }
 
     Kv::Ptr<Guard> guard;
-    int type;
     std::vector<double> values;
     const NotifierBase* sender = nullptr;
 };
 
 TEST(ValServerTest, EveryAssignmentIsToldAlsoOfAnEqualValue) {
     ValServer<double> server(1.0);
-    const Heard heard(server, ValServerBase::valChangedMsgType);
+    const Heard heard(server);
     server = 2.0;
     server = 2.0;
     EXPECT_TRUE(server.updateAndNotify(3.0));
     ValServer<double> other(4.0);
+    EXPECT_EQ(other.lastChange(), 0u);
+    other = 5.0;
+    EXPECT_GT(other.lastChange(), server.lastChange());
     server = other;
+    EXPECT_GT(server.lastChange(), other.lastChange());
     server = std::as_const(server);
-    EXPECT_THAT(heard.values, ElementsAre(2.0, 2.0, 3.0, 4.0, 4.0));
+    EXPECT_THAT(heard.values, ElementsAre(2.0, 2.0, 3.0, 5.0, 5.0));
     EXPECT_EQ(heard.sender, &server);
     EXPECT_TRUE(server == other);
-    EXPECT_EQ(static_cast<double>(server), 4.0);
+    EXPECT_EQ(static_cast<double>(server), 5.0);
 }
 
 TEST(ValServerTest, TypesAreKeptApartAndTheValueInPlaceChangesInSilence) {
     ValServer<double> server(1.0);
-    const Heard after(server, ValServerBase::valChangedMsgType);
-    const Heard before(server, ValServerBase::preValChangedMsgType);
+    const Heard after(server);
+    const Heard before(server, kBefore);
     const Heard own(server, 99);
     server.preNotifyValChanged();
     server.getDataRef() = 2.0;
@@ -64,12 +74,11 @@ TEST(ValServerTest, TypesAreKeptApartAndTheValueInPlaceChangesInSilence) {
 
 TEST(ValServerTest, ATellingInsideATellingLeavesEachListenerTheValueOfItsEvent) {
     ValServer<double> server;
-    const auto again = makeCallback<Event>([&](const Event& event) {
+    const Heard first(server, kChanged, [&](const Event& event) {
         if (event.getValue() == 1.0)
             server = 2.0;
     });
-    const Kv::Ptr<Guard> first = server.addListener(again, ValServerBase::valChangedMsgType);
-    const Heard second(server, ValServerBase::valChangedMsgType);
+    const Heard second(server);
     server = 1.0;
     EXPECT_THAT(second.values, ElementsAre(2.0, 1.0));
     EXPECT_EQ(server.getValue(), 2.0);
@@ -88,7 +97,7 @@ struct Bounds final : ValManagerBase<double> {
 TEST(ValServerTest, TheManagerAdjustsOrRefusesAndACopyHasNone) {
     Bounds bounds;
     ValServer<double> server(1.0, &bounds);
-    const Heard heard(server, ValServerBase::valChangedMsgType);
+    const Heard heard(server);
     EXPECT_FALSE(server.updateAndNotify(-5.0));
     EXPECT_EQ(server.getValue(), 1.0);
     EXPECT_TRUE(heard.values.empty());
@@ -106,13 +115,11 @@ TEST(ValServerTest, WithoutListenersNothingIsLocked) {
     ValServer<double> server;
     std::promise<void> inside;
     std::promise<void> changed;
-    Kv::Ptr<Guard> guard;
-    const auto goAndWait = makeCallback<Event>([&](const Event&) {
-        guard.reset();
+    Heard going(server, kBefore, [&](const Event&) {
+        going.guard.reset();
         inside.set_value();
         changed.get_future().wait();
     });
-    guard = server.addListener(goAndWait, ValServerBase::preValChangedMsgType);
     const auto telling = std::async(std::launch::async, [&] { server.preNotifyValChanged(); });
     inside.get_future().wait();
     server = 1.0;
@@ -122,29 +129,15 @@ TEST(ValServerTest, WithoutListenersNothingIsLocked) {
 }
 
 TEST(ValServerTest, AServerMayGoWhileItTells) {
-    auto server = std::make_unique<ValServer<Cookie>>();
-    int calls = 0;
-    const auto end = [&](const NotifierEvent<Cookie>& event) {
-        ++calls;
+    auto server = std::make_unique<ValServer<double>>();
+    const Heard first(*server, kChanged, [&](const Event& event) {
         server.reset();
-        EXPECT_EQ(event.getValue(), Cookie('E', 5));
-    };
-    const auto callback = makeCallback<NotifierEvent<Cookie>>(end);
-    const auto first = server->addListener(callback, ValServerBase::valChangedMsgType);
-    const auto second = server->addListener(callback, ValServerBase::valChangedMsgType);
-    server->updateAndNotify(Cookie('E', 5));
-    EXPECT_EQ(calls, 1);
-}
-
-TEST(ValServerTest, TheLastOfSeveralServersIsKnown) {
-    ValServer<double> first;
-    ValServer<bool> second;
-    EXPECT_EQ(first.lastChange(), 0u);
-    first = 1.0;
-    second = true;
-    EXPECT_LT(first.lastChange(), second.lastChange());
-    first = 1.0;
-    EXPECT_GT(first.lastChange(), second.lastChange());
+        EXPECT_EQ(event.getValue(), 5.0);
+    });
+    const Heard second(*server);
+    server->updateAndNotify(5.0);
+    EXPECT_EQ(first.values.size(), 1u);
+    EXPECT_TRUE(second.values.empty());
 }
 
 // Writes which of its clients changed, and to what.
