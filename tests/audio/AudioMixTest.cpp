@@ -109,8 +109,8 @@ TEST_F(AudioMixTest, settersMakeTheMixTellOnceAndStaySilentWhenEqual) {
          [](const R& r) { return r.getChannelMuteState(3); }},
         {"5 A1", [](W& w) { w.setChannelRoutedToMix(0, -1, false); },
          [](const R& r) { return !r.getChannelRoutedToMix(0, -1); }},
-        {"6 -1", [](W& w) { w.setMixLevel(-1, -0.0f); },
-         [](const R& r) { return std::signbit(r.getMixLevel(-1)); }},
+        {"6 -1", [](W& w) { w.setMixLevel(-1, 0.0f); },
+         [](const R& r) { return r.getMixLevel(-1) == 0.0f; }},
         {"7 124", [](W& w) { w.setMixSoloState(124, true); },
          [](const R& r) { return r.getMixSoloState(124) && r.anyMixSolo(); }},
         {"8 0", [](W& w) { w.setMixMuteState(0, true); },
@@ -193,6 +193,7 @@ TEST_F(AudioMixTest, writesToTheMixThatAnUndoPutInPlace) {
     EXPECT_EQ(AudioMixReader(edit_).getChannelLevel(0), 0.5f);
     writer.setChannelPan(0, 1.0f);
     EXPECT_EQ(AudioMixReader(edit_).getChannelPan(0), 1.0f);
+    EXPECT_EQ(AudioMixReader(edit_).getChannelLevel(0), 0.5f);
 }
 
 // --- the selection of channels -------------------------------------------------------------------

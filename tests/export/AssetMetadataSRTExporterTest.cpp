@@ -88,6 +88,8 @@ TEST_F(SrtExport, TimesFollowTheEditsTimecodeAndOtherFormsStayAsTheyAre) {
 TEST_F(SrtExport, LongTextsBecomeTwoLinesAtTheFirstBlankPastTheMiddle) {
     const std::pair<const wchar_t*, const char*> rows[] = {
         {L"exactly thirty-five characters long", "exactly thirty-five characters long\n"},
+        {L"1234567890 12345678901234 1234567890 1234567890123",
+         "1234567890 12345678901234\n1234567890 1234567890123\n"},
         {L"1234567890 1234567890 1234567890 12345678901234567",
          "1234567890 1234567890 1234567890\n12345678901234567\n"},
         {L"onewordthatisfarlongerthanthelimitofthirtyfive",
@@ -134,8 +136,9 @@ TEST_F(SrtExport, SubtitlesAreThoseOfOneMomentWhileAnotherThreadChangesThem) {
             if (!cel->setSegments(on ? many : few).ok())
                 return;
     });
-    for (int i = 0; i < 40; ++i) {
-        const std::string text = written(from, track);
+    for (int i = 0; i < 1000; ++i) {
+        const std::string text = *AssetMetadataSRTExporter::getText(
+            from, track, AssetMetadataSRTExporter::Clock::timecode);
         const bool hasMany = text.find("many") != text.npos;
         EXPECT_NE(text.find("few") != text.npos, hasMany);
         EXPECT_EQ(text.find("\n400\n") != text.npos, hasMany);

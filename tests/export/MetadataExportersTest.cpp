@@ -120,8 +120,6 @@ TEST_F(MetadataExport, TheMarkersOfAnEditAreWrittenByEachFormat) {
               "point,,01:00:03:00,,#123456,,\r\n");
     EXPECT_THAT(textOf(AssetMetadataCSVExporter(AssetMetadataCSVExporter::Cells::guarded)),
                 HasSubstr("\"'=SUM(1), "));
-    EXPECT_EQ(textOf(AssetMetadataSubtitlesExporter()),
-              "<begin subtitles>\n01:00:01:00 01:00:02:12\n=SUM(1), \"x\"\n\n<end subtitles>\n");
     const std::string xml = textOf(AssetMetadataXMLExporter());
     EXPECT_TRUE(xml.starts_with("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<assets>\n"
                                 "    <name>Reel</name>\n    <Sequences>\n"));
@@ -160,6 +158,7 @@ TEST_F(MetadataExport, ValuesAreWrittenAsTheyAreStoredAndDatesToBeRead) {
                 {3661, time, "01:01"},
                 {951'782'400, date, "29 Feb 2000"},
                 {3661, number, ""},
+                {std::numeric_limits<std::int64_t>::min(), date, ""},
                 {std::numeric_limits<std::int64_t>::max(), dateTime, ""}};
     for (const auto& row : rows)
         EXPECT_EQ(Base::getDateString(row.value, row.type), row.text);
@@ -167,15 +166,6 @@ TEST_F(MetadataExport, ValuesAreWrittenAsTheyAreStoredAndDatesToBeRead) {
               "14 Nov 2023, 22:13");
     EXPECT_EQ(Base::getPersistableString(LogAttribute::created, L"soon"), "soon");
     EXPECT_EQ(Base::getPersistableString(LogAttribute::duration, L"12.5"), "12.5");
-    const std::pair<unsigned, const char*> colours[] = {
-        {0xFF0000, "red"},   {0x00FF00, "green"},   {0x0000FF, "blue"},
-        {0x00FFFF, "cyan"},  {0xFF00FF, "magenta"}, {0xFFFF00, "yellow"},
-        {0xFFFFFF, "white"}, {0x000000, "black"},   {0xFE0000, ""}};
-    for (const auto& [value, name] : colours) {
-        Cue cue;
-        cue.setColour(value);
-        EXPECT_EQ(Base::getMarkerColour(cue), name);
-    }
 }
 
 TEST_F(MetadataExport, TheExportersAreOfferedAndWriteWholeFilesOrNone) {

@@ -254,12 +254,4 @@ TEST(CriteriaJson, keepsTimesBeyondAll) {
     }
 }
 
-TEST(CriteriaJson, keepsTheFirstPatternWhenOperatorsDoNotFit) {
-    const auto criteria = read(R"({"Criteria": [{"ID": "name", "Patterns": [
-        {"Text": "a", "Match": "Equals"}, {"Text": "b", "Match": "Contains"}]}]})");
-    EXPECT_THAT(criteria->attributes[0].patterns.patterns,
-                ElementsAre(projdb::Pattern{"a", eMatchMethod::equals}));
-    EXPECT_EQ(criteria->kinds, Criteria().kinds) << "without Types every kind";
-}
-
 } // namespace
