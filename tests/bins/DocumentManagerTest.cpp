@@ -2,8 +2,6 @@
 #include "bins/DocumentManager.h"
 #include "tests/bins/DescribedFixture.h"
 
-#include <sys/stat.h>
-
 using namespace cutroom::test;
 using cutroom::Status;
 using cutroom::StatusCode;
@@ -30,10 +28,6 @@ protected:
     std::string outside(const std::string& name, const std::string& content) {
         put(folder_ / ("outside/" + name), content);
         return folder_ / ("outside/" + name);
-    }
-    std::vector<std::string> localCopies(const Cookie& id) const {
-        const auto names = cutroom::listFiles(path("documents/local/" + id.asString()));
-        return names ? *names : std::vector<std::string>{names.status().text()};
     }
 };
 
@@ -222,25 +216,18 @@ TEST_F(DocumentManagerTest, AProjectForReadingOnlyWritesNothing) {
 
 // --- going ---------------------------------------------------------------------------------------
 
-TEST_F(DocumentManagerTest, DestroyingRemovesTheFilesAndTellsOnce) {
-    const std::string source = outside("a.txt", "a");
+TEST_F(DocumentManagerTest, DestroyingTellsOnceAndLasts) {
     const auto one = make(kOne, L"one"), two = make(kTwo);
-    one->setLocations({cutroom::toWide(source)});
-    ASSERT_TRUE(one->localise().ok());
+    one->setLocations({L"/a"});
     ASSERT_TRUE(manager().saveAll().ok());
-    put(path("documents/cache/D0000000000001/tile.png"), "x");
     listen(manager());
     EXPECT_EQ(manager().destroy(kOther, "no").code(), StatusCode::notFound);
     EXPECT_TRUE(manager().destroy({kTwo, kOther, kOne, kTwo}, "tidy").ok());
     one->setName(L"ghost"); // no longer of the project
     EXPECT_THAT(told_, ElementsAre("destroyed D2 D1 'tidy'"));
     EXPECT_THAT(manager().getDocuments(), IsEmpty());
-    EXPECT_FALSE(manager().findDocumentReferringToFile(cutroom::toWide(source)));
+    EXPECT_FALSE(manager().findDocumentReferringToFile(L"/a"));
     EXPECT_FALSE(cutroom::fileExists(file(kOne)));
-    EXPECT_TRUE(cutroom::fileExists(file(kOne) + ".bak"));
-    EXPECT_THAT(localCopies(kOne), ElementsAre("a.txt.bak"));
-    EXPECT_FALSE(cutroom::fileExists(path("documents/cache/D0000000000001")));
-    EXPECT_EQ(bytesOf(source), "a");
     EXPECT_EQ(one->save().code(), StatusCode::wrongUsage);
     EXPECT_EQ(one->localise().code(), StatusCode::wrongUsage);
     ASSERT_TRUE(manager().saveAll().ok());
@@ -270,70 +257,32 @@ TEST_F(DocumentManagerTest, ADestructionThatFailsTakesNothingAway) {
 
 // --- copies in the project -----------------------------------------------------------------------
 
-TEST_F(DocumentManagerTest, LocalisingCopiesTheFileAndPutsTheCopyFirst) {
-    const std::wstring source = cutroom::toWide(outside("a.b.txt", "content"));
+TEST_F(DocumentManagerTest, LocalisingPutsACopyFirstAndNeverOverAnother) {
+    const std::string source = outside("a.b.txt", "content");
+    const std::wstring local = manager().getLocalLocation(kOne);
     const auto one = make(kOne);
     EXPECT_EQ(one->localise().code(), StatusCode::notFound);
-    const std::string pipe = folder_ / "pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0); // would be waited for
-    one->setLocations({cutroom::toWide(pipe), cutroom::toWide(folder_.path()), source});
+    one->setLocations({cutroom::toWide(folder_.path()), cutroom::toWide(source)});
     listen(manager());
-    ASSERT_TRUE(one->localise().ok());
-    EXPECT_THAT(told_, ElementsAre("changed D1 32/15 'localise'"));
-    const std::wstring local = manager().getLocalLocation(kOne), copy = local + L"/a.b.txt";
-    EXPECT_EQ(one->getFileName(), copy);
+    for (const bool again : {false, true}) {
+        ASSERT_TRUE(one->localise().ok()) << again;
+        EXPECT_THAT(told_, ElementsAre("changed D1 32/15 'localise'")) << "once";
+    }
+    EXPECT_EQ(one->getFileName(), local + L"/a.b.txt");
     EXPECT_EQ(one->getSize(), 7u);
     EXPECT_TRUE(manager().isLocal(kOne));
-    EXPECT_EQ(bytesOf(cutroom::toUtf8(copy)), "content");
-    ASSERT_TRUE(one->localise().ok()); // is there already
-    EXPECT_EQ(told_.size(), 1u);
-    ASSERT_TRUE(cutroom::removeFile(cutroom::toUtf8(copy)).ok());
+    ASSERT_TRUE(cutroom::removeFile(cutroom::toUtf8(one->getFileName())).ok());
     ASSERT_TRUE(one->localise().ok()); // is there again, and named once
-    EXPECT_EQ(one->getLocations().size(), 4u);
+    EXPECT_EQ(one->getLocations().size(), 3u);
 
-    for (const std::wstring& elsewhere : {local + L"/../../a.b.txt", source}) {
+    for (const std::wstring& elsewhere : {local + L"/../../a.b.txt", cutroom::toWide(source)}) {
         one->setLocations({elsewhere});
         EXPECT_FALSE(manager().isLocal(kOne));
     }
+    outside("a.b.txt", "other content");
     ASSERT_TRUE(one->localise().ok());
-    EXPECT_EQ(one->getFileName(), copy); // which holds just that
-    one->setLocations({cutroom::toWide(outside("a.b.txt", "another"))});
-    ASSERT_TRUE(one->localise().ok());
-    EXPECT_THAT(localCopies(kOne), ElementsAre("a.b (2).txt", "a.b.txt"));
     EXPECT_EQ(one->getFileName(), local + L"/a.b (2).txt");
-}
-
-TEST_F(DocumentManagerTest, CopiesOfStrangeNamesAreFilesOfTheProject) {
-    std::string accents;
-    for (int i = 0; i < 125; ++i)
-        accents += "\u00e9";
-    const std::pair<std::string, std::string> rows[] = {
-        {"copy.tmp~", "copy.tmp~_"},
-        {".hidden", ".hidden"},
-        {accents + ".txt", accents.substr(0, 236) + ".txt"},
-    };
-    std::uint64_t id = 20;
-    for (const auto& [name, copy] : rows) {
-        const auto document = make(Cookie('D', ++id));
-        document->setLocations({cutroom::toWide(outside(name, "x"))});
-        EXPECT_EQ(document->localise().text(), "ok");
-        EXPECT_THAT(localCopies(document->getID()), ElementsAre(copy));
-    }
-}
-
-TEST_F(DocumentManagerTest, AProjectFolderThatMovedKeepsItsCopies) {
-    const auto one = make(kOne);
-    one->setLocations({cutroom::toWide(outside("a.txt", "a"))});
-    ASSERT_TRUE(one->localise().ok());
-    const std::wstring outsideToo = one->getLocations()[1];
-    ASSERT_TRUE(project_.close().ok());
-    std::filesystem::rename(path(""), folder_ / "moved");
-    ASSERT_TRUE(
-        project_.open(folder_ / "moved", Access::readWrite, CurrentProject::IfMissing::fail).ok());
-    EXPECT_TRUE(manager().isLocal(kOne));
-    EXPECT_THAT(manager().getDocument(kOne)->getLocations(),
-                ElementsAre(manager().getLocalLocation(kOne) + L"/a.txt", outsideToo));
-    EXPECT_FALSE(manager().anyDirty());
+    EXPECT_EQ(bytesOf(cutroom::toUtf8(local + L"/a.b.txt")), "content");
 }
 
 } // namespace
