@@ -89,10 +89,10 @@ std::string richTimeline() {
     const std::string warp =
         object("LinearTimeWarp.1", "w",
                R"("effect_name":"x","metadata":{"k":[1,null]},"time_scalar":2.0)");
-    const std::string first =
-        clip("A", 100, 10,
-             "\"effects\":[" + object("Blur.1", "b") + "," + warp + "],\"metadata\":{\"n\":1e40}," +
-                 markers(marker("m", 3) + "," + marker("n", 5, 2)));
+    const std::string first = clip("A", 100, 10,
+                                   "\"effects\":[" + object("Blur.1", "b") + "," + warp +
+                                       "],\"metadata\":{\"n\":1e40,\"w\":[nan,-Inf,\"Inf\"]}," +
+                                       markers(marker("m", 3) + "," + marker("n", 5, 2)));
     return timeline(
         track(first + "," + transition(2, 3) + "," + clip("B", 0, 20) + "," +
                   item("Gap.1", "", 0, 7) + "," + clip("C", 5, 6, {}, "25"),
@@ -111,8 +111,9 @@ TEST_F(ExportOtio, ChangesAreToldAndTheRestStays) {
         const std::string text = exported(edit);
         EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
         EXPECT_EQ(exported(edit), text);
-        for (const char* const kept : {R"("OTIO_SCHEMA":"Blur.1")", R"({"n":1e40})",
-                                       R"({"t":true})", R"("color": "x")", R"("rate":48000)"})
+        for (const char* const kept :
+             {R"("OTIO_SCHEMA":"Blur.1")", R"({"n":1e40,"w":[NaN,-Infinity,"Inf"]})",
+              R"({"t":true})", R"("color": "x")", R"("rate":48000)"})
             EXPECT_THAT(text, testing::HasSubstr(kept));
     }
 }

@@ -78,8 +78,9 @@ TEST(SrtReader, TakesWhatPlayersTake) {
 
 TEST(SrtReader, RefusesWhatIsNoneAndNamesTheLine) {
     EXPECT_EQ(readSrt("1\n00:00:01,000 --> 00:00:02,000\nna\xEFve\n", "f.srt").status().line(), 3);
-    for (const char* bad : {"", "hello\n", "1\n00:60:00,000 --> 00:61:00,000\nx\n",
-                            "1\n00:00:01;12 --> 00:00:02;00\nx\n", "-->\n"})
+    for (const char* bad :
+         {"", "hello\n", "1\n00:60:00,000 --> 00:61:00,000\nx\n",
+          "1\n00:00:60,000 --> 00:01:01,000\nx\n", "1\n00:00:01;12 --> 00:00:02;00\nx\n", "-->\n"})
         EXPECT_THAT(readSrt(bad, "f.srt").status().text(), HasSubstr("f.srt: holds no subtitle"));
 }
 
@@ -136,14 +137,16 @@ TEST_F(SubtitleImport, OverlapsAreCutShortAndTagsRoundAllLinesBecomeTheFont) {
         programme,
         file("00:00:01,000 --> 00:00:03,000\n<i><b>a</b></i>\n\n00:00:02,000 --> 00:00:04,000\n"
              "<i><b>b</b></i>\n\n00:00:39,900 --> 00:00:50,000\n<i><b>c</b></i>\n\n"
-             "00:00:41,000 --> 00:00:42,000\n<i><b>d</b></i>\n"),
+             "00:00:41,000 --> 00:00:42,000\n<i><b>d</b></i>\n\n"
+             "00:00:04,000 --> 00:00:04,010\n<i><b>e</b></i>\n"),
         L"titles", MarkerClock::media);
     ASSERT_TRUE(report);
     EXPECT_THAT(laid(programme, report->channel),
-                ElementsAre(L"25-50 a", L"50-100 b", L"998-1000 c"));
+                ElementsAre(L"25-50 a", L"50-100 b", L"100-101 e", L"998-1000 c"));
     EXPECT_EQ(programme->getSubtitleFont(report->channel).flags, kFontBold | kFontItalic);
-    EXPECT_EQ(report->warnings.size(), 2U);
-    EXPECT_EQ(report->count, 3U);
+    EXPECT_THAT(report->warnings, ElementsAre("1 outside the edit, left out",
+                                              "1 cut short where the next one begins"));
+    EXPECT_EQ(report->count, 4U);
 }
 
 } // namespace

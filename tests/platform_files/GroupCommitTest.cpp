@@ -74,6 +74,17 @@ TEST(GroupCommit, DoesNotPutBackWhatWasWrittenAfterTheDecision) {
     EXPECT_EQ(withoutBackups(disk), (FileMap{{"/p/a", "a2"}, {"/p/new", "n2"}}));
 }
 
+TEST(GroupCommit, IsNotCompletedWithContentsThatAreNotItsOwn) {
+    PowerCutDisk disk = decided({{"/p/a", "a0"}}, {{"a", "a1"}});
+    const Installed installed(disk);
+    for (const auto& [path, content] : disk.files())
+        if (content == "a1") { // staged, of the same size
+            ASSERT_TRUE(writeFile(path, "zz", Backup::none).ok());
+        }
+    EXPECT_TRUE(GroupCommit::recover("/p").ok());
+    EXPECT_EQ(withoutBackups(disk), (FileMap{{"/p/a", "a0"}}));
+}
+
 TEST(GroupCommit, ThatCannotCompleteAnEarlierOneLeavesItDecided) {
     const PowerCutDisk found = decided({{"/p/a", "a0"}}, {{"a", "a1"}});
     int failed = 0;

@@ -241,11 +241,11 @@ TEST(JsonBuilder, WritesEveryNumberAndTextSoThatItReadsBack) {
         out.add(value);
     out.add(std::numeric_limits<std::int64_t>::min());
     out.add(std::numeric_limits<std::uint64_t>::max());
-    out.add(std::string_view("\xFF\"\\\x01\x7F", 5));
+    out.add(std::string_view("\xFF\"\\\x1F \x7F", 6));
     out.endArray();
     EXPECT_EQ(out.text(), "[0.1,-0,1e+21,5e-324,1.7976931348623157e+308,null,null,"
                           "-9223372036854775808,18446744073709551615,"
-                          "\"\xEF\xBF\xBD\\\"\\\\\\u0001\x7F\"]");
+                          "\"\xEF\xBF\xBD\\\"\\\\\\u001f \x7F\"]");
     Builder words(Layout::compact, JSON::NonFinite::asWord);
     words.beginArray();
     for (const double value : {kInfinity, -kInfinity, std::nan("")})
