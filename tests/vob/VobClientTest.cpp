@@ -50,19 +50,12 @@ TEST_F(VobClientTest, AttachesAtItsMakingAndLeavesAtItsEnd) {
     EXPECT_EQ(VobManager::instance().getAllVobs().size(), 2u);
 }
 
-TEST_F(VobClientTest, HoldsItsVobsEditWithTheMarkedRegion) {
+TEST_F(VobClientTest, HoldsItsVobsEditAndTakesNothing) {
     const EditPtr edit = makeEdit();
-    const auto vob = open(edit);
-    VobClient client(vob.get(), kClientPriorityLowest, kClientUnmanaged);
-    EXPECT_THAT(client.getCookies(), ElementsAre(AssetReference(edit.getCookie())));
-    EXPECT_FALSE(client.getAssetReference().hasRange());
-    vob->setMarkTime(IdStamp(), TimeRange(2, 4));
-    EXPECT_THAT(client.getCookies(),
-                ElementsAre(AssetReference(edit.getCookie(), TimeRange(2, 4))));
-    EXPECT_EQ(client.getAssetReference().range, TimeRange(2, 4));
+    VobClient client(open(edit).get(), kClientPriorityLowest, kClientUnmanaged);
+    EXPECT_EQ(client.getAssetReference(), AssetReference(edit.getCookie()));
     EXPECT_TRUE(client.containsType('E'));
     EXPECT_FALSE(client.containsType('G'));
-    EXPECT_EQ(client.getName(), edit->getName());
     EXPECT_FALSE(client.getContainerID().valid());
     EXPECT_FALSE(client.add({AssetReference(Cookie('E', 9))}));
 }

@@ -22,14 +22,14 @@ constexpr int kBefore = ValServerBase::preValChangedMsgType;
 struct Heard {
     explicit Heard(ValServer<double>& server, int msgType = kChanged,
                    std::function<void(const Event&)> then = {}) {
-        guard = server.registerNotification(makeCallback<Event>([=, this](const Event& event) {
-                                                EXPECT_EQ(event.getMsgType(), msgType);
-                                                values.push_back(event.getValue());
-                                                sender = event.getSender();
-                                                if (then)
-                                                    then(event);
-                                            }),
-                                            msgType);
+        const auto callback = makeCallback<Event>([=, this](const Event& event) {
+            EXPECT_EQ(event.getMsgType(), msgType);
+            values.push_back(event.getValue());
+            sender = event.getSender();
+            if (then)
+                then(event);
+        });
+        guard = server.registerNotification(callback, msgType);
     }
 
     Kv::Ptr<Guard> guard;
