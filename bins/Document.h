@@ -36,7 +36,7 @@ public:
     void setModificationTime(std::uint32_t seconds);
 
     // Copies the outside file (the first location at which there is one) into the project's local
-    // storage under its own name, numbered where that is taken, puts the copy before the other
+    // storage under its own name, numbered where another content has it, puts the copy before other
     // locations and takes its size. Pipes and devices are no files. All well, and nothing happens,
     // when the first location is such a copy already. `notFound` when no location leads to a file,
     // `wrongUsage` for a document that is not in an open project; on failure the document is as it

@@ -23,11 +23,19 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 constexpr std::size_t kLongestName = 240; // bytes, with room for a number
 
+// Handles do not know their paths.
+Status named(const Status& status, const std::string& path) {
+    return status.ok() || !status.file().empty() ? status
+                                                 : Status(status.code(), path, status.message());
+}
+
 Status writeBlock(iFileSystem& files, iFileSystem::Handle to, const char* data, std::size_t size) {
     while (size != 0) {
         const Result<std::size_t> written = files.write(to, data, size);
         if (!written)
             return written.status();
+        if (*written == 0 || *written > size)
+            return {StatusCode::inputOutput, {}, "cannot write"};
         data += *written;
         size -= *written;
     }
@@ -42,7 +50,7 @@ Status copyBytes(iFileSystem& files, const std::string& source, iFileSystem::Han
         const auto most = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), bytes));
         const Result<std::size_t> got = files.read(from, block.data(), most);
         if (!got)
-            return got.status();
+            return named(got.status(), source);
         if (*got == 0)
             return {StatusCode::failed, source, "became shorter while it was copied"};
         if (Status written = writeBlock(files, to, block.data(), *got); !written)
@@ -67,7 +75,7 @@ Status copyTo(iFileSystem& files, const std::string& source, const std::string& 
             (void)files.remove(target); // litter at the worst, which the next opening removes
     }
     (void)files.close(*from); // nothing was written through it
-    return status;
+    return named(status, target);
 }
 
 Status flushFolder(iFileSystem& files, const std::string& folder) {
@@ -76,7 +84,42 @@ Status flushFolder(iFileSystem& files, const std::string& folder) {
         return open.status();
     const Status flushed = files.flush(*open);
     const Status closed = files.close(*open);
-    return flushed ? closed : flushed;
+    return named(flushed ? closed : flushed, folder);
+}
+
+// Reads what there is, up to a whole block.
+Result<std::size_t> readBlock(iFileSystem& files, iFileSystem::Handle file,
+                              std::vector<char>& block) {
+    std::size_t filled = 0;
+    while (filled < block.size()) {
+        const Result<std::size_t> got =
+            files.read(file, block.data() + filled, block.size() - filled);
+        if (!got)
+            return got;
+        if (*got == 0)
+            break;
+        filled += *got;
+    }
+    return filled;
+}
+
+// False too when either cannot be read.
+bool holdTheSame(iFileSystem& files, const std::string& one, const std::string& other) {
+    const auto a = files.open(one, OpenMode::read);
+    const auto b = files.open(other, OpenMode::read);
+    std::vector<char> mine(kBlock), others(kBlock);
+    bool same = a && b;
+    for (std::size_t size = kBlock; same && size == kBlock;) {
+        const auto read = readBlock(files, *a, mine), asked = readBlock(files, *b, others);
+        same = read && asked && *read == *asked &&
+               std::equal(mine.begin(), mine.begin() + static_cast<std::ptrdiff_t>(*read),
+                          others.begin());
+        size = same ? *read : 0;
+    }
+    for (const auto* const file : {&a, &b})
+        if (*file)
+            (void)files.close(**file); // only read from
+    return same;
 }
 
 // `name` as number `number` of that name, cut where it is too long for a file system.
@@ -95,14 +138,19 @@ std::string numbered(const std::string& name, int number) {
     return stem + extension + (cutroom::isTemporaryName(name) ? "_" : "");
 }
 
-// Gives the finished copy a free name like `name` in its folder, and gives its path.
+// Gives the finished copy a free name like `name` in its folder, and gives its path. A file of the
+// same content takes its place: a copy whose document was not saved with it, for instance.
 Result<std::string> settle(iFileSystem& files, const std::string& temporary,
                            const std::string& name) {
     const std::string folder = cutroom::folderOf(temporary);
     for (int number = 1;; ++number) {
         std::string path = cutroom::joinPath(folder, numbered(name, number));
-        if (cutroom::fileExists(path))
-            continue;
+        if (cutroom::fileExists(path)) {
+            if (!holdTheSame(files, temporary, path))
+                continue;
+            (void)files.remove(temporary); // litter at the worst
+            return path;
+        }
         if (Status linked = files.link(temporary, path); !linked) {
             if (cutroom::fileExists(path))
                 continue; // taken in between
