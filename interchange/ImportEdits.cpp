@@ -65,17 +65,17 @@ ImportedFile::~ImportedFile() {
     if (kept_)
         return;
     try {
-        CookieVec edits;
         for (const EditModifier& edit : made_)
-            edits.push_back(edit.getCookie());
-        if (const Status status = EditManager::instance().discard(edits); !status)
+            takenBack_.push_back(edit.getCookie());
+        if (const Status status = EditManager::instance().discard(takenBack_); !status)
             LogBoth("%s\n", status.text().c_str());
     } catch (const std::bad_alloc&) {
-        LogBoth("no memory to take back what was imported\n");
+        LogBoth("no memory to remove what was imported; the next save does\n");
     }
 }
 
 void ImportedFile::noteSources(const Timeline& timeline) {
+    ++timelines_;
     for (const Track& track : timeline.tracks) {
         todo_ += track.items.size();
         for (const Item& item : track.items)
@@ -159,6 +159,8 @@ Status ImportedFile::make(std::vector<Timeline>& timelines,
             addWarning(timeline, "it holds markers only; its edit is black");
     }
     todo_ += sources_.count();
+    made_.reserve(sources_.count() + timelines_);
+    takenBack_.reserve(made_.capacity());
     if (Status status = sources_.makeLogs(dropFrame, made_, [this] { tellDone(1); }); !status)
         return status;
     logs_ = made_.size();

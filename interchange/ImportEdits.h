@@ -45,6 +45,8 @@ private:
     ImportSources sources_;
     ImportLosses losses_;
     std::vector<EditModifier> made_; // keep everything open until it is saved
+    CookieVec takenBack_;            // has room for all of them
+    std::size_t timelines_ = 0;
     CookieVec roots_;
     CookieVec nested_;
     std::size_t logs_ = 0;

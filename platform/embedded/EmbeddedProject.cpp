@@ -28,19 +28,21 @@ EmbeddedProject::~EmbeddedProject() {
 
 Status EmbeddedProject::open(const std::string& folder, CurrentProject::Access access,
                              CurrentProject::IfMissing ifMissing) {
+    if (CurrentProject::isOpen())
+        return CurrentProject::open(folder, access, ifMissing); // refuses
     EditManager::instance(); // it rebuilds the database that is found missing
-    if (const Status opened = CurrentProject::open(folder, access, ifMissing); !opened)
-        return opened;
-    if (!settings_)
-        return firstFailure(settings_, CurrentProject::close());
+    if (access == CurrentProject::Access::readWrite)
+        autosave_.emplace(host_.loop()); // here memory may run out: nothing is open yet
+    Status opened;
     try {
-        if (access == CurrentProject::Access::readWrite)
-            autosave_.emplace(host_.loop());
+        opened = CurrentProject::open(folder, access, ifMissing);
     } catch (const std::bad_alloc&) {
-        (void)close(); // nothing has changed yet
+        autosave_.reset();
         throw;
     }
-    return {};
+    if (!opened)
+        autosave_.reset();
+    return opened && !settings_ ? firstFailure(settings_, close()) : opened;
 }
 
 void EmbeddedProject::readSettings() {

@@ -183,7 +183,10 @@ GroupCommit::GroupCommit(std::string root) : state_(std::make_unique<State>()) {
 }
 
 GroupCommit::~GroupCommit() {
-    discardAll(fileSystem(), state_->root, state_->changes);
+    try {
+        discardAll(fileSystem(), state_->root, state_->changes);
+    } catch (const std::bad_alloc&) { // it stays until the next recovery
+    }
     state_->clear();
 }
 

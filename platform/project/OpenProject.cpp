@@ -241,12 +241,15 @@ Status OpenProject::close() {
     if (!isOpen() || isExiting())
         return {};
     const Cookie project = cookie();
+    struct Exiting { // ends when memory runs out, too
+        std::atomic<bool>& flag;
+        ~Exiting() { flag.store(false, std::memory_order_release); }
+    } const exiting{exiting_};
     exiting_.store(true, std::memory_order_release);
     tell(CurrentProject::aboutToExitMsgType(), project);
     Status status = ProjectDatabase::instance().close();
     forget();
     tell(CurrentProject::exitedMsgType(), project);
-    exiting_.store(false, std::memory_order_release);
     return status;
 }
 

@@ -6,6 +6,8 @@
 #include "platform/project/ProjDbSearch.h"
 #include "platform/project/ProjectDatabase.h"
 
+#include <new>
+
 using cutroom::ProjectDatabase;
 using cutroom::Status;
 
@@ -100,8 +102,12 @@ ProjDbModificationCoalescer::ProjDbModificationCoalescer() {
 }
 
 ProjDbModificationCoalescer::~ProjDbModificationCoalescer() {
-    if (const Status status = ProjectDatabase::instance().endBatch(); !status)
-        LogBoth("%s\n", status.text().c_str());
+    try {
+        if (const Status status = ProjectDatabase::instance().endBatch(); !status)
+            LogBoth("%s\n", status.text().c_str());
+    } catch (const std::bad_alloc&) {
+        LogBoth("no memory to tell what the project database became\n");
+    }
 }
 
 Status ProjDbModificationCoalescer::commit() { return ProjectDatabase::instance().commitBatch(); }

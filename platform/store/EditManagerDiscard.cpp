@@ -13,33 +13,36 @@ Status EditManager::save(const std::vector<EditPtr>& edits,
             due.emplace_back(edit.get());
     if (Status discarded = discardRest(); !discarded)
         return discarded;
+    {
+        const CriticalSection::Lock whole(impl_->saving);
+        impl_->undiscarded.reserve(due.size()); // should they have to be taken back without memory
+    }
     return impl_->saveAll(due, progress);
 }
 
+// Out of memory, what is in memory goes all the same.
 Status EditManager::discard(const CookieVec& edits) {
-    std::vector<Kv::Ptr<Edit>> gone; // die outside the lock
-    {
-        const CriticalSection::Lock held(impl_->lock);
-        for (const Cookie& cookie : edits) {
-            const auto entry = impl_->table.find(cookie);
-            if (entry == impl_->table.end())
-                continue;
-            gone.push_back(std::move(entry->second));
-            impl_->table.erase(entry);
+    for (const Cookie& cookie : edits) {
+        Kv::Ptr<Edit> gone; // dies outside the lock
+        {
+            const CriticalSection::Lock held(impl_->lock);
+            if (const auto entry = impl_->table.find(cookie); entry != impl_->table.end()) {
+                gone = std::move(entry->second);
+                impl_->table.erase(entry);
+            }
         }
-    }
-    for (const Kv::Ptr<Edit>& edit : gone) {
-        const Edit::Lock lock(*edit);
-        edit->impl_->takePending();
+        if (gone) {
+            const Edit::Lock lock(*gone);
+            gone->impl_->takePending();
+        }
     }
     if (!CurrentProject::isOpen() || CurrentProject::isReadOnly())
         return {};
-    const Status removed = removeFiles(edits);
-    if (!removed) {
+    {
         const CriticalSection::Lock whole(impl_->saving);
         impl_->undiscarded.insert(impl_->undiscarded.end(), edits.begin(), edits.end());
     }
-    return removed;
+    return discardRest();
 }
 
 // A group of theirs that was decided would come into place with the next one.

@@ -129,36 +129,33 @@ TEST_F(BadInputTest, numbersThatAreNoTimesNorLevels) {
 }
 
 TEST_F(BadInputTest, channelsThatTheEditDoesNotHave) {
-    const IdStamp unknown(7, 7, 7);
-    const int all = kChanAllSelected;
-    for (const int bad : {-1, 200, kChanEnd, 65534}) {
-        const std::string text = " " + std::to_string(bad);
-        expectRefused("id" + text, !edit_->getId(bad).valid());
+    const auto refuse = [&](const auto& bad, const std::string& text) {
         expectRefused("cel" + text, !edit_->get_edit_cel_p(bad));
-        vob_->setSelected(bad, false);
+        vob_->setSelected(bad, true);
         expectRefused("selection" + text, !vob_->getSelected(bad));
-        vob_->setSelectedFrom(bad);
-        expectRefused("selection from" + text, true);
         vob_->setMarkTime(bad, 1, Kv::MarkTypes::In);
         expectRefused("mark" + text, !vob_->isMarkValid(bad));
+    };
+    for (const int bad : {-1, 200, kChanEnd, 65534}) {
+        const std::string text = " " + std::to_string(bad);
+        refuse(bad, text);
+        expectRefused("id" + text, !edit_->getId(bad).valid());
+        vob_->setSelectedFrom(bad);
+        expectRefused("selection from" + text, true);
         vob_->invalidateMark(bad);
         expectRefused("no mark" + text, true);
         expectRefused("mark's time" + text, vob_->getMarkTime(bad) == kNoTime);
-        expectRefused(
-            "strip" + text,
-            !edit_->getChanForStrip(Cookie('V', 1, static_cast<std::uint8_t>(bad))).valid());
+        const Cookie strip('V', 1, static_cast<std::uint8_t>(bad));
+        expectRefused("strip" + text, !edit_->getChanForStrip(strip).valid());
     }
-    EXPECT_NE(edit_->getIdx(edit_->getId(0)), all);
+    const IdStamp unknown(7, 7, 7);
+    refuse(unknown, " unknown");
     expectRefused("index", edit_->getIdx(unknown) == kChanEnd);
     expectRefused("removal", !edit_->removeChan(unknown, true));
     expectRefused("cel", !edit_->set_edit_cel_p(unknown, *edit_->get_edit_cel_p(0)));
     expectRefused("twice", !edit_->addChan(kChanVideo, kSubNormal, edit_->getId(0)).valid());
     expectRefused("nodes", !edit_->setLevelNodes(unknown, {}));
     expectRefused("selections", !vob_->getTrackSelections(unknown));
-    vob_->setSelected(unknown, true);
-    expectRefused("selection", !vob_->getSelected(unknown));
-    vob_->setMarkTime(unknown, 1, Kv::MarkTypes::In);
-    expectRefused("mark", !vob_->isMarkValid(unknown));
     expectRefused("cue", !edit_->removeCue(unknown));
 }
 
@@ -187,19 +184,11 @@ TEST_F(BadInputTest, ratesCookiesAndTimecodesThatAreNone) {
 }
 
 TEST_F(BadInputTest, textsThatAreNoFilesOfTheirKind) {
-    const std::string deep(100'000, '[');
-    const std::vector<std::string> texts{"",
-                                         std::string(1, '\0'),
-                                         "\xff\xfe\xfd",
-                                         deep,
-                                         "{\"a\":",
-                                         "{\"OTIO_SCHEMA\": 5}",
-                                         std::string(200'000, 'x'),
-                                         "\r\n\r\n",
-                                         "-->",
-                                         "\"",
-                                         "nan"};
-    for (const std::string& text : texts) {
+    const std::string deep(100'000, '['), large(200'000, 'x'), zero(1, '\0');
+    for (const std::string& text :
+         {std::string(), zero, deep, large, std::string("\xff\xfe\xfd"), std::string("{\"a\":"),
+          std::string("{\"OTIO_SCHEMA\": 5}"), std::string("\r\n\r\n"), std::string("-->"),
+          std::string("\""), std::string("nan")}) {
         const std::string name = "'" + text.substr(0, 12) + "' as ";
         expectRefused(name + "otio", readOtio(text, "file").status());
         expectRefused(name + "edl", readEdl(text, "file").status());

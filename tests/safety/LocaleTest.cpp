@@ -3,15 +3,7 @@
 #include "bins/DocumentManager.h"
 #include "export/MetadataExporters.h"
 #include "interchange/Exporter.h"
-#include "platform/embedded/EmbeddedProject.h"
-#include "platform/store/Edit.h"
-#include "platform/store/EditManager.h"
-#include "tests/support/LogLines.h"
-#include "tests/support/ProjectStates.h"
-#include "tests/support/TempFolder.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/crash/CrashFixture.h"
 
 #include <clocale>
 #include <cstdlib>
@@ -29,9 +21,10 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep
 namespace {
 
 // Makes the locales on the spot, with character sets that are not ours.
-class LocaleTest : public testing::Test {
+class LocaleTest : public CrashFixture {
 protected:
     void SetUp() override {
+        options_ = EmbeddedHost::repeatable();
         ::setenv("LOCPATH", made_.path().c_str(), 1);
         for (const auto& [name, charset] :
              {std::pair{"de_DE", "ISO-8859-1"}, {"fr_FR", "ISO-8859-1"}, {"tr_TR", "ISO-8859-9"}}) {
@@ -62,39 +55,31 @@ protected:
         putBytes(folder_ + "/out.otio", exportOtio(edit).value().text);
         putBytes(folder_ + "/out.edl", exportEdl(edit, "V1").value().text);
     }
+    void work() const {
+        const CookieVec edits = importTimelines();
+        const auto bin = BinManager::instance().newBin();
+        bin->setName(L"TITLE \u0130\u0131i \u00e9t\u00e9");
+        for (std::size_t i = 0; i < edits.size(); ++i)
+            bin->add(BinItem(edits[i], 1234.5 * static_cast<double>(i)));
+        bin->sort(LogAttribute::name, true);
+        DocumentManager::instance().createDocument(L"/outside/TITLE.PDF", 'D');
+        const EditPtr edit(edits[0]);
+        edit->addCue(Cue(TimeRange(1.25, 2.5), L"I i 1,5 1.5"));
+        edit->setConfig("ratio", 1234.5);
+        exportAll(edit, bin);
+    }
     // Every file that a project and its exports make, without the database's.
-    std::map<std::string, std::string> filesOfOneLife() const {
-        {
-            EmbeddedHost host(EmbeddedHost::repeatable());
-            BinManager::instance();
-            EmbeddedProject project(host);
-            EXPECT_TRUE(project
-                            .open(folder_, CurrentProject::Access::readWrite,
-                                  CurrentProject::IfMissing::create)
-                            .ok());
-            const CookieVec edits = importTimelines();
-            const auto bin = BinManager::instance().newBin();
-            bin->setName(L"TITLE \u0130\u0131i \u00e9t\u00e9");
-            for (std::size_t i = 0; i < edits.size(); ++i)
-                bin->add(BinItem(edits[i], 1234.5 * static_cast<double>(i)));
-            bin->sort(LogAttribute::name, true);
-            DocumentManager::instance().createDocument(L"/outside/TITLE.PDF", 'D');
-            const EditPtr edit(edits[0]);
-            edit->addCue(Cue(TimeRange(1.25, 2.5), L"I i 1,5 1.5"));
-            edit->setConfig("ratio", 1234.5);
-            exportAll(edit, bin);
-            EXPECT_TRUE(project.close().ok());
-        }
+    std::map<std::string, std::string> filesOfOneLife() {
+        begin(Access::readWrite, IfMissing::create);
+        work();
+        end();
         auto files = filesBelow(folder_);
         std::erase_if(files, [](const auto& file) { return file.first.starts_with("project.db"); });
         std::filesystem::remove_all(folder_);
         return files;
     }
 
-    LogLines log_;
     TempFolder made_;
-    TempFolder temp_{TempFolder::inMemory()};
-    const std::string folder_ = temp_ / "film";
 };
 
 TEST_F(LocaleTest, sameBytesInEachAndInEveryTimeZone) {

@@ -2,16 +2,10 @@
 // when the next begins.
 #include "bins/BinManager.h"
 #include "bins/DocumentManager.h"
-#include "platform/embedded/EmbeddedProject.h"
-#include "platform/store/EditManager.h"
-#include "tests/safety/Heap.h"
-#include "tests/support/LogLines.h"
+#include "tests/crash/CrashFixture.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Scale.h"
-#include "tests/support/TempFolder.h"
 #include "vob/VobManager.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <malloc.h>
 
@@ -23,64 +17,62 @@ using namespace cutroom::test;
 namespace {
 
 struct Held {
-    long blocks = heap::live();
+    long blocks = liveBlocks();
     std::size_t bytes = mallinfo2().uordblks; // nothing under the address sanitizer
     std::ptrdiff_t files = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 };
 
-void workOn(EmbeddedHost& host) {
-    const Cookie cookie = makeNewEditCookie();
-    { // which the manager gives away
-        const EditModifier made = EditManager::instance().makeNewEdit(cookie, 2, 2, 10.0, {});
-        ASSERT_TRUE(made);
-    }
-    const auto vob = VobManager::instance().createVob(cookie);
-    VobClient client(vob.get(), kClientPriorityViewer, kClientUnmanaged);
-    VobManager::instance().setRecordMachine(vob.get(), VobManager::kTellOld | VobManager::kTellNew);
-    vob->setCurrentTime(2.5);
-    vob->setMarkTime(0, 1.0, Kv::MarkTypes::In);
-    EditManager::instance().makeBackup(vob->getEdit(), "a cue");
-    EXPECT_TRUE(vob->addCue(Cue(1.0, L"here")));
-    EXPECT_TRUE(EditManager::instance().undo(vob->getEdit()));
-    const auto bin = BinManager::instance().newBin();
-    bin->setName(L"a bin");
-    bin->add(cookie);
-    DocumentManager::instance().createDocument(L"/outside/x.pdf", 'D');
-    host.loop().pump();
-    EXPECT_TRUE(EditManager::instance().save(vob->getEdit()).ok());
-    EXPECT_TRUE(BinManager::instance().saveAll().ok());
-}
+class ProjectsTest : public CrashFixture {
+protected:
+    void SetUp() override {}
 
-// Made, then opened again with what was saved.
-void oneLife(const std::string& folder) {
-    for (const auto missing :
-         {CurrentProject::IfMissing::create, CurrentProject::IfMissing::fail}) {
-        EmbeddedHost host;
-        BinManager::instance();
-        EmbeddedProject project(host);
-        ASSERT_TRUE(project.open(folder, CurrentProject::Access::readWrite, missing).ok());
-        const bool made = missing == CurrentProject::IfMissing::create;
-        ASSERT_EQ(EditManager::instance().getAllEdits().size(), made ? 0u : 1u);
-        workOn(host);
-        EXPECT_TRUE(project.close().ok());
+    void work() {
+        const Cookie cookie = makeNewEditCookie();
+        { // which the manager gives away
+            const EditModifier made = EditManager::instance().makeNewEdit(cookie, 2, 2, 10.0, {});
+            ASSERT_TRUE(made);
+        }
+        const auto vob = VobManager::instance().createVob(cookie);
+        VobClient client(vob.get(), kClientPriorityViewer, kClientUnmanaged);
+        VobManager::instance().setRecordMachine(vob.get(),
+                                                VobManager::kTellOld | VobManager::kTellNew);
+        vob->setCurrentTime(2.5);
+        vob->setMarkTime(0, 1.0, Kv::MarkTypes::In);
+        EditManager::instance().makeBackup(vob->getEdit(), "a cue");
+        EXPECT_TRUE(vob->addCue(Cue(1.0, L"here")));
+        EXPECT_TRUE(EditManager::instance().undo(vob->getEdit()));
+        const auto bin = BinManager::instance().newBin();
+        bin->setName(L"a bin");
+        bin->add(cookie);
+        DocumentManager::instance().createDocument(L"/outside/x.pdf", 'D');
+        host_->loop().pump();
+        EXPECT_TRUE(EditManager::instance().save(vob->getEdit()).ok());
+        EXPECT_TRUE(BinManager::instance().saveAll().ok());
     }
-    std::filesystem::remove_all(folder);
-}
+    // Made, then opened again with what was saved.
+    void oneLife() {
+        for (const bool made : {true, false}) {
+            begin(Access::readWrite, made ? IfMissing::create : IfMissing::fail);
+            ASSERT_EQ(EditManager::instance().getAllEdits().size(), made ? 0u : 1u);
+            work();
+            end();
+        }
+        std::filesystem::remove_all(folder_);
+    }
+};
 
-TEST(ProjectsTest, leaveNothingBehind) {
-    const LogLines log;
-    const TempFolder temp{TempFolder::inMemory()};
+TEST_F(ProjectsTest, leaveNothingBehind) {
     for (int i = 0; i < 5; ++i) // what lives as long as the program is made
-        oneLife(temp / "film");
+        oneLife();
     const Held before;
     const long count = rounds(25, 10'000);
     for (long i = 0; i < count && !HasFailure(); ++i)
-        oneLife(temp / "film");
+        oneLife();
     const Held after;
     EXPECT_EQ(after.blocks, before.blocks);
     EXPECT_EQ(after.files, before.files);
     EXPECT_LE(after.bytes, before.bytes + 65536);
-    EXPECT_THAT(log.lines, testing::IsEmpty());
+    EXPECT_THAT(log_.lines, testing::IsEmpty());
     RecordProperty("projects", static_cast<int>(count));
 }
 
