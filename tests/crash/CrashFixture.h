@@ -21,14 +21,16 @@ protected:
     using Access = CurrentProject::Access;
     using IfMissing = CurrentProject::IfMissing;
 
+    explicit CrashFixture(const std::filesystem::path& place = TempFolder::inMemory())
+        : temp_(place) {}
+
     void SetUp() override {
         begin(Access::readWrite, IfMissing::create);
         edits_ = importTimelines();
         for (const Cookie& cookie : edits_) {
-            Status why;
-            const EditPtr edit = EditManager::instance().open(cookie, &why);
-            ASSERT_TRUE(edit) << why.text();
-            EditManager::instance().makeBackup(edit, "the first");
+            const EditPtr edit(cookie);
+            ASSERT_TRUE(edit);
+            EditManager::instance().makeBackup(edit, "first");
             edit->addCue(Cue(1.0, L"first"));
         }
         end();
@@ -39,7 +41,7 @@ protected:
     Status tryBegin(Access access = Access::readWrite, IfMissing missing = IfMissing::fail) {
         project_.reset();
         host_.reset();
-        host_.emplace();
+        host_.emplace(options_);
         project_.emplace(*host_);
         return project_->open(folder_, access, missing);
     }
@@ -56,16 +58,24 @@ protected:
         host_.reset();
     }
 
+    // Nothing in the open project says that a process before was cut off.
+    void expectNoTrace() const {
+        EXPECT_THAT(CurrentProject::getWarnings(), testing::IsEmpty());
+        EXPECT_THAT(litter(), testing::IsEmpty());
+        EXPECT_EQ(databaseTrouble(), "");
+    }
+
     std::string path(const std::string& name) const { return folder_ + "/" + name; }
     std::string fileOf(const Cookie& edit, const std::string& extension = ".edit") const {
         return path("edits/" + edit.asString() + extension);
     }
-    std::vector<std::string> litter() const { return litterAmong(filesBelow(folder_)); }
+    std::vector<std::string> litter() const { return litterAmong(filesBelow(temp_.path())); }
 
     LogLines log_;
-    TempFolder temp_{TempFolder::inMemory()};
+    TempFolder temp_;
     const std::string folder_ = temp_ / "film";
     CookieVec edits_; // of several tracks and some history
+    EmbeddedHost::Options options_;
     std::optional<EmbeddedHost> host_;
     std::optional<EmbeddedProject> project_;
 };

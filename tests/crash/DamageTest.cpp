@@ -10,13 +10,8 @@ using namespace cutroom::test;
 
 namespace {
 
-// Which file of the project, by the first edit's cookie.
-struct Victim {
-    const char* name;
-    const char* file; // "" for the edit's own, with `extension`
-    const char* extension;
-};
-void PrintTo(const Victim& victim, std::ostream* out) { *out << victim.name; }
+// Names a file of the project: one at its top, or by its extension one of the first edit.
+using Victim = std::pair<const char*, const char*>;
 
 class DamageTest : public CrashFixture, public testing::WithParamInterface<Victim> {
 protected:
@@ -27,13 +22,15 @@ protected:
         EXPECT_TRUE(CurrentProject::setName(L"A film").ok());
         state_ = stateOfProject();
         end();
-        isEdit_ = *GetParam().file == '\0';
-        file_ = isEdit_ ? fileOf(edits_[0], GetParam().extension) : path(GetParam().file);
+        const std::string file = GetParam().second;
+        isEdit_ = file.starts_with('.');
+        file_ = isEdit_ ? fileOf(edits_[0], file) : path(file);
         good_ = bytesOf(file_);
     }
     // Truncations and flipped bits over the whole file, so many of each.
-    std::vector<std::string> damages(std::size_t count) const {
+    std::vector<std::string> damages(long many) const {
         std::vector<std::string> damages;
+        const auto count = static_cast<std::size_t>(many);
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t at = i * good_.size() / count;
             damages.push_back(good_.substr(0, at));
@@ -78,14 +75,13 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Files, DamageTest,
-                         testing::Values(Victim{"Edit", "", ".edit"},
-                                         Victim{"History", "", ".undo"},
-                                         Victim{"Project", "project.json", ""},
-                                         Victim{"Permissions", "permissions.json", ""}),
-                         [](const auto& test) { return test.param.name; });
+                         testing::Values(Victim{"Edit", ".edit"}, Victim{"History", ".undo"},
+                                         Victim{"Project", "project.json"},
+                                         Victim{"Permissions", "permissions.json"}),
+                         [](const auto& test) { return test.param.first; });
 
 TEST_P(DamageTest, readersNameItAndTouchNothing) {
-    for (const std::string& damage : damages(static_cast<std::size_t>(rounds(120, 5000)))) {
+    for (const std::string& damage : damages(rounds(120, 5000))) {
         putBytes(file_, damage);
         const auto before = filesBelow(folder_);
         log_.lines.clear();
@@ -99,7 +95,7 @@ TEST_P(DamageTest, readersNameItAndTouchNothing) {
 
 TEST_P(DamageTest, writersMoveItAsideAndWriteAnew) {
     const auto names = [&] { return filesBelow(folder_); };
-    for (const std::string& damage : damages(static_cast<std::size_t>(rounds(25, 1000)))) {
+    for (const std::string& damage : damages(rounds(25, 1000))) {
         putBytes(file_, damage);
         const auto before = names();
         log_.lines.clear();

@@ -23,26 +23,24 @@ struct Fault {
     const char* name;
     Span span;
     const char* message;
-    std::size_t shortWrites; // most bytes of one write; 0: all
-    long stride;             // every which operation
+    std::size_t shortWrites = 0; // most bytes of one write; 0: all
 };
-void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.name; }
 
 class FaultTest : public CrashFixture, public testing::WithParamInterface<Fault> {
 protected:
     // Does `work` under a file system whose operation `at` fails.
-    Status strike(long at, const std::function<Status()>& work) {
+    template <class Work> auto strike(long at, const Work& work) {
         faulty_.writeShort(GetParam().shortWrites);
         faulty_.arm(at, GetParam().span, GetParam().message);
         installFileSystem(&faulty_);
-        const Status status = work();
+        const auto done = work();
         faulty_.disarm();
         installFileSystem(nullptr);
-        return status;
+        return done;
     }
     // Strikes operation 0, 1, 2 … (in strides) until none is left.
     void sweep(const std::function<void(long at)>& round, long stride = 1) {
-        for (long at = 0; at == 0 || faulty_.struck(); at += GetParam().stride * stride) {
+        for (long at = 0; at == 0 || faulty_.struck(); at += stride) {
             SCOPED_TRACE(at);
             ASSERT_LT(at, 3000);
             round(at);
@@ -69,10 +67,10 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, FaultTest,
-    testing::Values(Fault{"FullDiskOnce", Span::once, "No space left on device", 0, 1},
-                    Fault{"ShortWritesThenBadDisk", Span::once, "Input/output error", 30'000, 1},
-                    Fault{"FullDiskForEver", Span::sameForEver, "No space left on device", 0, 1},
-                    Fault{"TheEndOfTheProcess", Span::allForEver, "Input/output error", 0, 1}),
+    testing::Values(Fault{"FullDiskOnce", Span::once, "No space left on device"},
+                    Fault{"ShortWritesThenBadDisk", Span::once, "Input/output error", 30'000},
+                    Fault{"FullDiskForEver", Span::sameForEver, "No space left on device"},
+                    Fault{"TheEndOfTheProcess", Span::allForEver, "Input/output error"}),
     [](const auto& test) { return test.param.name; });
 
 TEST_P(FaultTest, aSaveLeavesOldOrNewAndTheNextOneSucceeds) {
@@ -152,59 +150,22 @@ TEST_P(FaultTest, openingFailsOrFindsEverything) {
         }
         end();
         begin();
-        EXPECT_THAT(CurrentProject::getWarnings(), IsEmpty());
+        expectNoTrace();
         EXPECT_EQ(differences(stateOfProject(), before), "");
         EXPECT_TRUE(PermissionsManager::instance().isProtected(edits_[0]));
-        EXPECT_EQ(databaseTrouble(), "");
-        EXPECT_THAT(litter(), IsEmpty());
         end();
     });
 }
-
-TEST_P(FaultTest, closingSavesOrSaysThatItDidNot) {
-    sweep(
-        [&](long at) {
-            begin();
-            const EditPtr edit(edits_[0]);
-            const std::wstring old = edit->getName();
-            const std::wstring fresh = L"closed " + std::to_wstring(at);
-            EditManager::instance().makeBackup(edit, "closing");
-            EditModifier(edit)->setName(fresh); // which is told at once
-            const Status status = strike(at, [&] { return project_->close(); });
-            EXPECT_FALSE(CurrentProject::isOpen());
-            begin();
-            const EditPtr found(edits_[0]);
-            EXPECT_TRUE(found->getName() == fresh || (found->getName() == old && !status.ok()))
-                << status.text();
-            EXPECT_EQ(databaseTrouble(), "");
-            EXPECT_THAT(litter(), IsEmpty());
-            EXPECT_EQ(historyTrouble(found), "");
-            end();
-        },
-        3);
-}
-
-// Another program that holds the project's database.
-class DatabaseHolder {
-public:
-    explicit DatabaseHolder(const std::string& database) {
-        EXPECT_EQ(sqlite3_open(database.c_str(), &handle_), SQLITE_OK);
-        EXPECT_EQ(sqlite3_exec(handle_, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
-    }
-    ~DatabaseHolder() { sqlite3_close(handle_); }
-
-private:
-    sqlite3* handle_ = nullptr;
-};
 
 TEST_F(CrashFixture, anEditWhoseRecordCannotBeWrittenStaysDirty) {
     begin();
     const EditPtr edit(edits_[0]);
     edit->setName(L"recorded later");
-    {
-        const DatabaseHolder holder(path("project.db"));
-        EXPECT_FALSE(EditManager::instance().flushChanges(false).ok());
-    }
+    sqlite3* other = nullptr; // another program's, which holds the database
+    ASSERT_EQ(sqlite3_open(path("project.db").c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_FALSE(EditManager::instance().flushChanges(false).ok());
+    sqlite3_close(other);
     EXPECT_TRUE(edit->isDirty());
     EXPECT_NE(databaseTrouble(), "");
     EXPECT_TRUE(EditManager::instance().flushChanges(false).ok());

@@ -1,22 +1,18 @@
 // Processes killed at random moments of their work: what they acknowledged is there, nothing is
 // torn, and the next one opens the project without a question.
 #include "bins/BinManager.h"
-#include "platform/embedded/EmbeddedProject.h"
-#include "platform/store/EditManager.h"
+#include "platform/project/ProjDb.h"
+#include "tests/crash/CrashFixture.h"
 #include "tests/crash/Writer.h"
-#include "tests/support/LogLines.h"
 #include "tests/support/Scale.h"
-#include "tests/support/TempFolder.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include <filesystem>
+#include <fstream>
 #include <random>
 
 using namespace cutroom;
 using namespace cutroom::test;
 using std::chrono::microseconds;
-using testing::IsEmpty;
 
 namespace {
 
@@ -28,22 +24,17 @@ constexpr long kMoments = 15;
 constexpr long kMoments = 50;
 #endif
 
-using Access = CurrentProject::Access;
-using IfMissing = CurrentProject::IfMissing;
-
-class KillTest : public testing::TestWithParam<const char*> {
+class KillTest : public CrashFixture, public testing::WithParamInterface<const char*> {
 protected:
-    KillTest() {
-        EmbeddedHost host;
-        EmbeddedProject project(host);
-        const Status opened = project.open(folder_, Access::readWrite, IfMissing::create);
-        EXPECT_TRUE(opened.ok()) << opened.text();
-        importTimelines();
+    KillTest() : CrashFixture(std::filesystem::temp_directory_path()) {}
+
+    void SetUp() override {
+        CrashFixture::SetUp();
+        begin();
         BinManager::instance().newBin();
         EXPECT_TRUE(BinManager::instance().saveAll().ok());
         acknowledged_ = stateOfProject();
-        const Status closed = project.close();
-        EXPECT_TRUE(closed.ok()) << closed.text();
+        end();
     }
 
     // Lets a process work and kills it: at any moment from its start on, or a little after some
@@ -63,21 +54,15 @@ protected:
                 tried_ = stateOf(line.substr(4));
             if (line != "done")
                 continue;
-            acknowledged_ = tried_;
-            tried_.clear();
+            acknowledged_ = std::exchange(tried_, {});
             ++acknowledgements_;
         }
     }
 
     // The next process: `turn` tells whose steps of history are gone through.
     void openNext(unsigned turn) {
-        EmbeddedHost host;
-        EmbeddedProject project(host);
-        const Status opened = project.open(folder_, Access::readWrite, IfMissing::fail);
-        ASSERT_TRUE(opened.ok()) << opened.text();
-        EXPECT_THAT(CurrentProject::getWarnings(), IsEmpty());
-        EXPECT_THAT(litterAmong(filesBelow(folder_)), IsEmpty());
-        EXPECT_EQ(databaseTrouble(), "");
+        begin();
+        expectNoTrace();
         EXPECT_EQ(summaryTrouble(), "");
         const ProjectState found = stateOfProject();
         cutOff_ += !tried_.empty();
@@ -89,13 +74,9 @@ protected:
         const CookieVec edits = EditManager::instance().getAllEdits();
         const Cookie& edit = edits[turn % edits.size()];
         EXPECT_EQ(historyTrouble(EditPtr(edit)), "") << edit.asString();
-        const Status closed = project.close();
-        EXPECT_TRUE(closed.ok()) << closed.text();
+        end();
     }
 
-    TempFolder temp_;
-    const std::string folder_ = temp_ / "film";
-    LogLines log_;
     std::mt19937 random_{20};
     ProjectState acknowledged_; // the last state that is known to be saved
     ProjectState tried_;        // the one whose saving was cut off, or empty
@@ -109,15 +90,60 @@ INSTANTIATE_TEST_SUITE_P(Work, KillTest, testing::Values("edits", "bins", "docum
 TEST_P(KillTest, whatWasAcknowledgedIsThereAndNothingIsTorn) {
     const long moments = rounds(kMoments, 2'500);
     RecordProperty("kills", std::to_string(moments));
-    for (long i = 0; i < moments && !HasFatalFailure() && !HasNonfatalFailure(); ++i) {
+    for (long i = 0; i < moments && !HasFailure(); ++i) {
         SCOPED_TRACE(i);
         killOne(static_cast<unsigned>(i));
         openNext(static_cast<unsigned>(i));
     }
     EXPECT_GT(acknowledgements_, moments / 2);
     EXPECT_GT(cutOff_, moments / 10);
-    for (const std::string& line : log_.lines)
-        ADD_FAILURE() << line;
+    EXPECT_THAT(log_.lines, testing::IsEmpty());
+}
+
+// Clips one after the other, each of a source of its own.
+void writeTimeline(const std::string& path, std::size_t sources) {
+    std::ofstream file(path);
+    file << R"({"OTIO_SCHEMA": "Track.1", "kind": "Video", "children": [)";
+    for (std::size_t i = 0; i < sources; ++i)
+        file << (i ? ", " : "") << R"({"OTIO_SCHEMA": "Clip.1", "source_range": {)"
+             << R"("OTIO_SCHEMA": "TimeRange.1", "duration": {"OTIO_SCHEMA": )"
+             << R"("RationalTime.1", "rate": 25, "value": 10}}, "media_reference": {)"
+             << R"("OTIO_SCHEMA": "ExternalReference.1", "target_url": ")" << i << ".mov\"}}";
+    file << "]}";
+}
+
+using ImportKillTest = CrashFixture;
+
+// Killed after some progress, or a little later: in the midst of its end.
+TEST_F(ImportKillTest, allOfAnImportIsThereOrNothing) {
+    constexpr std::size_t kSources = 1500;
+    writeTimeline(temp_ / "timeline.otio", kSources);
+    begin();
+    const std::size_t before = projdb::count();
+    end();
+    const std::string sound = temp_ / "sound";
+    std::filesystem::rename(folder_, sound);
+    std::mt19937 random(7);
+    const long moments = rounds(12, 200);
+    RecordProperty("kills", std::to_string(moments));
+    long untouched = 0;
+    for (long i = 0; i < moments && !HasFailure(); ++i) {
+        SCOPED_TRACE(i);
+        std::filesystem::remove_all(folder_);
+        std::filesystem::copy(sound, folder_, std::filesystem::copy_options::recursive);
+        WriterProcess writer("import", folder_, 0);
+        writer.read(1 + random() % 100, std::chrono::seconds(20));
+        writer.read(1000, microseconds(random() % 60'000));
+        writer.kill();
+        const bool told = testing::Value(writer.lines(), testing::Contains("done"));
+        begin();
+        expectNoTrace();
+        const std::size_t made = projdb::count() - before;
+        EXPECT_TRUE(made == kSources + 1 || (made == 0 && !told)) << made;
+        untouched += made == 0;
+        end();
+    }
+    EXPECT_GT(untouched, 0);
 }
 
 } // namespace

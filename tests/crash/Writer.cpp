@@ -1,3 +1,4 @@
+// The other process; the tests' main begins it.
 #include "tests/crash/Writer.h"
 
 #include "bins/AssetAssociationGroupManager.h"
@@ -9,6 +10,9 @@
 #include "sync/SyncGroupData.h"
 #include "tests/crash/RandomWork.h"
 #include "tests/support/LogLines.h"
+#include "tests/support/ProjectStates.h"
+
+#include <gmock/gmock.h>
 
 #include <unistd.h>
 
@@ -27,11 +31,20 @@ void say(std::string line) {
 
 // One kind of container, as a user has to do with it.
 struct ContainerWork {
-    std::string (*keyOf)(const Cookie&);
+    std::string prefix, types; // of its keys in the project's state, and of its cookies
     Cookie (*make)();
     std::string (*change)(const Cookie&, RandomWork&); // gives the stamp
     Status (*destroy)(const Cookie&);
     Status (*save)();
+
+    std::string keyOf(const Cookie& id) const { return prefix + id.asString(); }
+    CookieVec allIn(const ProjectState& state) const {
+        CookieVec ids;
+        for (const auto& [key, stamp] : state)
+            if (key.starts_with(prefix) && types.find(key[prefix.size()]) != types.npos)
+                ids.push_back(Cookie(key.substr(prefix.size())));
+        return ids;
+    }
 };
 
 std::wstring anyName(RandomWork& work) { return L"name " + std::to_wstring(work.number(1000)); }
@@ -64,53 +77,37 @@ std::string changeGroup(const Cookie& id, RandomWork& work) {
     return stampOf(*group);
 }
 
+// Every other one a sync group.
+Cookie makeBin() {
+    static bool synced = true;
+    synced = !synced;
+    return synced ? SyncGroupData::make(L"new")->getID() : BinManager::instance().newBin()->getID();
+}
+
+Status removeGroup(const Cookie& id) {
+    auto& groups = AssetAssociationGroupManager::instance();
+    return groups.removeGroup(groups.getGroup(id), "test");
+}
+
 const std::map<std::string, ContainerWork>& containerWorks() {
     static const std::map<std::string, ContainerWork> works = {
         {"bins",
-         {[](const Cookie& id) { return id.asString(); },
-          [] { // every other one a sync group
-              static bool synced = true;
-              synced = !synced;
-              return synced ? SyncGroupData::make(L"new")->getID()
-                            : BinManager::instance().newBin()->getID();
-          },
-          changeBin, [](const Cookie& id) { return BinManager::instance().destroy(id, "test"); },
+         {"", "GM", makeBin, changeBin,
+          [](const Cookie& id) { return BinManager::instance().destroy(id, "test"); },
           [] { return BinManager::instance().saveAll(); }}},
         {"documents",
-         {[](const Cookie& id) { return id.asString(); },
+         {"", "D",
           [] { return DocumentManager::instance().createDocument(L"/x.pdf", 'D')->getID(); },
           changeDocument,
           [](const Cookie& id) { return DocumentManager::instance().destroy(id, "test"); },
           [] { return DocumentManager::instance().saveAll(); }}},
         {"groups",
-         {groupKey,
+         {"group.", "G",
           [] { return AssetAssociationGroupManager::instance().createGroup(L"new", {})->getID(); },
-          changeGroup,
-          [](const Cookie& id) {
-              auto& groups = AssetAssociationGroupManager::instance();
-              return groups.removeGroup(groups.getGroup(id), "test");
-          },
+          changeGroup, removeGroup,
           [] { return AssetAssociationGroupManager::instance().flushChanges(); }}},
     };
     return works;
-}
-
-// Those that the project holds already.
-CookieVec containersOf(const std::string& work) {
-    CookieVec ids;
-    if (work == "bins") {
-        BinSummaries bins;
-        BinManager::instance().getAllBins(bins);
-        for (const auto& [id, summary] : bins)
-            ids.push_back(id);
-    } else if (work == "documents") {
-        for (const auto& document : DocumentManager::instance().getDocuments())
-            ids.push_back(document->getID());
-    } else {
-        for (const auto& group : AssetAssociationGroupManager::instance().getGroups())
-            ids.push_back(group->getID());
-    }
-    return ids;
 }
 
 class Worker {
@@ -119,7 +116,7 @@ public:
         : work_(seed), state_(stateOfProject()), edits_(EditManager::instance().getAllEdits()) {
         if (const auto kind = containerWorks().find(work); kind != containerWorks().end()) {
             kind_ = &kind->second;
-            containers_ = containersOf(work);
+            containers_ = kind_->allIn(state_);
         }
     }
 
@@ -135,8 +132,7 @@ private:
             changeContainer(containers_.back());
         }
         for (int i = 1 + work_.number(5); i > 0; --i)
-            changeContainer(containers_[static_cast<std::size_t>(
-                work_.number(static_cast<int>(containers_.size())))]);
+            changeContainer(work_.anyOf(containers_));
         return saved(kind_->save);
     }
     // One thing a user does with edits, and saves.
@@ -171,8 +167,7 @@ private:
         return save({EditPtr(edit)});
     }
     Status deleteEdit() {
-        const std::size_t which = edits_.size() - 1;
-        const Cookie gone = edits_[which];
+        const Cookie gone = edits_.back();
         edits_.pop_back();
         state_.erase(gone.asString());
         return saved([&] { return EditManager::instance().deleteEdits({gone}, "test"); });
@@ -180,8 +175,7 @@ private:
     Status workOnSome() {
         std::vector<EditPtr> changed;
         for (int i = 1 + work_.number(3); i > 0; --i) {
-            const int which = work_.number(static_cast<int>(edits_.size()));
-            changed.emplace_back(edits_[static_cast<std::size_t>(which)]);
+            changed.emplace_back(work_.anyOf(edits_));
             for (int changes = 1 + work_.number(4); changes > 0; --changes)
                 if (Status status = work_.change(changed.back()); !status)
                     return status;
@@ -224,8 +218,7 @@ Status importTold(const std::string& folder) {
     return report.status();
 }
 
-} // namespace
-
+// Works on the project until it is killed; gives its exit status.
 int runWriter(const std::string& work, const std::string& folder, unsigned seed) {
     const LogLines quiet;
     EmbeddedHost host;
@@ -250,4 +243,14 @@ int runWriter(const std::string& work, const std::string& folder, unsigned seed)
     return 1;
 }
 
+} // namespace
+
 } // namespace cutroom::test
+
+int main(int argc, char** argv) {
+    if (argc == 5 && std::string(argv[1]) == "--writer")
+        return cutroom::test::runWriter(argv[2], argv[3],
+                                        static_cast<unsigned>(std::stoul(argv[4])));
+    testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,8 +1,6 @@
 // A process of its own that works on a project until it is killed, and tells what it saved.
 #pragma once
 
-#include "tests/support/ProjectStates.h"
-
 #include <sys/types.h>
 
 #include <chrono>
@@ -38,8 +36,5 @@ private:
     std::string rest_; // a line that has not ended
     std::vector<std::string> lines_;
 };
-
-// The other process' own main.
-int runWriter(const std::string& work, const std::string& folder, unsigned seed);
 
 } // namespace cutroom::test
