@@ -135,7 +135,8 @@ TEST_F(LiveFilterTest, FollowsTheEditsThatAreWorkedOn) {
     vobs.setRecordMachine(recorder.get(), 0);
     put(subClip(1, clip));
     put(subClip(2, cut));
-    put(record(3, projdb::kKindClip));
+    const std::uint64_t shot = materialOf(L"shot").id();
+    put(record(shot, projdb::kKindClip));
     EXPECT_EQ(contentOf(L"Sub-clips"), "cut: 2 | clip: 1");
     const auto subClips = filters().getFilterByName(L"Sub-clips");
     EXPECT_EQ(subClips->getResultsType(), iProjectFilter::kGroupedResults);
@@ -144,13 +145,9 @@ TEST_F(LiveFilterTest, FollowsTheEditsThatAreWorkedOn) {
 
     EXPECT_EQ(contentOf(L"Constituents"), "");
     EditModifier edit(cut);
-    CelSegment segment;
-    segment.end = cutroom::kFlicksPerSecond;
-    segment.material = Cookie('V', 3, 1);
-    const auto cel = edit->get_edit_cel_p(edit->getFirstChan(kChanVideo));
-    EXPECT_TRUE(cel->overwrite(segment).ok());
+    layPieces(edit, edit->getFirstChan(kChanVideo), {{L"shot", 25}});
     edit->addModification(kModEventsAdded, true);
-    EXPECT_EQ(contentOf(L"Constituents"), "Constituents: 3");
+    EXPECT_EQ(contentOf(L"Constituents"), "Constituents: " + std::to_string(shot));
     toldFilters_.clear();
     vobs.closeVob(recorder, true);
     EXPECT_EQ(subClips->getResultsType(), iProjectFilter::kFlatResults);

@@ -56,22 +56,13 @@ TEST_F(ProjectFilterTest, CombinesBins) {
     EXPECT_EQ(getDisplayString(static_cast<eSetOperation>(3)), L"");
 }
 
-TEST_F(ProjectFilterTest, OfTheSystemAnswerAsTheirKindDoes) {
-    const struct {
-        const wchar_t* name;
-        int results, visibility;
-    } rows[] = {{L"Everything", 0, 0}, {L"Logs", 0, 1},          {L"Recent logs", 1, 0},
-                {L"Sub-clips", 0, 0},  {L"Constituents", 0, 0},  {L"Documents", 0, 1},
-                {L"Images", 0, 1},     {L"Search results", 2, 1}};
-    for (const auto& row : rows) {
-        const auto filter = filters().getFilterByName(row.name);
-        EXPECT_EQ(filter->getResultsType(), row.results) << row.name;
-        EXPECT_EQ(filter->getVisibility(), row.visibility) << row.name;
-        EXPECT_TRUE(filter->isEmpty());
-    }
+TEST_F(ProjectFilterTest, LogsAreShownAndGroupedAsThereAreSome) {
+    const auto logs = filters().getFilterByName(L"Logs");
+    EXPECT_EQ(logs->getVisibility(), iProjectFilter::kOptional);
     put(record(1, projdb::kKindClip));
+    EXPECT_EQ(logs->getResultsType(), iProjectFilter::kFlatResults);
     put(record(2, projdb::kKindSubClip));
-    EXPECT_EQ(filters().getFilterByName(L"Logs")->getResultsType(), 1);
+    EXPECT_EQ(logs->getResultsType(), iProjectFilter::kGroupedResults);
 }
 
 TEST_F(ProjectFilterTest, VisibilityIsAPreferenceByName) {
