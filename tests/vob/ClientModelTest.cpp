@@ -16,27 +16,30 @@ constexpr long kSteps = 100'000;
 
 namespace {
 
-class World;
 using Numbers = std::vector<int>; // of clients, in their order
 
-// Numbered, since an address may be used again.
-class ModelClient final : public VobClient {
-public:
-    ModelClient(World& world, int number) : world_(world), number_(number) {}
-    void handleModifications(const EditModifications&, const VobModification& change) override;
-    void notifyClientAdded(VobClient*) override;
-    void notifyClientRemoved(VobClient*) override;
-    int number() const { return number_; }
+// Numbered, since an address may be used again. It may be gone when a call returns.
+struct ModelClient final : VobClient {
+    void handleModifications(const EditModifications&, const VobModification& change) override {
+        const auto call = told;
+        call(number, static_cast<int>(change.getMarkTime()));
+    }
+    void notifyClientAdded(VobClient*) override { hear(); }
+    void notifyClientRemoved(VobClient*) override { hear(); }
+    void hear() const {
+        const auto call = noticed;
+        call();
+    }
 
-private:
-    World& world_;
-    const int number_;
+    int number = 0;
+    std::function<void(int client, int telling)> told;
+    std::function<void()> noticed; // of another client
 };
 
 Numbers clientsOf(const Vob& vob) {
     Numbers numbers;
     for (std::size_t i = 0; VobClient* const client = vob.getClientPtr(i); ++i)
-        numbers.push_back(static_cast<ModelClient*>(client)->number());
+        numbers.push_back(static_cast<ModelClient*>(client)->number);
     return numbers;
 }
 
@@ -74,7 +77,14 @@ public:
     std::size_t longest() const { return longest_; }
     long nested() const { return nested_; }
 
-    // Called by the clients.
+private:
+    static constexpr int kDeepest = 3;
+    struct Round {
+        int serial;
+        Kv::Ptr<Vob> vob;
+        Numbers told;
+    };
+
     void told(int number, int serial) {
         Round& round = *std::find_if(rounds_.begin(), rounds_.end(),
                                      [&](const Round& each) { return each.serial == serial; });
@@ -91,15 +101,6 @@ public:
         step();
         --depth_;
     }
-
-private:
-    static constexpr int kDeepest = 3;
-    struct Round {
-        int serial;
-        Kv::Ptr<Vob> vob;
-        Numbers told;
-    };
-
     int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
     // Null when there is none.
     ModelClient* anyone() {
@@ -116,9 +117,12 @@ private:
     void add() {
         if (clients_.size() > 24)
             return destroy();
-        const int number = ++lastNumber_;
-        ModelClient* const client =
-            (clients_[number] = std::make_unique<ModelClient>(*this, number)).get();
+        auto made = std::make_unique<ModelClient>();
+        ModelClient* const client = made.get();
+        client->number = ++lastNumber_;
+        client->told = [this](int number, int serial) { told(number, serial); };
+        client->noticed = [this] { meddle(); };
+        clients_[client->number] = std::move(made);
         client->setPriority(eClientPriority(below(4)));
         client->setManagementDetails(eClientManagementDetails(below(3)));
         manager_.open(client, anyVob());
@@ -126,7 +130,7 @@ private:
     void reopen() { manager_.open(anyone(), anyVob()); }
     void destroy() {
         if (ModelClient* const client = anyone())
-            clients_.extract(client->number()); // it leaves the map first
+            clients_.extract(client->number); // it leaves the map first
     }
     void closeInternal() { manager_.closeInternal(anyone()); }
     // The Vob closes with its last unmanaged client.
@@ -177,12 +181,6 @@ private:
     long nested_ = 0;
     std::size_t longest_ = 0;
 };
-
-void ModelClient::handleModifications(const EditModifications&, const VobModification& change) {
-    world_.told(number_, static_cast<int>(change.getMarkTime())); // this may be gone afterwards
-}
-void ModelClient::notifyClientAdded(VobClient*) { world_.meddle(); }
-void ModelClient::notifyClientRemoved(VobClient*) { world_.meddle(); }
 
 using ClientModel = VobFixture;
 

@@ -107,15 +107,18 @@ TEST_F(VobInform, ARunawayIsCutOff) {
 
 TEST_F(VobInform, AClientMayCloseTheVobItIsToldBy) {
     auto a = attach("a", 1), b = attach("b");
+    ValClient<unsigned> stops;
+    stops.registerWith(&vob_->getConsoleTabStopsServer());
     a->onChange = [&](const VobModification&) {
         b.reset();
         VobManager::instance().close(a.get(), false);
+        EXPECT_TRUE(stops.isRegistered()); // it stays until it has told
     };
     Vob* const raw = vob_.get();
     vob_.reset(); // the manager's is the last share
     raw->informClients(kVobCuts);
     EXPECT_EQ(told(), "a");
-    EXPECT_TRUE(VobManager::instance().getAllVobs().empty());
+    EXPECT_FALSE(stops.isRegistered());
 }
 
 TEST_F(VobInform, TheTimeSpentIsKeptByClient) {
