@@ -3,30 +3,19 @@
 
 #include "tests/support/Edits.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
 using Kv::MarkTypes::In;
 using Kv::MarkTypes::Out;
-using testing::ElementsAre;
 
 class Module : public testing::Test {
 protected:
     EditModifier edit_ = cutroom::test::makeEdit(2, 2);
     const IdStamp v1_ = edit_->getId(0), v2_ = edit_->getId(1);
-    const IdStamp a1_ = edit_->getId(2), a2_ = edit_->getId(3);
+    const IdStamp a2_ = edit_->getId(3);
 };
-
-TEST_F(Module, AFreshOneSelectsAllButDerivedChannelsAndHasNoMarks) {
-    const IdStamp derived = edit_->addChan(kChanVideo, kSubDerived);
-    const EditModule module(edit_);
-    EXPECT_FALSE(module.isSelected(derived));
-    EXPECT_EQ(module.getNumSelectedChans(), 4);
-    EXPECT_FALSE(module.isMarked());
-    EXPECT_EQ(module.getMarkedRegion(), TimeRange(edit_->getStartTime(), edit_->getEndTime()));
-}
 
 TEST_F(Module, ChannelsThatTheEditGainsOrLosesAreUnselectedOrIgnored) {
     EditModule module(edit_);
@@ -34,31 +23,31 @@ TEST_F(Module, ChannelsThatTheEditGainsOrLosesAreUnselectedOrIgnored) {
     module.setMark(a2_, 3, In);
     edit_->removeChan(a2_, false);
     EXPECT_EQ(module.getNumSelectedChans(), 3);
-    EXPECT_FALSE(module.isMarked() || module.selectChan(a2_, true));
+    EXPECT_FALSE(module.isMarked() || module.selectChan(a2_, false));
 }
 
 TEST_F(Module, TimeIsExactOrAtTheStartOfItsFrame) {
     EditModule module(edit_);
-    module.setCurrentTime(1.05);
-    EXPECT_EQ(module.getCurrentTime(), 1.05);
+    module.setCurrentTime(1.07);
+    EXPECT_EQ(module.getCurrentTime(), 1.07);
     EXPECT_EQ(module.getCurrentTime(EditModule::kAccuracyFrame), 1.04);
     module.setCurrentTime(kNoTime);
     EXPECT_EQ(module.getCurrentTime(EditModule::kAccuracyFrame), kNoTime);
 }
 
-TEST_F(Module, SelectionFollowsTypesMasksAndOtherModules) {
+TEST_F(Module, SelectionsAndMarksAreTakenFromAnotherOne) {
     EditModule module(edit_);
-    module.selectAll(false);
-    module.selectChans(kChanAudio, kSubAll, true);
-    EXPECT_THAT(module.getSelectedChans(), ElementsAre(a1_, a2_));
-    EXPECT_EQ(module.getSelectedMask(), 0b1100U);
-    module.setSelectedMask(0b0101);
-    EXPECT_THAT(module.getSelectedChans(), ElementsAre(v1_, a1_));
-    EXPECT_EQ(module.firstSelectedChannel(kChanAudio), a1_);
+    module.selectChan(v2_, false);
+    module.setMark(v1_, 1, In);
+    module.setMark(v2_, 4, Out);
     const EditModifier other = cutroom::test::makeEdit(3, 2);
     EditModule similar(other);
     similar.makeSimilarTrackSelections(module);
-    EXPECT_EQ(similar.getSelectedMask(), 0b00101U);
+    EXPECT_EQ(similar.getSelectedMask(), 0b01101U);
+    similar.makeSimilarMarks(module, 10);
+    EXPECT_EQ(similar.getMark(other->getId(0), In), 11);
+    EXPECT_EQ(similar.getMark(other->getId(0), Out), kNoTime);
+    EXPECT_EQ(similar.getMarkedRegion(), TimeRange(11, 14));
 }
 
 TEST_F(Module, PlainMarksNeverStandInTheWrongOrderButAdvancedOnesMay) {
@@ -74,31 +63,13 @@ TEST_F(Module, PlainMarksNeverStandInTheWrongOrderButAdvancedOnesMay) {
     }
 }
 
-TEST_F(Module, TheRegionGoesBySelectedMarksFirst) {
-    EditModule module(edit_);
-    module.setMark(v1_, 1, In);
-    module.setMark(v2_, 2, In);
-    module.setMark(v2_, 4, Out);
-    module.selectChan(v1_, false);
-    EXPECT_EQ(module.getMarkedRegion(), TimeRange(2, 4));
-    module.selectAll(false);
-    EXPECT_EQ(module.getMark(In), 1);
-    EditModule moved(edit_);
-    moved.makeSimilarMarks(module, 10);
-    EXPECT_EQ(moved.getMark(v2_, Out), 14);
-    EXPECT_EQ(moved.getMark(a1_, In), kNoTime);
-    module.clearMarks();
-    EXPECT_FALSE(module.isMarked());
-}
-
 TEST_F(Module, LevelsChannelsFollowTheirAudioChannels) {
     const IdStamp levels = edit_->addLevelsChan(a2_);
     EditModule module(edit_);
-    module.setMark(a2_, 3, In);
-    module.selectChan(levels, false);
+    module.setMark(a2_, 3, Out);
     module.initLevelsFromAudio();
-    EXPECT_EQ(module.getMark(levels, In), 3);
-    EXPECT_TRUE(module.isSelected(levels));
+    EXPECT_EQ(module.getMark(levels, Out), 3);
+    EXPECT_TRUE(module.isSelected(levels)) << "which derived channels are not";
 }
 
 TEST(ModuleWithoutEdit, AnswersEmpty) {

@@ -96,21 +96,6 @@ protected:
     }
 };
 
-TEST_F(EditorTest, rebuildingTakesTheMarkedRegionAndAddsChannels) {
-    const EditPtr from = edit(2, 1, "abcd");
-    lay(from, from->getId(1), ".x");
-    lay(from, from->getId(2), "ssss");
-    EditModule source(from);
-    source.markAllAt(TimeRange(0.5, 2.5), true);
-    const EditPtr to = edit(1, 0);
-    EditModule target(to);
-    ASSERT_TRUE(Editor::apply(source, target, kEditRebuild, 0).ok());
-    EXPECT_EQ(target.getNumSelectedChans(), 3);
-    EXPECT_EQ(shown(to, 0) + " " + shown(to, 1) + " " + shown(to, 2), "abbc .xx ssss");
-    EXPECT_EQ(video(to)->getSegment(0).stripStart, kFlicksPerSecond / 2);
-    EXPECT_EQ(video(to)->getSegment(1).detail.name, L"b");
-}
-
 TEST_F(EditorTest, aWholeCopySharesItsListsUntilOneChanges) {
     const EditPtr from = edit(1, 0, std::string(200, 'a'));
     const EditPtr to = edit(0, 0);
