@@ -23,8 +23,7 @@ TEST_F(VobEdit, IsMadeEmptyWhenNoneIsGiven) {
     const auto vob = VobManager::instance().createVob(EditPtr());
     ASSERT_TRUE(vob->hasEdit());
     EXPECT_EQ(vob->getCookie(), vob->getEdit().getCookie());
-    EXPECT_EQ(vob->getEdit()->getNumChans(kChanVideo), 1);
-    EXPECT_EQ(vob->getEdit()->getNumChans(kChanAudio), 4);
+    EXPECT_EQ(vob->getEdit()->getNumChans(), 1 + 4);
     EXPECT_FALSE(vob->getGroupId().empty());
     const Cookie wanted = makeNewEditCookie();
     EXPECT_EQ(VobManager::instance().createVob(wanted)->getCookie(), wanted);
