@@ -6,7 +6,6 @@
 #include <rapidcheck.h>
 
 using namespace cutroom::test;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {
@@ -50,14 +49,6 @@ TEST_F(DescriptionTest, KeysAreWrittenInOrder) {
     }
 }
 
-TEST_F(DescriptionTest, TheOlderFormHasOneFile) {
-    const auto document = read(golden("documents/older.KvDoc"));
-    EXPECT_EQ(document->getID(), Cookie('A', 8));
-    EXPECT_THAT(document->getLocations(), ElementsAre(L"/home/lena/notes.txt"));
-    EXPECT_EQ(document->getExternalID(), L"asset 8");
-    EXPECT_EQ(document->getModificationTime(), 1100000001u);
-}
-
 TEST_F(DescriptionTest, WhatIsThereIsReadAndTheRestIsEmpty) {
     const struct {
         const char* member;
@@ -69,6 +60,7 @@ TEST_F(DescriptionTest, WhatIsThereIsReadAndTheRestIsEmpty) {
         {R"("size":12.0)", 12, {}},
         {R"("locations":[],"file":"/a")", 0, {}},
         {R"("locations":["/b",""],"file":"/a")", 0, {L"/b", L""}},
+        {R"("size":5,"file":"/a")", 5, {L"/a"}}, // the older form
         {R"("file":"")", 0, {}},
         {R"("size":3,"unknown":{"deep":[1]})", 3, {}},
     };

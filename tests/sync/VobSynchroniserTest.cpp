@@ -29,10 +29,10 @@ protected:
             times.push_back(vob->getCurrentTime());
         return times;
     }
-    // Runs once, when `vob` is told of its next change, before (9) or after (0) its link.
-    void whenTold(const Kv::Ptr<Vob>& vob, std::function<void()> act, int priority = 9) {
-        auto& client = *keepers_.emplace_back(
-            std::make_unique<RecorderClient>(vob.get(), calls_, "acts", priority));
+    // Runs once, when `vob` is told of its next change, before its link.
+    void whenTold(const Kv::Ptr<Vob>& vob, std::function<void()> act) {
+        auto& client =
+            *keepers_.emplace_back(std::make_unique<RecorderClient>(vob.get(), calls_, "acts", 9));
         client.onChange = [&client, act](const VobModification&) {
             client.onChange = nullptr;
             act();
