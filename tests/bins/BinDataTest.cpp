@@ -84,9 +84,10 @@ TEST_F(BinDataTest, AnItemOfAnEditTakesItsTimeAndMarks) {
 
 TEST_F(BinDataTest, ACopyIsABinOfItsOwn) {
     const Kv::Ptr<BinData> bin = binOf(2), larger = binOf(30);
+    bin->setPermanent(true);
     const BinData copy(*bin);
     EXPECT_NE(copy.getID(), bin->getID());
-    EXPECT_EQ(copy.getModificationTime(), bin->getModificationTime());
+    EXPECT_TRUE(copy.getPermanent() && copy.getModificationTime() != 0);
     for (int i = 0; i < 12; ++i) // until it has a table
         EXPECT_EQ(larger->findIndex(edit(30)), 29);
     const Cookie id = larger->getID();
@@ -126,6 +127,10 @@ const ChangeRow kChanges[] = {
     {"addCookie", [](B b) { b.add(edit(2)); }, "1 2* 3 2", {"256"}},
     {"addCookies", [](B b) { b.add(edits(2, 9, 9)); }, "1 2 3 9", {"1024:2 256"}},
     {"addKnownCookies", [](B b) { b.add(edits(3)); }, "1 2 3", {"1024:2"}},
+    {"addRefused",
+     [](B b) { EXPECT_FALSE(b.add({AssetReference(Cookie('G', 3))})); },
+     "1 2* 3",
+     {}},
     {"addNoCookies", [](B b) { b.add(CookieVec()); }, "1 2* 3", {}},
     {"addBin", [](B b) { b.add(BinData(edits(3, 4, 1))); }, "2 3 4 1", {"1024:2 512:1,3 256"}},
     {"addItself", [](B b) { b.add(b); }, "1 2* 3", {"1024:2 512:1,2,3 256"}},
@@ -141,6 +146,7 @@ const ChangeRow kChanges[] = {
      "1 2* 3",
      {}},
     {"removeSeveral", [](B b) { b.remove(edits(3, 8, 1)); }, "2*", {"512"}},
+    {"removeOneOfTwo", [](B b) { b.add(edit(1)), b.remove(edits(1)); }, "2* 3 1", {"256", "512"}},
     {"removeOthers", [](B b) { EXPECT_FALSE(b.remove(edits(8))); }, "1 2* 3", {}},
     {"clear", [](B b) { b.clear(), b.clear(); }, "", {"512"}},
     {"deletions",

@@ -61,8 +61,6 @@ const Cookie kA('E', 1), kB('E', 2);
 
 } // namespace
 
-// --- records -------------------------------------------------------------------------------------
-
 TEST(ContainerModification, SaysWhatItIncludes) {
     EXPECT_FALSE(Modification(0, 7).valid());
     EXPECT_THAT(Modification(ContainerBase::kModItemsAdded, Cookie()).getCookies(), IsEmpty());
@@ -95,8 +93,6 @@ TEST(ContainerModifications, KeepOneRecordForEachTypeInTheOrderOfTheFirst) {
     changes.clear();
     EXPECT_TRUE(changes.empty());
 }
-
-// --- times ---------------------------------------------------------------------------------------
 
 TEST_F(ContainerBaseTest, ChangesThatCountMoveTheModificationTime) {
     const struct {
@@ -133,8 +129,6 @@ TEST_F(ContainerBaseTest, TheFirstCreationStampsTheCreationTime) {
     EXPECT_EQ(box_->getCreationTime(), 100u);
     EXPECT_EQ(box_->getModificationTime(), 200u);
 }
-
-// --- telling -------------------------------------------------------------------------------------
 
 TEST_F(ContainerBaseTest, OutsideABatchEachChangeIsToldAtOnceInsideOneAtItsOuterEnd) {
     box_->addModification(Modification(LogAttribute::scene));
@@ -186,8 +180,6 @@ TEST_F(ContainerBaseTest, BatchesOfSeveralThreadsLoseNoChange) {
         cookies += std::count(text.begin(), text.end(), '1');
     EXPECT_EQ(cookies, 800);
 }
-
-// --- identity and attributes ---------------------------------------------------------------------
 
 TEST_F(ContainerBaseTest, AttributesAreItsIdentityAndTimes) {
     box_->setID(kA);

@@ -130,7 +130,8 @@ TEST_F(SyncUpBuild, TakesTheChannelsAndMetadataThatAreMeant) {
     }
     synchup_params params;
     params.part = true; // plays no part by time
-    params.partStart = 50;
+    params.partStart = 2;
+    params.partEnd = 3;
     const EditPtr all(synchup_general_cookies_by_time(recorder, camera.getCookie(), 0, 1, params));
     ASSERT_TRUE(all);
     EXPECT_EQ(piecesOf(all, kChanAudio, 2), "Camera@25+75");

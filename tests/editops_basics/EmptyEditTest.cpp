@@ -65,6 +65,7 @@ TEST_F(EmptyEdit, TakesTheCookieGivenOnce) {
     EXPECT_EQ(named->getFrameRate(), Kv::FrameRate(30, 1));
     EXPECT_FALSE(createEmptyEdit(cookie, L"", 1, 1, 1, {}));
     EXPECT_FALSE(createEmptyEdit(Cookie('G', 1), L"", 1, 1, 1, {}));
+    EXPECT_THAT(log_.lines, IsEmpty()); // no project, no mix to be missed
 }
 
 TEST_F(EmptyEdit, ThePairsFollowTheConfigurationUntilThePreferenceIsSet) {

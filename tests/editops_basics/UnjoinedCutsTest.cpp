@@ -214,19 +214,22 @@ TEST_F(UnjoinedCutsTest, ReEstablishGoesByEffectGraphThenByPlace) {
         ASSERT_TRUE(cel_->setEvent(index, event).ok());
     };
     const IdStamp graph(1, 2, 3), vanishes(4, 5, 6);
-    putGraph(8, graph); // in(4)
+    putGraph(7, graph); // on both sides of the cut at 4
+    putGraph(8, graph);
     putGraph(12, vanishes);
     UnjoinedCuts cuts = cutsAt({1, 4, 6, 11});
-    cuts.setFlag(1, 4, true);
-    cuts.setFlag(2, 8, true);
+    cuts.addHandle(out(4), 4);
+    cuts.setFlag(3, 8, true);
+    cuts[1].second = graph;
     split(2.5); // in(4) is at 10 now, in(1) where it was, 12 is another
     putGraph(14, IdStamp());
     ASSERT_TRUE(cel_->remove({8, 12}).ok());
     cuts.reEstablish(edit_.getCookie(), channel_);
-    EXPECT_EQ(cuts.asString(), "2,10,12"); // 22 lies past the end
+    EXPECT_EQ(cuts.asString(), "2,9,10,12"); // 22 lies past the end
     EXPECT_EQ(cuts.getFlag(1), 4u);
-    EXPECT_EQ(cuts.getFlag(2), 8u);
-    EXPECT_EQ(cuts[2].effectGraph, vanishes); // kept for the next time
+    EXPECT_EQ(cuts.getFlag(3), 8u);
+    EXPECT_EQ(cuts[1].second, graph);
+    EXPECT_EQ(cuts[3].effectGraph, vanishes); // kept for the next time
     cuts.reEstablish(edit_.getCookie(), IdStamp(9, 9, 9));
     EXPECT_TRUE(cuts.empty());
 }
