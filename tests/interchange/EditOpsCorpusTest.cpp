@@ -1,8 +1,5 @@
 // Edit operations on real timelines: whatever a file brings, its parts make up the whole, its
-// layers show what lay on top, its markers name what they span, and undo takes everything back.
-#include "editops/CueEdit.h"
-#include "editops/CueLogs.h"
-#include "editops/CueRegions.h"
+// layers show what lay on top, and undo takes everything back.
 #include "editops/EditCopy.h"
 #include "editops/RangeCopy.h"
 #include "platform/store/Editor.h"
@@ -177,25 +174,6 @@ TEST_P(EditOpsCorpus, TwoPartsBackToBackAreTheWhole) {
         EXPECT_TRUE(EditManager::instance().discard({first.getCookie(), second.getCookie()}).ok());
     }
     EXPECT_GT(found, 0);
-}
-
-TEST_P(EditOpsCorpus, LogsAndEditsOfMarkersAreAsLongAsTheirRegions) {
-    const auto expectSound = [](const EditPtr& made, double length) {
-        ASSERT_TRUE(made);
-        EXPECT_EQ(made->checkConsistency(), "");
-        EXPECT_NEAR(made->getEndTime() - made->getStartTime(), length, 1e-6);
-    };
-    const std::vector<NamedRegion> regions = getRegionsFromCues(edit_);
-    double all = 0;
-    for (const NamedRegion& region : regions)
-        all += region.range.getEnd() - region.range.getStart();
-    expectSound(makeEditFromCues(edit_, edit_->getCues().cues(), true), all);
-    for (const eLogType type : {kLogTypeEdit, kLogTypeSubclip}) {
-        const CookieVec logs = makeLogsUsingCuePoints(type, EditModule(edit_));
-        ASSERT_EQ(logs.size(), regions.size());
-        for (std::size_t i = 0; i < logs.size(); ++i)
-            expectSound(EditPtr(logs[i]), regions[i].range.getEnd() - regions[i].range.getStart());
-    }
 }
 
 // What the topmost of some channels shows at a time: material, place in it, name. Empty: black.

@@ -174,7 +174,7 @@ TEST(ContainerFile, KeepsWhatTheWriterDoesNotKnow) {
     EXPECT_EQ(reader.getAttribute("Mood"), "blue");
     EXPECT_EQ(reader.getDouble(0, reader.getFieldIndex("Time")), 7.0);
     std::vector<std::string> colours;
-    for (const std::size_t item : {0, 1, 2})
+    for (std::size_t item = 0; item < reader.getNumItems(); ++item)
         colours.emplace_back(reader.getText(item, reader.getFieldIndex("Colour"), "none"));
     EXPECT_THAT(colours, testing::ElementsAre("colour of E3", "none", "colour of E1"));
 }
@@ -281,19 +281,17 @@ TEST(RecordTable, IsSavedAndReadAsTheFirstVersionWas) {
     ASSERT_TRUE(table.open(toWide(folder / "cache.odb")).ok());
     EXPECT_EQ(table.getParameter("Version"), "6");
     EXPECT_EQ(table.getParameter("version"), std::nullopt);
-    ASSERT_EQ(table.getNumRecords(), 2u);
     EXPECT_EQ(table.findField("children"), 2);
     EXPECT_EQ(table.findField("ModTime"), -1);
-    EXPECT_EQ(table.getField(0, 2), "E1|E2");
-    EXPECT_EQ(table.getField(0, 1), "");
-    EXPECT_EQ(table.getField(1, 1), "näme");
-    EXPECT_EQ(table.getField(2, 0), "");
     table.addRecord(); // a table that was read goes on
     table.setField(1, "third");
     ASSERT_TRUE(table.save(folder / "again.odb").ok());
     ASSERT_TRUE(table.open(folder / "again.odb").ok());
-    EXPECT_EQ(table.getField(0, 0), "G1");
-    EXPECT_EQ(table.getField(2, 1), "third");
+    std::string fields;
+    for (std::size_t record = 0; record <= table.getNumRecords(); ++record)
+        for (const int field : {0, 1, 2})
+            fields.append(table.getField(record, field)) += ',';
+    EXPECT_EQ(fields, "G1,,E1|E2,,näme,,,third,,,,,");
     EXPECT_EQ(table.open(folder / "none").code(), StatusCode::notFound);
     EXPECT_EQ(table.getNumRecords(), 0u);
 }
