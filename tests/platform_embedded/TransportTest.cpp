@@ -108,17 +108,14 @@ TEST_F(TransportTest, StatesAndNoticesComeInOrder) {
 }
 
 TEST_F(TransportTest, TimeMovesWithTheClockInWholeFrames) {
-    struct Row {
+    const Kv::FrameRate ntsc(30000, 1001);
+    const struct {
         const char* name;
         double from;
         Kv::FrameRate rate;
-        double speed;
-        double seconds;
-        double to;
+        double speed, seconds, to;
         std::size_t moves;
-    };
-    const Kv::FrameRate ntsc(30000, 1001);
-    const Row rows[] = {
+    } rows[] = {
         {"real time", 0, {25}, 1, 2, 2, 50},
         {"between frames", 0, {25}, 1, 0.05, 0.04, 1},
         {"backwards", 5, {25}, -1, 2, 3, 50},
@@ -129,7 +126,7 @@ TEST_F(TransportTest, TimeMovesWithTheClockInWholeFrames) {
         {"30000/1001 backwards", 5, ntsc, -2, 1.001, 5 - 2.002, 30},
         {"no rate", 0, {}, 0.5, 1.02, 0.5, 25},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         a.time = row.from;
         a.rate = row.rate;
         a.told.clear();
@@ -142,14 +139,10 @@ TEST_F(TransportTest, TimeMovesWithTheClockInWholeFrames) {
 }
 
 TEST_F(TransportTest, ItStopsAtTheEndThatLiesAhead) {
-    struct Row {
+    const struct {
         const char* name;
-        double from;
-        double speed;
-        double to;
-        double after; // seconds until it stops
-    };
-    const Row rows[] = {
+        double from, speed, to, after; // seconds until it stops
+    } rows[] = {
         {"end", 9, 1, 10, 1},
         {"start", 0.5, -1, 0, 0.52},
         {"past the end in one step", 9.9, 100, 10, 0.04},
@@ -158,7 +151,7 @@ TEST_F(TransportTest, ItStopsAtTheEndThatLiesAhead) {
         {"back from beyond", 10.08, -1, 0, 10.08},
         {"nothing to play", kNoTime, 1, kNoTime, 0},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         a.time = row.from;
         story.clear();
         const double begin = Host::clock().now();
