@@ -85,24 +85,6 @@ TEST_F(SrtExport, TimesFollowTheEditsTimecodeAndOtherFormsStayAsTheyAre) {
     }
 }
 
-TEST_F(SrtExport, LongTextsBecomeTwoLinesAtTheFirstBlankPastTheMiddle) {
-    const std::pair<const wchar_t*, const char*> rows[] = {
-        {L"exactly thirty-five characters long", "exactly thirty-five characters long\n"},
-        {L"1234567890 12345678901234 1234567890 1234567890123",
-         "1234567890 12345678901234\n1234567890 1234567890123\n"},
-        {L"1234567890 1234567890 1234567890 12345678901234567",
-         "1234567890 1234567890 1234567890\n12345678901234567\n"},
-        {L"onewordthatisfarlongerthanthelimitofthirtyfive",
-         "onewordthatisfarlongerthanthelimitofthirtyfive\n"},
-        {L"two words aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",
-         "two words aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\n"},
-        {L"a line\n\nbreak", "a line break\n"},
-    };
-    for (const auto& [text, lines] : rows)
-        EXPECT_EQ(written(edit(), {range(0, 1, text)}),
-                  "1\n00:00:00,000 --> 00:00:01,000\n" + std::string(lines));
-}
-
 TEST_F(SrtExport, ASubtitleTrackIsWrittenLineByLineInItsFont) {
     const EditPtr from = edit();
     const IdStamp track = from->addChan(kChanSubtitle);
