@@ -72,6 +72,15 @@ TEST_F(VobMonitorTest, publishesEachKindAsTheValueThatItIs) {
     }
 }
 
+TEST_F(VobMonitorTest, takesTheValuesOfItsVobWithoutTellingThem) {
+    const Kv::Ptr<Vob> other = open(makeEdit());
+    other->storeCurrentTime(5);
+    manager_.moveToVob(monitor_.get(), other);
+    EXPECT_EQ(monitor_->getTimeServer().getValue(), 5);
+    EXPECT_EQ(monitor_->getViewCookieServer().getValue(), other->getCookie());
+    EXPECT_EQ(told(), Calls());
+}
+
 TEST_F(VobMonitorTest, publishesNothingMoreOnceAListenerHasMovedOrDestroyedIt) {
     const Kv::Ptr<Vob> other = open(makeEdit());
     for (const auto& act : std::vector<std::function<void()>>{

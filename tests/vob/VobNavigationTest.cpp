@@ -103,6 +103,7 @@ TEST_F(VobNavigation, StopsWhereTheTabStopsSay) {
                 {"beyond the tolerance", 1, 2 - 2e-6, false, 2, 0},
                 {"within it", 1, 2 - 0.5e-6, false, 4, 0},
                 {"marks of all channels", 2, 2.2, false, 2.5, 2},
+                {"marks within the tolerance", 2, 2.5 - 0.5e-6, false, 4, 2},
                 {"cues, what is shown", 4, 5, false, 5.6, 4},
                 {"ends of ranges", 4, 6, false, 6.4, 5.6},
                 {"second cues alone", 128, 5, false, 5.4, 4},

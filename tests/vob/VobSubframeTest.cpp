@@ -89,9 +89,11 @@ INSTANTIATE_TEST_SUITE_P(Rows, VobSubframeConfiguration,
 TEST_F(VobSubframe, ReportsEachChannelByGroupAndPlace) {
     layClip(edit_, edit_->getId(2), 3 + kOff, 5);
     const IdStamp derived = edit_->addChan(kChanVideo, kSubDerived);
-    layClip(edit_, derived, 1, 2);
-    layClip(edit_, derived, 2 + kOff, 3);
-    layClip(edit_, edit_->addChan(kChanSubtitle), 2 + kOff, 3); // neither picture nor sound
+    const IdStamp subtitles = edit_->addChan(kChanSubtitle); // neither picture nor sound
+    for (const IdStamp& channel : {derived, subtitles}) {
+        layClip(edit_, channel, 1, 2);
+        layClip(edit_, channel, 2 + kOff, 3);
+    }
     edit_->groupChannels({edit_->getId(2), edit_->getId(3)}, true);
     edit_->setChanUserName(video_, L"$TIMECODE$");
     // The material runs on over this cut, which goes when all are on frames.
