@@ -115,26 +115,48 @@ TEST_F(BinManagerTest, SavesAllThatIsDirtyAsOneGroup) {
     EXPECT_THAT(told_, ElementsAre("saved"));
 }
 
-// Calls back before the first file is put into its place.
+// The file system in use; calls back once, at the first operation of a kind.
 class Meddling final : public FaultyFiles {
 public:
-    using FaultyFiles::FaultyFiles;
+    Meddling(std::string kind, std::function<void()> act)
+        : FaultyFiles(cutroom::systemFiles()), kind_(std::move(kind)), act_(std::move(act)) {}
+    ~Meddling() override { cutroom::installFileSystem(before_); }
+    cutroom::Result<Handle> open(const std::string& path, cutroom::OpenMode mode) override {
+        const cutroom::Result<Handle> file = FaultyFiles::open(path, mode);
+        meddle("open");
+        return file;
+    }
     cutroom::Status rename(const std::string& from, const std::string& to) override {
-        if (before)
-            std::exchange(before, nullptr)();
+        meddle("rename");
         return FaultyFiles::rename(from, to);
     }
-    std::function<void()> before;
+
+private:
+    void meddle(const char* kind) {
+        if (kind == kind_)
+            std::exchange(act_, [] {})();
+    }
+
+    const std::string kind_;
+    std::function<void()> act_;
+    cutroom::iFileSystem* const before_ = cutroom::installFileSystem(this);
 };
+
+TEST_F(BinManagerTest, ABinThatGoesWhileItIsReadStaysAway) {
+    const Cookie id = newBin(L"going")->getID();
+    bins().reInit(); // saves and drops it
+    const Meddling files("open", [&] { EXPECT_TRUE(bins().destroy(id, "").ok()); });
+    EXPECT_FALSE(bins().getData(id));
+    EXPECT_FALSE(bins().getSummary(id).valid());
+}
 
 TEST_F(BinManagerTest, WhatChangesDuringASaveStaysDirty) {
     const Kv::Ptr<BinData> changing = newBin(L"before"), quiet = newBin(L"quiet");
-    Meddling files(cutroom::systemFiles());
-    cutroom::iFileSystem* const former = cutroom::installFileSystem(&files);
-    files.before = [&] { std::thread([&] { changing->setName(L"meanwhile"); }).join(); };
-    EXPECT_TRUE(bins().saveAll().ok());
-    cutroom::installFileSystem(former);
-    EXPECT_FALSE(files.before) << "nothing was renamed";
+    {
+        const Meddling files("rename",
+                             [&] { std::thread([&] { changing->setName(L"meanwhile"); }).join(); });
+        EXPECT_TRUE(bins().saveAll().ok());
+    }
     EXPECT_TRUE(changing->isDirty());
     EXPECT_FALSE(quiet->isDirty());
     EXPECT_EQ(BinData(changing->getID()).getName(), L"before");
