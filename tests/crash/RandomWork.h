@@ -55,13 +55,15 @@ private:
         segment.end = from + length;
         segment.material = Cookie('E', static_cast<std::uint64_t>(1 + number(20)));
         segment.detail.name = L"piece " + std::to_wstring(number(1000));
+        if (cel->numSegments() > 400)
+            cel->clear();
         switch (number(4)) {
         case 0:
             return cel->lift(range);
         case 1:
-            return frames > 100 ? cel->remove(range) : cel->insertGap(from, length);
+            return cel->remove(range);
         case 2:
-            return cel->numSegments() < 400 ? cel->insertGap(from, length) : cel->remove(range);
+            return cel->insertGap(from, length);
         default:
             return cel->overwrite(segment);
         }
