@@ -1,6 +1,7 @@
 #include "platform/embedded/EmbeddedProject.h"
 
 #include "platform/base/Log.h"
+#include "platform/files/Files.h"
 #include "platform/prefs/Configuration.h"
 #include "platform/prefs/EditorPreferences.h"
 #include "platform/project/Savers.h"
@@ -13,6 +14,19 @@ namespace cutroom {
 namespace {
 
 Status firstFailure(Status first, Status second) { return first.ok() ? second : first; }
+
+// Damaged preferences cost nobody the project: they are moved aside, as far as it may be written,
+// and those that hold without a file hold.
+Status readPreferences(const std::string& path) {
+    const Status read = EditorPreferences::open(path);
+    if (read.code() != StatusCode::damaged)
+        return read;
+    LogBoth("%s; the preferences begin anew\n", read.text().c_str());
+    if (CurrentProject::isReadOnly())
+        return {};
+    const auto aside = moveAside(path);
+    return aside ? EditorPreferences::open(path) : aside.status();
+}
 
 } // namespace
 
@@ -49,7 +63,7 @@ void EmbeddedProject::readSettings() {
     const std::string inside = CurrentProject::getFolder() + '/';
     settings_ = Configuration::instance().load(inside + "configuration.ini");
     if (settings_.ok())
-        settings_ = EditorPreferences::open(inside + "preferences.ini");
+        settings_ = readPreferences(inside + "preferences.ini");
 }
 
 Status EmbeddedProject::close() {
