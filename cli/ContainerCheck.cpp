@@ -100,6 +100,22 @@ Status restore(const Kind& kind, const File& file, const Status& damage) {
     return {};
 }
 
+// Nothing stands in for a damaged search or list of searches: it is lost, but no longer in the way.
+void setSearchesAside(std::vector<Status>& lost) {
+    const auto searches = searchResults();
+    if (!searches)
+        return;
+    for (const Status& damage : (*searches)->getDamaged()) {
+        lost.push_back(damage);
+        if (damage.code() != StatusCode::damaged)
+            continue;
+        if (const auto aside = moveAside(damage.file()))
+            note(damage.text() + "; moved to " + *aside);
+        else
+            lost.push_back(aside.status());
+    }
+}
+
 } // namespace
 
 std::vector<Status> checkContainers(ContainerCounts* counts) {
@@ -130,6 +146,7 @@ std::vector<Status> restoreContainers() {
         if (const auto known = DocumentManager::instance().scan(); !known)
             lost.push_back(known.status());
     }
+    setSearchesAside(lost);
     BinManager::instance().reInit();
     return lost;
 }

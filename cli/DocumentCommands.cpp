@@ -49,7 +49,10 @@ using Made = std::vector<Kv::Ptr<Document>>;
 
 Status makeOne(const DocumentWords& words, const std::string& file, Made& all) {
     std::error_code ignored;
-    if (!fs::is_regular_file(file, ignored))
+    const fs::file_status there = fs::status(file, ignored);
+    if (fs::exists(there) && !fs::is_regular_file(there))
+        return {StatusCode::inputOutput, file, "is a folder, a device or a pipe, not a file"};
+    if (!fs::is_regular_file(there))
         return {StatusCode::notFound, file, "no such file"};
     const auto path = absolutePath(file);
     if (!path)

@@ -129,6 +129,15 @@ private:
 
 bool namesMix(const std::string& word) { return word == "main" || word.starts_with("bus"); }
 
+// "Mix A1, A2": what a step of undo is called.
+std::string stepName(const std::vector<std::string>& things) {
+    constexpr std::size_t kMost = 4;
+    std::string name = "Mix";
+    for (std::size_t i = 0; i < std::min(things.size(), kMost); ++i)
+        name += (i == 0 ? " " : ", ") + things[i];
+    return things.size() > kMost ? name + format(" and %zu more", things.size() - kMost) : name;
+}
+
 // Everything is read before anything is changed; what would change nothing makes no step of undo.
 Status set(const MixWords& words, const EditPtr& edit) {
     Settings settings(words);
@@ -144,8 +153,9 @@ Status set(const MixWords& words, const EditPtr& edit) {
     if (std::none_of(settings.all().begin(), settings.all().end(),
                      [&](const MixSetting& one) { return one.differs(reader); }))
         return {};
-    EditManager::instance().makeBackup(edit, "Mix");
-    AudioMixWriter writer(edit, "Mix");
+    const std::string step = stepName(words.things);
+    EditManager::instance().makeBackup(edit, step);
+    AudioMixWriter writer(edit, step);
     for (const MixSetting& setting : settings.all())
         setting.apply(writer);
     return {};

@@ -1,12 +1,15 @@
 #include "cli/MixWords.h"
 
 #include "platform/base/Strings.h"
+#include "platform/files/Files.h"
 #include "platform/files/KvIniFile.h"
 #include "platform/store/Edit.h"
 
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 
 namespace cutroom::cli {
 
@@ -174,10 +177,13 @@ Status saveMix(const EditPtr& edit, const std::string& path) {
     if (!mix || !mix->valid())
         return {StatusCode::failed, path, "the edit has no mix"};
     KvIniFile file(path);
-    if (!file.load() && file.status().code() != StatusCode::notFound)
+    // What else an ini file holds stays in it; a device or a pipe is only written.
+    std::error_code failure;
+    const bool stream = std::filesystem::is_other(path, failure);
+    if (!stream && !file.load() && file.status().code() != StatusCode::notFound)
         return file.status();
     mix->writeConfigurationInformation(file);
-    return file.save() ? Status() : file.status();
+    return writeOutput(path, file.text());
 }
 
 } // namespace cutroom::cli

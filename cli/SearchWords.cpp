@@ -103,8 +103,17 @@ unsigned parseKinds(const std::string& text) {
 
 std::uint32_t parseColours(const std::string& text) {
     std::uint32_t mask = 0;
-    for (const std::string& word : split(text, ','))
-        mask |= word == "other" ? kOtherColours : projdb::markerTypeBit(require(parseColour(word)));
+    for (const std::string& word : split(text, ',')) {
+        std::uint32_t bit = kOtherColours;
+        if (word != "other") {
+            bit = projdb::markerTypeBit(require(parseColour(word)));
+            if (bit == kOtherColours)
+                refuse(StatusCode::wrongUsage, word,
+                       "no colour of its own in a search; `other` stands for all that are not red, "
+                       "green, blue, cyan, magenta, yellow, white or black");
+        }
+        mask |= bit;
+    }
     return mask;
 }
 

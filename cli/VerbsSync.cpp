@@ -43,12 +43,21 @@ void link(Session& session, SessionWords& words) {
             name = words.take("a name");
         else
             vobs.push_back(takeViewer(session, words));
+    const std::string before = session.links().currentName();
     VobSynchroniser* synchroniser = session.links().find(name);
     if (!synchroniser)
         synchroniser = &session.links().add(name, std::make_unique<VobSynchroniser>());
     session.links().use(name);
     synchroniser->setItemsToSync(vobs);
-    session.say("  " + name + ": " + names(session, synchroniser->getSynchronisedVobs(0)));
+    const VobList linked = synchroniser->getSynchronisedVobs(0);
+    if (linked.empty() && !vobs.empty()) {
+        session.links().endCurrent();
+        if (session.links().find(before))
+            session.links().use(before);
+        refuse(StatusCode::failed, name,
+               "other links hold these viewers; `link-too` links one a second time");
+    }
+    session.say("  " + name + ": " + names(session, linked));
 }
 
 void unlink(Session& session, SessionWords& words) {
@@ -134,12 +143,14 @@ void playLinked(Session& session, SessionWords& words) {
 
 void makeSyncGroup(Session& session, SessionWords& words) {
     const std::wstring name = toWide(words.take("a name"));
+    if (name.empty())
+        refuse(StatusCode::wrongUsage, "sync-group", "a name is not empty");
     const CookieVec clips = require(findAssets(words.rest(), kEdits));
     while (!words.done())
         words.take("a clip");
     const Kv::Ptr<SyncGroupData> group = SyncGroupData::make(name);
     group->add(clips);
-    session.say(format("  %u clips", group->numItems()));
+    session.say(format("  %u clip%s", group->numItems(), group->numItems() == 1 ? "" : "s"));
 }
 
 // A viewer of the clip: the one that is open, else a new one that stands where the group says.
@@ -179,8 +190,11 @@ MulticamSynchroniser& multicamNamed(Session& session, const std::string& name,
 
 void multicam(Session& session, SessionWords& words) {
     const std::string text = words.take("a sync group");
-    const Kv::Ptr<SyncGroupData> group =
-        SyncGroupData::open(require(findAsset(text, kBins)).cookie);
+    const auto bin = findAsset(text, kBins);
+    if (!bin && bin.status().message().starts_with("no bin has"))
+        refuse(StatusCode::notFound, text,
+               "no sync group has this name or cookie; `sync-group` makes one");
+    const Kv::Ptr<SyncGroupData> group = SyncGroupData::open(require(bin).cookie);
     if (!group)
         refuse(StatusCode::wrongUsage, text, "a bin, not a sync group");
     bool follow = false;
