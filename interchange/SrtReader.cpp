@@ -199,6 +199,9 @@ Result<SrtFile> readSrt(std::string_view text, const std::string& file) {
                       "not UTF-8 text; say which encoding it has with --encoding (CP1250, GB18030)",
                       firstBadLine(text));
     SrtFile read = Reader(text).read();
+    if (read.cues.empty() && !read.warnings.empty())
+        return Status(StatusCode::damaged, file,
+                      "none of its subtitles has a text and an end after its start");
     if (read.cues.empty())
         return Status(
             StatusCode::damaged, file,
