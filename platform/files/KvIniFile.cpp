@@ -125,7 +125,9 @@ Status checkSeal(std::string_view text, const std::string& file) {
             return {StatusCode::failed, file, "was written by a later version", 1};
     }
     const auto lines = std::count(text.begin(), text.end(), '\n');
-    return {StatusCode::damaged, file, "the checksum is wrong", std::max<long>(lines, 1)};
+    return {StatusCode::damaged, file,
+            "the checksum is wrong; take the first and the last line out of a file edited by hand",
+            std::max<long>(lines, 1)};
 }
 
 } // namespace
