@@ -10,6 +10,8 @@
 #include "platform/store/EditRecord.h"
 #include "platform/store/SaveAlongside.h"
 
+#include <new>
+
 using cutroom::EditFile;
 using cutroom::Status;
 using cutroom::StatusCode;
@@ -93,7 +95,12 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits,
             return status;
     if (Status status = group.commit(); !status)
         return status;
-    const Status recorded = putRecords(saved);
+    Status recorded;
+    try {
+        recorded = putRecords(saved);
+    } catch (const std::bad_alloc&) { // the files are in place: once more
+        recorded = putRecords(saved);
+    }
     for (const SavedEdit& edit : saved)
         endSave(edit, recorded.ok());
     return recorded;
