@@ -199,14 +199,14 @@ Result<SrtFile> readSrt(std::string_view text, const std::string& file) {
                       "not UTF-8 text; say which encoding it has with --encoding (CP1250, GB18030)",
                       firstBadLine(text));
     SrtFile read = Reader(text).read();
-    if (read.cues.empty() && !read.warnings.empty())
+    if (read.cues.empty()) {
+        const std::string why =
+            read.warnings.empty() ? "" : " that can be taken (" + read.warnings.front() + ")";
         return Status(StatusCode::damaged, file,
-                      "none of its subtitles has a text and an end after its start");
-    if (read.cues.empty())
-        return Status(
-            StatusCode::damaged, file,
-            "holds no subtitle; SubRip has a line of two times, 00:00:01,000 --> 00:00:02,000, "
-            "above each");
+                      "holds no subtitle" + why +
+                          "; SubRip has a line of two times, 00:00:01,000 --> 00:00:02,000, above "
+                          "each");
+    }
     return read;
 }
 

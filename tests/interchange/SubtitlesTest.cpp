@@ -83,7 +83,7 @@ TEST(SrtReader, RefusesWhatIsNoneAndNamesTheLine) {
           "1\n00:00:60,000 --> 00:01:01,000\nx\n", "1\n00:00:01;12 --> 00:00:02;00\nx\n", "-->\n"})
         EXPECT_THAT(readSrt(bad, "f.srt").status().text(), HasSubstr("f.srt: holds no subtitle"));
     EXPECT_THAT(readSrt("1\n00:00:02,000 --> 00:00:01,000\nx\n", "f.srt").status().text(),
-                HasSubstr("an end after its start"));
+                HasSubstr("line 2: a subtitle that does not end after its start"));
 }
 
 class SubtitleImport : public testing::Test {
