@@ -114,10 +114,6 @@ bool SimpleMixState::setInputRoutedToMix(unsigned char index, signed char to, bo
     return true;
 }
 
-void SimpleMixState::insertInput(unsigned char index) {
-    if (index < inputs_.size() && inputs_.size() < kMaxInputs)
-        inputs_.insert(inputs_.begin() + index, Input());
-}
 void SimpleMixState::removeInput(unsigned char index) {
     if (index < inputs_.size())
         inputs_.erase(inputs_.begin() + index);

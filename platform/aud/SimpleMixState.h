@@ -10,7 +10,9 @@
 #include "platform/base/Object.h"
 #include "platform/base/Ptr.h"
 
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -74,9 +76,8 @@ public:
     bool anyInputSolo() const noexcept;
     bool anyMixSolo() const noexcept;
 
-    // Adjusts the inputs after the edit's audio channels changed: one in front of `input`, or the
-    // one at `input` gone; the others keep their settings.
-    void insertInput(unsigned char input);
+    // Adjusts the inputs after the edit's audio channel at `input` has gone; the others keep their
+    // settings.
     void removeInput(unsigned char input);
 
     // The stored form, described in docs/formats/mix.md: the type tag, the number of inputs, then
@@ -94,12 +95,16 @@ public:
     // version. Answers whether the file holds a mix configuration that it understands.
     bool retrieveCompatibleConfigurationInformation(const KvIniFile& file);
 
+    // Levels and pans are equal to the bit.
     friend bool operator==(const SimpleMixState& a, const SimpleMixState& b) noexcept {
         return a.valid_ == b.valid_ && a.inputs_ == b.inputs_ && a.mixes_ == b.mixes_ &&
                a.unknown_ == b.unknown_;
     }
 
 private:
+    static bool isSame(float a, float b) noexcept {
+        return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
+    }
     // Routings that differ from the default, in ascending order.
     using Routing = std::vector<signed char>;
     struct Input {
@@ -108,7 +113,10 @@ private:
         bool mute = false;
         bool solo = false;
         Routing toMixes;
-        friend bool operator==(const Input&, const Input&) = default;
+        bool operator==(const Input& b) const noexcept {
+            return isSame(level, b.level) && isSame(pan, b.pan) && mute == b.mute &&
+                   solo == b.solo && toMixes == b.toMixes;
+        }
     };
     struct Mix {
         float level = 1.0f;
@@ -116,7 +124,10 @@ private:
         bool solo = false;
         Routing toOutputs;
         Routing toMonitors;
-        friend bool operator==(const Mix&, const Mix&) = default;
+        bool operator==(const Mix& b) const noexcept {
+            return isSame(level, b.level) && mute == b.mute && solo == b.solo &&
+                   toOutputs == b.toOutputs && toMonitors == b.toMonitors;
+        }
     };
     const Input& input(unsigned char index) const noexcept;
     const Mix& mix(signed char index) const noexcept;

@@ -194,6 +194,9 @@ TEST_F(AudioMixTest, writesToTheMixThatAnUndoPutInPlace) {
     writer.setChannelPan(0, 1.0f);
     EXPECT_EQ(AudioMixReader(edit_).getChannelPan(0), 1.0f);
     EXPECT_EQ(AudioMixReader(edit_).getChannelLevel(0), 0.5f);
+    writer.setMixLevel(-1, 0.0f);
+    writer.setMixLevel(-1, -0.0f);
+    EXPECT_TRUE(std::signbit(AudioMixReader(edit_).getMixLevel(-1))) << "another value to the bit";
 }
 
 // --- the selection of channels -------------------------------------------------------------------

@@ -72,16 +72,13 @@ TEST(SimpleMixState, takesNothingWhileNotValid) {
     EXPECT_EQ(mix.numInputs(), 3u);
 }
 
-TEST(SimpleMixState, followsChannelsThatComeAndGo) {
+TEST(SimpleMixState, followsChannelsThatGo) {
     SimpleMixState mix(3);
     ASSERT_TRUE(mix.setInputPan(1, 0.0f) && mix.setInputPan(2, 1.0f));
-    mix.insertInput(1);
-    EXPECT_EQ(mix.getInputPan(1), 0.5f);
-    EXPECT_EQ(mix.getInputPan(2), 0.0f);
-    mix.removeInput(2);
+    mix.removeInput(1);
     mix.removeInput(200);
-    EXPECT_EQ(mix.getInputPan(2), 1.0f);
-    EXPECT_EQ(mix.numInputs(), 3u);
+    EXPECT_EQ(mix.getInputPan(1), 1.0f);
+    EXPECT_EQ(mix.numInputs(), 2u);
 }
 
 SimpleMixState randomMix(std::mt19937& random) {
