@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <cstdio>
+#include <system_error>
 #include <utility>
 
 namespace cutroom {
@@ -102,7 +103,12 @@ Result<SqliteConnection> SqliteConnection::open(const std::string& path, Mode mo
 }
 
 Status SqliteConnection::failure() const {
-    return Status(codeOf(sqlite3_errcode(handle_)), path_, sqlite3_errmsg(handle_));
+    const StatusCode code = codeOf(sqlite3_errcode(handle_));
+    std::string message = sqlite3_errmsg(handle_);
+    if (const int cause = sqlite3_system_errno(handle_);
+        cause != 0 && code == StatusCode::inputOutput) // a full disk, say
+        message += ": " + std::generic_category().message(cause);
+    return Status(code, path_, std::move(message));
 }
 
 bool SqliteConnection::inTransaction() const noexcept {
