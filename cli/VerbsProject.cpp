@@ -39,9 +39,12 @@ void makeEdit(Session& session, SessionWords& words) {
     Kv::FrameRate rate;
     while (!words.done()) {
         const auto& word = words.takeOneOf("a word", {"video", "audio", "length", "rate"});
-        if (word == "length")
+        if (word == "length") {
+            const std::string text = words.peek();
             length = words.takeNumber("seconds");
-        else if (word == "rate") {
+            if (length < 0)
+                refuse(StatusCode::wrongUsage, text, "a length is not negative");
+        } else if (word == "rate") {
             const std::string& text = words.take("a rate");
             const auto parsed = Kv::FrameRate::fromString(text);
             if (!parsed)
