@@ -122,8 +122,45 @@ Status makeBin(const Options& options, const FilterCommandWords& words) {
 
 } // namespace
 
+namespace {
+
+// The subcommands of `whole`, which share their words.
+class Subcommands {
+public:
+    Subcommands(Commands commands, CLI::App* whole) : commands_(commands), whole_(whole) {}
+
+    CLI::App* add(const char* name, const char* about, Workspace::Use use,
+                  Status (*body)(const Options&, const FilterCommandWords&)) const {
+        CLI::App* const command = whole_->add_subcommand(name, about);
+        runsWithProject(commands_, command, use, [words = words_, body](const Options& options) {
+            return body(options, *words);
+        });
+        return command;
+    }
+    CLI::App* forFilter(CLI::App* command) const {
+        command->add_option("filter", words_->filter, "Name or cookie")
+            ->required()
+            ->type_name("FILTER");
+        return command;
+    }
+    CLI::Option* withSources(CLI::App* command, const char* type) const {
+        return command->add_option("sources", words_->sources, "Names or cookies")->type_name(type);
+    }
+    CLI::Option* withVisibility(CLI::App* command) const {
+        return command->add_option("--visibility", words_->visibility, "always, optional or never")
+            ->type_name("WHEN");
+    }
+    FilterCommandWords& words() const { return *words_; }
+
+private:
+    const Commands commands_;
+    CLI::App* const whole_;
+    const std::shared_ptr<FilterCommandWords> words_ = std::make_shared<FilterCommandWords>();
+};
+
+} // namespace
+
 void addFilterCommand(Commands commands) {
-    const auto words = std::make_shared<FilterCommandWords>();
     CLI::App* const whole = commands.app.add_subcommand(
         "filter", "Views of the whole project: everything, logs, images, tags, your own");
     whole->require_subcommand(1);
@@ -132,56 +169,38 @@ void addFilterCommand(Commands commands) {
                   "  cutroom filter bin \"Night shots\" \"Both\" --combine all\n\n"
                   "A filter is named by its name or its cookie. Those of the system follow the "
                   "project;\nthe bins of your own hold what their sources held.");
-    const auto sub = [&](const char* name, const char* about, Workspace::Use use,
-                         Status (*body)(const Options&, const FilterCommandWords&)) {
-        CLI::App* const command = whole->add_subcommand(name, about);
-        runsWithProject(commands, command, use,
-                        [words, body](const Options& options) { return body(options, *words); });
-        return command;
-    };
-    const auto forFilter = [&](CLI::App* command, const char* type = "FILTER") {
-        const bool fresh = type[0] == 'N';
-        command
-            ->add_option(fresh ? "name" : "filter", words->filter,
-                         fresh ? "Name of the filter" : "Name or cookie")
-            ->required()
-            ->type_name(type);
-        return command;
-    };
-    const auto withSources = [&](CLI::App* command, const char* type) {
-        return command->add_option("sources", words->sources, "Names or cookies")->type_name(type);
-    };
-    const auto withVisibility = [&](CLI::App* command) {
-        return command->add_option("--visibility", words->visibility, "always, optional or never")
-            ->type_name("WHEN");
-    };
+    const Subcommands sub(commands, whole);
+    FilterCommandWords& words = sub.words();
     constexpr auto kRead = Workspace::Use::read;
     constexpr auto kWrite = Workspace::Use::write;
-    sub("list", "Show the project's filters", kRead,
-        [](const Options& options, const FilterCommandWords&) {
-            print(listFilters(options.json));
-            return Status();
-        });
-    forFilter(sub("show", "Show the bins of a filter and what they hold", kRead, show));
-    CLI::App* const fresh = forFilter(
-        sub("new", "Make a filter over copies of bins, or of the bins of filters", kWrite, make),
-        "NAME");
-    withSources(fresh, "BIN|FILTER");
-    withVisibility(fresh);
-    withSources(forFilter(sub("update", "Give a filter of yours other bins", kWrite, update)),
-                "BIN|FILTER");
-    withSources(sub("delete", "Delete filters of yours", kWrite, destroy), "FILTER")->required();
-    forFilter(sub("rename", "Give a filter of yours another name", kWrite, rename))
-        ->add_option("name", words->name, "The new name")
+    sub.add("list", "Show the project's filters", kRead,
+            [](const Options& options, const FilterCommandWords&) {
+                print(listFilters(options.json));
+                return Status();
+            });
+    sub.forFilter(sub.add("show", "Show the bins of a filter and what they hold", kRead, show));
+    CLI::App* const fresh = sub.add(
+        "new", "Make a filter over copies of bins, or of the bins of filters", kWrite, make);
+    fresh->add_option("name", words.filter, "Name of the filter")->required()->type_name("NAME");
+    sub.withSources(fresh, "BIN|FILTER");
+    sub.withVisibility(fresh);
+    sub.withSources(
+        sub.forFilter(sub.add("update", "Give a filter of yours other bins", kWrite, update)),
+        "BIN|FILTER");
+    sub.withSources(sub.add("delete", "Delete filters of yours", kWrite, destroy), "FILTER")
+        ->required();
+    sub.forFilter(sub.add("rename", "Give a filter of yours another name", kWrite, rename))
+        ->add_option("name", words.name, "The new name")
         ->required()
         ->type_name("NAME");
-    withVisibility(forFilter(sub("set", "Say when a filter is shown", kWrite, setVisibility)))
+    sub.withVisibility(
+           sub.forFilter(sub.add("set", "Say when a filter is shown", kWrite, setVisibility)))
         ->required();
     CLI::App* const combined =
-        forFilter(sub("bin", "Make one real bin of the bins of a filter", kWrite, makeBin));
-    combined->add_option("name", words->name, "Name of the bin")->required()->type_name("NAME");
+        sub.forFilter(sub.add("bin", "Make one real bin of the bins of a filter", kWrite, makeBin));
+    combined->add_option("name", words.name, "Name of the bin")->required()->type_name("NAME");
     combined
-        ->add_option("--combine", words->combine,
+        ->add_option("--combine", words.combine,
                      "What lies in any of the bins (the default), in all, or in the first only")
         ->type_name("any|all|first");
 }

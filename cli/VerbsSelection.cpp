@@ -162,8 +162,9 @@ void tellRemembered(Session& session, SessionWords&) {
 
 } // namespace
 
-void addSelectionVerbs(VerbTable& verbs) {
-    verbs.heading("Selection");
+namespace {
+
+void addSelectingVerbs(VerbTable& verbs) {
     verbs.add({"select", "CHANNEL ... | all | video | audio", "selects channels",
                [](Session& session, SessionWords& words) { setChannels(session, words, true); }});
     verbs.add({"deselect", "CHANNEL ... | all | video | audio", "deselects channels",
@@ -184,6 +185,10 @@ void addSelectionVerbs(VerbTable& verbs) {
                    session.say(session.viewer()->canAlterTrackSelection(channel) ? "  yes"
                                                                                  : "  no");
                }});
+}
+
+// Segments and unjoined cuts.
+void addJoiningVerbs(VerbTable& verbs) {
     verbs.add(
         {"segment", "add|remove|toggle (CHANNEL T) ... | clear", "selects segments", segment});
     verbs.add({"unjoin", "CHANNEL T [out] [flags N]", "unjoins a cut for trimming",
@@ -208,6 +213,14 @@ void addSelectionVerbs(VerbTable& verbs) {
                reEstablishCuts});
     verbs.add({"rejoin", "", "joins all cuts again",
                [](Session& session, SessionWords&) { session.viewer()->rejoinCuts(); }});
+}
+
+} // namespace
+
+void addSelectionVerbs(VerbTable& verbs) {
+    verbs.heading("Selection");
+    addSelectingVerbs(verbs);
+    addJoiningVerbs(verbs);
     verbs.add({"node", "CHANNEL T [off] | clear",
                "selects a level node of a levels channel, or none",
                [](Session& session, SessionWords& words) {
