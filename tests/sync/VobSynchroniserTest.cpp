@@ -212,6 +212,7 @@ TEST_P(LinksModel, neitherLoopNorDrift) {
             link();
         move();
     }
+    EXPECT_EQ(times(), times_);
     if (GetParam().relinked)
         RecordProperty("steps", std::to_string(GetParam().moves));
 }
