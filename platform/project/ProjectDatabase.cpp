@@ -157,7 +157,8 @@ void ProjectDatabase::setEntry(Slot slot, Number number, const projdb::Record& r
 
 Status ProjectDatabase::loadEntries() {
     forgetEntries();
-    return table_->readFrom(0, kLastNumber, std::numeric_limits<std::int32_t>::max(),
+    return table_->readFrom(std::numeric_limits<Number>::min(), kLastNumber,
+                            std::numeric_limits<std::int32_t>::max(),
                             [this](Number number, projdb::Record&& record) CUTROOM_REQUIRES(lock_) {
                                 setEntry(static_cast<Slot>(entries_.size()), number, record);
                             });

@@ -187,7 +187,7 @@ Result<projdb::Record> RecordTable::rowOf(const SqliteStatement& row) {
     projdb::Record record;
     const std::optional<Cookie> cookie = Cookie::fromString(row.text(1));
     const std::string_view texts = row.bytes(11);
-    if (!cookie || !readRecordBytes(texts, record))
+    if (row.number(0) < 1 || !cookie || !readRecordBytes(texts, record))
         return damagedRow(row.number(0));
     record.cookie = *cookie;
     record.kinds = number32(row, 2);
