@@ -229,11 +229,10 @@ private:
         if (!model_.cells.empty() && model_.end() > from && model_.end() < to)
             piece.lay(model_.end(), to);
         EXPECT_TRUE(cel_->overwriteFrom(*cel_, from, to, at).ok());
-        for (CelSegment segment : piece.segments()) {
-            segment.start += at - from;
-            segment.end += at - from;
-            model_.lay(segment.start, segment.end, segment);
-        }
+        // The last one first: the black between the piece and the list behind it begins once.
+        const std::vector<CelSegment> pieces = piece.segments();
+        for (auto segment = pieces.rbegin(); segment != pieces.rend(); ++segment)
+            model_.lay(segment->start + at - from, segment->end + at - from, *segment);
     }
     void relabel() {
         auto segments = model_.segments();
