@@ -120,10 +120,6 @@ Status makeBin(const Options& options, const FilterCommandWords& words) {
     return {};
 }
 
-} // namespace
-
-namespace {
-
 // The subcommands of `whole`, which share their words.
 class Subcommands {
 public:

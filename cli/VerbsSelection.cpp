@@ -160,10 +160,6 @@ void tellRemembered(Session& session, SessionWords&) {
     }
 }
 
-} // namespace
-
-namespace {
-
 void addSelectingVerbs(VerbTable& verbs) {
     verbs.add({"select", "CHANNEL ... | all | video | audio", "selects channels",
                [](Session& session, SessionWords& words) { setChannels(session, words, true); }});
