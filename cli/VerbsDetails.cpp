@@ -138,6 +138,15 @@ void listEffects(Session& session, SessionWords&) {
     session.say("  templates:" + templates);
 }
 
+// The name of a layout that is there.
+LightweightString<wchar_t> takeLayout(SessionWords& words) {
+    const std::string& name = words.take("a name");
+    const auto known = BITCLayoutsManager::getLayoutNames();
+    if (std::find(known.begin(), known.end(), toWide(name)) == known.end())
+        refuse(StatusCode::notFound, name, "no layout of this name; `burn-in save` makes one");
+    return toWide(name);
+}
+
 void burnIn(Session& session, SessionWords& words) {
     const auto& action =
         words.takeOneOf("a word", {"add", "clear", "save", "load", "default", "list"});
@@ -149,10 +158,11 @@ void burnIn(Session& session, SessionWords& words) {
         if (!BITCLayoutsManager::setLayout(toWide(words.take("a name")), set))
             refuse(StatusCode::wrongUsage, "name", "a layout needs a name on one line");
     } else if (action == "default") {
-        BITCLayoutsManager::setProjectDefault(toWide(words.takeOr("")));
+        BITCLayoutsManager::setProjectDefault(words.done() ? LightweightString<wchar_t>()
+                                                           : takeLayout(words));
     } else {
         if (action == "load")
-            set = BITCLayoutsManager::getLayout(toWide(words.take("a name")));
+            set = BITCLayoutsManager::getLayout(takeLayout(words));
         else if (action == "clear")
             set = {};
         else {

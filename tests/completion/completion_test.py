@@ -127,7 +127,9 @@ class Completion(unittest.TestCase):
 class Manual(unittest.TestCase):
     def test_every_command_and_option_is_in_the_manual(self):
         with open(MANUAL, encoding="utf-8") as file:
-            page = file.read().replace("\\-", "-")
+            page = file.read()
+        self.assertIn(run(CUTROOM, "__manual").strip(), page, "the page is not of this command")
+        page = page.replace("\\-", "-")
         for command in listed("Subcommands"):
             self.assertIn(f"\n.SS {command}\n", page)
             section = page.split(f"\n.SS {command}\n")[1].split("\n.SS ")[0]
