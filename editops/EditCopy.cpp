@@ -20,8 +20,9 @@ EditModule wholeOf(const Cookie& edit) {
     return module;
 }
 
-bool isCopiedAsFile(const Edit& edit) {
-    return edit.get_original_material() != 0 || edit.getLogType() == kLogTypeFileCopy;
+bool isCopiedAsFile(const EditPtr& edit) {
+    return cutroom::opens(edit) &&
+           (edit->get_original_material() != 0 || edit->getLogType() == kLogTypeFileCopy);
 }
 
 } // namespace
@@ -29,9 +30,8 @@ bool isCopiedAsFile(const Edit& edit) {
 EditModifier copyEdit(const EditModule& source, const LightweightString<wchar_t>& name,
                       bool stripCookies) {
     const EditPtr& edit = source.getEdit();
-    UnfinishedEdit copy(edit && isCopiedAsFile(*edit)
-                            ? cutroom::beginCopy(cutroom::copyFileOfEdit(edit))
-                            : cutroom::beginWholeCopy(edit));
+    UnfinishedEdit copy(isCopiedAsFile(edit) ? cutroom::beginCopy(cutroom::copyFileOfEdit(edit))
+                                             : cutroom::beginWholeCopy(edit));
     if (!copy)
         return {};
     if (copy->get_original_material() == 0)
@@ -59,7 +59,7 @@ EditModifier edcopy_basic_copy(const Cookie& source) {
 }
 
 EditModifier flatten(const EditModule& source) {
-    if (!source.valid())
+    if (!cutroom::opens(source.getEdit()))
         return {};
     UnfinishedEdit copy(
         copyEdit(wholeOf(source.getEditID()), makeEditNameSuffix(cutroom::kResFlattened), false));

@@ -7,6 +7,7 @@
 #include "editops/EditCopy.h"
 #include "editops/NewLog.h"
 #include "editops/UnfinishedEdit.h"
+#include "editops/WholeCopy.h"
 #include "platform/prefs/Configuration.h"
 #include "platform/store/Edit.h"
 #include "platform/store/Editor.h"
@@ -90,7 +91,7 @@ void keepSelected(EditModifier& copy, const EditModule& source) {
 } // namespace
 
 EditModifier copyRange(const EditModule& source, eLogType type, bool wholeEdit) {
-    if (!source.valid())
+    if (!cutroom::opens(source.getEdit()))
         return {};
     if (wholeEdit && type == kLogTypeEdit)
         return copyEdit(source, makeEditNameSuffix(cutroom::kResCopy), false);

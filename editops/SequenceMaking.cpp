@@ -33,7 +33,7 @@ EditModule inProject(const EditModule& clip) {
 
 EditModifier makeSequenceFromClip(const EditModule& clip) {
     const EditPtr& edit = clip.getEdit();
-    if (!edit)
+    if (!cutroom::opens(edit))
         return {};
     const auto name = edit->getName() + paddedResourceStrW(cutroom::kResSequenceCopy, L" (", L")");
     UnfinishedEdit sequence(createEmptyEdit(makeNewEditCookie(), name, selectedOf(clip, kChanVideo),

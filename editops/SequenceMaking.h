@@ -11,7 +11,7 @@
 // Makes an empty edit with as many picture and sound channels as `clip` selects, at the project's
 // frame rate, and cuts the marked region of the clip into it from time 0 on. Named after the clip
 // with the suffix of sequences. A clip that is not imported is added to the project first. Fails
-// silently.
+// silently, also for a clip that has been deleted since.
 CUTROOM_API EditModifier makeSequenceFromClip(const EditModule& clip);
 
 // Copies the whole of `source` as an edit (see `copySequenceEdit`, whose log messages it shares),

@@ -7,6 +7,8 @@
 
 namespace cutroom {
 
+bool opens(const EditPtr& edit) { return edit && EditPtr(edit.getCookie()); }
+
 EditModifier beginCopy(EditModifier copy) {
     if (!copy) {
         LogBoth("copyEdit() : failed to open copy");
@@ -18,7 +20,7 @@ EditModifier beginCopy(EditModifier copy) {
 }
 
 EditModifier beginWholeCopy(const EditPtr& source) {
-    if (!source) {
+    if (!opens(source)) {
         LogBoth("copyEdit() : Unable to open source edit\n");
         return {};
     }

@@ -78,8 +78,11 @@ TEST_F(CopyParts, aSequenceTakesTheMarkedPartOfAClipAsItStandsInTheProject) {
                   state == kChanged ? materialOf(L"now") : strip(clip, 'V', 1));
         EXPECT_EQ(projdb::isPresent(clip.getCookie()), state != kImported);
     }
+    const EditModifier gone = makeClip();
+    ASSERT_TRUE(manager().deleteEdits({gone.getCookie()}, "").ok());
     const auto before = holdings();
-    EXPECT_FALSE(makeSequenceFromClip(EditModule()));
+    for (const EditPtr& clip : {EditPtr(), EditPtr(gone)})
+        EXPECT_FALSE(makeSequenceFromClip(whole(clip)));
     EXPECT_FALSE(makeSequenceFromClip(marked(makeClip(), 0, 1e98)));
     EXPECT_EQ(holdings().first, before.first + 1) << "only the clip itself is new";
     EXPECT_THAT(log_.lines, IsEmpty());

@@ -180,15 +180,18 @@ TEST_F(EditCopy, isToldOnceItIsThere) {
 }
 
 TEST_F(EditCopy, failureIsLoggedAndLeavesNothing) {
-    EXPECT_FALSE(copyEdit(EditModule(), L"", false));
-    EXPECT_FALSE(copySequenceEdit(EditPtr(), L""));
-    EXPECT_FALSE(makeSequenceFromSource(EditModule(), L""));
-    EXPECT_FALSE(edcopy_basic_copy(Cookie('E', 77)));
+    EditModifier clip = makeClip(), reel = makeReel(); // deleted while they are held
+    ASSERT_TRUE(manager().deleteEdits({clip.getCookie(), reel.getCookie()}, "").ok());
+    EXPECT_FALSE(flatten(whole(reel)) || copyRange(whole(reel), kLogTypeEdit, true) ||
+                 copyRange(whole(reel), kLogTypeSubclip, false));
+    EXPECT_THAT(log_.lines, IsEmpty());
+    for (const EditPtr& gone : {EditPtr(clip), EditPtr(reel), EditPtr()})
+        for (const auto& [name, make] : kWholeCopies)
+            EXPECT_FALSE(make(gone)) << name;
     EXPECT_THAT(log_.lines, testing::Each("copyEdit() : Unable to open source edit\n"));
-    EXPECT_EQ(log_.lines.size(), 4u);
-    log_.lines.clear();
+    EXPECT_EQ(log_.lines.size(), 12u);
 
-    EditModifier clip = makeClip();
+    clip = makeClip();
     const Cookie cookie = clip.getCookie();
     ASSERT_TRUE(manager().flushChanges(false).ok());
     const auto before = holdings();

@@ -136,9 +136,10 @@ TEST_F(UnjoinedCutsTest, TextHoldsTheIndicesInOrder) {
     EXPECT_EQ(read.asString(), "4,7,12");
     EXPECT_EQ(read.getHandle(0), in(2));
     EXPECT_FALSE(read.anyMatching(~0u));
-    read.fromString("12,4,,nonsense,999", cel_.get()); // kept in the order of the text
-    EXPECT_EQ(read.asString(), "12,4,0,0,999");
-    EXPECT_FALSE(read.getHandle(4).valid());
+    read.fromString("12,999,4,,nonsense", cel_.get()); // kept in the order of the text
+    EXPECT_EQ(read.asString(), "12,999,4,0,0");
+    EXPECT_FALSE(read.getHandle(1).valid());
+    EXPECT_EQ(read.numSelectionsBeforeTime(9), 4) << "what is not valid is passed over";
     read.fromString("4", nullptr);
     EXPECT_EQ(read.asString(), "");
     read.fromString("", cel_.get());
