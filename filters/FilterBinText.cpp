@@ -106,13 +106,14 @@ void FilterBinData::write(JSON::Builder& object) const {
     object.beginArray(kItems);
     const Reading lock(*this);
     for (const BinItem& item : *this) {
+        if (!item.asset.valid())
+            continue; // would not be read again, nor would numbers that are none
         object.beginObject();
         object.add(kCookie, item.asset.asString());
-        object.add(kTime, item.time);
-        if (item.markIn != kNoTime)
-            object.add(kMarkIn, item.markIn);
-        if (item.markOut != kNoTime)
-            object.add(kMarkOut, item.markOut);
+        object.add(kTime, std::isfinite(item.time) ? item.time : 0.0);
+        for (const auto& [key, mark] : {std::pair(kMarkIn, item.markIn), {kMarkOut, item.markOut}})
+            if (mark != kNoTime && std::isfinite(mark))
+                object.add(key, mark);
         object.endObject();
     }
     object.endArray();

@@ -1,6 +1,5 @@
 #include "filters/ProjectFilterBase.h"
 
-#include "bins/DescriptionFiles.h"
 #include "filters/FilterBinData.h"
 #include "platform/files/TextFile.h"
 #include "platform/prefs/EditorPreferences.h"
@@ -18,10 +17,26 @@ namespace {
 constexpr char kName[] = "Name";
 constexpr char kVisibility[] = "Visibility";
 constexpr char kBins[] = "Bins";
-// The most bins that a file may hold.
+// The most bins that a file may hold, and its greatest size.
 constexpr std::size_t kMaxBins = 10'000;
+constexpr std::uint64_t kMaxBytes = TextFile::kMaxBytes;
 // Behind the filter's name; stored settings are found under exactly these characters.
 constexpr char kPrefKeyEnd[] = " : visiblity";
+
+Status notReadAgain(const LightweightString<wchar_t>& name, const char* reason) {
+    return {StatusCode::failed, cutroom::toUtf8(name), reason};
+}
+
+// Why bins could not be read again from one file.
+const char* whyRefused(const FilterBins& bins) {
+    if (bins.size() > kMaxBins)
+        return "the filter has more bins than its file can hold";
+    std::set<Cookie> ids;
+    for (const Kv::Ptr<FilterBinData>& bin : bins)
+        if (const Cookie id = bin->getID(); id.type() != 'G' || !ids.insert(id).second)
+            return "a bin of the filter has no cookie of its own";
+    return nullptr;
+}
 
 } // namespace
 
@@ -155,34 +170,44 @@ void ProjectFilterBase::writePreference() const {
 
 // --- the file ------------------------------------------------------------------------------------
 
-std::string ProjectFilterBase::asText() const {
+cutroom::Result<std::string> ProjectFilterBase::asText() const {
     const eVisibility visibility = getVisibility();
+    const FilterBins bins = peekResults();
+    if (const char* const reason = whyRefused(bins))
+        return notReadAgain(getName(), reason);
     JSON::Builder out;
     out.beginObject();
     out.add(kName, getName());
     if (visibility != kOptional)
         out.add(kVisibility, visibilityToString(visibility));
     out.beginArray(kBins);
-    for (const Kv::Ptr<FilterBinData>& bin : peekResults()) {
+    for (const Kv::Ptr<FilterBinData>& bin : bins) {
         out.beginObject();
         bin->write(out);
         out.endObject();
     }
     out.endArray();
     out.endObject();
+    if (out.text().size() > kMaxBytes)
+        return notReadAgain(getName(), "the filter would become larger than its file may be");
     return out.take();
 }
 
 Status ProjectFilterBase::save(const LightweightString<wchar_t>& path) const {
     const auto narrow = cutroom::narrowPath(path);
-    return narrow ? TextFile::save(*narrow, asText()) : narrow.status();
+    if (!narrow)
+        return narrow.status();
+    const auto text = asText();
+    return text ? TextFile::save(*narrow, *text) : text.status();
 }
 
 Status ProjectFilterBase::load(const LightweightString<wchar_t>& path) {
     const auto narrow = cutroom::narrowPath(path);
     if (!narrow)
         return narrow.status();
-    const auto object = JSON::Element::load(*narrow, cutroom::DescriptionFiles::readOptions());
+    JSON::ReadOptions options;
+    options.maxBytes = kMaxBytes;
+    const auto object = JSON::Element::load(*narrow, options);
     return object ? fromElement(**object, *narrow) : object.status();
 }
 

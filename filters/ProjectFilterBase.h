@@ -48,10 +48,11 @@ protected:
     // Reads name, visibility (`kOptional` when the file names none) and bins, which are appended.
     // On failure, which names file, place and reason, the filter is as it was.
     cutroom::Status load(const LightweightString<wchar_t>& path);
-    // Writes all three, crash-safely; the visibility only when it is not `kOptional`.
+    // Writes all three, crash-safely; the visibility only when it is not `kOptional`. `failed`
+    // for what `load` would refuse: more than 10,000 bins or 1 GiB, two bins of one cookie.
     cutroom::Status save(const LightweightString<wchar_t>& path) const;
     // What `save` writes, and its reading; `file` is for messages.
-    std::string asText() const;
+    cutroom::Result<std::string> asText() const;
     cutroom::Status fromElement(const JSON::Element& object, const std::string& file);
 
     // Called before results are looked at, without a lock: for heirs that make bins late.

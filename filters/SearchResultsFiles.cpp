@@ -173,6 +173,9 @@ Status SearchResultsFilter::saveList(const SearchBin* withCriteria, const Search
     std::vector<std::uint64_t> counts;
     for (const Kv::Ptr<FilterBinData>& bin : results)
         counts.push_back(bin->changeCount());
+    const auto list = asText();
+    if (!list)
+        return list.status();
     if (Status status = cutroom::makeFolders(folder()); !status)
         return status;
     GroupCommit group(CurrentProject::getFolder());
@@ -181,7 +184,7 @@ Status SearchResultsFilter::saveList(const SearchBin* withCriteria, const Search
                                Status status = makeRoom(file);
                                return status ? group.write(kFolder + file, text) : status;
                            };
-    if (Status status = stage(kListFile, asText()); !status)
+    if (Status status = stage(kListFile, *list); !status)
         return status;
     if (withCriteria != nullptr) {
         const auto text = withCriteria->getCriteria()->asText();

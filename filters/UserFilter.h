@@ -41,7 +41,7 @@ public:
     // Something changed since the last save: the filter itself or one of its bins.
     bool isDirty() const;
     // What `save` would write, and its reading; nothing is told.
-    std::string getFileText() const { return asText(); }
+    cutroom::Result<std::string> getFileText() const { return asText(); }
     cutroom::Status take(const JSON::Element& object, const std::string& file);
     // Counts what changed; taken before the text, it tells `setSaved` what has been written.
     struct ChangeCounts {

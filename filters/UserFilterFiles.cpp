@@ -40,7 +40,10 @@ Status UserFilterFiles::write(const std::vector<FilterPtr>& filters) {
     std::vector<UserFilter::ChangeCounts> counts;
     for (const FilterPtr& filter : filters) {
         counts.push_back(filter->changeCounts());
-        if (Status staged = files_.stage(group, filter->getID(), filter->getFileText()); !staged)
+        const auto text = filter->getFileText();
+        if (!text)
+            return text.status();
+        if (Status staged = files_.stage(group, filter->getID(), *text); !staged)
             return staged;
     }
     if (Status committed = group.commit(); !committed)

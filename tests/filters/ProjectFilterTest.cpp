@@ -5,6 +5,8 @@
 #include "platform/project/MediaKind.h"
 #include "tests/filters/FilterProject.h"
 
+#include <cmath>
+
 using namespace cutroom::test;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -109,6 +111,7 @@ TEST_F(ProjectFilterTest, OfTheUserAreToldSavedAndReadAgain) {
     EXPECT_EQ(again->getVisibility(), iProjectFilter::kOptional);
     EXPECT_EQ(again->getBins()[0]->getItem(0).markIn, 1.25);
     EXPECT_EQ(BinHandle(Cookie('G', 7)).getBin(), again->getBins()[0]);
+    EXPECT_TRUE(BinData().import(Cookie('G', 7)));
     again->clear();
     EXPECT_THAT(file(filterFile(id)), HasSubstr("\"Bins\": []"));
     EXPECT_TRUE(filters().destroyFilter(again));
@@ -142,6 +145,25 @@ TEST_F(ProjectFilterTest, AreAsBeforeWhereNothingCanBeWritten) {
     EXPECT_TRUE(filters().getFilterByName(L"Kept"));
     EXPECT_TRUE(project_->close().ok());
     EXPECT_THAT(filters().getAllFilters(), IsEmpty());
+}
+
+TEST_F(ProjectFilterTest, AreNotWrittenSoThatTheyCouldNotBeReadAgain) {
+    BinItem odd(Cookie('G', 5), std::nan(""));
+    odd.markIn = odd.markOut = HUGE_VAL;
+    const FilterBins bins = oneBin(L"odd", {BinItem(), odd});
+    EXPECT_TRUE(filters().createFilter(bins, L"Odd"));
+    EXPECT_FALSE(filters().createFilter({bins[0], bins[0]}, L"Twice"));
+    FilterBins many;
+    while (many.size() <= 10'000)
+        many.push_back(Kv::makePtr<FilterBinData>());
+    EXPECT_FALSE(filters().createFilter(many, L"Many"));
+    many.pop_back();
+    EXPECT_TRUE(filters().createFilter(many, L"As many as can be"));
+    reopen();
+    EXPECT_EQ(contentOf(L"Odd"), "odd: G");
+    const BinItem read = filters().getFilterByName(L"Odd")->getBins()[0]->getItem(0);
+    EXPECT_TRUE(read.time == 0 && !read.hasMark());
+    EXPECT_THAT(filters().getDamaged(), IsEmpty());
 }
 
 TEST_F(ProjectFilterTest, ReInitFollowsTheFolder) {

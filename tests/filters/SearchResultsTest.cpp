@@ -63,6 +63,15 @@ TEST_F(SearchResultsTest, keepsResultsAndSearchesAcrossSessions) {
         << "what has been looked at follows the project";
 }
 
+TEST_F(SearchResultsTest, keepsResultsOfAnySize) {
+    const Kv::Ptr<BinData> large = filters().addSearch(tide());
+    large->setName(std::wstring(std::size_t{17} << 20, L'x')); // as many items would make it
+    EXPECT_TRUE(large->save().ok());
+    reopen();
+    ASSERT_EQ(filter().getResults().size(), 1u);
+    EXPECT_TRUE(filter().getResults()[0]->contains(Cookie('E', 1)));
+}
+
 TEST_F(SearchResultsTest, savesWhatIsChangedInKeptResults) {
     const Kv::Ptr<BinData> bin = filters().addSearch(tide());
     EXPECT_FALSE(filter().anyDirty());
