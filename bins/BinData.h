@@ -134,9 +134,9 @@ public:
     static bool allowNestedBins();
 
     // --- order -----------------------------------------------------------------------------------
-    // Puts the items in the order of a column and tells 2048. `take` and `numMarkers` by their
-    // leading number; all others as text: numbers by their value and before other text, that by
-    // lower-cased characters. Ties keep their order, descending too.
+    // Puts the items in the order of a column and tells 2048, always. `take` and `numMarkers` by
+    // their leading number; all others as text: numbers by their value and before other text, that
+    // by lower-cased characters. Ties keep their order, descending too.
     virtual void sort(const LogAttribute& attribute, bool ascending);
 
     // --- adding: items and cookies whether the bin accepts them or not ---------------------------
@@ -158,8 +158,8 @@ public:
     // Replace all items. Tell 768, always.
     void setContents(Items items);
     void setLogs(Items items);
-    // Adds what the bin or group `container` holds, with marks and times, as far as this bin
-    // accepts it and does not hold it yet. True when any was added.
+    // Adds what the container of that cookie holds (a bin, a filter's result bin, an asset group),
+    // with marks and times, as far as it is accepted and not held yet. True when any was added.
     virtual bool import(const Cookie& container);
 
     // --- removing: true when anything went; tells 512 without cookies ----------------------------

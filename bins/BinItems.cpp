@@ -1,6 +1,8 @@
 // The items of a bin: looking at them, putting in and taking out.
+#include "bins/AssetAssociationGroupManager.h"
 #include "bins/BinBatch.h"
 #include "bins/BinData.h"
+#include "bins/BinHandle.h"
 #include "bins/BinIndex.h"
 #include "bins/BinManager.h"
 #include "platform/project/ProjDb.h"
@@ -325,10 +327,14 @@ void BinData::setContents(Items items) { replaceItems(std::move(items)); }
 void BinData::setLogs(Items items) { replaceItems(std::move(items)); }
 
 bool BinData::import(const Cookie& container) {
-    const Kv::Ptr<BinData> from =
-        container == getID() ? nullptr : BinManager::instance().getData(container);
-    if (!from)
+    if (container == getID())
         return false;
+    const Kv::Ptr<BinData> from = BinHandle(container).getBin();
+    if (!from) {
+        const auto group = AssetAssociationGroupManager::instance().getGroup(container);
+        const std::vector<Cookie> members = group ? group->getConstituents() : CookieVec();
+        return add(LightweightVector<AssetReference>(members.begin(), members.end()));
+    }
     Items items = from->copyOfItems();
     std::erase_if(items, [&](const BinItem& item) { return !canAccomodate(item.asset); });
     for (BinItem& item : items)

@@ -1,6 +1,7 @@
 // Verbs that make, fill and empty bins.
 #include "bins/BinManager.h"
 #include "cli/ContainerWords.h"
+#include "cli/FilterWords.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
@@ -78,9 +79,16 @@ void refer(Session& session, SessionWords& words) {
     session.say(bin->add(LightweightVector<AssetReference>{reference}) ? "  taken" : "  not taken");
 }
 
+// A bin or a group; by its cookie also a bin that a filter presents.
+Cookie takeContainer(SessionWords& words) {
+    const std::string& text = words.take("a bin or group");
+    const auto named = findAsset(text, kBins | kGroups);
+    return named && named->kind == kGroups ? named->cookie : require(findAnyBin(text))->getID();
+}
+
 void importInto(Session& session, SessionWords& words) {
     const Kv::Ptr<BinData> bin = takeBin(words);
-    session.say(bin->import(takeBin(words)->getID()) ? "  taken" : "  nothing taken");
+    session.say(bin->import(takeContainer(words)) ? "  taken" : "  nothing taken");
 }
 
 void setContents(Session&, SessionWords& words) {
@@ -210,7 +218,7 @@ void addBinVerbs(VerbTable& verbs) {
                    bin->add(*takeBin(words));
                }});
     verbs.add(
-        {"bin-import", "BIN OTHER", "adds what a bin holds, as far as it is accepted", importInto});
+        {"bin-import", "BIN BIN|GROUP", "adds what that holds, as far as accepted", importInto});
     verbs.add({"bin-become", "BIN OTHER", "takes over everything of another bin",
                [](Session&, SessionWords& words) {
                    const Kv::Ptr<BinData> bin = takeBin(words);

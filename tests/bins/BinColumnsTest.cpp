@@ -1,3 +1,4 @@
+#include "bins/AssetAssociationGroupManager.h"
 #include "bins/BinHandle.h"
 #include "bins/DocumentManager.h"
 #include "platform/prefs/EditorPreferences.h"
@@ -162,6 +163,11 @@ TEST_F(BinColumnsTest, WhatIsAcceptedAndNotHeldYetIsImported) {
     EXPECT_EQ(to->getItem(1).time, 4.0);
     EXPECT_FALSE(to->anyTagged() || to->import(from->getID()));
     EXPECT_FALSE(to->import(to->getID()) || to->import(Cookie('E', 1)));
+    const auto group = AssetAssociationGroupManager::instance().createGroup(
+        L"group", {Cookie('E', 4), Cookie('A', 5), Cookie('E', 1)});
+    EXPECT_TRUE(to->import(group->getID()));
+    EXPECT_EQ(to->numItems(), 3u);
+    EXPECT_EQ(to->getItem(2).asset, Cookie('E', 4));
 }
 
 // --- handles -------------------------------------------------------------------------------------
