@@ -46,7 +46,7 @@ public:
 
     // --- the description (docs/formats/document.md) --------------------------------------------
     void write(JSON::Builder& out) const override;
-    // Everything but `isImported`.
+    // Everything but `isImported`; the size only where the description has one.
     cutroom::Status take(const JSON::Element& from, const std::string& file) override;
 
     // Description and first location beside what every container has.

@@ -29,14 +29,15 @@ Locations readLocations(cutroom::DescriptionReader& reader) {
 }
 
 // A size of another kind than a number counts as missing.
-std::uint64_t readSize(const JSON::Element& from, cutroom::DescriptionReader& reader) {
+std::optional<std::uint64_t> readSize(const JSON::Element& from,
+                                      cutroom::DescriptionReader& reader) {
     const auto member = from.find(kSize);
     if (!member || !member->isNumber())
-        return 0;
+        return std::nullopt;
     const auto size = member->asUnsigned();
     if (!size)
         reader.fail(kSize, "is no number of bytes");
-    return size.value_or(0);
+    return size;
 }
 
 } // namespace
@@ -63,7 +64,7 @@ cutroom::Status Document::take(const JSON::Element& from, const std::string& fil
     const Identity identity =
         readIdentity(reader, {kId, kName, kExternalId, kCreated, kModified}, "DA");
     LightweightString<wchar_t> description = reader.text(kDescription);
-    const std::uint64_t size = readSize(from, reader);
+    const std::optional<std::uint64_t> size = readSize(from, reader);
     Locations locations = readLocations(reader);
     if (!reader.status())
         return reader.status();
@@ -72,7 +73,8 @@ cutroom::Status Document::take(const JSON::Element& from, const std::string& fil
     if (cutroom::Status restored = restore(identity, file); !restored)
         return restored;
     description_ = std::move(description);
-    size_ = size;
+    if (size) // a description may be silent about it
+        size_ = *size;
     locations_ = std::move(locations);
     keysChanged();
     return {};

@@ -47,6 +47,7 @@ TEST_F(DescriptionTest, KeysAreWrittenInOrder) {
         EXPECT_EQ(textOf(group), golden(name));
         EXPECT_TRUE(group.isDirty()); // read by hand, not from its file
     }
+    EXPECT_THAT(textOf(Group(L"", {}, static_cast<Group::eType>(2))), HasSubstr("\"Versions\""));
 }
 
 TEST_F(DescriptionTest, WhatIsThereIsReadAndTheRestIsEmpty) {
@@ -70,6 +71,9 @@ TEST_F(DescriptionTest, WhatIsThereIsReadAndTheRestIsEmpty) {
         EXPECT_EQ(document->getLocations(), row.locations) << row.member;
         EXPECT_EQ(document->getFileName(),
                   row.locations.empty() ? std::wstring() : row.locations[0]);
+        document->setSize(99); // stays where the description has none
+        EXPECT_TRUE(document->read(jsonOf(withMember(row.member))));
+        EXPECT_EQ(document->getSize(), row.size == 0 ? 99 : row.size) << row.member;
     }
     Group group;
     EXPECT_TRUE(group.read(jsonOf(R"({"ID":"G0000000000001","Unknown":1})")));
