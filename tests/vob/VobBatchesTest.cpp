@@ -99,6 +99,23 @@ TEST_F(VobBatches, FromAnotherThreadCarryTheEditsChangesWithoutTheDescription) {
     EXPECT_THAT(calls_, ElementsAre("a: edit 3 change 0"));
 }
 
+TEST_F(VobBatches, TellingsOfOtherKindsFromAnotherThreadArriveAsGiven) {
+    const Cookie other = makeEdit().getCookie();
+    vob_->beginModifications();
+    vob_->setSelected(2, false);
+    onWorker([&] {
+        vob_->informFocusChanged(true);
+        vob_->informPlayStateChange(kPlayStateStopped);
+        vob_->informOtherEditAltered(other, EditModifications(kModName));
+        vob_->endModifications(); // the mix follows
+    });
+    EXPECT_THAT(calls_, IsEmpty());
+    host_.loop().pump();
+    EXPECT_THAT(calls_,
+                ElementsAre("a: focus", "a: play state 2", "a: other " + other.asString() + " 3",
+                            "a: change 16 time 0", "a: edit 27 change 0"));
+}
+
 TEST_F(VobBatches, EventsThatAreNotTheVobsOwnAreLeftAlone) {
     Event event;
     EXPECT_FALSE(event_send(event)); // to nobody

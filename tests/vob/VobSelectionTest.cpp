@@ -52,6 +52,8 @@ TEST_F(VobSelection, IsToldOnlyWhenItChanges) {
     EXPECT_EQ(selected(), "0011");
     vob_->setSelectedFrom(1);
     EXPECT_EQ(selected(), "0111");
+    EXPECT_EQ(vob_->firstSelectedChannel(), edit_->getId(1));
+    EXPECT_EQ(vob_->firstSelectedChannel(kChanAudio), edit_->getId(2));
     vob_->setSelectedRaw(edit_->getId(0), true);
     const std::string told = "a: change 16 time 0", mutes = "a: edit 27 change 0";
     EXPECT_THAT(calls_, ElementsAre(told, told, mutes, mutes, told, mutes, mutes, told));
@@ -104,6 +106,7 @@ TEST_F(VobSelection, SegmentsAreFoundAgainAfterCutsBeforeThem) {
     for (const double seconds : {0.6, 1.5, 5.0})
         EXPECT_TRUE(vob_->isSegmentSelected(segmentAt(seconds))) << seconds;
     EXPECT_FALSE(vob_->isSegmentSelected(segmentAt(3)));
+    EXPECT_THAT(vob_->findTrackSelections(channel_)->getSelectedSegments(), ElementsAre(2, 6, 10));
     vob_->toggleSegmentSelection(segmentAt(5));
     EXPECT_FALSE(vob_->isSegmentSelected(segmentAt(5)));
 }
@@ -161,11 +164,15 @@ TEST_F(VobSelection, CutsUnjoinedWithinAChangeJoinThoseFromBeforeIt) {
 }
 
 TEST_F(VobSelection, ATrimThatCannotBeDoneWhollyIsTakenBack) {
-    layClip(edit_, channel_, 4, 6);
+    TrimObj trim(*vob_);
+    EXPECT_EQ(trim.trimFrames(1, true, true).message(), "no channel has unjoined cuts");
+    layClip(edit_, channel_, 4, 5);
+    layClip(edit_, channel_, 5, 6, 8);
     const auto before = cel_->copy();
     vob_->unjoinCut(channel_, cel_->find_ceh(4, 0));
     vob_->unjoinCut(channel_, cel_->find_ceh(6, 0));
-    EXPECT_FALSE(TrimObj(*vob_).trimFrames(-4.5, true, true).ok());
+    EXPECT_FALSE(trim.trimFrames(-1.5, true, true).ok()); // the second would pass the cut at 5
+    EXPECT_EQ(trim.trimFrames(kNoTime, true, true).message(), "no such time");
     EXPECT_TRUE(cel_->sameContents(*before));
     EXPECT_EQ(vob_->getNumUnjoinedCuts(), 2u);
 }
@@ -182,4 +189,14 @@ TEST_F(VobSelection, LevelNodesAreDeselectedByChangesOfTheirChannel) {
     vob_->informClients(EditModifications(kModLevelNodes), VobModification(0));
     EXPECT_FALSE(vob_->anySelectedLevelNodes());
     EXPECT_EQ(calls_.back(), "a: edit 6 change 131072");
+    for (const auto kind : {kModChannelsAdded, kModEventsAdded}) { // told with the edit's change
+        vob_->selectLevelNode(levels, 1, true);
+        edit_->addModification(kind, true);
+        EXPECT_FALSE(vob_->anySelectedLevelNodes());
+        EXPECT_THAT(calls_.back(), testing::EndsWith(std::to_string(kind) + " change 131072"));
+    }
+    vob_->selectLevelNode(levels, 1, true);
+    vob_->selectLevelNode(levels, 1, false);
+    EXPECT_FALSE(vob_->anySelectedLevelNodes());
+    EXPECT_EQ(calls_.back(), "a: change 131072 time 0");
 }
