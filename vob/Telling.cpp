@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 namespace cutroom {
 
@@ -23,6 +24,12 @@ void logFailedClient(const char* where) noexcept {
     } catch (...) {
         LogBoth("%s : a client failed\n", where);
     }
+}
+
+bool NestedTelling::cutOff(const char* where) noexcept {
+    if (!std::exchange(runaway_, true))
+        LogBoth("%s : too many clients told inside one another, stopped\n", where);
+    return true;
 }
 
 Telling::Telling(Telling*& chain, std::size_t clientsAtStart) noexcept

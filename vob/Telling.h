@@ -21,6 +21,33 @@ namespace cutroom {
 // begins the line. Only inside a catch clause.
 [[gnu::cold]] void logFailedClient(const char* where) noexcept;
 
+// One telling of clients, of whatever Vob and whatever about. Lives on the stack of the
+// user-interface thread. 500 inside one another, somebody answers every call with another telling:
+// from then on, until the outermost is over, no telling inside it reaches anybody.
+class NestedTelling {
+public:
+    // `where` begins the line in the log.
+    explicit NestedTelling(const char* where) noexcept
+        : refused_(++depth_ > kDeepest ? cutOff(where) : runaway_) {}
+    ~NestedTelling() {
+        if (--depth_ == 0)
+            runaway_ = false;
+    }
+    NestedTelling(const NestedTelling&) = delete;
+    NestedTelling& operator=(const NestedTelling&) = delete;
+
+    // Tells nobody.
+    bool refused() const noexcept { return refused_; }
+
+private:
+    static constexpr int kDeepest = 500;
+    [[gnu::cold]] static bool cutOff(const char* where) noexcept;
+
+    static inline int depth_ = 0;
+    static inline bool runaway_ = false;
+    const bool refused_;
+};
+
 // Lives on the stack while clients are told, under the Vob's client lock.
 class Telling {
 public:

@@ -67,8 +67,8 @@ public:
     // it throws is logged and goes no further. The same holds for all calls below.
     virtual void handleModifications(const EditModifications& editChanges,
                                      const VobModification& change);
-    // Another client was attached to, or an unmanaged one detached from, this one's Vob. Of clients
-    // added inside the telling of others, 500 deep, nobody is told any more.
+    // Another client was attached to, or an unmanaged one detached from, this one's Vob. Tellings,
+    // of whatever kind, end 500 inside one another: none inside the outermost is heard any more.
     virtual void notifyClientAdded(VobClient* client);
     virtual void notifyClientRemoved(VobClient* client);
     virtual void notifyPlayStateChange(PlayStateNotifyType change);

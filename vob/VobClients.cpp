@@ -14,9 +14,6 @@ namespace {
 // Additions that are being told at this moment, anywhere, each inside the telling of another.
 int additions = 0;
 
-// Deeper than this it must be a client that adds one whenever it hears of one.
-constexpr int kMostNestedAdditions = 500;
-
 class AddingClient {
 public:
     AddingClient() noexcept { ++additions; }
@@ -44,12 +41,8 @@ void Vob::addClient(VobClient* client) {
         listWillChange();
         clients_.push_back(client);
         client->setVob(this);
-        if (additions >= kMostNestedAdditions) {
-            LogBoth("Vob::addClient() : too many clients added inside one another, not told\n");
-        } else {
-            const AddingClient adding;
-            walkClients(client, &VobClient::notifyClientAdded);
-        }
+        const AddingClient adding;
+        walkClients(client, &VobClient::notifyClientAdded);
     }
     sortClients();
 }
@@ -69,6 +62,9 @@ void Vob::removeClient(VobClient* client) {
 // Reads the list anew after each call: the place moves on only while it still holds the client just
 // called, so none is skipped when one goes. Ends when the subject itself has gone.
 void Vob::walkClients(VobClient* subject, void (VobClient::*notify)(VobClient*)) {
+    const cutroom::NestedTelling nested("Vob");
+    if (nested.refused())
+        return;
     const cutroom::ClientWatch watch(subject);
     std::size_t place = 0;
     while (place < clients_.size() && watch.alive()) {

@@ -96,6 +96,9 @@ template <class Proxy> void Vob::informClientsSafe(Proxy& proxy) {
         const CriticalSection::Lock lock(clientLock_);
         if (clients_.empty())
             return;
+        const cutroom::NestedTelling nested("Vob::informClients()");
+        if (nested.refused())
+            return;
         Telling telling(tellings_, clients_.size());
         if (timed.each->enabled()) {
             TimedProxy<Proxy> timing(proxy, *timed.each);

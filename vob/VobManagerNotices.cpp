@@ -1,10 +1,13 @@
 // What the edit store tells: changes and deletions of edits, and the project's exit.
+#include "platform/base/Log.h"
 #include "platform/base/Strings.h"
 #include "platform/messaging/Callback.h"
 #include "platform/project/PermissionsManager.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 #include "vob/VobManager.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -115,7 +118,13 @@ void VobManager::handleEditDeletion(const NotifyMsg& message) {
 // --- the project's exit --------------------------------------------------------------------------
 
 void VobManager::handleProjectExit(const NotifyMsg&) {
+    std::size_t allowance = std::max<std::size_t>(10'000, 8 * vobs_.size());
     while (!vobs_.empty()) {
+        if (allowance-- == 0) {
+            LogBoth("VobManager::handleProjectExit() : Vobs keep coming, stopped\n");
+            VobVec().swap(vobs_); // without telling anybody
+            break;
+        }
         const VobPtr vob = vobs_.front();
         if (closeVob(vob, false) || destroyManagedClients(vob))
             continue;

@@ -105,3 +105,16 @@ TEST_F(VobManagerNotices, ClientsThatComeWithEveryGoingCannotHoldUpTheExit) {
             client.release(); // the exit has deleted it
     }
 }
+
+TEST_F(VobManagerNotices, NorCanVobsThatComeWithEveryGoing) {
+    const auto guard = manager_.registerNotification(
+        makeCallback<NotifyMsg>([&](const NotifyMsg& message) {
+            if (!message.getObject())
+                manager_.setSourceMachineRaw(manager_.createVob(edit_).get());
+        }),
+        manager_.sourceChangedMsgType());
+    manager_.setSourceMachineRaw(a_.get());
+    ASSERT_TRUE(EditManager::instance().handleProjectExit());
+    EXPECT_THAT(manager_.getAllVobs(), IsEmpty());
+    EXPECT_EQ(manager_.getSourceMachine(), nullptr);
+}

@@ -132,20 +132,30 @@ TEST_F(VobManagerTest, ANewcomerMayBeDestroyedByWhoeverIsToldOfIt) {
     EXPECT_THAT(calls_, ElementsAre("a: added n", "a: removed VobClient"));
 }
 
-TEST_F(VobManagerTest, AClientThatAddsOneForEachItHearsOfIsStopped) {
+TEST_F(VobManagerTest, ClientsThatAddOrRemoveOneForEachTheyHearOfAreStopped) {
     const auto vob = open(makeEdit());
     std::vector<std::unique_ptr<VobClient>> bred;
-    const auto breeder = client("b");
-    breeder->onAdded = [&](VobClient*) {
+    const auto b = client("b"), c = client("c");
+    manager_.open(b.get(), vob);
+    manager_.open(c.get(), vob);
+    b->onAdded = c->onAdded = [&](VobClient*) {
         bred.push_back(std::make_unique<VobClient>());
         manager_.open(bred.back().get(), vob);
     };
-    manager_.open(breeder.get(), vob);
     VobClient first(vob.get(), kClientPriorityLowest, kClientUnmanaged);
-    EXPECT_EQ(bred.size(), 500u);
-    EXPECT_EQ(vob->getNumClients(), 502u); // whoever was not told of is there all the same
+    EXPECT_EQ(bred.size(), 1000u);          // by each at 500 depths
+    EXPECT_EQ(vob->getNumClients(), 1003u); // whoever was not told of is there all the same
     EXPECT_FALSE(Vob::isAddingClient());
-    EXPECT_THAT(log_.lines, testing::Contains(HasSubstr("too many clients")));
+    b->onAdded = c->onAdded = nullptr;
+    bred.clear();
+    int goings = 0;
+    b->onRemoved = [&](VobClient*) {
+        ++goings;
+        const VobClient brief(vob.get(), kClientPriorityLowest, kClientUnmanaged);
+    };
+    manager_.closeInternal(&first);
+    EXPECT_EQ(goings, 500);
+    EXPECT_EQ(log_.lines, Calls(2, "Vob : too many clients told inside one another, stopped\n"));
 }
 
 TEST_F(VobManagerTest, AClientToBeDestroyedMayGoWhileItsLeavingIsTold) {
