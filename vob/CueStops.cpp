@@ -16,7 +16,7 @@ void CueStops::follow(const CueList& cues, std::uint64_t changeCount) {
         std::vector<double>& times = times_[cue.hasFlag(kCueSecondKind) ? kSecond : kOrdinary];
         times.push_back(cue.getTime());
         if (cue.hasEnd())
-            times.push_back(cue.getEndTime());
+            times.push_back(cue.getRange().getEnd());
     }
     for (std::vector<double>& times : times_)
         if (!std::is_sorted(times.begin(), times.end()))

@@ -27,7 +27,7 @@ public:
     double getNearestCutTime(double seconds) const;
 
     // Moves every unjoined cut of the snap channel by `amount` frames (or seconds), all or none;
-    // then, with `rejoin`, takes them out of the selection. Tells nobody.
+    // then, with `rejoin`, takes them out of the selection. Only the edit tells, before it returns.
     cutroom::Status trimFrames(double amount, bool inSeconds, bool rejoin);
 
 private:

@@ -259,8 +259,8 @@ public:
     // Takes the extents from the edit; a region that covered the old ones covers the new ones.
     void resetEditExtents();
     const TimeRange& getViewRegion() const noexcept { return viewRegion_; }
-    // Shows `region`, moved and cut to the edit and never narrower than two frames. Remembered in
-    // the edit when it may be written. With `notify` tells 0x10000 when it changed.
+    // Shows `region`, moved and cut to the edit; what is narrower than a frame becomes two wide.
+    // Remembered in the edit when it may be written. With `notify` tells 0x10000 when it changed.
     void setViewRegion(const TimeRange& region, bool notify);
 
     // --- channel selection; tells 16 when it changes -------------------------------------------
@@ -381,8 +381,8 @@ public:
     void makeBackup();
     bool undoRequest();
     bool redoRequest();
-    // How the edit is viewed, into its configuration and back. Only the Vob with the role for that
-    // kind of edit (or, for edits, one on the clipboard) stores. Malformed values are passed over.
+    // How the edit is viewed, into its configuration and back, if it was stored. Only the Vob with
+    // the role for that kind (or one on the clipboard) stores. Malformed values count as none.
     void storeBackupDetails();
     void restoreBackupDetails();
 

@@ -109,7 +109,7 @@ void Vob::storeChannelBackup(const IdStamp& channel) {
 // --- restoring -----------------------------------------------------------------------------------
 
 void Vob::restoreBackupDetails() {
-    if (!edit_)
+    if (!edit_ || !edit_->getConfig(kCurrent)) // never stored: all is as it should be
         return;
     if (const auto time = readTime(*edit_, kCurrent); time && *time != kNoTime)
         storeTime(*time);

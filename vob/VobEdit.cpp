@@ -151,6 +151,7 @@ void Vob::cel_cues_off() {
 }
 
 bool Vob::addCue(const Cue& cue, const LightweightString<char>& origin) {
+    const Kv::Ptr<Vob> self = keepAlive();
     if (!edit_ || !edit_->addCue(cue, origin))
         return false;
     addModification(kVobMarks);
@@ -188,7 +189,8 @@ void Vob::preNotifyClients(const EditModifications& editChanges, const VobModifi
         EditModifications::bit(kModFlattened);
     if (editChanges.includesAnyOf(kPointsMoved))
         followPoints();
-    if (editChanges.contentReplaced() && edit_->isClipboard())
+    // Who was told of the region on the way may have closed the project.
+    if (edit_ && editChanges.contentReplaced() && edit_->isClipboard())
         followClipboard();
 }
 

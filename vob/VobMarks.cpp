@@ -22,6 +22,15 @@ VobModification marksChanged(double seconds, const IdStamp& channel) {
     return change;
 }
 
+// The first selected channel with a mark; the empty id when none has one.
+IdStamp firstMarked(const EditModule& module) {
+    const std::vector<IdStamp> selected = module.getSelectedChans();
+    const auto marked = std::find_if(selected.begin(), selected.end(), [&](const IdStamp& channel) {
+        return module.isMarked(channel);
+    });
+    return marked == selected.end() ? IdStamp() : *marked;
+}
+
 } // namespace
 
 // --- storing -------------------------------------------------------------------------------------
@@ -110,20 +119,19 @@ double Vob::getMarkTime(int chan) const {
     if (!edit_)
         return kNoTime;
     IdStamp channel = edit_->getId(chan == kChanAllSelected ? 0 : chan);
-    if (chan == kChanAllSelected) {
-        const std::vector<IdStamp> selected = module_.getSelectedChans();
-        const auto marked =
-            std::find_if(selected.begin(), selected.end(),
-                         [&](const IdStamp& candidate) { return isMarkValid(candidate); });
-        if (marked != selected.end())
-            channel = *marked;
-    }
+    if (chan == kChanAllSelected)
+        if (const IdStamp marked = firstMarked(module_); marked.valid())
+            channel = marked;
     return module_.getMark(channel, In);
 }
 
 bool Vob::isMarkValid() const { return module_.isMarked(); }
 
-bool Vob::isMarkValid(int chan) const { return edit_ && isMarkValid(edit_->getId(chan)); }
+bool Vob::isMarkValid(int chan) const {
+    if (chan == kChanAllSelected)
+        return firstMarked(module_).valid();
+    return edit_ && isMarkValid(edit_->getId(chan));
+}
 
 bool Vob::isMarkValid(const IdStamp& channel) const { return edit_ && module_.isMarked(channel); }
 
@@ -152,6 +160,7 @@ bool Vob::allowAdvancedMarks() {
 void Vob::exchangeCurrentAndMark(int chan) {
     if (!edit_)
         return;
+    const Kv::Ptr<Vob> self = keepAlive();
     TransitStatus::manager().prepareToLocate();
     const double in = module_.getMark(In);
     const double out = module_.getMark(Out);
@@ -193,13 +202,16 @@ void Vob::alignMarks(MarkType type) {
     if (first == selected.end() || std::all_of(selected.begin(), selected.end(), isPopped))
         return;
 
+    const Kv::Ptr<Vob> self = keepAlive();
+    const EditPtr edit = edit_;
     makeBackup();
     trim.setSnapChannel(*first);
-    if (!trim.trimFrames(targetTime - keptTime, true, false))
+    const bool trimmed = trim.trimFrames(targetTime - keptTime, true, false).ok();
+    if (!trimmed || edit != edit_) // who was told may have put another edit here
         return;
     clearUnjoinedCuts();
     describe(VobModification(kVobMarks | kVobCuts));
     markAllAt(kNoTime, kept);
     markAllAt(targetTime, target);
-    edit_->addModification(kModTrimFinished, true);
+    edit->addModification(kModTrimFinished, true);
 }

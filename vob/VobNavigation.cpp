@@ -67,7 +67,13 @@ void Vob::offerCues(EventSearch& search, const EditReader& edit, unsigned stops)
 EventInfo Vob::findEvent(bool forward, double from, bool ignoreUnjoined, bool includeCurrent) {
     const unsigned midPoints =
         getStopAtTransitionMidPoints() ? unsigned{kStopTransitionMidPoints} : 0u;
-    setConsoleTabStops((getConsoleTabStops() & ~unsigned{kStopTransitionMidPoints}) | midPoints);
+    const unsigned wanted =
+        (getConsoleTabStops() & ~unsigned{kStopTransitionMidPoints}) | midPoints;
+    Kv::Ptr<Vob> self;
+    if (wanted != getConsoleTabStops()) {
+        self = keepAlive();
+        setConsoleTabStops(wanted);
+    }
     const unsigned stops = getConsoleTabStops();
     EventInfo info{from, from, {}, 0};
     if (!edit_ || std::isnan(from))
@@ -115,19 +121,31 @@ void Vob::setStopAtTransitionMidPoints(bool on) {
 
 // --- going ---------------------------------------------------------------------------------------
 
+// The caller keeps the Vob alive.
 bool Vob::moveTimeTo(const EventInfo& event) {
     const double before = getCurrentTime();
     if (!event.found() || event.time == before)
         return false;
-    const Kv::Ptr<Vob> self = keepAlive();
     setCurrentTime(event.time);
     return getCurrentTime() != before;
 }
 
-bool Vob::setTimeToNextEvent() { return moveTimeTo(getNextEvent(getCurrentTime(), false, false)); }
+bool Vob::setTimeToNextEvent() {
+    const Kv::Ptr<Vob> self = keepAlive();
+    return moveTimeTo(getNextEvent(getCurrentTime(), false, false));
+}
 
-bool Vob::setTimeToPrevEvent() { return moveTimeTo(getPrevEvent(getCurrentTime(), false, false)); }
+bool Vob::setTimeToPrevEvent() {
+    const Kv::Ptr<Vob> self = keepAlive();
+    return moveTimeTo(getPrevEvent(getCurrentTime(), false, false));
+}
 
-bool Vob::setTimeToFirstEvent() { return moveTimeTo(getNextEvent(-kInfinity, true, false)); }
+bool Vob::setTimeToFirstEvent() {
+    const Kv::Ptr<Vob> self = keepAlive();
+    return moveTimeTo(getNextEvent(-kInfinity, true, false));
+}
 
-bool Vob::setTimeToLastEvent() { return moveTimeTo(getPrevEvent(kInfinity, true, false)); }
+bool Vob::setTimeToLastEvent() {
+    const Kv::Ptr<Vob> self = keepAlive();
+    return moveTimeTo(getPrevEvent(kInfinity, true, false));
+}

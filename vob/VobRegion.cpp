@@ -15,20 +15,32 @@ constexpr char kZoom[] = "stripv_zoom";
 
 bool isAway(double time, const TimeRange& range) { return !range.contains(time, kTimeTolerance); }
 
-// The significant part of the selected channels; nothing when none of them has material.
-std::optional<TimeRange> significantRange(const Edit& edit, const EditModule& module) {
+// From the first start to the last end of the selected channels, as the two functions tell them;
+// nothing when they tell of none.
+template <double (Cel::*Start)() const, double (Cel::*End)() const>
+std::optional<TimeRange> selectedRange(const Edit& edit, const EditModule& module) {
     double start = std::numeric_limits<double>::max();
     double end = std::numeric_limits<double>::lowest();
     for (const IdStamp& channel : module.getSelectedChans()) {
         const Kv::Ptr<Cel> cel = edit.get_edit_cel_p(channel);
-        if (!cel || cel->get_significant_start_time() == kNoTime)
+        if (!cel || (*cel.*Start)() == kNoTime)
             continue;
-        start = std::min(start, cel->get_significant_start_time());
-        end = std::max(end, cel->get_significant_end_time());
+        start = std::min(start, (*cel.*Start)());
+        end = std::max(end, (*cel.*End)());
     }
     if (start > end)
         return std::nullopt;
     return TimeRange(start, end);
+}
+
+// The significant part of the selected channels; all of it when none of them has material, as the
+// edit counts its own.
+TimeRange significantRange(const Edit& edit, const EditModule& module) {
+    if (const auto range =
+            selectedRange<&Cel::get_significant_start_time, &Cel::get_significant_end_time>(edit,
+                                                                                            module))
+        return *range;
+    return selectedRange<&Cel::getStartTime, &Cel::getEndTime>(edit, module).value_or(TimeRange());
 }
 
 } // namespace
@@ -42,11 +54,9 @@ TimeRange Vob::editRange() const {
 double Vob::getTotalDuration() const {
     if (!edit_)
         return 0;
-    double duration = 0;
-    if (!VobManager::getTotalDurationBySelection())
-        duration = edit_->getSignificantEndTime() - edit_->getSignificantStartTime();
-    else if (const auto range = significantRange(*edit_, module_))
-        duration = range->size();
+    const double duration = VobManager::getTotalDurationBySelection()
+                                ? significantRange(*edit_, module_).size()
+                                : edit_->getSignificantEndTime() - edit_->getSignificantStartTime();
     if (duration >= -kTimeTolerance)
         return duration;
     LogBoth("Vob::getTotalDuration() : Vob has negative duration, set to 0\n");

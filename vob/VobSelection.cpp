@@ -92,9 +92,10 @@ void Vob::setSelectedFrom(int chan) {
     if (!edit_ || chan < 0 || chan >= edit_->getNumChans())
         return;
     bool changed = false;
-    int index = 0;
+    int index = -1;
     for (const IdStamp& channel : edit_->getChans())
-        changed |= setSelectedInternal(channel, index++ >= chan);
+        if (++index; !levelsBound_ || !edit_->getAudioChanForLevels(channel).valid())
+            changed |= setSelectedInternal(channel, index >= chan);
     tellSelection(changed);
 }
 

@@ -41,6 +41,7 @@ void Vob::selectSegments(const LightweightVector<CelEventPair>& segments, bool o
 }
 
 void Vob::toggleSegmentSelection(const CelEventPair& segment) {
+    const Kv::Ptr<Vob> self = keepAlive();
     selectSegments({}, true); // follows a renumbering
     selectSegment(segment, !isSegmentSelected(segment));
 }

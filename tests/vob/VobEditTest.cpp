@@ -1,5 +1,7 @@
 #include "platform/prefs/Configuration.h"
 #include "platform/prefs/EditorPreferences.h"
+#include "platform/project/CurrentProject.h"
+#include "tests/support/TempFolder.h"
 #include "tests/vob/VobFixture.h"
 
 using namespace cutroom::test;
@@ -206,6 +208,21 @@ TEST_F(VobEdit, TheClipboardIsShownFromItsStartWithItsEndMarked) {
     EXPECT_EQ(vob->getEditModule().getMark(clipboard->getId(0), In), 6.0);
 }
 
+TEST_F(VobEdit, TheProjectMayCloseWhileTheFirstPartOfAChangeIsTold) {
+    const TempFolder folder;
+    ASSERT_TRUE(CurrentProject::open(folder / "p", CurrentProject::Access::readWrite,
+                                     CurrentProject::IfMissing::create));
+    client_.onChange = [&](const VobModification&) {
+        VobManager::instance().closeInternal(&client_);
+        EXPECT_TRUE(CurrentProject::close());
+    };
+    layClip(edit_, edit_->getId(0), 12, 14);
+    EditModifications changes(kModLength); // moves the region
+    changes.add(kModRestored);
+    vob_->preNotifyClients(changes, 0);
+    EXPECT_FALSE(vob_->hasEdit());
+}
+
 // --- backup --------------------------------------------------------------------------------------
 
 namespace {
@@ -232,6 +249,8 @@ protected:
 } // namespace
 
 TEST_F(VobBackup, OfAnEditHoldsEverythingAndComesBack) {
+    vob_->restoreBackupDetails(); // there is nothing to come back
+    EXPECT_EQ(vob_->getMarkTime(0), 1.25);
     vob_->setStatus(Vob::kStatusRecord);
     vob_->storeBackupDetails();
     const std::string video = edit_->getId(0).asString();

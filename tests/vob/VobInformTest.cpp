@@ -1,11 +1,14 @@
 // Clients that come and go while they are told are played through in ClientModelTest.cpp.
+#include "platform/host/TransitStatus.h"
 #include "platform/prefs/TimedTask.h"
+#include "platform/store/CelEventPair.h"
 #include "tests/vob/VobFixture.h"
 
 #include <stdexcept>
 
 using namespace cutroom::test;
 using testing::Contains;
+using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {
@@ -119,6 +122,59 @@ TEST_F(VobInform, AClientMayCloseTheVobItIsToldBy) {
     raw->informClients(kVobCuts);
     EXPECT_EQ(told(), "a");
     EXPECT_FALSE(stops.isRegistered());
+}
+
+TEST_F(VobInform, AVobClosedMeanwhileEndsWhatItIsDoing) {
+    const struct {
+        std::function<void(Vob&)> act;
+        Calls told;
+    } rows[] = {
+        {[](Vob& vob) { vob.addCue(Cue(1, L"")); },
+         {"a: edit 1 4 change 262144", "a: change 4 time 0"}},
+        {[](Vob& vob) {
+             vob.toggleSegmentSelection({vob.getEdit(), 0, 1.5});
+         },
+         Calls(2, "a: change 262144 time 0")},
+        {[](Vob& vob) { vob.setTimeToLastEvent(); }, {"a: change 2 time 10"}},
+        {[](Vob& vob) { vob.exchangeCurrentAndMark(0); }, {"a: change 6 time 3 mark 0"}},
+    };
+    Vob::setStopAtTransitionMidPoints(true); // sets a tab stop
+    for (const auto& row : rows) {
+        const EditPtr edit = makeEdit();
+        Kv::Ptr<Vob> vob = open(edit);
+        layClip(edit, edit->getId(0), 4, 6);
+        vob->selectSegment({edit, 0, 5.0});
+        layClip(edit, edit->getId(0), 1, 2, 8); // renumbers what is selected
+        vob->storeMarkTime(IdStamp(), 3, Kv::MarkTypes::In);
+        VobManager::instance().setPlayMachine(vob.get(), false);
+        ASSERT_TRUE(host_.transport().play(2));
+        RecorderClient a(vob.get(), calls_, "a");
+        const auto close = [&](const auto&) {
+            VobManager::instance().closeVob(vob, true);
+            vob.reset();
+        };
+        a.onChange = close;
+        const auto steps = vob->getConsoleTabStopsServer().registerNotification(
+            makeCallback<NotifierEvent<unsigned>>(close), ValServerBase::valChangedMsgType);
+        const auto stops = TransitStatus::manager().notices().registerNotification(
+            makeCallback<NotifyMsg>(close), TransitStatus::playStoppedMsgType());
+        calls_.clear();
+        row.act(*vob);
+        std::erase(calls_, "a: play state 2"); // it stops as well
+        EXPECT_EQ(calls_, row.told);
+        EXPECT_EQ(a.getVob(), nullptr);
+    }
+}
+
+TEST_F(VobInform, ClientsThatAnswerEachTellingWithAnotherAreStopped) {
+    const auto a = attach("a"), b = attach("b");
+    a->onChange = b->onChange = [&](const VobModification&) { vob_->informClients(kVobMarks); };
+    vob_->informClients(kVobCuts);
+    EXPECT_EQ(told(), std::string(500, 'a') + std::string(500, 'b'));
+    EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("too many clients told inside one another")));
+    a->onChange = b->onChange = nullptr;
+    vob_->informClients(kVobCuts);
+    EXPECT_EQ(told(), "ab"); // that is over
 }
 
 TEST_F(VobInform, TheTimeSpentIsKeptByClient) {

@@ -76,6 +76,8 @@ TEST_F(VobMarks, OfAudioAreMirroredOnTheLevelsThatAreBound) {
     module.setMark(levels, 9, In);
     vob_->setEditModule(module, false);
     EXPECT_EQ(vob_->getEditModule().getMark(levels, In), 3.0);
+    vob_->setSelectedFrom(2); // the other audio channel
+    EXPECT_FALSE(vob_->getSelected(levels));
     vob_->setLevelsBoundToAudio(false);
     vob_->setMarkTime(audio, 4, In);
     EXPECT_EQ(vob_->getEditModule().getMark(levels, In), 3.0);
@@ -100,7 +102,9 @@ TEST_F(VobMarks, InvalidatingConcernsSelectedChannelsAndIsAlwaysTold) {
 
 TEST_F(VobMarks, TimeIsThatOfTheFirstSelectedMarkedChannel) {
     EXPECT_EQ(vob_->getMarkTime(kChanAllSelected), no);
+    EXPECT_FALSE(vob_->isMarkValid(kChanAllSelected));
     vob_->storeMarkTime(2, 3, In);
+    EXPECT_TRUE(vob_->isMarkValid(kChanAllSelected));
     EXPECT_EQ(vob_->getMarkTime(kChanAllSelected), 3.0);
     vob_->storeMarkTime(0, 1, In);
     vob_->storeMarkTime(1, 8, Out);
@@ -151,6 +155,18 @@ TEST_F(VobAlign, LeavesEverythingWhenNoneOrAllArePopped) {
     EXPECT_THAT(calls_, IsEmpty());
     EXPECT_EQ(edit_->get_edit_cel_p(edit_->getId(0))->getSegment(1).start, toFlicks(2));
     EXPECT_FALSE(EditManager::instance().canUndo(edit_));
+}
+
+TEST_F(VobAlign, StopsWhenWhoIsToldOfTheTrimShowsAnotherEdit) {
+    const EditPtr other = makeEdit();
+    client_.onChange = [&](const VobModification&) {
+        if (vob_->getEdit() != other)
+            vob_->setEdit(other, false);
+    };
+    vob_->alignMarks(In);
+    EXPECT_EQ(vob_->getEdit(), other);
+    EXPECT_FALSE(vob_->isMarkValid());
+    EXPECT_THAT(calls_.back(), testing::HasSubstr("change 32"));
 }
 
 struct AlignRow {

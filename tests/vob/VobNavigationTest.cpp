@@ -106,6 +106,7 @@ TEST_F(VobNavigation, StopsWhereTheTabStopsSay) {
                 {"marks within the tolerance", 2, 2.5 - 0.5e-6, false, 4, 2},
                 {"cues, what is shown", 4, 5, false, 5.6, 4},
                 {"ends of ranges", 4, 6, false, 6.4, 5.6},
+                {"ranges given end first", 4, 8.5, false, 9, 6.4},
                 {"second cues alone", 128, 5, false, 5.4, 4},
                 {"cues a frame away", 4, 4.96, false, 5, 4},
                 {"cues nearer than a frame", 4, 4.97, false, 5.6, 4},
@@ -113,7 +114,7 @@ TEST_F(VobNavigation, StopsWhereTheTabStopsSay) {
                 {"current time when asked", 8, 7.8, true, 8, 4},
                 {"current time unasked", 8, 7.8, false, 10, 4},
                 {"current time without its bit", 1, 7.8, true, 10, 4},
-                {"after the last", 143, 10, true, 10, 8},
+                {"after the last", 143, 10, true, 10, 9},
                 {"before the first", 143, 0, true, 2, 0},
                 {"from far before", 143, -kFar, true, 0, -kFar},
                 {"from far behind", 143, kNoTime, true, kNoTime, 10}};
@@ -121,6 +122,7 @@ TEST_F(VobNavigation, StopsWhereTheTabStopsSay) {
     edit_->addCue(cueAt(5.2, kNoTime, kCueUser)); // not shown
     edit_->addCue(cueAt(5.4, kNoTime, kCueVisible | kCueSecondKind));
     edit_->addCue(cueAt(5.6, 6.4));
+    edit_->addCue(cueAt(9, 8.8));
     vob_->storeMarkTime(edit_->getId(1), 2.5, In); // of an unselected channel
     vob_->storeMarkTime(edit_->getId(0), 7.5, Out);
     vob_->storeCurrentTime(8);

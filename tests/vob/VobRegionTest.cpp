@@ -114,6 +114,7 @@ TEST_F(VobRegion, DurationIsThatOfTheEditOrOfTheSelectedChannels) {
     EXPECT_DOUBLE_EQ(vob->getTotalDuration(), 5);
     vob->setSelectedRaw(edit->getId(1), false);
     EXPECT_EQ(vob->getTotalDuration(), 0.0);
+    EXPECT_EQ(vob_->getTotalDuration(), 10.0); // all of it is black
     VobManager::setTotalDurationBySelection(false);
     EXPECT_THAT(log_.lines, testing::Not(testing::Contains(testing::HasSubstr("negative"))));
 }
