@@ -10,7 +10,7 @@ namespace cutroom {
 
 namespace {
 
-constexpr std::size_t kMaxAudio = 24; // channels that one event can name by numbers
+constexpr std::size_t kMaxAudio = 256; // channels that one event can name by numbers
 
 using Words = std::vector<std::string_view>;
 
@@ -172,10 +172,15 @@ private:
         if (startsWith(line, "M2 ") || startsWith(line, "M2\t"))
             return takeEdlSpeed(list_, line);
         if (startsWith(line, "AUD ") || startsWith(line, "AUD\t") || line == "AUD") {
-            for (const auto word : wordsOf(line.substr(3)))
-                if (event && event->audio.size() < kMaxAudio && isDigits(word) && word.size() <= 2)
+            bool whole = event != nullptr;
+            for (const auto word : wordsOf(line.substr(3))) {
+                if (!event || !isDigits(word) || word.size() > 3)
+                    continue;
+                whole = whole && event->audio.size() < kMaxAudio;
+                if (whole)
                     event->audio.push_back(leadingInt(word));
-            return event != nullptr;
+            }
+            return whole;
         }
         for (const auto known : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
             if (startsWith(line, known)) {

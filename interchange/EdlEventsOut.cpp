@@ -61,11 +61,11 @@ public:
                 lead_ = &items[i];
                 continue;
             }
-            const bool leads = i + 1 < items.size() && items[i + 1].type == ItemType::transition &&
+            const bool gives = i + 1 < items.size() && items[i + 1].type == ItemType::transition &&
                                items[i + 1].cut() == items[i].end();
-            add(items[i], leads ? frame(items[i + 1].inOffset) : 0);
+            add(items[i], gives ? frame(items[i + 1].inOffset) : 0);
         }
-        if (lead_ && lead_->outOffset > 0)
+        if (leads())
             addEvent(nullptr, frame(lead_->cut()), frame(lead_->end()));
         shorten();
         return std::move(events_);
@@ -73,6 +73,8 @@ public:
 
 private:
     std::int64_t frame(Flicks time) const { return rate_.flicksToFrameNearest(time); }
+    // Also to black, where a fade may end at the very cut: the clip before it gave its frames up.
+    bool leads() const { return lead_ && lead_->end() > lead_->start; }
 
     void add(const Item& item, std::int64_t nextIn) {
         const bool hole = last_ ? item.start > last_->end() : item.start > 0;
@@ -80,8 +82,7 @@ private:
             last_ = nullptr;
         const bool written = plays(item);
         losses_.disabled += !written && item.type != ItemType::gap;
-        if (written || (lead_ && lead_->outOffset > 0) ||
-            (item.type == ItemType::gap && !edlFacts(item).empty())) {
+        if (written || leads() || (item.type == ItemType::gap && !edlFacts(item).empty())) {
             addEvent(written ? &item : nullptr, frame(item.start), frame(item.end()) - nextIn,
                      written || item.type == ItemType::gap ? edlFacts(item) : std::string_view());
             losses_.nested += item.type == ItemType::nested;

@@ -128,6 +128,29 @@ TEST_F(ExportEdl, WhatAListCannotHoldIsRefusedOrTold) {
     EXPECT_FALSE(exportEdl(makeEdit(1, 0, Kv::FrameRate(120))).ok());
 }
 
+// The clip gives its last frames to the fade, whether or not the fade goes on behind it.
+TEST_F(ExportEdl, FadesToBlackKeepTheirFrames) {
+    for (const int behind : {0, 4})
+        for (const char* const rest : {"", "gap", "off"}) {
+            std::string items = otiotext::clip("A", 0, 24) + "," + otiotext::transition(10, behind);
+            if (*rest)
+                items += "," + (*rest == 'g' ? otiotext::item("Gap.1", "", 0, 24)
+                                             : otiotext::clip("B", 0, 24, R"("enabled":false)"));
+            const EditPtr edit = imported("t.otio", otiotext::timeline(otiotext::track(items)));
+            const std::string text = *rest ? exportEdl(edit)->text : exported(edit);
+            SCOPED_TRACE(text);
+            EXPECT_THAT(text, HasSubstr("V     D    01" + std::to_string(behind) + " "));
+            EXPECT_NEAR(reimported(edit)->getEndTime(), edit->getEndTime(), 1e-6);
+        }
+}
+
+TEST_F(ExportEdl, ManySoundTracksComeBack) {
+    const EditModifier edit = makeEdit(1, 120, Kv::FrameRate(25));
+    for (int i = 0; i < 121; ++i)
+        layPieces(edit, edit->getId(i), {{L"A", 20, 0}});
+    EXPECT_EQ(reimported(edit)->getNumChans(kChanAudio), 120);
+}
+
 TEST_F(ExportEdl, WhatReadersWillTakeForSomethingElseIsTold) {
     for (const auto& [rate, start, taken] :
          {std::tuple{Kv::FrameRate(24000, 1001), "00:00:00:00", "24"},
