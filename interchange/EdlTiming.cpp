@@ -111,6 +111,11 @@ std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::Fr
         if (!highest)
             frame = std::max(frame, marker.at.frames);
     clock.recordDrop = meansDrop(list);
+    // Drop frame exists at 29.97 and 59.94 only, on whichever side it is counted.
+    const auto countDropped = [&clock] {
+        if (clock.rate.den() == 1 && countsDrop(clock.rate.nominal()))
+            clock.rate = Kv::FrameRate(clock.rate.nominal() * 1000, 1001);
+    };
     if (given) {
         clock.rate = *given;
         if (frame >= given->nominal()) {
@@ -126,15 +131,15 @@ std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::Fr
         }
         clock.rate = Kv::FrameRate(guess.nominal);
         clock.assumed = true;
-        warnings.push_back(format("the list states no rate; %d taken (%ld of %ld events are as "
+        if (list.anyDrop)
+            countDropped();
+        warnings.push_back(format("the list states no rate; %s taken (%ld of %ld events are as "
                                   "long on both sides)",
-                                  guess.nominal, guess.agreeing, guess.compared));
+                                  clock.rate.asString().c_str(), guess.agreeing, guess.compared));
     }
     giveUpDrop(list, clock, warnings);
-    // Drop frame exists at 29.97 and 59.94 only, on whichever side it is counted.
-    if ((given ? clock.recordDrop : list.anyDrop) && clock.rate.den() == 1 &&
-        countsDrop(clock.rate.nominal()))
-        clock.rate = Kv::FrameRate(clock.rate.nominal() * 1000, 1001);
+    if (given && clock.recordDrop)
+        countDropped();
     return {};
 }
 

@@ -191,7 +191,8 @@ Timeline readComposition(Document& document, const Json& object, const Place& pl
         std::move(each.markers.begin(), each.markers.end(), std::back_inserter(markers));
     timeline.rate = chooseRate(found, timeline, start, timeline.rateAssumed);
     if (timeline.rateAssumed && !timeline.tracks.empty())
-        document.warn("no frame rate is stated; " + timeline.rate.rate.asString() + " taken");
+        document.warn("no frame rate up to 120 is stated; " + timeline.rate.rate.asString() +
+                      " taken");
     if (start)
         setStart(*start, timeline);
     placeMarkers(document, std::move(markers), timeline);
