@@ -4,10 +4,25 @@
 #include "export/AssetMetadataExporterBase.h"
 #include "interchange/Timeline.h"
 #include "platform/base/Strings.h"
+#include "platform/base/Timecode.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
+#include <algorithm>
+
 namespace cutroom::cli {
+
+namespace {
+
+// A programme may run over midnight, where its timecode begins again.
+double overMidnight(double place, const TimecodeFormat& format, const EditPtr& edit) {
+    const double nextDay = place + toSeconds(format.rate.frameToFlicks(framesPerDay(format)));
+    const bool inside = place < edit->getStartTime() - kTimeTolerance && nextDay >= 0 &&
+                        nextDay <= edit->getEndTime() + kTimeTolerance;
+    return inside ? nextDay : place;
+}
+
+} // namespace
 
 Result<Cookie> findEditCookie(std::string_view text) {
     const auto found = findAsset(text, kEdits);
@@ -31,13 +46,12 @@ Result<EditPtr> openEdit(std::string_view text) {
 Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
     const std::string written(text);
     if (text.find(':') != text.npos) {
-        const EditLabel label = edit->getVideoTimecodeLabel();
-        const TimecodeFormat format{edit->getFrameRate(), edit->getDropFrame()};
-        const auto place = label.is_valid()
-                               ? label.timeOf(written)
-                               : EditLabel(kLabelVideoTimecode, {2, 1}, format, 0).timeOf(written);
-        if (place)
-            return *place;
+        EditLabel label = edit->getVideoTimecodeLabel();
+        if (!label.is_valid())
+            label = EditLabel(kLabelVideoTimecode, {2, 1},
+                              {edit->getFrameRate(), edit->getDropFrame()}, 0);
+        if (const auto place = label.timeOf(written))
+            return overMidnight(*place, label.format(), edit);
         return Status(StatusCode::wrongUsage, written,
                       "no timecode of this edit, which counts " + edit->getFrameRate().asString() +
                           " fps from " + edit->getTimecode(0));
@@ -54,11 +68,12 @@ Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
 
 Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit) {
     auto place = parsePlace(text, edit);
-    const double length = edit->getEndTime();
-    if (place && (*place < 0 || *place > length + kTimeTolerance))
+    const double first = std::min(0.0, edit->getStartTime()); // what was slid may begin before 0
+    const double last = edit->getEndTime();
+    if (place && (*place < first - kTimeTolerance || *place > last + kTimeTolerance))
         return Status(StatusCode::wrongUsage, std::string(text),
-                      "outside the edit, which runs from " + edit->getTimecode(0) + " to " +
-                          edit->getTimecode(length));
+                      "outside the edit, which runs from " + edit->getTimecode(first) + " to " +
+                          edit->getTimecode(last));
     return place;
 }
 

@@ -18,8 +18,8 @@ Result<Cookie> findEditCookie(std::string_view text);
 // The same, opened; fails with what is wrong with its file.
 Result<EditPtr> openEdit(std::string_view text);
 
-// A place in seconds from the edit's start: "01:00:10:12" by the edit's timecode, "12.5" or "12.5s"
-// seconds, "300f" frames of the edit.
+// A place in seconds from the edit's time 0: "01:00:10:12" by the edit's timecode, which goes on
+// over midnight as the edit does, "12.5" or "12.5s" seconds, "300f" frames of the edit.
 Result<double> parsePlace(std::string_view text, const EditPtr& edit);
 // The same; `wrongUsage` also for a place outside the edit.
 Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit);

@@ -4,6 +4,8 @@
 #include "platform/base/Timecode.h"
 #include "platform/store/Edit.h"
 
+#include <algorithm>
+
 namespace cutroom {
 
 namespace {
@@ -17,11 +19,12 @@ Status refusal(const std::string& text, const char* reason) {
 MarkerPlaces::MarkerPlaces(const EditPtr& edit, MarkerClock clock)
     : timecodes_(edit), clock_(clock), start_(edit->getStartTime()), end_(edit->getEndTime()) {}
 
-// A programme may run over midnight, where its timecode begins again.
+// A programme may run over midnight, where its timecode begins again; what was slid may begin
+// before 0.
 Result<double> MarkerPlaces::inside(double seconds, const std::string& text) const {
     if (!isStorableTime(seconds))
         return refusal(text, "is no place of this edit");
-    if (seconds >= 0)
+    if (seconds >= std::min(0.0, start_) - kTimeTolerance)
         return seconds;
     const double nextDay = seconds + toSeconds(format().rate.frameToFlicks(framesPerDay(format())));
     if (nextDay >= 0 && nextDay <= end_)
