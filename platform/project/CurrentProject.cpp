@@ -57,6 +57,8 @@ CurrentProject::addCustomAttribute(const std::string& id,
                                    DBFieldTypes::eType fieldType) {
     if (!cutroom::isAttributeID(id))
         return Status(StatusCode::wrongUsage, getFolder(), "this cannot name an attribute");
+    if (id == "Markers" || id == "MarkerTypes")
+        return Status(StatusCode::wrongUsage, getFolder(), "this means markers in saved searches");
     if (const std::optional<LogAttribute> present = LogAttribute::fromID(id)) {
         if (present->isCustom())
             return *present;

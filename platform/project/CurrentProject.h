@@ -76,7 +76,7 @@ public:
     // definition; never fewer, so numbers keep their meaning.
     static std::vector<LogAttribute> getCustomAttributes();
     // Defines one; gives the one that is there when `id` is defined already. Fails for an id that
-    // is empty, longer than 64 characters, ill-formed, or that of a built-in attribute.
+    // is empty, over 64 bytes, ill-formed, built in, or means markers in saved searches.
     [[nodiscard]] static cutroom::Result<LogAttribute>
     addCustomAttribute(const std::string& id, const LightweightString<wchar_t>& displayName,
                        DBFieldTypes::eType fieldType);

@@ -101,6 +101,8 @@ Result<ProjectFile> ProjectFile::load(const std::string& path) {
 }
 
 Status ProjectFile::save(const std::string& path) const {
+    if (customAttributes.size() > kMaxAttributes)
+        return {StatusCode::failed, path, "more attributes than would be read again"};
     const auto write = [&](JSON::Builder& out) {
         out.add("id", id.asString());
         out.add("name", name);

@@ -239,6 +239,11 @@ TEST_F(ProjectSearchTest, asksAnOpenEditForKindAndTracksAndItsRecordForTheRest) 
 
 // --- the form in files ---------------------------------------------------------------------------
 
+TEST_F(ProjectSearchTest, callsNoAttributeWhatItCallsMarkers) {
+    for (const char* const id : {"Markers", "MarkerTypes"})
+        EXPECT_FALSE(CurrentProject::addCustomAttribute(id, L"x", DBFieldTypes::text).ok());
+}
+
 // Times that no single-precision value holds: no asset has them, whether read again or not.
 TEST(CriteriaJson, keepsTimesBeyondAll) {
     const std::pair<double, double> times[] = {

@@ -1,5 +1,7 @@
 // The table of attributes.
 #include "platform/project/LogAttribute.h"
+#include "platform/project/ProjectFile.h"
+#include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -51,6 +53,17 @@ TEST(LogAttribute, isInvalidForWhatNobodyKnows) {
     EXPECT_FALSE(LogAttribute::fromType(0) || LogAttribute::fromType(2000));
     EXPECT_FALSE(LogAttribute(static_cast<LogAttribute::eType>(76)).valid());
     EXPECT_EQ(LogAttribute().getID(), "");
+}
+
+TEST(LogAttribute, isNotSavedWithMoreThanAreReadAgain) {
+    const cutroom::test::TempFolder folder;
+    cutroom::ProjectFile file;
+    file.id = Cookie('P', 1);
+    for (const std::size_t count : {10'000u, 10'001u}) {
+        file.customAttributes.resize(count, LogAttribute(0, "id", L"", DBFieldTypes::text));
+        EXPECT_EQ(file.save(folder / "project.json").ok(), count == 10'000u);
+        EXPECT_TRUE(cutroom::ProjectFile::load(folder / "project.json").ok());
+    }
 }
 
 } // namespace
