@@ -100,6 +100,22 @@ TEST_F(MetadataExport, ABinIsGroupedByKindInOrderAndOnlyWhatIsTaggedIsWritten) {
     EXPECT_FALSE(AssetMetadataJSONExporter().getText(newBin(L"none")));
 }
 
+TEST_F(MetadataExport, EveryKindOfAssetHasASectionInItsPlace) {
+    const Kv::Ptr<BinData> bin = newBin(L"All");
+    for (const int type : {0, 3, 1024, 256, 8, 4, 16, 1}) {
+        const EditPtr made = EditManager::instance().addToProject(cutroom::test::makeEdit(1, 0));
+        made->setLogType(static_cast<eLogType>(type));
+        ASSERT_TRUE(EditManager::instance().save(made).ok());
+        bin->add(made.getCookie());
+    }
+    EXPECT_THAT(keysOf(*json(bin)),
+                ElementsAre("name", "Clips", "Subclips", "Synced clips", "Prints", "Copied clips",
+                            "Clip sections", "Sequences", "Logs"));
+    EXPECT_EQ(Base::getDisplayString(Base::getAssetType(bin, 1), false), L"Sequence");
+    EXPECT_EQ(Base::getDisplayString(Base::kAssetPrint, true, Base::kStringLowerCase), L"prints");
+    EXPECT_EQ(Base::getAssetType(newBin(L"none")), Base::kAssetMixed);
+}
+
 TEST_F(MetadataExport, TheMarkersOfAnEditAreWrittenByEachFormat) {
     ASSERT_TRUE(CurrentProject::addCustomAttribute("cue.take", L"Take", DBFieldTypes::text).ok());
     ASSERT_TRUE(CurrentProject::addCustomAttribute("cue.name", L"Own", DBFieldTypes::text).ok());

@@ -5,8 +5,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace cutroom;
 using cutroom::test::TempFolder;
@@ -15,11 +19,19 @@ using testing::HasSubstr;
 
 namespace {
 
+bool disksHaveLinks = true;
+
 void put(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
 }
 
 } // namespace
+
+// Stands before the system's, as on a disk that knows no second names for a file.
+extern "C" int link(const char* from, const char* to) noexcept {
+    errno = EPERM;
+    return disksHaveLinks ? linkat(AT_FDCWD, from, AT_FDCWD, to, 0) : -1;
+}
 
 TEST(Paths, AreTakenApartAtTheLastSlashAndPoint) {
     const struct {
@@ -73,6 +85,24 @@ TEST(WriteFile, ReplacesTheContentAndKeepsOneGenerationBefore) {
     EXPECT_THAT(systemFiles().list(folder.path()).value(), ElementsAre("a.txt", "a.txt.bak"));
 }
 
+TEST(WriteFile, CopiesTheGenerationBeforeWhereADiskHasNoLinks) {
+    const TempFolder folder;
+    const std::string long1(100'000, '1'), path = folder / "a.txt";
+    disksHaveLinks = false;
+    for (const std::string& content : {std::string("0"), long1, std::string("2")})
+        EXPECT_TRUE(writeFile(path, content).ok());
+    EXPECT_EQ(readFile(path).value(), "2");
+    EXPECT_EQ(readFile(path + ".bak").value(), long1);
+    ASSERT_TRUE(makeFolders(folder / "in").ok());
+    iFileSystem& files = systemFiles();
+    EXPECT_EQ(files.link(folder / "in", folder / "out").code(), StatusCode::inputOutput);
+    EXPECT_EQ(files.link(folder / "none", folder / "out").code(), StatusCode::notFound);
+    EXPECT_FALSE(files.link(path, path + ".bak").ok()) << "one that is there stays";
+    disksHaveLinks = true;
+    EXPECT_EQ(readFile(path + ".bak").value(), long1);
+    EXPECT_THAT(files.list(folder.path()).value(), ElementsAre("a.txt", "a.txt.bak", "in"));
+}
+
 TEST(ReadFile, TellsWhyItCannot) {
     const TempFolder folder;
     put(folder / "large", std::string(1000, 'x'));
@@ -110,6 +140,8 @@ TEST(Folders, AreMadeWithThoseAboveAndListedWithoutLitter) {
     EXPECT_EQ(removeTemporaries(deep).value(), 2);
     EXPECT_EQ(removeTemporaries(deep).value(), 0);
     EXPECT_THAT(makeFolders(deep + "/c.txt/g").message(), HasSubstr("a file where a folder"));
+    EXPECT_TRUE(systemFiles().makeFolder(deep).ok()) << "it is there";
+    EXPECT_FALSE(systemFiles().makeFolder(deep + "/c.txt").ok());
 }
 
 TEST(Files, AreMovedCopiedAndRemoved) {
