@@ -48,6 +48,11 @@ TEST_F(VobManagerTest, FindsVobsByEditGroupAndLegacyIdOrMakesThem) {
     EXPECT_EQ(manager_.create(third.get(), edit.getCookie(), "two"), fresh);
     EXPECT_EQ(manager_.create(third.get(), other.getCookie()), fresh); // it has a Vob
     EXPECT_EQ(manager_.create(nullptr, edit.getCookie()), nullptr);
+    const auto fourth = client("fourth");
+    manager_.open(fourth.get(), 8); // nobody's
+    EXPECT_EQ(fourth->getVob(), nullptr);
+    manager_.open(fourth.get(), 7);
+    EXPECT_EQ(fourth->getVob(), c.get());
     EXPECT_THAT(manager_.getAllVobs(Cookie()), ElementsAre(a, b, c, fresh));
 }
 
@@ -189,9 +194,12 @@ TEST_F(VobManagerTest, ANewVobSharesModuleAndGroupWhenAsked) {
 
 TEST_F(VobManagerTest, DebugWritesEveryVob) {
     const auto a = open(makeEdit()), b = open(makeEdit());
+    const RecorderClient client(b.get(), calls_, "c", 3);
     log_.lines.clear();
     manager_.debugVobs();
-    ASSERT_EQ(log_.lines.size(), 10u);
+    ASSERT_EQ(log_.lines.size(), 12u);
+    EXPECT_THAT(log_.lines[8], HasSubstr("] : c (pri : 3) { "));
+    EXPECT_THAT(calls_, ElementsAre("c: debug"));
     EXPECT_EQ(log_.lines.front(), "VOB DEBUG IS GO: 2 vobs to debug\n");
     EXPECT_EQ(log_.lines[1], "Vob::debug() : NULL     \n");
     EXPECT_THAT(log_.lines[6], HasSubstr(b->getCookie().asString()));
