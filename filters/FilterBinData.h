@@ -99,8 +99,8 @@ using FilterBinMaker = Kv::Ptr<FilterBinData> (*)();
 // Has persisted bins of the type `typeID` made by `maker` (null: by nobody). Any thread.
 CUTROOM_API void installFilterBinMaker(const LightweightString<char>& typeID, FilterBinMaker maker);
 
-// Tells whether a bin of that type can be read again: a plain one, or one that has a maker.
-CUTROOM_API bool isPersistedFilterBinType(const LightweightString<char>& typeID);
+// Tells whether bins of that type are made by a maker of theirs when they are read again.
+CUTROOM_API bool hasFilterBinMaker(const LightweightString<char>& typeID);
 // Makes a bin by its "Type" and has it read the object; the failure says what is wrong.
 CUTROOM_API Result<Kv::Ptr<FilterBinData>> readFilterBin(const JSON::Element& object,
                                                          const std::string& file);

@@ -181,9 +181,7 @@ FilterBinMaker makerOf(std::string_view typeID) {
 
 } // namespace
 
-bool isPersistedFilterBinType(const LightweightString<char>& typeID) {
-    return typeID == kItemsType || makerOf(typeID) != nullptr;
-}
+bool hasFilterBinMaker(const LightweightString<char>& typeID) { return makerOf(typeID) != nullptr; }
 
 Result<Kv::Ptr<FilterBinData>> readFilterBin(const JSON::Element& object, const std::string& file) {
     if (!object.isObject())

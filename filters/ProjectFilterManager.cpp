@@ -36,7 +36,7 @@ Kv::Ptr<BinData> resolve(const Cookie& bin) {
 // A bin that a system filter presents belongs there: a user's filter gets a copy, unless its kind
 // can be made again when the file is read.
 Kv::Ptr<FilterBinData> own(const Kv::Ptr<FilterBinData>& bin) {
-    if (!bin->isDynamic() || cutroom::isPersistedFilterBinType(bin->getTypeID()))
+    if (!bin->isDynamic() || cutroom::hasFilterBinMaker(bin->getTypeID()))
         return bin;
     bin->fill();
     return Kv::makePtr<FilterBinData>(std::as_const<BinData>(*bin));
