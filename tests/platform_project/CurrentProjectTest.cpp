@@ -119,6 +119,32 @@ TEST_F(CurrentProjectTest, opensWithTheFileBeforeInPlaceOfADamagedOne) {
     EXPECT_THAT(CurrentProject::getWarnings(), IsEmpty());
 }
 
+TEST_F(CurrentProjectTest, namesTheValueThatIsWrong) {
+    ASSERT_TRUE(create().ok());
+    const std::string id = "\"" + CurrentProject::getCookie().asString() + "\"";
+    ASSERT_TRUE(CurrentProject::close().ok());
+    fs::remove(inFolder("project.json.bak"));
+    for (const auto& [member, value] : {std::pair<std::string, std::string>("id", "\"E1\""),
+                                        {"frameRate", "25"},
+                                        {"frameRate", "\"0\""},
+                                        {"mixConfiguration", "\"../mix.ini\""},
+                                        {"attributes", "{}"},
+                                        {"attributes", "[{\"id\": \"\", \"type\": \"text\"}]"},
+                                        {"attributes", "[{\"id\": \"a\", \"type\": \"poem\"}]"},
+                                        {"id", id}}) { // the rest may be left out
+        putBytes(inFolder("project.json"), "{\"format\": \"cutroom-project\", \"version\": 1, " +
+                                               (member == "id" ? "" : "\"id\": " + id + ", ") +
+                                               "\"" + member + "\": " + value + "}");
+        ASSERT_TRUE(CurrentProject::open(folder(), Access::readOnly).ok());
+        std::string said;
+        for (const Status& warning : CurrentProject::getWarnings())
+            said += warning.message();
+        EXPECT_EQ(said, value == id ? "" : "the value of \"" + member + "\" is wrong");
+        EXPECT_EQ(CurrentProject::getDefaults(), ProjectDefaults());
+        ASSERT_TRUE(CurrentProject::close().ok());
+    }
+}
+
 TEST_F(CurrentProjectTest, refusesFilesOfLaterVersions) {
     ASSERT_TRUE(create().ok() && CurrentProject::close().ok());
     const std::string text = "{\"format\": \"cutroom-project\", \"version\": 2}";

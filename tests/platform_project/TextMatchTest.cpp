@@ -1,12 +1,16 @@
 // The text comparison of every search.
 #include "platform/project/TextMatch.h"
+#include "platform/project/TextArena.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
 
 namespace {
+
+using Slot = cutroom::TextArena::Slot;
 
 TEST(CompareText, decides) {
     struct Row {
@@ -47,6 +51,33 @@ TEST(FindText, agreesWithThePlainSearch) {
         ASSERT_EQ(cutroom::findText(text, pattern, from), text.find(pattern, from))
             << text << " | " << pattern << " | " << from;
     }
+}
+
+TEST(TextArena, squeezesOutWhatChangedRecordsLeaveBehind) {
+    cutroom::TextArena arena;
+    projdb::Record record;
+    for (const Slot slot : {0u, 1u, 2u}) {
+        record.setField("name", "Shot " + std::to_string(slot));
+        arena.put(slot, record);
+    }
+    record.setField("notes", std::string(400'000, 'x'));
+    std::size_t most = 0;
+    for (int take = 0; take < 20; ++take) {
+        record.setField("name", "Take " + std::to_string(take));
+        arena.put(1, record);
+        most = std::max(most, arena.bytes());
+    }
+    EXPECT_GE(arena.generation(), 5u);
+    EXPECT_LT(most, 2'000'000u);
+    const auto find = [&](const char* pattern) {
+        std::vector<Slot> found;
+        for (cutroom::TextArena::Place place = 0; !arena.isEnd(place);)
+            arena.search(pattern, false, place, 1000, found);
+        return found;
+    };
+    EXPECT_THAT(find("shot"), testing::UnorderedElementsAre(0, 2));
+    EXPECT_THAT(find("take 19"), testing::ElementsAre(1));
+    EXPECT_THAT(find("take 18"), testing::IsEmpty());
 }
 
 } // namespace
