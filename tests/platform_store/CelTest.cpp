@@ -1,4 +1,5 @@
 #include "platform/store/Cel.h"
+#include "platform/store/CelStorage.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -87,12 +88,54 @@ TEST(CelTest, refusesWhatCannotLieOnAnEdit) {
     EXPECT_FALSE(cel->slide(kNoTime).ok());
     EXPECT_FALSE(cel->slide(toSeconds(-kMaxFlicks) - 1).ok());
     EXPECT_FALSE(cel->lift({0, kNoTime}).ok());
-    EXPECT_FALSE(cel->trim(9, 1).ok());
+    EXPECT_FALSE(cel->trim(9, 1).ok() || cel->setEvent(9, {}).ok());
+    EXPECT_FALSE(cel->trim(1, 2 * kMaxFlicks).ok() || cel->trim(1, kMaxFlicks).ok());
     EXPECT_FALSE(cel->split(kRate.frameToFlicks(10)).ok());
     EXPECT_FALSE(cel->overwriteFrom(*cel, 5, 5, 0).ok());
     EXPECT_FALSE(cel->setDetail(1, {}).ok());
     EXPECT_FALSE(cel->simplify({0, 1}, CelSimplify::quantise, Kv::FrameRate()).ok());
     EXPECT_TRUE(cel->sameContents(*before));
+}
+
+TEST(CelTest, contentsAreTheSameWhateverTheirStorage) {
+    const auto make = [](std::int64_t at, const wchar_t* name) {
+        CelSegment named = clip(at + 10, at + 20);
+        named.detail.name = name;
+        return listOf({clip(at, at + 10), named});
+    };
+    const auto cel = make(0, L"a"), moved = make(5, L"a"), marked = make(0, L"a");
+    EXPECT_FALSE(cel->sameContents(*moved));
+    ASSERT_TRUE(moved->slide(-0.2).ok());
+    EXPECT_TRUE(cel->sameContents(*moved));
+    marked->setFlags(kCelHasMaterial);
+    EXPECT_FALSE(cel->sameContents(*make(0, L"b")) || cel->sameContents(*marked) ||
+                 cel->sameContents(*listOf({clip(0, 20)})));
+}
+
+TEST(CelTest, whatDoesNotHoldIsNamedWithItsSegment) {
+    using Change = void (*)(CelStorage&);
+    const std::pair<const char*, Change> rows[] = {
+        {"", [](CelStorage&) {}},
+        {"the events are no pairs", [](CelStorage& s) { s.events.pop_back(); }},
+        {"in and out do not alternate in segment 0", [](CelStorage& s) { s.events[1].flags = 0; }},
+        {"the end is not after the start in segment 1",
+         [](CelStorage& s) { s.events[3].time = 10; }},
+        {"the index of times differs in segment 0", [](CelStorage& s) { --s.starts[0]; }},
+        {"the segment before does not touch in segment 1",
+         [](CelStorage& s) { --s.events[1].time; }},
+        {"the details are not one entry in segment 1",
+         [](CelStorage& s) { s.events[2].detail = 1; }},
+    };
+    for (const auto& [trouble, change] : rows) {
+        std::vector<ChannelEvent> events;
+        for (const Flicks at : {0, 10})
+            append(events, blackPair(at, at + 10));
+        CelStorage storage;
+        storage.splice(0, 0, std::move(events));
+        change(storage);
+        const Shared<CelStorage> shared(std::move(storage));
+        EXPECT_EQ(CelAccess::make(shared, 7, 0)->checkConsistency(), trouble);
+    }
 }
 
 TEST(CelTest, effectsOnPointsLeaveWithTheirEnds) {

@@ -3,10 +3,9 @@
 #include "platform/store/ChannelGroups.h"
 #include "platform/store/EditLabel.h"
 #include "platform/store/EditModifications.h"
+#include "platform/store/Effects.h"
 #include "platform/store/configb.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/platform_store/StoreFixture.h"
 
 #include <limits>
 
@@ -14,6 +13,7 @@ namespace {
 
 using cutroom::TimecodeFormat;
 using testing::ElementsAre;
+using Named = cutroom::test::StoreFixture;
 
 TEST(Configb, AnswersWhetherAValueChangedAndKeepsKeysInOrder) {
     configb config;
@@ -105,6 +105,31 @@ TEST(BurntIn, ALayoutsTextReadsBackAndNothingElseDoes) {
     for (const char* bad : {"", "yes", "on\n", "on\n3\t2\t1\t0.5\t0.9\t0.06\t7",
                             "on\n99\t2\t1\t0\t0\t0\t0\t", "off\n3\t2\t1\tx\t0\t0\t0\t"})
         EXPECT_FALSE(BITCLayoutsManager::fromString(bad)) << bad;
+}
+
+TEST_F(Named, LayoutsAreKeptInTheOrderOfTheirMaking) {
+    using All = BITCLayoutsManager;
+    BITCEffect layout;
+    layout.addLabel({});
+    for (const wchar_t* const name : {L"one", L"two", L"thrée"})
+        EXPECT_TRUE(All::setLayout(name, layout));
+    EXPECT_FALSE(All::setLayout(L"", layout) || All::setLayout(L"a\nb", layout));
+    EXPECT_TRUE(All::removeLayout(L"two"));
+    EXPECT_FALSE(All::removeLayout(L"two"));
+    EXPECT_THAT(All::getLayoutNames(), ElementsAre(L"one", L"thrée"));
+    EXPECT_EQ(All::getLayout(L"thrée"), layout);
+    EXPECT_TRUE(All::getLayout(L"two").empty());
+}
+
+TEST_F(Named, ATemplateTakesThePlaceOfTheOneOfItsName) {
+    EffectTemplateManager& all = EffectTemplateManager::instance();
+    const std::size_t before = all.getTemplates().size();
+    const Cookie first = all.addTemplate({Cookie(), L"Own", "filter", "a"});
+    EXPECT_EQ(first.type(), 'X');
+    EXPECT_EQ(all.addTemplate({Cookie('X', 99), L"Own", "filter", "b"}), Cookie('X', 99));
+    EXPECT_EQ(all.getTemplates().size(), before + 1);
+    EXPECT_FALSE(all.getTemplate(first));
+    EXPECT_EQ(all.getTemplate(L"Own")->parameters, "b");
 }
 
 } // namespace
