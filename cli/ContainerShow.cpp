@@ -4,6 +4,7 @@
 #include "cli/Command.h"
 #include "cli/ContainerText.h"
 #include "platform/base/Strings.h"
+#include "platform/files/Files.h"
 
 #include <utility>
 
@@ -147,8 +148,10 @@ std::string showDocument(const Document& document, bool json) {
                                   dateText(document.getCreationTime()).c_str());
         if (!document.getDescription().empty())
             text += oneLine(toUtf8(document.getDescription())) + '\n';
-        for (const auto& location : locations)
-            text += "  " + oneLine(toUtf8(location)) + '\n';
+        for (const auto& location : locations) {
+            const std::string file = toUtf8(location);
+            text += "  " + oneLine(file) + (fileExists(file) ? "\n" : "   (missing)\n");
+        }
         return text;
     }
     JSON::Builder out;

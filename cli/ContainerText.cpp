@@ -5,6 +5,7 @@
 #include "bins/DocumentManager.h"
 #include "cli/Command.h"
 #include "platform/base/Strings.h"
+#include "platform/files/Files.h"
 
 #include <algorithm>
 #include <chrono>
@@ -173,15 +174,20 @@ std::string listDocuments(bool json) {
     out.beginArray();
     for (const auto& document : documents) {
         const bool local = manager.isLocal(document->getID());
+        const std::string file = toUtf8(document->getFileName());
+        const bool found = fileExists(file);
         rows.push_back({document->getID().asString(), bytesText(document->getSize()),
-                        local ? "local" : "", toUtf8(document->getName()),
-                        toUtf8(document->getFileName())});
+                        !found  ? "missing"
+                        : local ? "local"
+                                : "",
+                        toUtf8(document->getName()), file});
         out.beginObject();
         out.add("id", document->getID().asString());
         out.add("name", document->getName());
         out.add("size", document->getSize());
         out.add("local", local);
-        out.add("file", document->getFileName());
+        out.add("file", file);
+        out.add("found", found);
         out.endObject();
     }
     out.endArray();

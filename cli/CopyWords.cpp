@@ -56,10 +56,15 @@ Result<double> rangeEnd(const CopyWords& words, const EditPtr& edit, Kv::MarkTyp
 }
 
 Status markRange(const CopyWords& words, EditModule& module) {
-    const auto from = rangeEnd(words, module.getEdit(), Kv::MarkTypes::In);
+    const EditPtr edit = module.getEdit();
+    if (words.marked && edit->getStoredMark(Kv::MarkTypes::In) == kNoTime &&
+        edit->getStoredMark(Kv::MarkTypes::Out) == kNoTime)
+        return {StatusCode::wrongUsage, words.edit,
+                "has neither in nor out mark; `cutroom marks` sets them"};
+    const auto from = rangeEnd(words, edit, Kv::MarkTypes::In);
     if (!from)
         return from.status();
-    const auto to = rangeEnd(words, module.getEdit(), Kv::MarkTypes::Out);
+    const auto to = rangeEnd(words, edit, Kv::MarkTypes::Out);
     if (!to)
         return to.status();
     if (*to <= *from)

@@ -118,7 +118,8 @@ void addMarksCommand(Commands commands) {
     command->add_option("--in", words->in, "In mark: 01:00:10:12, 12.5 (seconds) or 300f (frames)");
     command->add_option("--out", words->out, "Out mark, likewise");
     command->add_flag("--clear", words->clear, "Clear both first");
-    command->footer("  cutroom marks \"Reel 1\"\n"
+    command->footer("Marks belong to how an edit is viewed; setting them is no step of undo.\n\n"
+                    "  cutroom marks \"Reel 1\"\n"
                     "  cutroom marks \"Reel 1\" --in 01:00:10:00 --out 01:00:20:00");
     command->callback([commands, words] {
         commands.action = [&options = commands.options, words] {
