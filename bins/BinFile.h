@@ -43,7 +43,12 @@ public:
     // The file that is replaced holds more than is written here.
     bool keepsUnknown() const noexcept { return keepsUnknown_; }
     Status save(const std::string& path) { return writer_.save(path); }
-    std::string bytes() { return writer_.bytes(); }
+    // What `save` would write; fails as it would.
+    Result<std::string> bytes(const std::string& path) {
+        std::string all = writer_.bytes();
+        const Status fits = writer_.check(path);
+        return fits ? Result<std::string>(std::move(all)) : fits;
+    }
 
 private:
     std::unique_ptr<KVContainerFile::Reader> older_;

@@ -66,9 +66,12 @@ Status BinData::write(const Cookie& file, FileImage* image) const {
             return ready;
     writer.fill(cutroom::toUtf8(getName()), cutroom::toUtf8(getExternalID()), getCreationTime(),
                 getModificationTime(), contents_);
-    if (image)
-        *image = {path, writer.bytes()};
-    else if (Status saved = writer.save(path); !saved)
+    if (image) {
+        Result<std::string> bytes = writer.bytes(path);
+        if (!bytes)
+            return bytes.status();
+        *image = {path, std::move(*bytes)};
+    } else if (Status saved = writer.save(path); !saved)
         return saved;
     if (own) {
         fileState_ = writer.keepsUnknown() ? FileState::withUnknown : FileState::plain;

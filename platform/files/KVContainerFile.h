@@ -112,6 +112,8 @@ public:
         cutroom::Status save(const std::string& fileName);
         // The bytes that `save` writes, for a group commit.
         std::string bytes();
+        // Why `save` would refuse what was collected by then: it could not be read again.
+        cutroom::Status check(const std::string& fileName) const { return table_.check(fileName); }
 
     private:
         struct Kept {

@@ -163,7 +163,8 @@ void RecordFile::appendField(std::string name, char type) {
 }
 
 int RecordFile::addField(std::string_view name, char type) {
-    assert(starts_.empty() && fields_.size() < kMaxFields);
+    assert(starts_.empty());
+    tooLarge_ = tooLarge_ || fields_.size() >= kMaxFields;
     appendField(std::string(name), type);
     return static_cast<int>(fields_.size()) - 1;
 }
@@ -185,9 +186,11 @@ void RecordFile::addRecord() {
 
 // Marks the field as present in the record begun last.
 bool RecordFile::beginField(int field, char type) {
+    if (tooLarge_)
+        return false;
     const bool rising = field > lastField_ && static_cast<std::size_t>(field) < fields_.size();
     assert(rising && !starts_.empty());
-    if (!rising || tooLarge_ ||
+    if (!rising ||
         (fields_[static_cast<std::size_t>(field)].type == kDoubleField) != (type == kDoubleField))
         return false;
     char& mask = body_[starts_.back() + static_cast<std::size_t>(field) / 8];
@@ -245,10 +248,15 @@ std::string RecordFile::bytes(std::string_view kind) const {
     return CheckedFile::wrap(kind, kVersion, payload);
 }
 
-Status RecordFile::save(const std::string& path, std::string_view kind, Backup backup) const {
+Status RecordFile::check(const std::string& path) const {
     if (tooLarge_ || body_.size() > kMaxBody)
         return {StatusCode::failed, path, "is too large to be saved"};
-    return writeFile(path, bytes(kind), backup);
+    return {};
+}
+
+Status RecordFile::save(const std::string& path, std::string_view kind, Backup backup) const {
+    const Status fits = check(path);
+    return fits ? writeFile(path, bytes(kind), backup) : fits;
 }
 
 Status RecordFile::load(const std::string& path, std::string_view kind, Access access) {

@@ -44,6 +44,8 @@ public:
     Status save(const std::string& path, std::string_view kind, Backup backup = Backup::keep) const;
     // The bytes `save` writes.
     std::string bytes(std::string_view kind) const;
+    // `failed` for what could not be read again: more than 2 GiB or 64 fields. `save` asks itself.
+    Status check(const std::string& path) const;
 
     // Texts that belong to the file itself, by lower-case ASCII word (a container's "name"). Those
     // that nobody here knows are kept. Null when there is none.
@@ -60,7 +62,7 @@ public:
     const std::vector<Field>& fields() const noexcept { return fields_; }
     // -1 when there is none of that name.
     int findField(std::string_view name) const noexcept;
-    // Only while there is no record; at most 64 (asserted). Gives the index.
+    // Only while there is no record; with more than 64 it cannot be saved. Gives the index.
     int addField(std::string_view name, char type);
 
     std::size_t size() const noexcept { return starts_.size() + unindexed_; }

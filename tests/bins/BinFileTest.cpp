@@ -298,6 +298,19 @@ TEST_F(BinFileTest, AFileOfALaterFormOrThatCannotBeLookedAtIsLeftAlone) {
     EXPECT_EQ(bin->save().code(), StatusCode::failed);
     EXPECT_EQ(file(fileOf(bin->getID())), later);
     EXPECT_TRUE(bin->isDirty());
+    // One that leaves no room for what is written beside what is kept.
+    std::vector<std::string> names;
+    std::vector<KVContainerFile::ItemField> fields;
+    for (int i = 0; i < 64; ++i)
+        names.push_back("field " + std::to_string(i));
+    for (const std::string& name : names)
+        fields.push_back({name.c_str(), 'a'});
+    fields.push_back({nullptr, 0});
+    EXPECT_TRUE(KVContainerFile::Writer(fields.data()).save(fileOf(bin->getID())).ok());
+    EXPECT_TRUE(bin->load().ok());
+    EXPECT_EQ(bin->save().code(), StatusCode::failed);
+    EXPECT_EQ(bin->takeForSaving().status().code(), StatusCode::failed);
+    EXPECT_TRUE(bin->load().ok());
     std::filesystem::remove(fileOf(bin->getID()));
     std::filesystem::create_directory(fileOf(bin->getID()));
     EXPECT_FALSE(bin->save().ok());

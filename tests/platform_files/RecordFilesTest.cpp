@@ -190,6 +190,18 @@ TEST(ContainerFile, ThatCannotBeReadAnswersAsEmpty) {
     EXPECT_FALSE(KVContainerFile::Writer(kFields).save(L"\xD800").ok());
 }
 
+TEST(ContainerFile, IsNotWrittenWhenItCouldNotBeReadAgain) {
+    const TempFolder folder;
+    KVContainerFile::Writer writer(kFields);
+    for (const std::size_t size : {std::size_t{5}, std::size_t{1} << 31}) {
+        writer.addItem(std::string_view("sound", size)); // of too long a text only the size is read
+        EXPECT_EQ(writer.check("f").ok(), size == 5);
+        EXPECT_EQ(writer.save(folder / "f").ok(), size == 5);
+    }
+    writer.addItem("after it");
+    EXPECT_EQ(KVContainerFile::Reader(folder / "f").getNumItems(), 1u);
+}
+
 TEST(ContainerFile, NoticesEveryTruncationAndFlippedBit) {
     const std::string bytes = sampleWriter().bytes();
     const auto expectRefused = [&](const std::string& damaged) {
