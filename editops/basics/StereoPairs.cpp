@@ -34,6 +34,9 @@ void makeStereoPairs(const EditPtr& edit, std::vector<IdStamp> ids) {
     if (present && present->valid())
         mix = Kv::makePtr<Aud::SimpleMixState>(*present);
     for (std::size_t i = 0; i < paired; i += 2) {
+        if (ids[i] == ids[i + 1] || !writing->isValidChan(ids[i]) ||
+            !writing->isValidChan(ids[i + 1]))
+            continue;
         if (mix) {
             pan(*mix, *writing, ids[i], kLeft);
             pan(*mix, *writing, ids[i + 1], kRight);

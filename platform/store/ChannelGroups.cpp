@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 ChannelGroupList::~ChannelGroupList() = default;
 
@@ -10,12 +11,16 @@ std::vector<IdStamp> ChannelGroupList::getGroupContents(std::size_t index) const
 }
 
 void ChannelGroupList::addGroup(const std::vector<IdStamp>& channels) {
-    for (const IdStamp& channel : channels)
+    std::vector<IdStamp> members; // each once
+    for (const IdStamp& channel : channels) {
         if (const std::size_t held = find(channel); held < groups_.size())
             std::erase(groups_[held], channel);
+        if (std::find(members.begin(), members.end(), channel) == members.end())
+            members.push_back(channel);
+    }
     dropSmallGroups();
-    if (channels.size() > 1)
-        groups_.push_back(channels);
+    if (members.size() > 1)
+        groups_.push_back(std::move(members));
 }
 
 void ChannelGroupList::removeChannel(const IdStamp& channel) {

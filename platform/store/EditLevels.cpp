@@ -75,14 +75,15 @@ void Edit::groupChannels(const std::vector<IdStamp>& channels, bool on) {
     const Lock lock(*this);
     const auto groups = Kv::makePtr<ChannelGroupList>(*openObjectInternal());
     const auto grouped = [&](const IdStamp& channel) { return groups->find(channel) != SIZE_MAX; };
-    if (on ? !channels.empty() &&
-                 groups->getGroupContents(groups->find(channels.front())) == channels
+    const auto lacks = [&](const IdStamp& channel) { return !isValidChan(channel); };
+    if (on ? std::any_of(channels.begin(), channels.end(), lacks) ||
+                 (!channels.empty() &&
+                  groups->getGroupContents(groups->find(channels.front())) == channels)
            : std::none_of(channels.begin(), channels.end(), grouped))
         return;
     for (const IdStamp& channel : channels)
         groups->removeChannel(channel);
-    if (on && std::all_of(channels.begin(), channels.end(),
-                          [&](const IdStamp& channel) { return isValidChan(channel); }))
+    if (on)
         groups->addGroup(channels);
     bindObjectToEdit(groups);
 }

@@ -116,6 +116,10 @@ TEST_F(EmptyEdit, PairsGoInTheOrderGivenAndTellTheirKinds) {
     EXPECT_FALSE(plain->getAudioMix() && plain->getAudioMix()->valid());
     makeStereoPairs(EditPtr(), {});
     EXPECT_THAT(told, ElementsAre("5 27", "5"));
+    const IdStamp none(9, 9, 9);
+    makeStereoPairs(plain, {audio[3], audio[3], none, audio[0]});
+    plain->groupChannels({audio[0], none}, true);
+    EXPECT_EQ(groups(plain), "30") << "these are no pairs";
 }
 
 TEST_F(EmptyEdit, TheNumberOfPairedChannelsIsABytes) {

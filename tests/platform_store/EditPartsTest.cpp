@@ -72,6 +72,7 @@ TEST(ChannelGroups, AChannelIsInOneGroupAndGroupsOfOneGo) {
     ChannelGroupList groups;
     groups.addGroup({a, b});
     groups.addGroup({b, c});
+    groups.addGroup({a, a});
     ASSERT_EQ(groups.size(), 1U);
     EXPECT_THAT(groups.getGroupContents(0), ElementsAre(b, c));
     groups.removeChannel(c);
