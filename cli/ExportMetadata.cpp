@@ -153,9 +153,17 @@ Result<std::string> trackAsSrt(const ExportWords& words, const EditPtr& edit) {
     return std::move(*text);
 }
 
+// Timecode begins again at midnight, and players show no subtitle that ends before it starts.
+void noteMidnight(const ExportWords& words, const EditPtr& edit) {
+    if (srtClock(words) == AssetMetadataSRTExporter::Clock::timecode &&
+        edit->getTimecode(edit->getEndTime()) < edit->getTimecode(edit->getStartTime()))
+        note("the edit runs over midnight, where timecode begins again; --clock media counts on");
+}
+
 } // namespace
 
 Result<std::string> writeSrt(const ExportWords& words, const ExportSource& source) {
+    noteMidnight(words, source.edit);
     if (words.track.empty())
         return subtitlesAs(AssetMetadataSRTExporter(srtClock(words)), words, source.edit);
     if (!words.pointDuration.empty())

@@ -17,7 +17,10 @@ bool countsDrop(int nominal) { return nominal % 30 == 0; }
 std::int64_t sourceLength(const EdlEvent& event, int nominal) {
     const bool drop =
         countsDrop(nominal) && (event.sourceDrop || event.sourceIn.drop || event.sourceOut.drop);
-    return edlFrame(event.sourceOut, nominal, drop) - edlFrame(event.sourceIn, nominal, drop);
+    const auto length =
+        edlFrame(event.sourceOut, nominal, drop) - edlFrame(event.sourceIn, nominal, drop);
+    const EdlLabel midnight{24, 0, 0, 0, false};
+    return length < 0 ? length + edlFrame(midnight, nominal, drop) : length;
 }
 
 // Tells whether most record labels carry the mark, or the first mode says so.

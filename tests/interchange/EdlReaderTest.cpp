@@ -69,6 +69,8 @@ TEST(EdlLines, AreTakenApartFromTheRight) {
         {"005 R V K O 012", "005|R|V|K O|12"},
         {"006 R V K 000", "006|R|V|K|0"},
         {"007 V C", "007||V|C|0"},
+        {"008 R V KB", "008|R|V|KB|0"},
+        {"009 R V KO 004", "009|R|V|KO|4"},
     };
     for (const auto& [line, parts] : rows) {
         const EdlList list = lines(line + tail + "  \r\n");
@@ -279,6 +281,10 @@ TEST(EdlReader, RateAndModeOfTheRecord) {
              {"marks before the frames", line("01:00:00;00 01:00:01;00"), {}, "30000/1001 drop"},
              {"marks on the source alone",
               "001 R V C 01:00:00;00 01:00:01;00 01:00:00:00 01:00:01:00\n", k2997, "30000/1001"},
+             {"a source over midnight",
+              "001 R V C 23:59:59:12 00:00:01:02 01:00:00:00 01:00:01:15\n",
+              {},
+              "25"},
              {"30 with drop frame is 29.97", "FCM: DROP FRAME\n" + plain, k30, "30000/1001 drop"},
              {"25 has no drop frame", "FCM: DROP FRAME\n" + plain, k25, "25"},
              {"labels that drop frame lacks", "FCM: DROP FRAME\n" + line("01:01:00:00 01:01:01:00"),
