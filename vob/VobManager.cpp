@@ -131,6 +131,8 @@ bool VobManager::closeVob(VobPtr closing, bool force) {
         saveViewStateInEdit(vob);
     removeFocusFrom(vob.get());
     std::erase(vobs_, vob);
+    if (vob->getStatus() != 0 || previousSource_ == vob) // who was told gave it a role again
+        removeFocusFrom(vob.get());
     return true;
 }
 

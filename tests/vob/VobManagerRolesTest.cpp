@@ -216,6 +216,19 @@ TEST_F(VobManagerRoles, AClosedVobHasNoRoleLeftAndIsNotPlayedAnyMore) {
     EXPECT_FALSE(host_.transport().play());
 }
 
+TEST_F(VobManagerRoles, AVobThatClosesGetsNoRoleBackFromWhoIsToldOfIt) {
+    setUp("a---");
+    guards_.push_back(manager_.registerNotification(
+        makeCallback<NotifyMsg>([&](const NotifyMsg& message) {
+            if (!message.getObject())
+                manager_.setSourceMachine(manager_.getAllVobs().front().get(), 0);
+        }),
+        manager_.sourceChangedMsgType()));
+    manager_.closeVob(a_, true);
+    EXPECT_EQ(roles(), "b---");
+    EXPECT_EQ(a_->getStatus(), 0u);
+}
+
 // --- when roles are not given --------------------------------------------------------------------
 
 namespace {
