@@ -1,4 +1,5 @@
 // What the bin manager is told, the life of its project, and the exporters.
+#include "bins/BinHandle.h"
 #include "bins/BinManager.h"
 #include "bins/BinsCache.h"
 #include "bins/ContainerNotice.h"
@@ -45,7 +46,7 @@ void BinManager::handleDocumentModifications(const NotifyMsg& message) {
 }
 
 bool BinManager::importAssets(const LightweightVector<AssetReference>& assets, const Cookie& bin) {
-    const Kv::Ptr<BinData> target = instance().getData(bin);
+    const Kv::Ptr<BinData> target = BinHandle(bin).getBin(); // a filter's bin takes assets too
     return target && target->add(assets);
 }
 

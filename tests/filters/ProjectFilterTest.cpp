@@ -1,5 +1,6 @@
 // What every filter answers, and the filters that the user makes.
 #include "bins/BinHandle.h"
+#include "bins/CachedCookieContainer.h"
 #include "platform/host/DebugCommands.h"
 #include "platform/prefs/EditorPreferences.h"
 #include "platform/project/MediaKind.h"
@@ -112,11 +113,15 @@ TEST_F(ProjectFilterTest, OfTheUserAreToldSavedAndReadAgain) {
     EXPECT_EQ(again->getBins()[0]->getItem(0).markIn, 1.25);
     EXPECT_EQ(BinHandle(Cookie('G', 7)).getBin(), again->getBins()[0]);
     EXPECT_TRUE(BinData().import(Cookie('G', 7)));
+    CachedCookieContainer dropped;
+    dropped.add(Cookie('D', 9));
+    EXPECT_TRUE(dropped.import(Cookie('G', 7)));
+    EXPECT_EQ(contentOf(L"Dailies"), "Best \u00c4: 1 1 D");
     again->clear();
     EXPECT_THAT(file(filterFile(id)), HasSubstr("\"Bins\": []"));
     EXPECT_TRUE(filters().destroyFilter(again));
     EXPECT_FALSE(filters().destroyFilter(again));
-    EXPECT_THAT(toldFilters_, ElementsAre("896 Dailies", "640"));
+    EXPECT_THAT(toldFilters_, ElementsAre("bin 256", "896 Dailies", "640"));
     EXPECT_FALSE(cutroom::fileExists(filterFile(id)));
 }
 
