@@ -147,9 +147,9 @@ void tellHeld(Session& session, SessionWords& words) {
     }
     const Cookie asset = assets.front();
     const BinItem item = bin->findItem(asset);
-    const bool same = item.valid() && bin->findIndex(item.getID()) == bin->findIndex(asset) &&
-                      bin->findItem(item.getID()).equals(item) &&
-                      bin->find(item.getID()) == bin->find(asset);
+    const bool same = !item.valid() || (bin->findIndex(item.getID()) == bin->findIndex(asset) &&
+                                        bin->findItem(item.getID()).equals(item) &&
+                                        bin->find(item.getID()) == bin->find(asset));
     session.say(format("  %s, item %d%s", bin->contains(asset, nested) ? "held" : "not held",
                        bin->findIndex(asset) + 1, same ? "" : ", not found by identity"));
 }
