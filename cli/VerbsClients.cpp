@@ -23,13 +23,18 @@ VobManager::eSignificantViewType takeRole(SessionWords& words) {
 // The first viewer of a group.
 Kv::Ptr<Vob> takeGroup(SessionWords& words, bool legacy) {
     const VobManager& manager = VobManager::instance();
-    const std::string group =
-        legacy
-            ? manager.getVobIdForLegacyId(static_cast<int>(words.takeInt("a number", 0, 1'000'000)))
-            : words.take("a group");
-    const Kv::Ptr<Vob> vob = manager.getVobWithId(group);
+    std::string word;
+    Kv::Ptr<Vob> vob;
+    if (legacy) {
+        const auto number = static_cast<int>(words.takeInt("a number", 0, 1'000'000));
+        word = std::to_string(number);
+        vob = manager.getVobWithId(manager.getVobIdForLegacyId(number));
+    } else {
+        word = words.take("a group");
+        vob = manager.getVobWithId(word);
+    }
     if (!vob)
-        refuse(StatusCode::notFound, group, "no viewer is in such a group");
+        refuse(StatusCode::notFound, word, "no viewer is in such a group");
     return vob;
 }
 

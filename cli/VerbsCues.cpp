@@ -29,6 +29,8 @@ std::vector<Cue> takeCues(Session& session, SessionWords& words) {
     const CueList list = session.edit()->getCues();
     const auto count = static_cast<long long>(list.getNumCuePoints());
     std::vector<Cue> cues;
+    if (count == 0 && !words.done())
+        refuse(StatusCode::notFound, words.take("a number"), "the edit has no cues");
     while (!words.done())
         cues.push_back(list.getCuePoint(
             static_cast<std::size_t>(words.takeInt("the number of a cue", 1, count) - 1)));
