@@ -68,7 +68,7 @@ void Vob::takeEdit(const EditPtr& edit) {
     timeMirror_ = edit_ ? module_.getCurrentTime() : kNoTime;
     extents_ = editRange();
     viewRegion_ = extents_;
-    verifyTrackSelections();
+    resynchroniseWithEdit();
 }
 
 // The manager hands on what clients are to hear; this keeps the Vob's own state in line with any

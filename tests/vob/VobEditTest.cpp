@@ -36,7 +36,9 @@ TEST_F(VobEdit, ReplacedKeepsOrDropsTheModule) {
     vob_->storeCurrentTime(4);
     vob_->storeMarkTime(IdStamp(), 2, In);
     vob_->setSelectedRaw(edit_->getId(0), false);
+    vob_->setPreviewTrackID(edit_->getId(0));
     vob_->setEdit(other, true);
+    EXPECT_EQ(vob_->getPreviewTrackID(), IdStamp()); // of the other edit
     EXPECT_EQ(vob_->getCurrentTime(), 4.0);
     EXPECT_EQ(vob_->getEditModule().getMark(other->getId(0), In), 2.0);
     EXPECT_TRUE(vob_->getSelected(0)); // selections do not travel between edits
