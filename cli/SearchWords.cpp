@@ -88,14 +88,15 @@ projdb::AttributeCriterion parseWhere(const std::string& line) {
 unsigned parseKinds(const std::string& text) {
     unsigned kinds = 0;
     for (const std::string& word : split(text, ',')) {
-        const unsigned before = kinds;
+        unsigned kind = 0;
         std::string known;
         for (const KindWord& one : kKindWords) {
             known += (known.empty() ? "" : ", ") + std::string(one.word);
             if (word == one.word)
-                kinds |= one.kind;
+                kind = one.kind;
         }
-        if (kinds == before)
+        kinds |= kind;
+        if (kind == 0)
             refuse(StatusCode::wrongUsage, word, "is none of " + known);
     }
     return kinds;
