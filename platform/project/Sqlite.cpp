@@ -80,12 +80,6 @@ SqliteConnection::SqliteConnection(sqlite3* handle, std::string path) noexcept
 SqliteConnection::SqliteConnection(SqliteConnection&& other) noexcept
     : handle_(std::exchange(other.handle_, nullptr)), path_(std::move(other.path_)) {}
 
-SqliteConnection& SqliteConnection::operator=(SqliteConnection&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    std::swap(path_, other.path_);
-    return *this;
-}
-
 SqliteConnection::~SqliteConnection() { sqlite3_close_v2(handle_); }
 
 Result<SqliteConnection> SqliteConnection::open(const std::string& path, Mode mode) {
@@ -169,11 +163,6 @@ void SqliteConnection::keepLog() noexcept {
 
 SqliteStatement::SqliteStatement(SqliteStatement&& other) noexcept
     : handle_(std::exchange(other.handle_, nullptr)) {}
-
-SqliteStatement& SqliteStatement::operator=(SqliteStatement&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    return *this;
-}
 
 SqliteStatement::~SqliteStatement() { sqlite3_finalize(handle_); }
 

@@ -14,7 +14,7 @@ namespace cutroom {
 
 class SqliteStatement;
 
-// One connection, used by one thread at a time. Movable.
+// One connection, used by one thread at a time. Moves into new ones only.
 class SqliteConnection {
 public:
     enum class Mode {
@@ -27,7 +27,6 @@ public:
     // Opens the file; `damaged` when it is no database.
     static Result<SqliteConnection> open(const std::string& path, Mode mode);
     SqliteConnection(SqliteConnection&& other) noexcept;
-    SqliteConnection& operator=(SqliteConnection&& other) noexcept;
     ~SqliteConnection();
 
     // Runs one or more commands that answer nothing.
@@ -54,14 +53,13 @@ private:
     std::string path_;
 };
 
-// One prepared command. Movable; must go before its connection.
+// One prepared command. Moves into new ones only; must go before its connection.
 class SqliteStatement {
 public:
     enum class Step { row, done, failed };
 
     explicit SqliteStatement(sqlite3_stmt* handle) noexcept : handle_(handle) {}
     SqliteStatement(SqliteStatement&& other) noexcept;
-    SqliteStatement& operator=(SqliteStatement&& other) noexcept;
     ~SqliteStatement();
 
     // Parameters count from 1. Text and bytes are copied.
