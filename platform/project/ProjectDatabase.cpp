@@ -121,11 +121,6 @@ void ProjectDatabase::leaveInterrupted() {
         table_->keepLog();
 }
 
-bool ProjectDatabase::isOpen() const {
-    CriticalSection::Lock lock(lock_);
-    return table_.has_value();
-}
-
 // --- memory ----------------------------------------------------------------------------------
 
 projdb::Summary ProjectDatabase::summaryOf(const projdb::Record& record) {

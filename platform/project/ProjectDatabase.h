@@ -41,7 +41,6 @@ public:
     // What the records say and what is saved differ: the file is left as an interrupted writer
     // leaves it, so that the next writer makes the records anew.
     void leaveInterrupted();
-    bool isOpen() const;
 
     bool isPresent(const Cookie& cookie) const;
     std::vector<bool> arePresent(const CookieVec& cookies) const;
