@@ -70,10 +70,4 @@ double MarkerPlaces::framesOn(double seconds, std::int64_t frames) const {
     return toSeconds(rate.frameToFlicks(rate.flicksToFrameNearest(toFlicks(seconds)) + frames));
 }
 
-std::string MarkerPlaces::timecodeOf(double seconds) const {
-    std::string text;
-    timecodes_.append(text, seconds);
-    return text;
-}
-
 } // namespace cutroom

@@ -34,7 +34,6 @@ public:
     std::int64_t frameAt(double seconds) const noexcept { return timecodes_.frameAt(seconds); }
     // Lies behind the end of an edit that has one.
     bool isBehind(double seconds) const noexcept { return end_ > 0 && seconds > end_; }
-    std::string timecodeOf(double seconds) const;
     const TimecodeFormat& format() const noexcept { return timecodes_.format(); }
 
 private:
