@@ -56,6 +56,7 @@ public:
 
     // One filter more presents the bin, or one less.
     void presented(bool more) noexcept { presenters_ += more ? 1 : -1; }
+    bool isPresented() const noexcept { return presenters_ > 0; }
 
     // Saves the filter that presents the bin. `notFound` when none of the user's does; dynamic
     // bins have nothing to save.

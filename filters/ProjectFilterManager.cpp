@@ -33,10 +33,12 @@ Kv::Ptr<BinData> resolve(const Cookie& bin) {
     return ProjectFilterManager::instance().getFilterResults(bin);
 }
 
-// A bin that a system filter presents belongs there: a user's filter gets a copy, unless its kind
-// can be made again when the file is read.
-Kv::Ptr<FilterBinData> own(const Kv::Ptr<FilterBinData>& bin) {
-    if (!bin->isDynamic() || cutroom::hasFilterBinMaker(bin->getTypeID()))
+// A bin that another filter presents belongs there: a user's filter, which presents `present` now,
+// gets a copy, unless it follows the project and can be made again when the file is read.
+Kv::Ptr<FilterBinData> own(const Kv::Ptr<FilterBinData>& bin, const FilterBins& present) {
+    const bool isOwn = std::find(present.begin(), present.end(), bin) != present.end();
+    if (isOwn ||
+        (bin->isDynamic() ? cutroom::hasFilterBinMaker(bin->getTypeID()) : !bin->isPresented()))
         return bin;
     bin->fill();
     return Kv::makePtr<FilterBinData>(std::as_const<BinData>(*bin));
@@ -46,10 +48,10 @@ bool anyNull(const FilterBins& bins) {
     return std::any_of(bins.begin(), bins.end(), [](const auto& bin) { return !bin; });
 }
 
-FilterBins ownAll(const FilterBins& bins) {
+FilterBins ownAll(const FilterBins& bins, const FilterBins& present) {
     FilterBins owned;
     for (const Kv::Ptr<FilterBinData>& bin : bins)
-        owned.push_back(own(bin));
+        owned.push_back(own(bin, present));
     return owned;
 }
 
@@ -182,7 +184,7 @@ ProjectFilterManager::createFilter(const FilterBins& bins, const LightweightStri
                                    iProjectFilter::eVisibility visibility) {
     if (anyNull(bins))
         return {};
-    auto filter = Kv::makePtr<UserFilter>(Cookie::make('F'), name, visibility, ownAll(bins));
+    auto filter = Kv::makePtr<UserFilter>(Cookie::make('F'), name, visibility, ownAll(bins, {}));
     const CriticalSection::Lock whole(filesLock_);
     if (const Status saved = files_->write({filter}); !saved) {
         LogBoth("%s\n", saved.text().c_str());
@@ -200,7 +202,7 @@ bool ProjectFilterManager::updateFilter(const Kv::Ptr<UserFilter>& filter, const
     if (anyNull(bins) || !isListed(filter))
         return false;
     const FilterBins before = filter->peekResults();
-    filter->setContents(ownAll(bins));
+    filter->setContents(ownAll(bins, before));
     if (const Status saved = files_->write({filter}); !saved) {
         LogBoth("%s\n", saved.text().c_str());
         filter->setContents(before);

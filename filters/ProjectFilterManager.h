@@ -65,8 +65,8 @@ public:
     Kv::Ptr<BinData> getFilterResults(const Cookie& bin) const;
 
     // --- the user's filters: written at once, crash-safely ---------------------------------------
-    // Makes, saves and appends a filter over the bins, and tells 130. Empty, and nothing is told,
-    // without a project open for writing, for a null bin or when it cannot be saved (logged).
+    // Saves and appends a filter over the bins, over copies of those that others present; tells
+    // 130. Empty, and nothing is told, for a null bin or when it cannot be saved (logged).
     FilterPtr createFilter(const FilterBins& bins, const LightweightString<wchar_t>& name,
                            iProjectFilter::eVisibility visibility = iProjectFilter::kAlways);
     // Replaces its bins, saves and tells 896. False, and it stays as it was, when it is not in the

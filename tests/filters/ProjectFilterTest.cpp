@@ -157,7 +157,13 @@ TEST_F(ProjectFilterTest, AreNotWrittenSoThatTheyCouldNotBeReadAgain) {
     odd.markIn = odd.markOut = HUGE_VAL;
     const FilterBins bins = oneBin(L"odd", {BinItem(), odd});
     EXPECT_TRUE(filters().createFilter(bins, L"Odd"));
-    EXPECT_FALSE(filters().createFilter({bins[0], bins[0]}, L"Twice"));
+    const auto again = asUser(filters().createFilter(bins, L"Of the same"));
+    const FilterBins copies = again->peekResults();
+    EXPECT_NE(copies[0]->getID(), bins[0]->getID()) << "each is in one file";
+    EXPECT_TRUE(filters().updateFilter(again, copies));
+    EXPECT_EQ(again->peekResults(), copies) << "those are its own";
+    const FilterBins one = oneBin(L"one", {});
+    EXPECT_FALSE(filters().createFilter({one[0], one[0]}, L"Twice"));
     FilterBins many;
     while (many.size() <= 10'000)
         many.push_back(Kv::makePtr<FilterBinData>());
