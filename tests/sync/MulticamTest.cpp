@@ -120,16 +120,21 @@ TEST_F(MulticamTest, theGroupKeepsWhereTheClipsAreViewed) {
 
 TEST_F(MulticamTest, aClipThatPlaysFastOnlySharesItsMarkers) {
     link();
+    clips_[0]->addCue(Cue(1, L"before they are shared"));
     MulticamSynchroniser::setSharedMarkers(true);
     VobManager::instance().setPlayMachine(clips_[0].get(), false);
     ASSERT_TRUE(host_.transport().play(5));
     host_.loop().runFor(0.2);
-    clips_[0]->addCue(Cue(1, L"fast"));
+    Cue cue(1, L"fast");
+    cue.setChannel(clips_[0]->getEdit()->getId(0));
+    clips_[0]->addCue(cue);
     host_.loop().pump();
     EXPECT_GT(clips_[0]->getCurrentTime(), 10);
-    EXPECT_EQ(group_->getItem(0).time, 0);
+    EXPECT_EQ(group_->getItem(0).time, 10) << "where it stood before";
     EXPECT_EQ(record_->getCurrentTime(), 0);
-    EXPECT_EQ(clips_[1]->getEdit()->getCues().getNumCuePoints(), 1u);
+    const CueList shared = clips_[1]->getEdit()->getCues();
+    ASSERT_EQ(shared.getNumCuePoints(), 1u);
+    EXPECT_FALSE(shared.getCuePoint(0).getChannel().valid()) << "that clip has no such channel";
 }
 
 TEST_F(MulticamTest, itMayGoWheneverSomebodyIsTold) {

@@ -52,6 +52,7 @@ TEST_F(VobSynchroniserTest, offsetsAreSetForThoseThatFollow) {
     EXPECT_FALSE(links.setOffset(b.get(), 4) || links.setOffset(a.get(), 4) ||
                  links.setOffset(c.get(), kNoTime));
     b->setCurrentTime(26);
+    links.informTimeChanged(links.clients().front(), kNoTime); // moves nobody
     EXPECT_THAT(times(), ElementsAre(10, 26, 30));
 }
 
@@ -142,6 +143,7 @@ TEST_F(VobSynchroniserTest, linksThatTheManagerDeletesAreForgotten) {
     const auto a = vobAt(0), b = vobAt(0);
     VobSynchroniser links;
     links.setItemsToSync({a, b, openNothing()});
+    EXPECT_EQ(links.clients().back().offset, 0) << "what has no time stands nowhere";
     a->setTimeChangeFlags(Vob::kTimeSuspendsSync);
     a->setCurrentTime(1);
     for (auto& keeper : keepers_)
