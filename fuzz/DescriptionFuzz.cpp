@@ -63,7 +63,7 @@ std::string passOn(const std::string& bytes) {
     BinFileWriter writer;
     writer.fill(toUtf8(bin->name), toUtf8(bin->externalId), bin->created, bin->modified,
                 bin->contents);
-    return writer.bytes();
+    return writer.bytes(scratchFile()).value();
 }
 
 void tryBin(const std::string& payload) {

@@ -24,9 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             __builtin_trap();
         return 0;
     }
-    const std::string once = filter->getFileText();
+    const auto once = filter->getFileText();
     const auto again = Kv::makePtr<UserFilter>(Cookie('F', 1));
-    if (!take(*again, once) || again->getFileText() != once)
+    if (!once || !take(*again, *once) || again->getFileText().value() != *once)
         __builtin_trap();
     return 0;
 }
