@@ -116,6 +116,8 @@ TEST_F(MulticamTest, theGroupKeepsWhereTheClipsAreViewed) {
     EXPECT_EQ(group_->getItem(0).time, 12);
     EXPECT_EQ(group_->getItem(1).time, 17);
     EXPECT_EQ(group_->getItem(1).markIn, 3);
+    clips_[1]->setMarkTime(kChanAllSelected, 6, Kv::MarkTypes::Out);
+    EXPECT_EQ(group_->getItem(1).markOut, 6);
 }
 
 TEST_F(MulticamTest, aClipThatPlaysFastOnlySharesItsMarkers) {
