@@ -144,6 +144,25 @@ TEST_F(ExportEdl, FadesToBlackKeepTheirFrames) {
         }
 }
 
+TEST_F(ExportEdl, MarkersTakeTheNearestColourThatListsKnow) {
+    const EditModifier edit = makeList(Kv::FrameRate(25), "00:00:00:00");
+    layPieces(edit, edit->getId(0), {{L"A", 50, 0}});
+    int frame = 0;
+    std::string locators;
+    for (const auto& [colour, name] : {std::pair(0xFF8000u, "YELLOW"),
+                                       {0xFF7F00u, "RED"},
+                                       {0x7F7F7Fu, "BLACK"},
+                                       {0xFFC0CBu, "PINK"}}) {
+        Cue cue(frame / 25.0, L"m");
+        cue.setColour(colour);
+        edit->addCue(cue);
+        locators += format("* LOC: 00:00:00:%02d %-7s m\n", frame++, name);
+    }
+    const auto file = exportEdl(edit);
+    EXPECT_THAT(file->text, testing::EndsWith(locators));
+    EXPECT_THAT(file->warnings, Contains("marker colours, written as the nearest known: 3"));
+}
+
 TEST_F(ExportEdl, ManySoundTracksComeBack) {
     const EditModifier edit = makeEdit(1, 120, Kv::FrameRate(25));
     for (int i = 0; i < 121; ++i)

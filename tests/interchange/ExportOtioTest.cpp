@@ -1,6 +1,7 @@
 // Edits as OTIO: what came in comes out, and what was changed since is told.
 #include "interchange/Exporter.h"
 #include "interchange/OtioReader.h"
+#include "interchange/OtioWriter.h"
 #include "tests/interchange/Corpus.h"
 #include "tests/interchange/ImportFixture.h"
 #include "tests/interchange/OtioText.h"
@@ -89,17 +90,25 @@ std::string richTimeline() {
     const std::string warp =
         object("LinearTimeWarp.1", "w",
                R"("effect_name":"x","metadata":{"k":[1,null]},"time_scalar":2.0)");
-    const std::string first = clip("A", 100, 10,
-                                   "\"effects\":[" + object("Blur.1", "b") + "," + warp +
-                                       "],\"metadata\":{\"n\":1e40,\"w\":[nan,-Inf,\"Inf\"]}," +
-                                       markers(marker("m", 3) + "," + marker("n", 5, 2)));
+    const std::string first =
+        clip("A", 100, 10,
+             "\"effects\":[" + object("Blur.1", "b") + "," + warp +
+                 "],\"metadata\":{\"n\":1e40,\"w\":[nan,-Inf,\"Inf\"]}," +
+                 markers(object("Marker.2", "m", "\"marked_range\":" + range(3, 0)) + "," +
+                         marker("n", 5, 2)));
+    const std::string off = R"(,"enabled":false)";
     return timeline(
         track(first + "," + transition(2, 3) + "," + clip("B", 0, 20) + "," +
                   item("Gap.1", "", 0, 7) + "," + clip("C", 5, 6, {}, "25"),
               R"("color":"x","metadata":{"t":true})") +
             "," +
             object("Track.1", "S",
-                   R"("kind":"Audio",)" + children(clip("D", 48000, 96000, {}, "48000"))),
+                   R"("kind":"Audio",)" + children(clip("D", 48000, 96000, {}, "48000"))) +
+            "," + object("Track.1", "U", R"("kind":"Subtitles",)" + children(clip("E", 0, 9))) +
+            "," +
+            object("Track.1", "O",
+                   R"("kind":"Data","enabled":false,)" +
+                       children(clip("F", 0, 9, R"("enabled":false)"))),
         time(90000, "25"));
 }
 
@@ -113,9 +122,36 @@ TEST_F(ExportOtio, ChangesAreToldAndTheRestStays) {
         EXPECT_EQ(exported(edit), text);
         for (const char* const kept :
              {R"("OTIO_SCHEMA":"Blur.1")", R"({"n":1e40,"w":[NaN,-Infinity,"Inf"]})",
-              R"({"t":true})", R"("color": "x")", R"("rate":48000)"})
+              R"({"t":true})", R"("color": "x")", R"("rate":48000)", R"("kind": "Subtitles")",
+              R"("kind": "Data")"})
             EXPECT_THAT(text, testing::HasSubstr(kept));
     }
+}
+
+TEST_F(ExportOtio, RootsComeOutAsWhatTheyWere) {
+    const std::string inner = clip("A", 5, 10, markers(marker("m", 6))) + "," + clip("B", 0, 4);
+    for (const auto& [schema, root] : {std::pair("Track.1 ", track(inner, markers(marker("t", 2)))),
+                                       {"Stack.1 ", object("Stack.1", "S", children(track(inner)))},
+                                       {"Clip.2 ", clip("A", 5, 10)}}) {
+        const Timeline out = read(exported(imported("t.otio", root)));
+        EXPECT_EQ(out.source + " " + layout(out), schema + layout(read(root)));
+    }
+}
+
+TEST(WriteOtio, FillsHolesAndSaysWhatDoesNotFit) {
+    const std::string marked = clip("B", 0, 20, markers(marker("m", 4)));
+    Timeline made = read(timeline(track(clip("A", 0, 10) + "," + transition(2, 3) + "," + marked)));
+    std::vector<Item>& items = made.tracks[0].items;
+    items[1].start -= at24(20);
+    items[1].inOffset += at24(20);
+    made.markers[0].start = at24(99);
+    const OtioText said = writeOtio(made);
+    EXPECT_EQ(layout(read(said.text)), "A 0+10 @0, t 0+13 @0, B 10+20 @0");
+    EXPECT_THAT(said.warnings, testing::ElementsAre(testing::EndsWith("elsewhere: 1"),
+                                                    testing::EndsWith("shortened: 1")));
+    items.erase(items.begin() + 1);
+    items[1].start += at24(5);
+    EXPECT_EQ(layout(read(writeOtio(made).text)), "A 0+10 @0,  10+5 @0, B 15+20 @0");
 }
 
 TEST_F(ExportOtio, RandomEditsComeBack) {
@@ -137,11 +173,14 @@ TEST_F(ExportOtio, RandomEditsComeBack) {
 TEST_F(ExportOtio, MarkersOfNestedThingsAreToldWhereTheyAre) {
     const EditModifier edit = imported(
         "t.otio",
-        timeline(
-            track(clip("A", 0, 10) + "," +
-                  object("Stack.1", "N",
-                         children(object("Track.1", "T",
-                                         children(clip("B", 0, 20, markers(marker("m", 3))))))))));
+        timeline(track(
+            clip("A", 0, 10) + "," +
+            object("Stack.1", "N",
+                   markers(marker("s", 5)) + "," +
+                       children(object("Track.1", "T",
+                                       children(clip("B", 0, 20, markers(marker("m", 3))))))))));
+    EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
+    ASSERT_TRUE(celOf(edit, 0)->trim(3, at24(-12)).ok()); // a part of it, up to its frame 8
     EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
     Cue cue = edit->getCues().getCuePoint(0);
     cue.setTime(cue.getTime() + 1.0 / 24);

@@ -31,8 +31,8 @@ std::string sound(const std::string& list) {
 }
 
 const std::string kPlain =
-    timeline(track(clip("one", 86410, 10, external("file:///a%20b.mov", 86400, 100)) + "," +
-                   clip("two", 86450, 20, external("file:///a%20b.mov", 86400, 100))) +
+    timeline(track(clip("one", 86410, 10, external("file:///a%20%c3%BC.mov", 86400, 100)) + "," +
+                   clip("two", 86450, 20, external("file:///a%20%c3%BC.mov", 86400, 100))) +
                  "," + sound(clip("three", 5, 30)),
              otiotext::time(86400));
 
@@ -47,17 +47,17 @@ TEST_F(Import, ClipsPlayStripsOfLogsInMediaTime) {
 
     const CelSegment clip = celOf(edit, 0)->getSegment(1);
     EXPECT_EQ(toUtf8(clip.detail.name), "two");
-    EXPECT_EQ(toUtf8(clip.detail.media), "file:///a%20b.mov");
+    EXPECT_EQ(toUtf8(clip.detail.media), "file:///a%20%c3%BC.mov");
     const EditPtr log(convertCookie(clip.material, 'E'));
     ASSERT_TRUE(log);
     EXPECT_EQ(log->getLogType(), kLogTypeSource);
-    EXPECT_EQ(toUtf8(log->getName()), "a b.mov");
+    EXPECT_EQ(toUtf8(log->getName()), "a ü.mov");
     EXPECT_EQ(frameOf(log, log->getEndTime()), 100);
     EXPECT_EQ(log->getTimecode(0), "01:00:00:00");
     EXPECT_EQ(frameOf(log, log->getStartStripTime()), 86400);
     EXPECT_EQ(log->getChanForStrip(clip.material), log->getFirstChan(kChanVideo));
     EXPECT_TRUE(celOf(log, 0)->hasFlag(kCelHasMaterial));
-    EXPECT_THAT(log->getMediaLocations(), ElementsAre(L"file:///a%20b.mov"));
+    EXPECT_THAT(log->getMediaLocations(), ElementsAre(L"file:///a%20%c3%BC.mov"));
 
     const EditPtr tone(convertCookie(celOf(edit, 1)->getSegment(0).material, 'E'));
     EXPECT_EQ(tone->getNumChans(kChanVideo), 0);

@@ -66,6 +66,15 @@ std::vector<LayoutRow> layoutRows() {
          "A 0+10 @5 | B 0+3 @5", 10},
         {"cuts are rounded, not lengths", timeline(track(third + "," + third + "," + third)),
          "A 0+10 @0, A 10+11 @0, A 21+10 @0", 31, "nearest frame"},
+        {"a child that is no object", timeline(track("5," + clip("A", 0, 10))), "A 0+10 @0", 10,
+         "no objects"},
+        {"a transition right in the stack", timeline(transition(1, 1) + "," + clip("A", 5, 10)),
+         "A 0+10 @5", 10, "cannot play on their own"},
+        {"a gap without range", timeline(track(object("Gap.1", "G") + "," + clip("A", 0, 10))),
+         "G 0+0 @0, A 0+10 @0", 10, "gaps without a range"},
+        {"a marker without range",
+         timeline(track(clip("A", 0, 10, markers(object("Marker.2", "m"))))), "A 0+10 @0", 10,
+         "markers without a range"},
         {"ticks are no frames", timeline(track(clip("A", 0, 1001 * 7, {}, "24000"))), "A 0+7 @0", 7,
          "rate"},
     };
@@ -158,6 +167,8 @@ TEST(OtioReader, MarkersCarryColourCommentAndOwner) {
     EXPECT_EQ(timeline.markers[1].colour, 0xFF8000u);
     EXPECT_EQ(timeline.markers[1].colourText, "#FF8000");
     EXPECT_EQ(timeline.markers[1].comment, "why");
+    EXPECT_EQ(markerColour("#abCDeF"), 0xABCDEFu);
+    EXPECT_EQ(markerColour("#12345g"), std::nullopt);
     EXPECT_EQ(timeline.markers[2].colour, std::nullopt);
     EXPECT_EQ(timeline.markers[2].colourText, "Puce");
 }
