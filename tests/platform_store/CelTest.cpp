@@ -88,8 +88,8 @@ TEST(CelTest, refusesWhatCannotLieOnAnEdit) {
     EXPECT_FALSE(cel->slide(kNoTime).ok());
     EXPECT_FALSE(cel->slide(toSeconds(-kMaxFlicks) - 1).ok());
     EXPECT_FALSE(cel->lift({0, kNoTime}).ok());
-    EXPECT_FALSE(cel->trim(9, 1).ok() || cel->setEvent(9, {}).ok());
-    EXPECT_FALSE(cel->trim(1, 2 * kMaxFlicks).ok() || cel->trim(1, kMaxFlicks).ok());
+    EXPECT_FALSE(cel->trim(9, 1).ok() || cel->setEvent(9, {}).ok() ||
+                 cel->trim(1, kMaxFlicks).ok());
     EXPECT_FALSE(cel->split(kRate.frameToFlicks(10)).ok());
     EXPECT_FALSE(cel->overwriteFrom(*cel, 5, 5, 0).ok());
     EXPECT_FALSE(cel->setDetail(1, {}).ok());
@@ -97,24 +97,8 @@ TEST(CelTest, refusesWhatCannotLieOnAnEdit) {
     EXPECT_TRUE(cel->sameContents(*before));
 }
 
-TEST(CelTest, contentsAreTheSameWhateverTheirStorage) {
-    const auto make = [](std::int64_t at, const wchar_t* name) {
-        CelSegment named = clip(at + 10, at + 20);
-        named.detail.name = name;
-        return listOf({clip(at, at + 10), named});
-    };
-    const auto cel = make(0, L"a"), moved = make(5, L"a"), marked = make(0, L"a");
-    EXPECT_FALSE(cel->sameContents(*moved));
-    ASSERT_TRUE(moved->slide(-0.2).ok());
-    EXPECT_TRUE(cel->sameContents(*moved));
-    marked->setFlags(kCelHasMaterial);
-    EXPECT_FALSE(cel->sameContents(*make(0, L"b")) || cel->sameContents(*marked) ||
-                 cel->sameContents(*listOf({clip(0, 20)})));
-}
-
 TEST(CelTest, whatDoesNotHoldIsNamedWithItsSegment) {
-    using Change = void (*)(CelStorage&);
-    const std::pair<const char*, Change> rows[] = {
+    const std::pair<const char*, void (*)(CelStorage&)> rows[] = {
         {"", [](CelStorage&) {}},
         {"the events are no pairs", [](CelStorage& s) { s.events.pop_back(); }},
         {"in and out do not alternate in segment 0", [](CelStorage& s) { s.events[1].flags = 0; }},
@@ -127,11 +111,10 @@ TEST(CelTest, whatDoesNotHoldIsNamedWithItsSegment) {
          [](CelStorage& s) { s.events[2].detail = 1; }},
     };
     for (const auto& [trouble, change] : rows) {
-        std::vector<ChannelEvent> events;
-        for (const Flicks at : {0, 10})
-            append(events, blackPair(at, at + 10));
         CelStorage storage;
-        storage.splice(0, 0, std::move(events));
+        storage.replaceRange(
+            0, 20,
+            {blackPair(0, 10)[0], blackPair(0, 10)[1], blackPair(10, 20)[0], blackPair(10, 20)[1]});
         change(storage);
         const Shared<CelStorage> shared(std::move(storage));
         EXPECT_EQ(CelAccess::make(shared, 7, 0)->checkConsistency(), trouble);

@@ -239,26 +239,6 @@ TEST_F(EditFileTest, wrongValuesBehindAGoodChecksumAreRefusedOrSound) {
         expectRefusedOrSound(flipped(payload, bit));
     }
     EXPECT_GT(refused, 2 * payload.size());
-    EditState bare;
-    bare.rate = Kv::FrameRate();
-    EXPECT_EQ(checkState(bare), "the edit has no frame rate");
-}
-
-TEST_F(EditFileTest, aHistoryCutOffAnywhereIsDamaged) {
-    const EditModifier edit = full();
-    for (const wchar_t* name : {L"one", L"two"}) {
-        manager().makeBackup(edit);
-        edit->setName(name);
-    }
-    ASSERT_TRUE(manager().save(edit).ok());
-    const std::string good = bytesOf(fileOf(edit.getCookie(), ".undo"));
-    const auto view = CheckedFile::open(good, "edit-undo", 1, "f");
-    ASSERT_TRUE(view.ok());
-    for (std::size_t size = 0; size < view->payload.size(); ++size) {
-        const auto cut = CheckedFile::wrap("edit-undo", 1, view->payload.substr(0, size));
-        ASSERT_EQ(EditFile::decodeHistory(cut, "f", 0).status().code(), StatusCode::damaged);
-    }
-    EXPECT_FALSE(manager().undo({}) || manager().redo({}) || manager().canRedo({}));
 }
 
 TEST_F(EditFileTest, sectionsOfLaterVersionsAreKept) {
@@ -293,7 +273,6 @@ TEST_F(EditFileTest, theVersionBeforeTakesTheLostOnesPlace) {
     putBytes(fileOf(cookie) + ".bak", sound);
     ASSERT_TRUE(manager().restoreBackup(cookie).ok());
     EXPECT_TRUE(manager().checkFiles(cookie).ok());
-    EXPECT_EQ(manager().setDamagedAside(cookie).status().code(), StatusCode::wrongUsage);
     EXPECT_EQ(EditPtr(cookie)->getName(), L"before");
 }
 

@@ -3,7 +3,6 @@
 #include "platform/store/ChannelGroups.h"
 #include "platform/store/EditLabel.h"
 #include "platform/store/EditModifications.h"
-#include "platform/store/Effects.h"
 #include "platform/store/configb.h"
 #include "tests/platform_store/StoreFixture.h"
 
@@ -108,29 +107,15 @@ TEST(BurntIn, ALayoutsTextReadsBackAndNothingElseDoes) {
         EXPECT_FALSE(BITCLayoutsManager::fromString(bad)) << bad;
 }
 
-TEST_F(Named, LayoutsAreKeptInTheOrderOfTheirMaking) {
-    using All = BITCLayoutsManager;
+TEST_F(Named, LayoutsAreKeptUntilTheyAreRemoved) {
     BITCEffect layout;
     layout.addLabel({});
     for (const wchar_t* const name : {L"one", L"two", L"thrée"})
-        EXPECT_TRUE(All::setLayout(name, layout));
-    EXPECT_FALSE(All::setLayout(L"", layout) || All::setLayout(L"a\nb", layout));
-    EXPECT_TRUE(All::removeLayout(L"two"));
-    EXPECT_FALSE(All::removeLayout(L"two"));
-    EXPECT_THAT(All::getLayoutNames(), ElementsAre(L"one", L"thrée"));
-    EXPECT_EQ(All::getLayout(L"thrée"), layout);
-    EXPECT_TRUE(All::getLayout(L"two").empty());
-}
-
-TEST_F(Named, ATemplateTakesThePlaceOfTheOneOfItsName) {
-    EffectTemplateManager& all = EffectTemplateManager::instance();
-    const std::size_t before = all.getTemplates().size();
-    const Cookie first = all.addTemplate({Cookie(), L"Own", "filter", "a"});
-    EXPECT_EQ(first.type(), 'X');
-    EXPECT_EQ(all.addTemplate({Cookie('X', 99), L"Own", "filter", "b"}), Cookie('X', 99));
-    EXPECT_EQ(all.getTemplates().size(), before + 1);
-    EXPECT_FALSE(all.getTemplate(first));
-    EXPECT_EQ(all.getTemplate(L"Own")->parameters, "b");
+        EXPECT_TRUE(BITCLayoutsManager::setLayout(name, layout));
+    EXPECT_TRUE(BITCLayoutsManager::removeLayout(L"two"));
+    EXPECT_FALSE(BITCLayoutsManager::removeLayout(L"two"));
+    EXPECT_THAT(BITCLayoutsManager::getLayoutNames(), ElementsAre(L"one", L"thrée"));
+    EXPECT_EQ(BITCLayoutsManager::getLayout(L"thrée"), layout);
 }
 
 } // namespace

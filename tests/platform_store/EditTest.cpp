@@ -228,16 +228,6 @@ TEST_F(EditTest, labelsGoThroughTheConfigurationUnchanged) {
     edit->rebuildCachedLabels();
     EXPECT_EQ(edit->getLabel(kLabelVideoTimecode, {2, 1}), picture);
     EXPECT_EQ(edit->getLabel(kLabelInk, {4, -3}), ink);
-    EXPECT_FALSE(edit->getLabel(kLabelInk, {4, 3}).is_valid());
-    edit->addLabel(EditLabel());
-    for (const char* const bad : {"25 0", "x 0 1", "25 0 x"})
-        edit->setConfig("label.4.2.9", std::string(bad));
-    edit->setConfig("label.99.2.1", std::string("25 0 1"));
-    edit->rebuildCachedLabels();
-    EXPECT_THAT(edit->getLabels(), testing::UnorderedElementsAre(picture, ink));
-    edit->write_labels_to_config();
-    EXPECT_FALSE(edit->getConfig("label.99.2.1"));
-    EXPECT_EQ(edit->getTimecode(kNoTime) + fresh()->getTimecode(kNoTime), "");
     EXPECT_EQ(edit->getTimecode(0), "01:00:00;00");
 }
 
