@@ -121,26 +121,20 @@ TEST_F(CurrentProjectTest, opensWithTheFileBeforeInPlaceOfADamagedOne) {
 
 TEST_F(CurrentProjectTest, namesTheValueThatIsWrong) {
     ASSERT_TRUE(create().ok());
-    const std::string id = "\"" + CurrentProject::getCookie().asString() + "\"";
+    const std::string id = R"("id": ")" + CurrentProject::getCookie().asString() + '"';
     ASSERT_TRUE(CurrentProject::close().ok());
     fs::remove(inFolder("project.json.bak"));
-    for (const auto& [member, value] : {std::pair<std::string, std::string>("id", "\"E1\""),
-                                        {"frameRate", "25"},
-                                        {"frameRate", "\"0\""},
-                                        {"mixConfiguration", "\"../mix.ini\""},
-                                        {"attributes", "{}"},
-                                        {"attributes", "[{\"id\": \"\", \"type\": \"text\"}]"},
-                                        {"attributes", "[{\"id\": \"a\", \"type\": \"poem\"}]"},
-                                        {"id", id}}) { // the rest may be left out
-        putBytes(inFolder("project.json"), "{\"format\": \"cutroom-project\", \"version\": 1, " +
-                                               (member == "id" ? "" : "\"id\": " + id + ", ") +
-                                               "\"" + member + "\": " + value + "}");
+    for (const std::string& members :
+         {id, std::string(R"("id": "E1")"), R"("frameRate": 25, )" + id,
+          R"("frameRate": "0", )" + id, R"("mixConfiguration": "../mix.ini", )" + id,
+          R"("attributes": {}, )" + id, R"("attributes": [{"id": "a", "type": "poem"}], )" + id}) {
+        putBytes(inFolder("project.json"),
+                 R"({"format": "cutroom-project", "version": 1, )" + members + "}");
         ASSERT_TRUE(CurrentProject::open(folder(), Access::readOnly).ok());
-        std::string said;
-        for (const Status& warning : CurrentProject::getWarnings())
-            said += warning.message();
-        EXPECT_EQ(said, value == id ? "" : "the value of \"" + member + "\" is wrong");
-        EXPECT_EQ(CurrentProject::getDefaults(), ProjectDefaults());
+        const auto said = CurrentProject::getWarnings();
+        const std::string member = members.substr(0, members.find(':'));
+        EXPECT_EQ(said.empty() ? "" : said[0].message(), // the rest may be left out
+                  members == id ? "" : "the value of " + member + " is wrong");
         ASSERT_TRUE(CurrentProject::close().ok());
     }
 }

@@ -15,9 +15,7 @@ TEST(MediaStatus, LocationsNameDriveAndPath) {
         const char* path;
     };
     for (const Row& row :
-         {Row{"", "0", ""},
-          Row{"a.mov", "0", "a.mov"},
-          Row{"/a.mov", "/", "/a.mov"},
+         {Row{"", "0", ""}, Row{"a.mov", "0", "a.mov"}, Row{"/a.mov", "/", "/a.mov"},
           Row{"/mnt/raid/a.mov", "/mnt/raid", "/mnt/raid/a.mov"},
           Row{"/mnt//a.mov", "/", "/mnt//a.mov"},
           Row{"/Volumes/Rushes 1/a.mov", "/Volumes/Rushes 1", "/Volumes/Rushes 1/a.mov"},
@@ -26,14 +24,8 @@ TEST(MediaStatus, LocationsNameDriveAndPath) {
           Row{"/run/media/ann/card/a", "/run/media/ann/card", "/run/media/ann/card/a"},
           Row{"d:\\rushes\\a.mov", "D:", "d:\\rushes\\a.mov"},
           Row{"file:///mnt/raid/a%20b.mov", "/mnt/raid", "/mnt/raid/a b.mov"},
-          Row{"file://localhost/a%4a", "/", "/aJ"},
-          Row{"file:///a%zz", "0", ""},
-          Row{"file:///%C3%A9", "/", "/é"},
-          Row{"my file://a", "0", "my file://a"},
-          Row{"tape:12", "0", "tape:12"},
-          Row{"file:///a%0", "0", ""},
-          Row{"file:///a%00b", "0", ""},
-          Row{"file://nas/a", "0", ""},
+          Row{"file://localhost/%4a%4A", "/", "/JJ"}, Row{"file:///a%zz", "0", ""},
+          Row{"file:///a%0", "0", ""}, Row{"file:///a%00b", "0", ""}, Row{"file://nas/a", "0", ""},
           Row{"https://host/a.mov", "https://host", ""}}) {
         SCOPED_TRACE(row.location);
         EXPECT_EQ(DriveID::of(row.location).asString(), row.drive);

@@ -10,8 +10,6 @@
 
 namespace {
 
-using Slot = cutroom::TextArena::Slot;
-
 TEST(CompareText, decides) {
     struct Row {
         const char* text;
@@ -56,28 +54,18 @@ TEST(FindText, agreesWithThePlainSearch) {
 TEST(TextArena, squeezesOutWhatChangedRecordsLeaveBehind) {
     cutroom::TextArena arena;
     projdb::Record record;
-    for (const Slot slot : {0u, 1u, 2u}) {
-        record.setField("name", "Shot " + std::to_string(slot));
-        arena.put(slot, record);
-    }
-    record.setField("notes", std::string(400'000, 'x'));
     std::size_t most = 0;
-    for (int take = 0; take < 20; ++take) {
-        record.setField("name", "Take " + std::to_string(take));
-        arena.put(1, record);
+    for (int shot = 0; shot < 20; ++shot) {
+        record.setField("name", "Shot " + std::to_string(shot));
+        arena.put(static_cast<cutroom::TextArena::Slot>(std::min(shot, 2)), record);
+        record.setField("notes", std::string(shot == 0 ? 0 : 400'000, 'x'));
         most = std::max(most, arena.bytes());
     }
-    EXPECT_GE(arena.generation(), 5u);
     EXPECT_LT(most, 2'000'000u);
-    const auto find = [&](const char* pattern) {
-        std::vector<Slot> found;
-        for (cutroom::TextArena::Place place = 0; !arena.isEnd(place);)
-            arena.search(pattern, false, place, 1000, found);
-        return found;
-    };
-    EXPECT_THAT(find("shot"), testing::UnorderedElementsAre(0, 2));
-    EXPECT_THAT(find("take 19"), testing::ElementsAre(1));
-    EXPECT_THAT(find("take 18"), testing::IsEmpty());
+    std::vector<cutroom::TextArena::Slot> found;
+    for (cutroom::TextArena::Place place = 0; !arena.isEnd(place);)
+        arena.search("shot 1", false, place, 1000, found);
+    EXPECT_THAT(found, testing::ElementsAre(1, 2)); // "Shot 1", "Shot 19"
 }
 
 } // namespace
