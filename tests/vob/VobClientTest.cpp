@@ -54,8 +54,6 @@ TEST_F(VobClientTest, HoldsItsVobsEditAndTakesNothing) {
     const EditPtr edit = makeEdit();
     VobClient client(open(edit).get(), kClientPriorityLowest, kClientUnmanaged);
     EXPECT_EQ(client.getAssetReference(), AssetReference(edit.getCookie()));
-    EXPECT_EQ(client.getAssetID(), edit.getCookie());
-    EXPECT_EQ(client.getAssetName(), edit->getName());
     EXPECT_TRUE(client.containsType('E'));
     EXPECT_FALSE(client.containsType('G'));
     EXPECT_FALSE(client.getContainerID().valid());

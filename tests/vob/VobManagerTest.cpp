@@ -48,11 +48,6 @@ TEST_F(VobManagerTest, FindsVobsByEditGroupAndLegacyIdOrMakesThem) {
     EXPECT_EQ(manager_.create(third.get(), edit.getCookie(), "two"), fresh);
     EXPECT_EQ(manager_.create(third.get(), other.getCookie()), fresh); // it has a Vob
     EXPECT_EQ(manager_.create(nullptr, edit.getCookie()), nullptr);
-    const auto fourth = client("fourth");
-    manager_.open(fourth.get(), 8); // nobody's
-    EXPECT_EQ(fourth->getVob(), nullptr);
-    manager_.open(fourth.get(), 7);
-    EXPECT_EQ(fourth->getVob(), c.get());
     EXPECT_THAT(manager_.getAllVobs(Cookie()), ElementsAre(a, b, c, fresh));
 }
 

@@ -43,7 +43,6 @@ INSTANTIATE_TEST_SUITE_P(
                     RegionRow{"startsBefore", 5, 15, {3, 6}, {5, 8}},
                     RegionRow{"wholeBefore", 5, 15, {0, 2}, {5, 7}},
                     RegionRow{"tooWide", 5, 15, {0, 40}, {5, 15}},
-                    RegionRow{"backward", 5, 15, {30, 20}, {5, 15}},
                     RegionRow{"nearEnoughStays", 0, 10, {2, 10}, {2, 10}},
                     RegionRow{"narrowAtZero", 0, 10, {0, 0.01}, {0, 0.08}},
                     RegionRow{"narrowAtStartIsAnAbsoluteEnd", 5, 15, {5, 5.01}, {0.08, 5}},
