@@ -108,10 +108,13 @@ void copyCues(const EditPtr& source, const EditPtr& copy, double offset,
     const double first = std::min(start, end) - kTolerance;
     const double last = std::max(start, end) + kTolerance;
     CueList cues = copy->getCues();
+    constexpr double kSurely = 1; // seconds; what lies so far out need not be moved to be told
     const CueList all = source->getCues();
-    for (Cue cue : all.cues()) {
-        if (!travels(cue))
+    for (const Cue& own : all.cues()) {
+        const double place = own.getTime() + offset;
+        if (!travels(own) || place < first - kSurely || place > last + kSurely)
             continue;
+        Cue cue = own;
         cue.setExtID(IdStamp::make());
         const auto pair = channels.find(cue.getChannel());
         const bool stays = pair != channels.end() && copy->isValidChan(pair->second);
