@@ -83,8 +83,9 @@ void addCopyCommand(Commands commands) {
     command->footer(
         "Without --as an edit is copied as an edit, and a whole clip as a clip of its own. The "
         "copy\n"
-        "begins at 0 and keeps the timecode of its frames; it is noted with what it was made "
-        "from.\n"
+        "begins at 0 and keeps the timecode of its frames, where the edit was given one; it is "
+        "noted\n"
+        "with what it was made from.\n"
         "--as sequence makes an edit at the project's rate with the clip cut into it.\n\n"
         "  cutroom copy \"Reel 1\"\n"
         "  cutroom copy \"Reel 1\" --in 01:00:10:00 --out 01:00:20:00 --as subclip --bin Selects\n"

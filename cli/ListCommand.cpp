@@ -95,7 +95,9 @@ void addListCommand(Commands commands) {
         ->check(CLI::IsMember({"edits", "logs", "bins", "groups", "documents", "filters"}));
     command->footer("One line each: cookie, then length, picture and sound tracks of edits and "
                     "logs, the number of\nitems of bins and groups, the size of documents, who "
-                    "made a filter and when it is shown;\nand the name.");
+                    "made a filter and when it is shown;\nand the name.\n"
+                    "Logs are the sources that clips play; subclips and other pieces that were cut "
+                    "from them\nare listed among the edits.");
     command->callback([commands, what] {
         commands.action = [&options = commands.options, what] {
             return withProject(options, Workspace::Use::read, [&](Workspace&) {
