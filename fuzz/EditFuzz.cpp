@@ -15,10 +15,12 @@ void tryEdit(const std::string& bytes) {
         return;
     if (!cutroom::checkState(read->state).empty())
         __builtin_trap();
-    const std::string once = cutroom::EditFile::encode(Cookie('E', 1), 7, read->state);
-    const auto again = cutroom::EditFile::decode(once, "again.edit");
+    const auto once = cutroom::EditFile::encode(Cookie('E', 1), 7, read->state);
+    if (!once.ok())
+        __builtin_trap();
+    const auto again = cutroom::EditFile::decode(*once, "again.edit");
     if (!again.ok() || canonicalText(again->state) != canonicalText(read->state) ||
-        cutroom::EditFile::encode(Cookie('E', 1), 7, again->state) != once)
+        *cutroom::EditFile::encode(Cookie('E', 1), 7, again->state) != *once)
         __builtin_trap();
 }
 

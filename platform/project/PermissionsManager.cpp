@@ -144,9 +144,8 @@ Status PermissionsManager::save(const std::map<Cookie, Mark>& marks) const {
         }
         out.endArray();
     };
-    return cutroom::writeFile(
-        cutroom::joinPath(folder_, cutroom::kPermissionsFile),
-        cutroom::SealedJson::make(kFormat, kVersion, write, former_, {"marks"}));
+    return cutroom::SealedJson::save(cutroom::joinPath(folder_, cutroom::kPermissionsFile), kFormat,
+                                     kVersion, write, former_, {"marks"});
 }
 
 Status PermissionsManager::load(const std::string& projectFolder, bool readOnly) {

@@ -111,9 +111,9 @@ Status ProjectFile::save(const std::string& path) const {
         out.add("mixConfiguration", defaults.mixConfiguration);
         writeAttributes(out, customAttributes);
     };
-    return writeFile(path, SealedJson::make(kFormat, kVersion, write, former,
-                                            {"id", "name", "frameRate", "dropFrame",
-                                             "mixConfiguration", "attributes"}));
+    return SealedJson::save(
+        path, kFormat, kVersion, write, former,
+        {"id", "name", "frameRate", "dropFrame", "mixConfiguration", "attributes"});
 }
 
 } // namespace cutroom

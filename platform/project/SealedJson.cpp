@@ -2,6 +2,7 @@
 
 #include "platform/base/Strings.h"
 #include "platform/files/CheckedFile.h"
+#include "platform/files/Files.h"
 #include "platform/files/TextFile.h"
 
 #include <algorithm>
@@ -54,10 +55,10 @@ Status checkFormat(const std::string& path, const JSON::Element& root, std::stri
 
 } // namespace
 
-std::string SealedJson::make(std::string_view format, int version,
-                             const std::function<void(JSON::Builder&)>& write,
-                             const Kv::Ptr<JSON::Element>& former,
-                             std::initializer_list<std::string_view> known) {
+Status SealedJson::save(const std::string& path, std::string_view format, int version,
+                        const std::function<void(JSON::Builder&)>& write,
+                        const Kv::Ptr<JSON::Element>& former,
+                        std::initializer_list<std::string_view> known) {
     JSON::Builder builder;
     builder.beginObject();
     builder.add(kChecksumKey, kUnsealed);
@@ -76,7 +77,9 @@ std::string SealedJson::make(std::string_view format, int version,
     std::string text = builder.take();
     const std::size_t at = sealPosition(text);
     text.replace(at, kUnsealed.size(), sealOf(text, at));
-    return text;
+    if (text.size() > kMaxBytes)
+        return Status(StatusCode::failed, path, "is too large to be read again");
+    return writeFile(path, text);
 }
 
 Result<Kv::Ptr<JSON::Element>> SealedJson::load(const std::string& path, std::string_view format,

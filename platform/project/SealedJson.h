@@ -17,12 +17,13 @@ namespace cutroom {
 
 class SealedJson {
 public:
-    // The text of a file of that format: `write` adds the members to the open object; then the
-    // members of `former` (may be empty) whose keys are not among `known` are added as they were.
-    static std::string make(std::string_view format, int version,
-                            const std::function<void(JSON::Builder&)>& write,
-                            const Kv::Ptr<JSON::Element>& former,
-                            std::initializer_list<std::string_view> known);
+    // Writes a file of that format: `write` adds the members to the open object; then the members
+    // of `former` (may be empty) whose keys are not among `known` are added as they were. `failed`
+    // and nothing written when there is more than `load` takes; else as writeFile.
+    static Status save(const std::string& path, std::string_view format, int version,
+                       const std::function<void(JSON::Builder&)>& write,
+                       const Kv::Ptr<JSON::Element>& former,
+                       std::initializer_list<std::string_view> known);
     // Reads a file. `damaged` for ill-formed JSON, a wrong checksum or another format, `failed` for
     // a version above `newestVersion`, `notFound` when it is not there.
     static Result<Kv::Ptr<JSON::Element>> load(const std::string& path, std::string_view format,

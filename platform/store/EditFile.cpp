@@ -119,33 +119,50 @@ bool readStep(const Section& section, const CelChunks& chunks, DecodeTrouble& tr
 
 } // namespace
 
-std::string EditFile::encode(const Cookie& cookie, std::uint64_t historyId,
-                             const EditState& state) {
-    CelChunkWriter chunks;
-    SectionWriter sections;
-    encodeState(sections, state, chunks);
-    return assemble(kEditKind, identity(cookie, historyId, 0), chunks, sections.take());
-}
-
 namespace {
+
+// Counts the segments of lists, those that share their storage once.
+class SegmentCount {
+public:
+    void add(const EditState& state) {
+        for (const EditChannel& channel : state.channels) {
+            const Shared<CelStorage>& storage = CelAccess::storage(*channel.cel);
+            if (known_.insert(storage.identity()).second)
+                count_ += storage->segments();
+        }
+    }
+    std::size_t get() const noexcept { return count_; }
+
+private:
+    std::set<const void*> known_;
+    std::size_t count_ = 0;
+};
 
 // The first step to be stored: the oldest ones stay out when all together are too large.
 std::size_t firstStored(const EditHistory& history) {
-    std::set<const void*> known;
-    std::size_t segments = 0;
+    SegmentCount segments;
     for (std::size_t step = history.steps.size(); step > 0; --step) {
-        for (const EditChannel& channel : history.steps[step - 1].state.channels) {
-            const Shared<CelStorage>& storage = CelAccess::storage(*channel.cel);
-            if (known.insert(storage.identity()).second)
-                segments += storage->segments();
-        }
-        if (segments > kMaxHistorySegments)
+        segments.add(history.steps[step - 1].state);
+        if (segments.get() > kMaxHistorySegments)
             return step;
     }
     return 0;
 }
 
 } // namespace
+
+Result<std::string> EditFile::encode(const Cookie& cookie, std::uint64_t historyId,
+                                     const EditState& state) {
+    SegmentCount segments;
+    segments.add(state);
+    if (segments.get() > kMaxSegments)
+        return Status(StatusCode::failed, name(cookie),
+                      format("has %zu segments, more than a file may hold", segments.get()));
+    CelChunkWriter chunks;
+    SectionWriter sections;
+    encodeState(sections, state, chunks);
+    return assemble(kEditKind, identity(cookie, historyId, 0), chunks, sections.take());
+}
 
 std::string EditFile::encodeHistory(const Cookie& cookie, std::uint64_t historyId,
                                     const EditHistory& history) {

@@ -19,9 +19,10 @@ public:
         std::uint64_t historyId = 0; // of the history's file that belongs to it; 0: none
     };
 
-    // The bytes of the files.
-    static std::string encode(const Cookie& cookie, std::uint64_t historyId,
-                              const EditState& state);
+    // The bytes of the files. An edit of more segments than `decode` takes is `failed`; a history
+    // leaves out its oldest steps instead.
+    static Result<std::string> encode(const Cookie& cookie, std::uint64_t historyId,
+                                      const EditState& state);
     static std::string encodeHistory(const Cookie& cookie, std::uint64_t historyId,
                                      const EditHistory& history);
     // Read what `file` holds. `damaged` with the place for what is not whole or not sound.

@@ -75,9 +75,10 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits,
             progress(static_cast<double>(saved.size()) / static_cast<double>(edits.size()));
         const SavedEdit& now = saved.back();
         const Cookie& cookie = edit->getCookie();
-        if (Status status = group.write(EditFile::name(cookie),
-                                        EditFile::encode(cookie, now.historyId, now.state));
-            !status)
+        const auto bytes = EditFile::encode(cookie, now.historyId, now.state);
+        if (!bytes)
+            return bytes.status();
+        if (Status status = group.write(EditFile::name(cookie), *bytes); !status)
             return status;
         if (!now.writeHistory)
             continue;

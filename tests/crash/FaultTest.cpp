@@ -55,7 +55,7 @@ protected:
         for (const Cookie& cookie : edits_) {
             const std::string file = fileOf(cookie);
             const auto read = EditFile::decode(bytesOf(file), file);
-            contents.push_back(read ? EditFile::encode(cookie, 0, read->state)
+            contents.push_back(read ? EditFile::encode(cookie, 0, read->state).value()
                                     : read.status().text());
         }
         return contents;

@@ -64,6 +64,12 @@ TEST(LogAttribute, isNotSavedWithMoreThanAreReadAgain) {
         EXPECT_EQ(file.save(folder / "project.json").ok(), count == 10'000u);
         EXPECT_TRUE(cutroom::ProjectFile::load(folder / "project.json").ok());
     }
+    file.customAttributes.clear();
+    for (const std::size_t megabytes : {63u, 65u}) {
+        file.name.assign(megabytes << 20, 'x');
+        EXPECT_EQ(file.save(folder / "project.json").ok(), megabytes == 63u);
+        EXPECT_TRUE(cutroom::ProjectFile::load(folder / "project.json").ok());
+    }
 }
 
 } // namespace
