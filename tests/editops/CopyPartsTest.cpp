@@ -88,6 +88,15 @@ TEST_F(CopyParts, aSequenceTakesTheMarkedPartOfAClipAsItStandsInTheProject) {
     EXPECT_THAT(log_.lines, IsEmpty());
 }
 
+TEST_F(CopyParts, aSequenceFromASourceKeepsWhatIsNeitherPictureNorSound) {
+    const EditModifier reel = makeReel();
+    reel->addChan(kChanSubtitle);
+    EditModule picture{EditPtr(reel)};
+    picture.selectAll(false);
+    picture.selectChan(reel->getId(0), true);
+    EXPECT_EQ(contents(makeSequenceFromSource(picture, {})), "a-");
+}
+
 TEST_F(CopyParts, anEditJoinsTheGroupsOfItsParentWhichAreSaved) {
     const Cookie parent = makeReel().getCookie();
     EditModifier first = makeReel(), second = makeReel(), none;

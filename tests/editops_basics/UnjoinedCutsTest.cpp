@@ -202,6 +202,8 @@ TEST_F(UnjoinedCutsTest, ASnapshotNeedsAnEditAndAChannel) {
     snapshot.buildFrom(cutsAt({3, 4}), edit_, IdStamp());
     EXPECT_EQ(found(snapshot), "4");
     EXPECT_EQ(snapshot.getTrack(), channel_);
+    snapshot.buildFrom(cutsAt({3}), edit_, channel_); // in place of that
+    EXPECT_EQ(found(snapshot), "6");
     snapshot.buildFrom(CelEventPair(edit_, channel_, 5.5));
     EXPECT_EQ(found(snapshot), "10,11");
     edit_->removeChan(channel_, false);
