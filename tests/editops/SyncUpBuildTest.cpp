@@ -143,6 +143,46 @@ TEST_F(SyncUpBuild, TakesTheChannelsAndMetadataThatAreMeant) {
     EXPECT_EQ(sounds->getNumChans(kChanAudio), 4);
 }
 
+TEST_F(SyncUpBuild, TakesWhatDescribesThePictureFromItAndTheSoundFromTheOther) {
+    const char* const keys[] = {"scene",
+                                "shot",
+                                "who",
+                                "description",
+                                "notes",
+                                "reelid",
+                                "24P_reel",
+                                "camreel",
+                                "cam_date",
+                                "lab_reel",
+                                "comp_reel",
+                                "frame_rate",
+                                "frame_based",
+                                "compression format",
+                                "pulldown",
+                                "sequence",
+                                "Source Format",
+                                "Aspect Ratio",
+                                "media_date",
+                                "take",
+                                "source_medium",
+                                "Manufacturer",
+                                "CameraModel",
+                                "stripv_width",
+                                "stripv_height",
+                                "reelid1",
+                                "AudioInputSampleRate",
+                                "director"};
+    for (const char* const key : keys) {
+        picture_->setConfig(key, "picture's");
+        sound_->setConfig(key, "sound's");
+    }
+    const EditPtr made = byTime(sound_, picture_, 0, 0);
+    std::string taken;
+    for (const char* const key : keys)
+        taken += made->getConfig(key).value_or("-").front();
+    EXPECT_EQ(taken, "pppppppppppppppppppppppppss-");
+}
+
 TEST_F(SyncUpBuild, LeavesNothingBehindWhenItFails) {
     const EditModifier empty = makeEdit(1, 0);
     const std::size_t before = edits();

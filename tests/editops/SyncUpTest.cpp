@@ -70,7 +70,9 @@ TEST_F(SyncUp, AnOffsetIsTheDifferenceOfTheLabelsOrRefused) {
         {"OtherDates", dated("1 May"), dated("2 May"), kNoTime, kSyncDates},
         {"DatesButForCase", dated("1 MAY"), dated("1 may"), 0},
         {"OneDate", dated("1 May"), dated(""), 0},
+        {"TheOtherDate", dated(""), dated("1 May"), 0},
         {"DatesOfNoSource", dated("1 May"), dated("2 May", kLogTypeSubclip), 0},
+        {"DatesOfNoSourceEither", dated("1 May", kLogTypeSubclip), dated("2 May"), 0},
     };
     for (const auto& row : rows) {
         synchup_params params;
@@ -141,6 +143,7 @@ TEST_F(SyncUp, FindsLabelsThroughTheMaterial) {
     const EditModifier circle = unlabelled();
     lay(circle, strip(circle), 0, 0);
     for (const EditPtr& none : {lay(unlabelled(), strip(makePicture({""})), 0, 0),
+                                lay(makePicture({"", 100}), strip(source), 0, 0), // a source itself
                                 lay(unlabelled(), materialOf(L"gone"), 0, 0),
                                 lay(unlabelled(), Cookie(), 0, 0), EditPtr(circle)}) {
         EXPECT_EQ(offset(sound, none), kNoTime);
