@@ -121,9 +121,9 @@ void MulticamSynchroniser::setSyncEnabled(bool on) {
     if (!watch.alive())
         return;
     for (const Kv::Ptr<Vob>& vob : collectVobs(0)) {
-        vob->informClients(VobModification(on ? kVobSyncOn : kVobSyncOff));
         if (!watch.alive() || getSyncEnabled() != on)
-            return; // switched again by somebody who was told
+            return; // switched again by somebody who was moved or told
+        vob->informClients(VobModification(on ? kVobSyncOn : kVobSyncOff));
     }
 }
 
