@@ -7,9 +7,12 @@
 
 namespace {
 
+constexpr std::size_t kMarkerBytes = 400; // that few markers exceed
+
 // Entries of lists take the name that the list gives them; the whole is "assets".
 class XmlWriter final : public cutroom::iMetadataWriter {
 public:
+    explicit XmlWriter(std::size_t room = 0) : xml_(room) {}
     void beginObject(std::string_view key) override { xml_.begin(nameOf(key)); }
     void endObject() override { xml_.end(); }
     void beginList(std::string_view key, std::string_view entry) override {
@@ -47,7 +50,7 @@ unsigned AssetMetadataXMLExporter::getSupportedSources() const {
 
 std::optional<std::string> AssetMetadataXMLExporter::getText(const EditPtr& edit,
                                                              const std::vector<Cue>& cues) const {
-    XmlWriter xml;
+    XmlWriter xml(cues.size() * kMarkerBytes);
     return cutroom::writeEdit(xml, edit, cues) ? std::optional(xml.take()) : std::nullopt;
 }
 

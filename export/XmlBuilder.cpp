@@ -68,7 +68,10 @@ bool isName(std::string_view text) noexcept {
 
 } // namespace
 
-XmlBuilder::XmlBuilder() : text_("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n") {}
+XmlBuilder::XmlBuilder(std::size_t room) {
+    text_.reserve(room);
+    text_ = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+}
 
 void XmlBuilder::indent() { text_.append(open_.size() * kIndent, ' '); }
 
