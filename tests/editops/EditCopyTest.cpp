@@ -148,6 +148,8 @@ TEST_F(EditCopy, aFlatOneIsNeitherMaterialNorRenderedAndLeavesTheSourceAlone) {
         EXPECT_EQ(config(edcopy_basic_copy(source.getCookie()), "CLIPBOARD"), "(none)");
         EXPECT_EQ(source->canonicalContents(), before);
     }
+    EXPECT_EQ(flatten(whole(clip))->get_edit_cel_p(0)->get_strip_cookie(0),
+              strip(EditPtr(clip), 'V', 1));
     EXPECT_EQ(contents(flatten(whole(reel))), "arstL");
     EditModule lower = whole(reel);
     lower.selectChan(reel->getId(1), false);
