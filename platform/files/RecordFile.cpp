@@ -158,7 +158,8 @@ int RecordFile::findField(std::string_view name) const noexcept {
 }
 
 void RecordFile::appendField(std::string name, char type) {
-    doubles_ |= std::uint64_t{type == kDoubleField} << fields_.size();
+    if (fields_.size() < kMaxFields) // of one too many no record will be written
+        doubles_ |= std::uint64_t{type == kDoubleField} << fields_.size();
     fields_.push_back({std::move(name), type});
 }
 
