@@ -6,6 +6,7 @@
 #include "platform/files/Files.h"
 #include "platform/project/CurrentProject.h"
 #include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
 
 namespace cutroom {
 
@@ -63,7 +64,9 @@ Status writable(const std::string& path) {
         return {StatusCode::failed, path, "no project is open to import into"};
     if (CurrentProject::isReadOnly())
         return {StatusCode::failed, path, "the project is open for reading only"};
-    return {};
+    // What an earlier one could not take back goes first, or its logs would be taken for known
+    // ones.
+    return EditManager::instance().discard({});
 }
 
 // A failure that names no file concerns the one that is imported.
