@@ -133,12 +133,12 @@ Status ImportedFile::makeEdit(Timeline& timeline, bool isRoot, Cookie& made) {
         if (Status status = makeEdit(nested, false, inside.back()); !status)
             return status;
     }
-    EditModifier edit =
-        EditManager::instance().makeNewEdit(makeNewEditCookie(), 0, 0, 0, timeline.rate.rate);
     const std::string name = nameOfEdit(timeline, isRoot);
+    const EditModifier edit =
+        EditManager::instance().makeNewEdit(makeNewEditCookie(), 0, 0, 0, timeline.rate.rate);
     if (!edit)
         return {StatusCode::failed, {}, "no edit could be made for \"" + name + "\""};
-    made_.push_back(edit);
+    made_.push_back(edit); // there is room: it is taken back whatever fails from here on
     made = edit.getCookie();
     (isRoot ? roots_ : nested_).push_back(made);
     edit->setName(toWide(name));
