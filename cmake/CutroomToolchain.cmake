@@ -41,7 +41,8 @@ if(CUTROOM_SANITIZE)
     endif()
 endif()
 if(CUTROOM_COVERAGE)
-    target_compile_options(cutroom_options INTERFACE -O0 --coverage)
+    # Counted by threads together, or counts go astray and below nothing.
+    target_compile_options(cutroom_options INTERFACE -O0 --coverage -fprofile-update=atomic)
     target_link_options(cutroom_options INTERFACE --coverage)
 endif()
 
