@@ -177,7 +177,7 @@ TEST_F(AllocationTest, importing) {
                       (databaseTrouble().empty() ? "" : " and files") +
                       (EditManager::instance().anyDirty() ? " dirty" : " clean");
            },
-           " and files clean"}); // which the next save or import removes
+           " clean"}); // what the next save or import removes
 }
 
 // --- saving ----------------------------------------------------------------------------------
