@@ -42,7 +42,7 @@ void FieldIndex::prepare() {
     assetsChanged(touched);
 }
 
-// The record is asked for now: of two changes of one asset the first to be looked at settles both.
+// The record is asked for here: of two changes of one asset the first to be looked at settles both.
 FieldIndex::Changes FieldIndex::assetsChanged(const CookieVec& assets) {
     Changes changes;
     if (!state_.follows(assets))

@@ -96,8 +96,8 @@ void FilterBinData::assetsChanged(const CookieVec& assets) {
     lookAgainAt(assets);
 }
 
-// What belongs here is asked for now, not when the change was told: of two changes of one asset the
-// first to be looked at settles both.
+// What belongs here is asked only now, not when the change was told: of two changes of one asset
+// the first to be looked at settles both.
 void FilterBinData::lookAgainAt(const CookieVec& assets) {
     Items come;
     CookieVec gone;

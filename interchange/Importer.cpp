@@ -64,8 +64,7 @@ Status writable(const std::string& path) {
         return {StatusCode::failed, path, "no project is open to import into"};
     if (CurrentProject::isReadOnly())
         return {StatusCode::failed, path, "the project is open for reading only"};
-    // What an earlier one could not take back goes first, or its logs would be taken for known
-    // ones.
+    // What an earlier one could not take back goes first: its logs are not the project's.
     return EditManager::instance().discard({});
 }
 
