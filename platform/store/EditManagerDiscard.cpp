@@ -17,7 +17,7 @@ Status EditManager::save(const std::vector<EditPtr>& edits,
         const CriticalSection::Lock whole(impl_->saving);
         impl_->undiscarded.reserve(due.size()); // should they have to be taken back without memory
     }
-    return impl_->saveAll(due, progress);
+    return impl_->saveAll(due, Impl::TooLarge::failsAll, progress);
 }
 
 // Out of memory, what is in memory goes all the same.

@@ -58,8 +58,19 @@ Status EditManager::Impl::putRecords(const std::vector<SavedEdit>& saved) {
     return coalescer.commit();
 }
 
+Status EditManager::Impl::writeHistory(cutroom::GroupCommit& group, const SavedEdit& now) {
+    if (!now.writeHistory)
+        return {};
+    const Cookie& cookie = now.edit->getCookie();
+    if (now.setHistoryAside)
+        if (const auto moved = cutroom::moveAside(EditFile::historyPath(cookie)); !moved)
+            return moved.status();
+    return group.write(EditFile::historyName(cookie),
+                       EditFile::encodeHistory(cookie, now.historyId, now.history));
+}
+
 // State and history go into one group, so that after a crash both are old or both are new.
-Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits,
+Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits, TooLarge tooLarge,
                                   const std::function<void(double)>& progress) {
     if (edits.empty() || !CurrentProject::isOpen())
         return {};
@@ -69,27 +80,25 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits,
     const CriticalSection::Lock whole(saving);
     cutroom::GroupCommit group(CurrentProject::getFolder());
     std::vector<SavedEdit> saved;
+    Status unsaved;
+    double done = 0;
     for (const Kv::Ptr<Edit>& edit : edits) {
-        saved.push_back(beginSave(edit));
+        SavedEdit now = beginSave(edit);
         if (progress)
-            progress(static_cast<double>(saved.size()) / static_cast<double>(edits.size()));
-        const SavedEdit& now = saved.back();
+            progress(++done / static_cast<double>(edits.size()));
         const Cookie& cookie = edit->getCookie();
         const auto bytes = EditFile::encode(cookie, now.historyId, now.state);
+        if (!bytes && tooLarge == TooLarge::staysUnsaved) {
+            unsaved = unsaved ? bytes.status() : unsaved;
+            continue;
+        }
         if (!bytes)
             return bytes.status();
         if (Status status = group.write(EditFile::name(cookie), *bytes); !status)
             return status;
-        if (!now.writeHistory)
-            continue;
-        if (now.setHistoryAside)
-            if (const auto moved = cutroom::moveAside(EditFile::historyPath(cookie)); !moved)
-                return moved.status();
-        if (Status status =
-                group.write(EditFile::historyName(cookie),
-                            EditFile::encodeHistory(cookie, now.historyId, now.history));
-            !status)
+        if (Status status = writeHistory(group, now); !status)
             return status;
+        saved.push_back(std::move(now));
     }
     for (const cutroom::FileInProject& file : cutroom::SaveAlongside::current())
         if (Status status = group.write(file.name, file.content); !status)
@@ -104,7 +113,7 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits,
     }
     for (const SavedEdit& edit : saved)
         endSave(edit, recorded.ok());
-    return recorded;
+    return recorded ? unsaved : recorded;
 }
 
 Status EditManager::flushChanges(bool all) {
@@ -114,7 +123,7 @@ Status EditManager::flushChanges(bool all) {
             due.push_back(std::move(edit));
     Status status = discardRest();
     if (status)
-        status = impl_->saveAll(due);
+        status = impl_->saveAll(due, Impl::TooLarge::staysUnsaved);
     due.clear();
     impl_->dropUnused();
     return status;

@@ -5,7 +5,9 @@
 #include <thread>
 
 using namespace cutroom;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -162,6 +164,33 @@ TEST_F(EditManagerTest, aReadOnlyProjectIsNeverWritten) {
     EXPECT_FALSE(manager().flushChanges(false).ok() || manager().deleteEdits({cookie}, "").ok());
     EXPECT_TRUE(manager().isOpen(cookie));
     EXPECT_EQ(test::bytesOf(fileOf(cookie)), bytes);
+}
+
+// Five million segments are the most that a file takes.
+TEST_F(EditManagerTest, anEditThatNoFileHoldsKeepsNoOtherFromBeingSaved) {
+    EditModifier large = manager().makeNewEdit(makeNewEditCookie(), 1, 4, 10.0, Kv::FrameRate(25));
+    const auto fill = [&](const std::vector<CelSegment>& segments) {
+        for (const IdStamp& channel : large->getChans())
+            ASSERT_TRUE(large->get_edit_cel_p(channel)->setSegments(segments).ok());
+    };
+    std::vector<CelSegment> segments(1'000'001);
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+        segments[i].start = static_cast<cutroom::Flicks>(i);
+        segments[i].end = segments[i].start + 1;
+    }
+    fill(segments);
+    const EditModifier other = fresh();
+    const Status status = manager().flushChanges(false);
+    EXPECT_THAT(status.text(),
+                AllOf(HasSubstr(large.getCookie().asString()), HasSubstr("has 5000005 segments")));
+    EXPECT_TRUE(large->isDirty() && !other->isDirty());
+    EXPECT_TRUE(projdb::isPresent(other.getCookie()));
+    other->setName(L"again");
+    EXPECT_FALSE(manager().save(std::vector<EditPtr>{other, large}).ok());
+    EXPECT_TRUE(other->isDirty()) << "all or none";
+    fill({});
+    EXPECT_TRUE(manager().flushChanges(false).ok());
+    EXPECT_FALSE(manager().anyDirty());
 }
 
 TEST_F(EditManagerTest, handlesComeAndGoOnManyThreads) {
