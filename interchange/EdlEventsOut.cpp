@@ -77,8 +77,7 @@ private:
     bool leads() const { return lead_ && lead_->end() > lead_->start; }
 
     void add(const Item& item, std::int64_t nextIn) {
-        const bool hole = last_ ? item.start > last_->end() : item.start > 0;
-        if (hole && !(lead_ && lead_->cut() == item.start))
+        if (last_ && item.start > last_->end())
             last_ = nullptr;
         const bool written = plays(item);
         losses_.disabled += !written && item.type != ItemType::gap;
@@ -172,6 +171,10 @@ std::vector<std::string> EdlLosses::text() const {
 }
 
 std::string_view edlFacts(const Item& item) { return importedMember(item.metadata, "edl"); }
+
+std::string_view edlRest(std::string_view facts) { return importedMember(facts, "continued"); }
+
+bool edlIsOther(std::string_view outgoing) { return importedMember(outgoing, "other") == "true"; }
 
 std::vector<EdlEventOut> edlEventsOf(const Timeline& timeline, const std::vector<int>& tracks,
                                      EdlLosses& losses) {

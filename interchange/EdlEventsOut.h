@@ -56,5 +56,10 @@ std::vector<EdlEventOut> edlEventsOf(const Timeline& timeline, const std::vector
 // What the edit list that an item was read from said of its event, a member of the item's metadata;
 // empty for others.
 std::string_view edlFacts(const Item& item);
+// The same of the event in which a clip goes on that was read from two.
+std::string_view edlRest(std::string_view facts);
+// Tells whether what was read of the outgoing side of a transition is a clip of its own, not the
+// one before it.
+bool edlIsOther(std::string_view outgoing);
 
 } // namespace cutroom

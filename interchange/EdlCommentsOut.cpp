@@ -1,0 +1,147 @@
+#include "interchange/EdlCommentsOut.h"
+
+#include "interchange/EdlMarkersOut.h"
+#include "interchange/ImportedJson.h"
+#include "platform/base/Strings.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace cutroom {
+
+namespace {
+
+void forEachComment(std::string_view facts, const std::function<void(const std::string&)>& visit) {
+    forEachImportedEntry(importedMember(facts, "comments"), [&](std::string_view raw) {
+        visit(importedText("{\"c\":" + std::string(raw) + "}", "c"));
+    });
+}
+
+std::string effectName(const Item& transition) {
+    if (!transition.name.empty())
+        return edlOneLine(transition.name);
+    const std::string& type = transition.transitionType;
+    const bool shown = type == "SMPTE_Dissolve" || (type.size() == 4 && type[0] == 'W');
+    return shown ? std::string() : edlOneLine(type);
+}
+
+class Comments {
+public:
+    Comments(const EdlEventOut& event, EdlReels& reels) : event_(event), reels_(reels) {}
+
+    std::vector<std::string> take(std::string_view outgoing) {
+        if (event_.transition)
+            namesOfTransition(outgoing);
+        else if (event_.item)
+            name(*event_.item, "FROM CLIP NAME:  ");
+        if (event_.item)
+            source(*event_.item);
+        else
+            forEachComment(event_.facts, [&](const std::string& text) {
+                if (!event_.transition ||
+                    !(text.starts_with("FROM CLIP NAME:") || text.starts_with("EFFECT")))
+                    addKept(text);
+            });
+        return std::move(lines_);
+    }
+
+private:
+    void add(const std::string& text) { lines_.push_back("* " + text); }
+
+    // Lines that stood without an asterisk stand so again.
+    void addKept(const std::string& text) {
+        for (const char* const bare : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
+            if (text.starts_with(bare)) {
+                lines_.push_back(edlOneLine(text));
+                return;
+            }
+        add(edlOneLine(text));
+    }
+
+    void namesOfTransition(std::string_view outgoing) {
+        const std::string from = !outgoing.empty() ? importedText(outgoing, "clip_name")
+                                 : event_.outgoing ? event_.outgoing->name
+                                                   : std::string();
+        if (!edlOneLine(from).empty())
+            add("FROM CLIP NAME:  " + edlOneLine(from));
+        if (event_.item)
+            name(*event_.item, "TO CLIP NAME:  ");
+        if (const std::string effect = effectName(*event_.transition); !effect.empty())
+            add("EFFECT NAME: " + effect);
+    }
+
+    // Which an event of an edit list has from its reel alone stays unsaid.
+    void name(const Item& item, const char* key) {
+        const std::string text = edlOneLine(item.name);
+        const bool unsaid = !item.channel.empty() && text == item.media.reel;
+        if (!text.empty() && !unsaid)
+            add(key + text);
+    }
+
+    // The reel in full, the file, and whatever else the list said below the event.
+    void source(const Item& item) {
+        const bool isGenerator = item.media.kind == ReferenceKind::generator;
+        reelTold_ = !reels_.isShort(item);
+        fileTold_ = item.media.location.empty() || isGenerator;
+        std::vector<std::string> kept;
+        const auto keep = [&](const std::string& text) {
+            if (holds(item, text))
+                kept.push_back(text);
+        };
+        forEachComment(event_.facts, keep);
+        if (!event_.goesOn)
+            forEachComment(edlRest(event_.facts), keep);
+        const char* const generated =
+            event_.transition ? "TO CLIP IS A GENERATOR" : "FROM CLIP IS A GENERATOR";
+        if (isGenerator && std::find(kept.begin(), kept.end(), generated) == kept.end())
+            add(generated);
+        if (!reelTold_)
+            add("REEL: " + edlOneLine(item.media.reel));
+        if (!fileTold_)
+            add("SOURCE FILE: " + edlOneLine(item.media.location));
+        for (const std::string& text : kept)
+            addKept(text);
+    }
+
+    // Tells whether a comment of the list that was read still holds; those that are written anew
+    // do not count.
+    bool holds(const Item& item, const std::string& text) {
+        for (const char* const key :
+             {"FROM CLIP NAME:", "TO CLIP NAME:", "EFFECT NAME:", "EFFECTS NAME", "REEL:"})
+            if (text.starts_with(key))
+                return false;
+        if (const auto is = text.find(" IS CLIP ");
+            text.starts_with("REEL ") && is != std::string::npos) {
+            const bool same = trim(std::string_view(text).substr(5, is - 5)) == item.media.reel &&
+                              trim(std::string_view(text).substr(is + 9)) == item.name;
+            reelTold_ = reelTold_ || same;
+            return same;
+        }
+        for (const std::string_view key :
+             {"SOURCE FILE:", "TO CLIP:", "TO FILE:", "FROM CLIP:", "FROM FILE:"}) {
+            if (!text.starts_with(key))
+                continue;
+            const auto value = trim(std::string_view(text).substr(key.size()));
+            const bool ofOther = event_.transition && key[0] == 'F';
+            const bool same = !ofOther && value == item.media.location;
+            fileTold_ = fileTold_ || same;
+            return same || ofOther || value.empty();
+        }
+        return true;
+    }
+
+    const EdlEventOut& event_;
+    EdlReels& reels_;
+    bool reelTold_ = false;
+    bool fileTold_ = false;
+    std::vector<std::string> lines_;
+};
+
+} // namespace
+
+std::vector<std::string> edlCommentsOf(const EdlEventOut& event, std::string_view outgoing,
+                                       EdlReels& reels) {
+    return Comments(event, reels).take(outgoing);
+}
+
+} // namespace cutroom

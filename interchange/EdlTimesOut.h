@@ -1,0 +1,64 @@
+// What an edit list says of time: the timecodes of its events and their speeds.
+#pragma once
+
+#include "interchange/EdlEventsOut.h"
+#include "interchange/Timeline.h"
+#include "platform/base/Timecode.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cutroom {
+
+// The texts for one timeline. An event that was read from an edit list keeps its timecodes and its
+// speed as they were written, while they still say where it is and what it plays.
+class EdlTimesOut {
+public:
+    // The timeline outlives it.
+    explicit EdlTimesOut(const Timeline& timeline);
+
+    // How the record's timecode counts, and that of what an event plays.
+    const TimecodeFormat& record() const noexcept { return record_; }
+    TimecodeFormat sourceOf(const EdlEventOut& event) const;
+    // The frame of the record at a time of the timeline, from its start, and the timecode there.
+    std::int64_t frameAt(Flicks time) const { return record_.rate.flicksToFrameNearest(time); }
+    std::string recordText(std::int64_t frame) const;
+
+    // The events in the order of their lines: a clip that was read from two becomes two again while
+    // both hold.
+    std::vector<EdlEventOut> inTheirLines(const std::vector<EdlEventOut>& events) const;
+    // The four timecodes of an event; what they cannot say is counted.
+    std::string timecodes(const EdlEventOut& event, EdlLosses& losses) const;
+    // The same of what goes out (null: black) at the frame where a transition begins.
+    std::string timecodes(const Item* outgoing, std::int64_t frame) const;
+    // The speed of an event in frames a second; empty for play speed.
+    std::string speed(const EdlEventOut& event) const;
+    // What was read of the outgoing side, while the transition is where it was, and, unless that
+    // was another clip from the start, what goes out is too; else empty.
+    std::string_view keptOutgoing(const EdlEventOut& event) const;
+
+    // The four timecodes that were read, or none.
+    static std::vector<std::string> labelsOf(std::string_view facts);
+
+private:
+    TimecodeFormat sourceOf(const Item& item) const;
+    std::int64_t sourceFrame(const Item& item, std::int64_t frame, const Kv::FrameRate& rate) const;
+    std::int64_t sourceOut(const EdlEventOut& event, std::int64_t in,
+                           const TimecodeFormat& format) const;
+    std::int64_t startFrame() const { return timeline_.startFrame.value_or(0); }
+
+    bool isAt(const std::string& label, std::int64_t frame) const;
+    bool isRecord(const EdlEventOut& event) const;
+    bool isSource(std::string_view facts, const Item& item, std::int64_t frame) const;
+    bool isWritten(const EdlEventOut& event) const;
+    bool isUnchanged(const Item& item) const;
+    std::optional<std::string> writtenSpeed(std::string_view facts, double speed) const;
+
+    const Timeline& timeline_;
+    const TimecodeFormat record_;
+};
+
+} // namespace cutroom
