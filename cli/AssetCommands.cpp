@@ -6,7 +6,6 @@
 #include "cli/Command.h"
 #include "cli/FilterWords.h"
 #include "cli/Names.h"
-#include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
@@ -38,9 +37,9 @@ Status renameContainer(const Result<Kv::Ptr<Container>>& container, const std::w
 }
 
 Status rename(const std::string& name, const std::string& newName, unsigned kinds) {
-    const auto wide = toWideStrict(newName);
-    if (!wide || wide->empty())
-        return {StatusCode::wrongUsage, newName, "a name is UTF-8 text that is not empty"};
+    const auto wide = parseName(newName);
+    if (!wide)
+        return wide.status();
     const auto asset = findAsset(name, kinds);
     if (!asset)
         return asset.status();

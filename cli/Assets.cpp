@@ -35,6 +35,21 @@ const char* wordFor(unsigned kinds) {
     }
 }
 
+const char* logWord(eLogType type) {
+    switch (type) {
+    case kLogTypeSource:
+        return "log";
+    case kLogTypeSubclip:
+        return "subclip";
+    case kLogTypeSyncGhost:
+        return "sync";
+    case kLogTypePrintGhost:
+        return "print";
+    default:
+        return "edit";
+    }
+}
+
 using Visit = std::function<void(const Cookie&, std::string name, AssetKinds)>;
 
 // Names stand as they are now: an edit that is open may have another than its record, or no record
@@ -215,7 +230,7 @@ Result<Kv::Ptr<Document>> openDocument(std::string_view text) {
 
 const char* kindText(const Cookie& asset) {
     if (const auto record = projdb::find(asset))
-        return record->logType == kLogTypeSource ? "log" : "edit";
+        return logWord(record->logType);
     const auto known = byCookie(asset, kAnyAsset);
     return known ? wordFor(known->kind) : "asset";
 }

@@ -4,6 +4,7 @@
 #include "cli/Assets.h"
 #include "cli/Command.h"
 #include "cli/ContainerText.h"
+#include "cli/Names.h"
 #include "platform/base/Strings.h"
 
 #include <CLI/CLI.hpp>
@@ -91,9 +92,9 @@ Status add(const Options&, const BinWords& words) {
 }
 
 Status makeBin(const Options& options, const BinWords& words) {
-    const auto name = toWideStrict(words.name);
-    if (!name || name->empty())
-        return {StatusCode::wrongUsage, words.name, "a name is UTF-8 text that is not empty"};
+    const auto name = parseName(words.name);
+    if (!name)
+        return name.status();
     if (Status unique = checkBinName(words.name); !unique)
         return unique;
     const Kv::Ptr<BinData> bin = BinManager::instance().newBin();

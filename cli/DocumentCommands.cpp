@@ -3,6 +3,7 @@
 #include "cli/Assets.h"
 #include "cli/Command.h"
 #include "cli/ContainerText.h"
+#include "cli/Names.h"
 #include "platform/base/Strings.h"
 
 #include <CLI/CLI.hpp>
@@ -90,9 +91,7 @@ std::string allMadeText(const Made& all, bool json) {
 }
 
 Status checkName(const DocumentWords& words) {
-    if (words.name && words.name->empty())
-        return {StatusCode::wrongUsage, *words.name, "a name is UTF-8 text that is not empty"};
-    return {};
+    return words.name ? parseName(*words.name).status() : Status();
 }
 
 // Like an import: each file for itself.

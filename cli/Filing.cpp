@@ -2,7 +2,7 @@
 
 #include "bins/BinManager.h"
 #include "cli/Assets.h"
-#include "platform/base/Strings.h"
+#include "cli/Names.h"
 #include "platform/files/Files.h"
 #include "platform/project/ProjectLayout.h"
 #include "platform/store/EditManager.h"
@@ -35,9 +35,9 @@ Result<Filing> Filing::into(const std::string& bin) {
         return asset.name == bin || asset.cookie.asString() == bin;
     });
     if (none) {
-        const auto name = toWideStrict(bin);
+        const auto name = parseName(bin);
         if (!name)
-            return Status(StatusCode::wrongUsage, bin, "not UTF-8 text");
+            return name.status();
         filing.newName_ = *name;
         return filing;
     }

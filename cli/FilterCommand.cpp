@@ -4,6 +4,7 @@
 #include "cli/Command.h"
 #include "cli/ContainerText.h"
 #include "cli/FilterWords.h"
+#include "cli/Names.h"
 #include "platform/base/Strings.h"
 
 #include <CLI/CLI.hpp>
@@ -28,15 +29,8 @@ Status failedToSave(const std::string& filter) {
     return {StatusCode::failed, filter, "the filter cannot be saved"}; // why has been logged
 }
 
-Result<std::wstring> nameOf(const std::string& text) {
-    const auto name = toWideStrict(text);
-    if (!name || name->empty())
-        return Status(StatusCode::wrongUsage, text, "a name is UTF-8 text that is not empty");
-    return *name;
-}
-
 Status make(const Options& options, const FilterCommandWords& words) {
-    const auto name = nameOf(words.filter);
+    const auto name = parseName(words.filter);
     if (!name)
         return name.status();
     if (Status unique = checkFilterName(*name); !unique)
@@ -80,7 +74,7 @@ Status destroy(const Options&, const FilterCommandWords& words) {
 }
 
 Status rename(const Options&, const FilterCommandWords& words) {
-    const auto name = nameOf(words.name);
+    const auto name = parseName(words.name);
     return name ? renameFilter(words.filter, *name) : name.status();
 }
 
@@ -105,7 +99,7 @@ Status makeBin(const Options& options, const FilterCommandWords& words) {
     const auto filter = findFilter(words.filter);
     if (!filter)
         return filter.status();
-    const auto name = nameOf(words.name);
+    const auto name = parseName(words.name);
     if (!name)
         return name.status();
     if (Status unique = checkBinName(words.name); !unique)

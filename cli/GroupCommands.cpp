@@ -3,7 +3,7 @@
 #include "cli/Assets.h"
 #include "cli/Command.h"
 #include "cli/ContainerText.h"
-#include "platform/base/Strings.h"
+#include "cli/Names.h"
 
 #include <CLI/CLI.hpp>
 
@@ -26,9 +26,9 @@ struct GroupWords {
 using GroupPtr = Kv::Ptr<AssetAssociationGroup>;
 
 Status makeGroup(const Options& options, const GroupWords& words) {
-    const auto name = toWideStrict(words.group);
-    if (!name || name->empty())
-        return {StatusCode::wrongUsage, words.group, "a name is UTF-8 text that is not empty"};
+    const auto name = parseName(words.group);
+    if (!name)
+        return name.status();
     auto members = findAssets(words.assets, kMembers);
     if (!members)
         return members.status();

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 namespace cutroom::cli {
 
@@ -19,7 +20,7 @@ namespace {
 
 struct ImportWords {
     std::vector<std::string> files;
-    std::string rate;
+    std::optional<std::string> rate;
     std::string subtitlesOf; // the edit that subtitles go to; empty: the files are timelines
     std::string clock = "media";
     std::string encoding;
@@ -151,10 +152,10 @@ int run(const Options& options, const ImportWords& words) {
     if (!words.subtitlesOf.empty())
         return importSubtitleFiles(options, words);
     ImportOptions how;
-    if (!words.rate.empty()) {
-        how.rate = Kv::FrameRate::fromString(words.rate);
+    if (words.rate) {
+        how.rate = Kv::FrameRate::fromString(*words.rate);
         if (!how.rate)
-            return fail({StatusCode::wrongUsage, words.rate,
+            return fail({StatusCode::wrongUsage, *words.rate,
                          "not a frame rate: give 25, 29.97 or 30000/1001"});
     }
     if (!anyExists(words.files))

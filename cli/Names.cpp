@@ -77,6 +77,13 @@ Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit) {
     return place;
 }
 
+Result<std::wstring> parseName(const std::string& text) {
+    auto name = toWideStrict(text);
+    if (!name || name->empty())
+        return Status(StatusCode::wrongUsage, text, "a name is UTF-8 text that is not empty");
+    return std::move(*name);
+}
+
 Result<std::uint32_t> parseColour(std::string_view text) {
     if (const auto colour = markerColour(text))
         return *colour;

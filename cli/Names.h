@@ -24,6 +24,9 @@ Result<double> parsePlace(std::string_view text, const EditPtr& edit);
 // The same; `wrongUsage` also for a place outside the edit.
 Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit);
 
+// A name that something is to get: UTF-8 text that is not empty.
+Result<std::wstring> parseName(const std::string& text);
+
 // 24 bits of colour, red high, from a marker colour's name or "#rrggbb".
 Result<std::uint32_t> parseColour(std::string_view text);
 // The colour's name, else "#rrggbb".

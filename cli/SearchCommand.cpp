@@ -2,6 +2,7 @@
 #include "bins/BinManager.h"
 #include "cli/Assets.h"
 #include "cli/Command.h"
+#include "cli/Names.h"
 #include "cli/Progress.h"
 #include "cli/SearchWords.h"
 #include "platform/base/Strings.h"
@@ -141,9 +142,9 @@ Result<Cookie> keepAs(const std::string& name, const BinData& results) {
         bin = std::move(*opened);
         bin->add(results);
     } else {
-        const auto wide = toWideStrict(name);
-        if (!wide || name.empty())
-            return Status(StatusCode::wrongUsage, name, "a bin needs a name in UTF-8");
+        const auto wide = parseName(name);
+        if (!wide)
+            return wide.status();
         bin = Kv::makePtr<BinData>(results);
         bin->setName(*wide);
         bin = BinManager::instance().addBin(bin, "search kept by command");

@@ -3,6 +3,7 @@
 #include "cli/Assets.h"
 #include "cli/EditView.h"
 #include "cli/MarkersIn.h"
+#include "cli/Names.h"
 #include "cli/Session.h"
 #include "editops/basics/EmptyEdit.h"
 #include "export/AssetMetadataSRTExporter.h"
@@ -33,7 +34,7 @@ void importOne(Session& session, SessionWords& words) {
 }
 
 void makeEdit(Session& session, SessionWords& words) {
-    const std::wstring name = toWide(words.take("a name"));
+    const std::wstring name = require(parseName(words.take("a name")));
     unsigned char video = 1, audio = 2;
     double length = kNoTime;
     Kv::FrameRate rate;
