@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t kMarkerBytes = 400; // that few markers exceed
+constexpr std::size_t kMarkerBytes = 320; // that few markers exceed
 
 // Entries of lists take the name that the list gives them; the whole is "assets".
 class XmlWriter final : public cutroom::iMetadataWriter {
