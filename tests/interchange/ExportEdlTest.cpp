@@ -216,6 +216,23 @@ TEST_F(ExportEdl, ChangesAreToldAndTheRestStays) {
     EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
 }
 
+// Also in the first line of a transition, which else stays as it was read.
+TEST_F(ExportEdl, WhatGoesOutIsToldWhereItIs) {
+    const std::string outgoing = "002  A        V     C        01:00:04:00 01:00:04:00";
+    const std::string list =
+        "001  A        V     C        01:00:00:00 01:00:04:00 10:00:00:00 10:00:04:00\n" +
+        outgoing +
+        " 10:00:04:00 10:00:04:00\n"
+        "002  B        V     D    025 02:00:00:00 02:00:02:00 10:00:04:00 10:00:06:00\n";
+    const EditModifier edit = imported("t.edl", list, Kv::FrameRate(25));
+    EXPECT_THAT(exported(edit), HasSubstr(outgoing));
+    const Kv::Ptr<Cel> cel = celOf(edit, 0);
+    ChannelEvent event = cel->get_event(0);
+    event.stripTime += edit->getFrameRate().frameToFlicks(5);
+    ASSERT_TRUE(cel->setEvent(0, event).ok());
+    EXPECT_THAT(exported(edit), HasSubstr("C        01:00:04:05 01:00:04:05 10:00:04:00"));
+}
+
 // Clips of all channels and markers at their record time, with source, length and speed in frames.
 std::vector<std::string> recordOf(const EditPtr& edit) {
     std::vector<std::string> all;
