@@ -77,14 +77,13 @@ void BinIndex::appended(const Items& items, std::size_t first) {
     enter(identities_);
 }
 
-bool BinIndex::appendNew(Items& items, BinItem item) {
+void BinIndex::appendNew(Items& items, BinItem item) {
     make(assets_, items);
     if (assets_.table.insert(item.asset, items.size(), reader<Cookie>(items)) >= 0)
-        return false;
+        return;
     items.push_back(std::move(item));
     if (identities_.made)
         identities_.table.insert(items.back().getID(), items.size() - 1, reader<IdStamp>(items));
-    return true;
 }
 
 } // namespace cutroom

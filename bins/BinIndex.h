@@ -25,8 +25,8 @@ public:
     void drop() noexcept;
     // Items from `first` on were appended.
     void appended(const Items& items, std::size_t first);
-    // Appends the item unless one of its asset is there; tells whether it did.
-    bool appendNew(Items& items, BinItem item);
+    // Appends the item unless one of its asset is there.
+    void appendNew(Items& items, BinItem item);
 
 private:
     template <class Key> struct Side {

@@ -38,6 +38,7 @@ const char* wordFor(unsigned kinds) {
 const char* logWord(eLogType type) {
     switch (type) {
     case kLogTypeSource:
+    case kLogTypeFileCopy:
         return "log";
     case kLogTypeSubclip:
         return "subclip";
@@ -45,6 +46,8 @@ const char* logWord(eLogType type) {
         return "sync";
     case kLogTypePrintGhost:
         return "print";
+    case kLogTypeClipSection:
+        return "clip section";
     default:
         return "edit";
     }

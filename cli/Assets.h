@@ -48,8 +48,8 @@ Result<Kv::Ptr<Document>> openDocument(std::string_view text);
 Status deleteAssets(const std::vector<std::string>& names, const std::string& reason,
                     unsigned kinds = kAnyAsset);
 
-// "edit", "log", "subclip", "sync", "print", "bin", "group", "document", "filter"; "asset" for what
-// is not there any more.
+// "edit", "log", "subclip", "sync", "print", "clip section", "bin", "group", "document", "filter";
+// "asset" for what is not there any more.
 const char* kindText(const Cookie& asset);
 // The asset's name; its cookie for what is not there any more.
 std::string assetName(const Cookie& asset);

@@ -9,6 +9,7 @@
 #include "platform/store/EditManager.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace cutroom::cli {
 

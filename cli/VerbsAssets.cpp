@@ -2,6 +2,7 @@
 #include "bins/AssetAssociationGroupManager.h"
 #include "bins/DocumentManager.h"
 #include "cli/ContainerWords.h"
+#include "cli/Names.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 
@@ -115,7 +116,7 @@ void follow(Session& session, SessionWords& words) {
 // --- groups --------------------------------------------------------------------------------------
 
 void makeGroup(Session& session, SessionWords& words) {
-    const std::wstring name = toWide(words.take("a name"));
+    const std::wstring name = require(parseName(words.take("a name")));
     auto type = AssetAssociationGroup::kUserGroup;
     bool byHand = false;
     while (!words.done() && (words.peek() == "versions" || words.peek() == "by-hand"))

@@ -2,6 +2,7 @@
 #include "bins/BinManager.h"
 #include "cli/ContainerWords.h"
 #include "cli/FilterWords.h"
+#include "cli/Names.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
@@ -13,7 +14,7 @@ namespace cutroom::cli {
 namespace {
 
 void makeBin(Session& session, SessionWords& words) {
-    const std::wstring name = toWide(words.take("a name"));
+    const std::wstring name = require(parseName(words.take("a name")));
     BinManager& manager = BinManager::instance();
     Kv::Ptr<BinData> bin;
     if (words.done()) {

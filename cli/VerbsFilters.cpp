@@ -2,6 +2,7 @@
 #include "cli/ContainerText.h"
 #include "cli/ContainerWords.h"
 #include "cli/FilterWords.h"
+#include "cli/Names.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 
@@ -118,7 +119,7 @@ void removeFromFilter(Session& session, SessionWords& words) {
 void makeRealBin(Session& session, SessionWords& words) {
     const FilterPtr filter = takeFilter(words);
     const eSetOperation operation = require(setOperationOf(words.take("any, all or first")));
-    const auto bin = filters().makeBin(filter, operation, toWide(words.take("a name")));
+    const auto bin = filters().makeBin(filter, operation, require(parseName(words.take("a name"))));
     session.say(toUtf8(getDisplayString(operation)) + ": " + contents(*bin));
 }
 

@@ -58,7 +58,9 @@ void makeEdit(Session& session, SessionWords& words) {
     const EditPtr edit = createEmptyEdit(Cookie(), name, video, audio, length, rate);
     if (!edit)
         refuse(StatusCode::failed, toUtf8(name), "cannot be made");
-    require(EditManager::instance().flushChanges(false)); // so that it is found by its name
+    // So that it is found by its name. What cannot be saved elsewhere is no matter of its own.
+    if (Status saved = EditManager::instance().flushChanges(false); edit->isDirty())
+        require(saved);
     session.say("made " + toUtf8(edit->getName()) + ", " +
                 timeText(edit->getEndTime() - edit->getStartTime()) + " s");
 }

@@ -1,5 +1,6 @@
 // Verbs that link viewers, and for multicam.
 #include "cli/Assets.h"
+#include "cli/Names.h"
 #include "cli/Session.h"
 #include "cli/SessionLinks.h"
 #include "platform/base/Strings.h"
@@ -142,9 +143,7 @@ void playLinked(Session& session, SessionWords& words) {
 // --- multicam ------------------------------------------------------------------------------------
 
 void makeSyncGroup(Session& session, SessionWords& words) {
-    const std::wstring name = toWide(words.take("a name"));
-    if (name.empty())
-        refuse(StatusCode::wrongUsage, "sync-group", "a name is not empty");
+    const std::wstring name = require(parseName(words.take("a name")));
     const CookieVec clips = require(findAssets(words.rest(), kEdits));
     while (!words.done())
         words.take("a clip");

@@ -12,8 +12,6 @@ namespace cutroom {
 
 namespace {
 
-constexpr int kMostFrames = 99; // that two digits can number
-
 // Drop frame is a matter of labels alone, of whole rates too where the list says so.
 TimecodeFormat labelled(const TimecodeFormat& format) {
     const Kv::FrameRate dropped(format.rate.nominal() * 1000, 1001);
@@ -42,7 +40,7 @@ std::string EdlTimesOut::recordText(std::int64_t frame) const {
 }
 
 TimecodeFormat EdlTimesOut::sourceOf(const Item& item) const {
-    const bool usable = item.sourceRate.valid() && item.sourceRate.rate.nominal() <= kMostFrames;
+    const bool usable = item.sourceRate.valid() && item.sourceRate.rate.nominal() <= kMostEdlFrames;
     const Kv::FrameRate rate = usable ? item.sourceRate.rate : record_.rate;
     const bool drop =
         edlFacts(item).empty() && item.channel.empty() ? record_.dropFrame : item.sourceDrop;

@@ -13,6 +13,8 @@
 
 namespace cutroom {
 
+constexpr int kMostEdlFrames = 99; // of a second, that two digits can number
+
 // The texts for one timeline. An event that was read from an edit list keeps its timecodes and its
 // speed as they were written, while they still say where it is and what it plays.
 class EdlTimesOut {

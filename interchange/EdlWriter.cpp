@@ -17,7 +17,6 @@ namespace cutroom {
 
 namespace {
 
-constexpr int kMostFrames = 99;        // that two digits can number
 constexpr std::size_t kNumbered = 999; // events, in three digits
 
 class Writer {
@@ -173,7 +172,7 @@ private:
 } // namespace
 
 Result<EdlText> writeEdl(const Timeline& timeline, const std::string& track) {
-    if (timeline.rate.rate.nominal() > kMostFrames)
+    if (timeline.rate.rate.nominal() > kMostEdlFrames)
         return Status(StatusCode::failed, timeline.name,
                       "runs at " + timeline.rate.rate.asString() +
                           " frames a second, more than an edit list can number");

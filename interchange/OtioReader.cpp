@@ -21,22 +21,28 @@ std::string extraOf(Document& document, const Json& timeline, const Place& place
     const Json stack = document.member(timeline, "tracks");
     JSON::Builder builder(JSON::Layout::compact, JSON::NonFinite::asWord);
     builder.beginObject();
-    for (const Json& member : timeline->children())
-        if (const auto key = member->key(); key != "OTIO_SCHEMA" && key != "OTIO_REF_ID" &&
-                                            key != "name" && key != "metadata" && key != "tracks" &&
-                                            key != "global_start_time")
-            builder.add(key, *member);
+    bool any = false;
+    for (const Json& member : timeline->children()) {
+        const std::string_view key = member->key();
+        if (key == "OTIO_SCHEMA" || key == "OTIO_REF_ID" || key == "name" || key == "metadata" ||
+            key == "tracks" || key == "global_start_time")
+            continue;
+        builder.add(key, *member);
+        any = true;
+    }
     if (schemaOf(stack) == "Stack") {
         builder.beginObject("tracks");
         for (const Json& member : stack->children())
             if (const auto key = member->key(); key != "OTIO_SCHEMA" && key != "OTIO_REF_ID" &&
                                                 key != "children" && key != "markers" &&
-                                                key != "source_range")
+                                                key != "source_range") {
                 builder.add(key, *member);
+                any = true;
+            }
         builder.endObject();
     }
     builder.endObject();
-    return document.keep(builder.take(), place);
+    return any ? document.keep(builder.take(), place) : std::string();
 }
 
 Timeline readTimeline(Document& document, const Json& object, const Place& place) {

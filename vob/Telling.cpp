@@ -38,10 +38,10 @@ Telling::Telling(Telling*& chain, std::size_t clientsAtStart) noexcept
     chain_ = this;
 }
 
+// Where it had changed before, so it had for all outer ones.
 void Telling::listWillChange(Telling* innermost, const std::vector<VobClient*>& clients) {
-    for (Telling* telling = innermost; telling; telling = telling->outer_) {
-        if (telling->listChanged())
-            continue;
+    for (Telling* telling = innermost; telling && !telling->listChanged();
+         telling = telling->outer_) {
         auto told = std::make_unique<std::unordered_set<IdStamp>>();
         for (std::size_t i = 0; i < telling->told_; ++i)
             told->insert(clients[i]->uid());

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -55,47 +56,50 @@ bool CueFilter::accepts(const Cue& cue) const noexcept {
     return (flags & wanted_) == wanted_ && (flags & ~static_cast<unsigned>(allowed_)) == 0;
 }
 
-std::size_t CueList::addCuePoint(const Cue& cue) {
+std::size_t CueList::addCuePoint(Cue cue) {
     if (!isStorable(cue))
         return kNotFound;
-    const auto at = cues_.begin() + static_cast<std::ptrdiff_t>(nextAfter(cue.getTime()));
-    return static_cast<std::size_t>(cues_.insert(at, cue) - cues_.begin());
+    const std::size_t index = nextAfter(cue.getTime());
+    std::vector<Cue>& cues = cues_.write();
+    cues.insert(cues.begin() + static_cast<std::ptrdiff_t>(index), std::move(cue));
+    return index;
 }
 
-bool CueList::setCuePoint(std::size_t index, const Cue& cue) {
-    if (index >= cues_.size() || !isStorable(cue))
+bool CueList::setCuePoint(std::size_t index, Cue cue) {
+    if (index >= cues().size() || !isStorable(cue))
         return false;
-    if (cues_[index].getTime() == cue.getTime()) {
-        cues_[index] = cue;
+    if (getCuePoint(index).getTime() == cue.getTime()) {
+        cues_.write()[index] = std::move(cue);
     } else {
         deleteCue(index);
-        addCuePoint(cue);
+        addCuePoint(std::move(cue)); // where there is room for it now
     }
     return true;
 }
 
 bool CueList::deleteCue(std::size_t index) {
-    if (index >= cues_.size())
+    if (index >= cues().size())
         return false;
-    cues_.erase(cues_.begin() + static_cast<std::ptrdiff_t>(index));
+    std::vector<Cue>& cues = cues_.write();
+    cues.erase(cues.begin() + static_cast<std::ptrdiff_t>(index));
     return true;
 }
 
 std::size_t CueList::find(const IdStamp& extId) const noexcept {
-    const auto found = std::find_if(cues_.begin(), cues_.end(),
+    const auto found = std::find_if(cues().begin(), cues().end(),
                                     [&](const Cue& cue) { return cue.getExtID() == extId; });
-    return found == cues_.end() ? kNotFound : static_cast<std::size_t>(found - cues_.begin());
+    return found == cues().end() ? kNotFound : static_cast<std::size_t>(found - cues().begin());
 }
 
 std::size_t CueList::nextAfter(double seconds) const noexcept {
     const auto found =
-        std::upper_bound(cues_.begin(), cues_.end(), seconds,
+        std::upper_bound(cues().begin(), cues().end(), seconds,
                          [](double time, const Cue& cue) { return time < cue.getTime(); });
-    return static_cast<std::size_t>(found - cues_.begin());
+    return static_cast<std::size_t>(found - cues().begin());
 }
 
-void CueList::slide(double seconds) noexcept {
-    for (Cue& cue : cues_)
+void CueList::slide(double seconds) {
+    for (Cue& cue : cues_.write())
         cue.slide(seconds);
 }
 

@@ -6,6 +6,7 @@
 #include "platform/base/Strings.h"
 #include "platform/base/Time.h"
 #include "platform/store/Numbers.h"
+#include "platform/store/Shared.h"
 
 #include <cstdint>
 #include <utility>
@@ -92,29 +93,30 @@ private:
 };
 
 // The cues of an edit in ascending order of time; cues at one time keep the order of their adding.
-// A value; as part of an edit it is guarded by the edit's lock and changed through the edit.
+// A value that copies share until one of them changes, so copying is O(1). As part of an edit it is
+// guarded by the edit's lock and changed through the edit.
 class CUTROOM_API CueList {
 public:
-    std::size_t getNumCuePoints() const noexcept { return cues_.size(); }
+    std::size_t getNumCuePoints() const noexcept { return cues().size(); }
     // `index` must be below the count.
-    const Cue& getCuePoint(std::size_t index) const { return cues_[index]; }
-    const std::vector<Cue>& cues() const noexcept { return cues_; }
+    const Cue& getCuePoint(std::size_t index) const { return cues()[index]; }
+    const std::vector<Cue>& cues() const noexcept { return *cues_; }
 
     // Inserts in order; gives the index. A time that is not storable is refused: SIZE_MAX.
-    std::size_t addCuePoint(const Cue& cue);
+    std::size_t addCuePoint(Cue cue);
     // Replaces the cue (it may move); false when there is none at `index` or a time is no time.
-    bool setCuePoint(std::size_t index, const Cue& cue);
+    bool setCuePoint(std::size_t index, Cue cue);
     bool deleteCue(std::size_t index);
-    void deleteAllCues() noexcept { cues_.clear(); }
+    void deleteAllCues() noexcept { cues_ = {}; }
     // Index of the cue with that external id; SIZE_MAX when there is none.
     std::size_t find(const IdStamp& extId) const noexcept;
     // Index of the first cue later than `seconds`. O(log n).
     std::size_t nextAfter(double seconds) const noexcept;
     // Moves all cues.
-    void slide(double seconds) noexcept;
+    void slide(double seconds);
 
     friend bool operator==(const CueList&, const CueList&) = default;
 
 private:
-    std::vector<Cue> cues_;
+    cutroom::Shared<std::vector<Cue>> cues_;
 };

@@ -15,19 +15,19 @@ EditModification cueChange(eCueChange what, const Cue& cue, const std::string& o
 
 CueList Edit::getCues() const {
     const Lock lock(*this);
-    return *impl_->state.cues;
+    return impl_->state.cues;
 }
 
 void Edit::setCues(const CueList& cues, bool notify) {
     const Lock lock(*this);
-    if (impl_->set(impl_->state.cues, cutroom::Shared<CueList>(cues), kModCues))
+    if (impl_->set(impl_->state.cues, cues, kModCues))
         impl_->tellDue = impl_->tellDue || notify;
 }
 
 bool Edit::addCue(const Cue& cue, const LightweightString<char>& origin) {
     const Lock lock(*this);
     const EditModification change = cueChange(kCueAdded, cue, origin);
-    CueList& cues = impl_->state.cues.write();
+    CueList& cues = impl_->state.cues;
     if (cues.find(cue.getExtID()) != SIZE_MAX || cues.addCuePoint(cue) == SIZE_MAX)
         return false;
     impl_->record(change);
@@ -38,9 +38,9 @@ bool Edit::addCue(const Cue& cue, const LightweightString<char>& origin) {
 bool Edit::changeCue(const Cue& cue, const LightweightString<char>& origin) {
     const Lock lock(*this);
     const EditModification change = cueChange(kCueChanged, cue, origin);
-    const std::size_t index = impl_->state.cues->find(cue.getExtID());
-    if (index == SIZE_MAX || impl_->state.cues->getCuePoint(index) == cue ||
-        !impl_->state.cues.write().setCuePoint(index, cue))
+    const std::size_t index = impl_->state.cues.find(cue.getExtID());
+    if (index == SIZE_MAX || impl_->state.cues.getCuePoint(index) == cue ||
+        !impl_->state.cues.setCuePoint(index, cue))
         return false;
     impl_->record(change);
     impl_->tellDue = impl_->tellDue || impl_->modifiers == 0;
@@ -49,12 +49,12 @@ bool Edit::changeCue(const Cue& cue, const LightweightString<char>& origin) {
 
 bool Edit::removeCue(const IdStamp& extId, const LightweightString<char>& origin) {
     const Lock lock(*this);
-    const std::size_t index = impl_->state.cues->find(extId);
+    const std::size_t index = impl_->state.cues.find(extId);
     if (index == SIZE_MAX)
         return false;
     const EditModification change =
-        cueChange(kCueRemoved, impl_->state.cues->getCuePoint(index), origin);
-    impl_->state.cues.write().deleteCue(index);
+        cueChange(kCueRemoved, impl_->state.cues.getCuePoint(index), origin);
+    impl_->state.cues.deleteCue(index);
     impl_->record(change);
     impl_->tellDue = impl_->tellDue || impl_->modifiers == 0;
     return true;

@@ -169,7 +169,7 @@ bool StateReader::cues(std::string_view bytes) {
             in.fail();
         last = cue.getTime();
     }
-    state_.cues = Shared<CueList>(std::move(cues));
+    state_.cues = std::move(cues);
     return trouble_.finished(in, bytes, "the cues");
 }
 

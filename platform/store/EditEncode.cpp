@@ -167,8 +167,8 @@ void encodeState(SectionWriter& out, const EditState& state, CelChunkWriter& chu
     out.add("HEAD", headOf(state));
     for (const EditChannel& channel : state.channels)
         out.add("CHAN", channelOf(channel, chunks));
-    if (state.cues->getNumCuePoints() > 0)
-        out.add("CUES", cuesOf(*state.cues));
+    if (state.cues.getNumCuePoints() > 0)
+        out.add("CUES", cuesOf(state.cues));
     if (!state.labels->empty())
         out.add("LABL", labelsOf(*state.labels));
     if (!state.config->entries().empty())

@@ -66,9 +66,10 @@ public:
     // Every edit and log of the project, in no order.
     CookieVec getAllEdits() const;
     // Writes every dirty edit and its history as one group: all or none, save that an edit which no
-    // file can hold stays as it is and its error is given. With `all`, clean ones too. On failure
-    // they stay dirty. Without a project edits live in memory only, until they are deleted or the
-    // process ends: nothing is written, nothing fails. Not to be called under an edit's lock.
+    // file can hold stays dirty and its error is given. With `all`, clean ones too. On any other
+    // failure all stay dirty. Without a project edits live in memory only, until they are deleted
+    // or the process ends: nothing is written, nothing fails. Not to be called under an edit's
+    // lock.
     cutroom::Status flushChanges(bool all);
     cutroom::Status save(const EditPtr& edit);
     // The same for several: all or none. `progress`, if any, is told which share is written.

@@ -16,6 +16,24 @@ using cutroom::EditFile;
 using cutroom::Status;
 using cutroom::StatusCode;
 
+namespace {
+
+// A damaged history goes aside before the group is in place; a save before this one that failed
+// later may have done so.
+Status writeHistory(cutroom::GroupCommit& group, const SavedEdit& now) {
+    if (!now.writeHistory)
+        return {};
+    const Cookie& cookie = now.edit->getCookie();
+    if (now.setHistoryAside)
+        if (const auto moved = cutroom::moveAside(EditFile::historyPath(cookie));
+            !moved && moved.status().code() != StatusCode::notFound)
+            return moved.status();
+    return group.write(EditFile::historyName(cookie),
+                       EditFile::encodeHistory(cookie, now.historyId, now.history));
+}
+
+} // namespace
+
 SavedEdit EditManager::Impl::beginSave(const Kv::Ptr<Edit>& edit) {
     const Edit::Lock lock(*edit);
     Edit::Impl& impl = *edit->impl_;
@@ -58,17 +76,6 @@ Status EditManager::Impl::putRecords(const std::vector<SavedEdit>& saved) {
     return coalescer.commit();
 }
 
-Status EditManager::Impl::writeHistory(cutroom::GroupCommit& group, const SavedEdit& now) {
-    if (!now.writeHistory)
-        return {};
-    const Cookie& cookie = now.edit->getCookie();
-    if (now.setHistoryAside)
-        if (const auto moved = cutroom::moveAside(EditFile::historyPath(cookie)); !moved)
-            return moved.status();
-    return group.write(EditFile::historyName(cookie),
-                       EditFile::encodeHistory(cookie, now.historyId, now.history));
-}
-
 // State and history go into one group, so that after a crash both are old or both are new.
 Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits, TooLarge tooLarge,
                                   const std::function<void(double)>& progress) {
@@ -89,7 +96,8 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits, TooLa
         const Cookie& cookie = edit->getCookie();
         const auto bytes = EditFile::encode(cookie, now.historyId, now.state);
         if (!bytes && tooLarge == TooLarge::staysUnsaved) {
-            unsaved = unsaved ? bytes.status() : unsaved;
+            if (unsaved)
+                unsaved = bytes.status();
             continue;
         }
         if (!bytes)
@@ -100,6 +108,8 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits, TooLa
             return status;
         saved.push_back(std::move(now));
     }
+    if (saved.empty())
+        return unsaved;
     for (const cutroom::FileInProject& file : cutroom::SaveAlongside::current())
         if (Status status = group.write(file.name, file.content); !status)
             return status;

@@ -3,7 +3,6 @@
 
 #include "platform/base/Annotations.h"
 #include "platform/base/Locks.h"
-#include "platform/files/GroupCommit.h"
 #include "platform/store/EditFile.h"
 #include "platform/store/EditImpl.h"
 #include "platform/store/EditManager.h"
@@ -50,11 +49,10 @@ struct EditManager::Impl {
     // Takes out what nobody holds and no save needs.
     void dropUnused();
 
-    // What becomes of the others when no file can hold one of them.
+    // What an edit that no file can hold does to a save of several.
     enum class TooLarge { failsAll, staysUnsaved };
     cutroom::Status saveAll(const std::vector<Kv::Ptr<Edit>>& edits, TooLarge tooLarge,
                             const std::function<void(double)>& progress = {});
-    static cutroom::Status writeHistory(cutroom::GroupCommit& group, const SavedEdit& now);
     static SavedEdit beginSave(const Kv::Ptr<Edit>& edit);
     static void endSave(const SavedEdit& saved, bool recorded);
     static cutroom::Status putRecords(const std::vector<SavedEdit>& saved);

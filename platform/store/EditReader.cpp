@@ -63,7 +63,7 @@ std::optional<Flicks> EditReader::cutBefore(std::size_t index, Flicks time,
     return list.starts[at - 1] + offset;
 }
 
-const CueList& EditReader::getCues() const noexcept { return *state_.cues; }
+const CueList& EditReader::getCues() const noexcept { return state_.cues; }
 
 const EffectGraph* EditReader::findEffectGraph(const IdStamp& id) const noexcept {
     if (!id.valid())

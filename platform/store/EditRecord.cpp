@@ -57,7 +57,7 @@ projdb::Record recordOf(const Cookie& cookie, const EditState& state) {
         record.mediaLocations.push_back(toUtf8(location));
     if (isImage(record))
         record.kinds |= projdb::kKindImage;
-    addMarkers(record, *state.cues);
+    addMarkers(record, state.cues);
     return record;
 }
 

@@ -60,7 +60,7 @@ std::string checkState(const EditState& state) {
             if ((*channel.nodes)[i].time <= (*channel.nodes)[i - 1].time)
                 return "the level nodes of " + channel.id.asString() + " are not in order";
     }
-    const std::vector<Cue>& cues = state.cues->cues();
+    const std::vector<Cue>& cues = state.cues.cues();
     std::set<IdStamp> cueIds;
     for (std::size_t i = 0; i < cues.size(); ++i) {
         if (i > 0 && cues[i].getTime() < cues[i - 1].getTime())

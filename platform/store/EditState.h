@@ -64,7 +64,7 @@ struct EditState {
     std::uint32_t created = 0;
     std::uint32_t modified = 0;
     std::vector<EditChannel> channels; // by type, within a type in the order added
-    Shared<CueList> cues;
+    CueList cues;
     Shared<std::vector<EditLabel>> labels;
     Shared<configb> config;
     Shared<EditTexts> texts;

@@ -118,7 +118,7 @@ std::string canonicalText(const EditState& state) {
         << state.labelsFromMaterial << state.originalMaterial;
     for (const EditChannel& channel : state.channels)
         addChannel(lines, channel);
-    for (const Cue& cue : state.cues->cues())
+    for (const Cue& cue : state.cues.cues())
         addCue(lines, cue);
     for (const EditLabel& label : *state.labels)
         addLabel(lines, label);

@@ -166,6 +166,7 @@ TEST(BinFileText, ReadsPlacesAndSizesUpToWhatIsNoNumber) {
         {"(,2)", {none, 2}, {}},
         {"(+-1,nan)", {none, none}, {}},
         {"(99999999999,1)", {99999999999.0f, 1}, {}},
+        {"(12345.678905,1)", {12345.678905f, 1}, XY<int>{12345, 1}},
         {"(-12345,1)", {none, 1}, {}},
     };
     for (const auto& row : rows) {

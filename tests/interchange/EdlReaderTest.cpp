@@ -86,7 +86,9 @@ TEST(EdlLines, AreTakenApartFromTheRight) {
 
 TEST(EdlLines, ThatAreNoEventsAreCountedAndSaid) {
     const std::string bad = "002 R V C 01:00:00:00 01:00:61:00 00:00:00:00 00:00:01:00\n";
-    const EdlList list = lines("EP 107\n" + event(1, 0, 1) + bad + "WHAT IS THIS\n" + bad);
+    const EdlList list =
+        lines("EP 107\n" + event(1, 0, 1) + bad + "WHAT IS THIS\n" +
+              "003 R V C 01:00:00:00 01:00:01:00 00:00:00:00\n"); // one place is missing
     EXPECT_EQ(list.events.size(), 1u);
     EXPECT_THAT(list.warnings,
                 ElementsAre("lines that look like events but cannot be read: 2 (first: line 3)",

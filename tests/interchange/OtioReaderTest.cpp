@@ -266,6 +266,10 @@ TEST(OtioReader, KeepsWhatItHasNoUseFor) {
               R"({"big":170141183460469231731687303715884105728,"x":[-Infinity,1.10]})");
     EXPECT_EQ(item.extra, R"({"colour_space":"log"})");
     EXPECT_THAT(timeline.warnings, IsEmpty());
+    const std::string bare = R"({"OTIO_SCHEMA":"Timeline.1","tracks":{"OTIO_SCHEMA":"Stack.1",)";
+    EXPECT_EQ(read(bare + children(track("")) + "}}").extra, "");
+    EXPECT_EQ(read(bare + children(track("")) + R"(},"reel":1})").extra,
+              R"({"reel":1,"tracks":{}})");
 }
 
 } // namespace

@@ -151,4 +151,18 @@ TEST_F(SubtitleImport, OverlapsAreCutShortAndTagsRoundAllLinesBecomeTheFont) {
     EXPECT_EQ(report->count, 4U);
 }
 
+TEST_F(SubtitleImport, TagsThatAreNotRoundAllLinesStay) {
+    const EditModifier programme = edit("00:00:00:00");
+    for (const char* const line : {"words without tags", "<i>opened only", "closed only</i>",
+                                   "<i></i>", "<b>a</b> and <i>b</i>"}) {
+        const auto report = importSubtitles(
+            programme, file(std::string("00:00:01,000 --> 00:00:02,000\n") + line + '\n'), L"s",
+            MarkerClock::media);
+        ASSERT_TRUE(report);
+        EXPECT_THAT(laid(programme, report->channel),
+                    ElementsAre(L"25-50 " + cutroom::toWide(line)));
+        EXPECT_EQ(programme->getSubtitleFont(report->channel).flags, 0U);
+    }
+}
+
 } // namespace

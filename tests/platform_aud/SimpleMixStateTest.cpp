@@ -147,9 +147,14 @@ TEST(SimpleMixState, refusesDamagedText) {
           std::string("input 0 level inf pan 0.5 mute 1 solo 0 routing none\n"),
           std::string("input 0 level 1 pan 1.5 mute 1 solo 0 routing none\n"),
           std::string("input 0 level 1 pan 0.5 mute 2 solo 0 routing none\n"),
+          std::string("input 0 level 1 pan 0.5 mute 1 solo x routing none\n"),
           std::string("input 0 pan 0.5 level 1 mute 1 solo 0 routing none\n"),
           std::string("mix 125 level 1 mute 0 solo 0 outputs none monitors none\n"),
-          std::string("mix 0 level 1 mute 0 solo 0 outputs -1 monitors none\n")})
+          std::string("mix 0 level x mute 0 solo 0 outputs none monitors none\n"),
+          std::string("mix 0 level 1 mute x solo 0 outputs none monitors none\n"),
+          std::string("mix 0 level 1 mute 0 solo x outputs none monitors none\n"),
+          std::string("mix 0 level 1 mute 0 solo 0 outputs -1 monitors none\n"),
+          std::string("mix 0 level 1 mute 0 solo 0 outputs none monitors x\n")})
         EXPECT_FALSE(SimpleMixState::fromString("Aud__SimpleMixState_R1\ninputs 2\n" + line))
             << line;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <future>
 #include <thread>
@@ -117,6 +118,22 @@ TEST(LockOrderDeathTest, IsCheckedWhenALockIsTaken) {
             EXPECT_DEATH(takeBoth(),
                          "lock order: a lock of rank [0-9]+ is taken under one of rank");
     }
+}
+
+TEST(LockOrderDeathTest, LocksAreLeftInAnyOrder) {
+    CriticalSection outer(LockRank::container), inner(LockRank::managerMaps);
+    std::array<CriticalSection, 3> between;
+    outer.lock();
+    for (CriticalSection& each : between)
+        each.lock();
+    inner.lock();
+    outer.unlock();
+    for (CriticalSection& each : between)
+        each.unlock();
+    EXPECT_DEATH(outer.lock(), "lock order") << "the inner one is still held";
+    inner.unlock();
+    outer.lock();
+    outer.unlock();
 }
 
 TEST(LockOrderDeathTest, ContainersAreWrittenAndHeldTogetherUnderTheChangeLockOnly) {

@@ -99,6 +99,9 @@ TEST_F(CurrentProjectTest, keepsMembersItDoesNotKnow) {
     EXPECT_THAT(after, testing::HasSubstr("1.50"));
     ASSERT_TRUE(reopen().ok());
     EXPECT_THAT(CurrentProject::getWarnings(), IsEmpty()) << "the new checksum holds";
+    ASSERT_TRUE(CurrentProject::setName(L"More").ok());
+    ASSERT_TRUE(CurrentProject::setName(L"Other").ok());
+    EXPECT_EQ(bytesOf(inFolder("project.json")), after);
 }
 
 // Each damage is met by tests of crashes; here, what takes the place of the file.

@@ -48,6 +48,17 @@ TEST(LogAttribute, appliesToTheKindsOfLogThatHaveIt) {
         EXPECT_EQ(attribute.isApplicableTo(type), applies) << attribute.getID() << type;
 }
 
+// What the system finds out by itself is not for people to change.
+TEST(LogAttribute, isEditableWhereOnlyPeopleKnow) {
+    std::string editable;
+    for (const LogAttribute& attribute : LogAttribute::builtIn())
+        if (attribute.isEditable())
+            editable += attribute.getID() + ' ';
+    EXPECT_EQ(editable, "name ext_id tags scene shot who description notes reelid reelid1 24P_reel "
+                        "camreel cam_date lab_reel comp_reel sequence Aspect Ratio source_medium "
+                        "take ");
+}
+
 TEST(LogAttribute, isInvalidForWhatNobodyKnows) {
     EXPECT_FALSE(LogAttribute::fromID("") || LogAttribute::fromID("Scene")) << "case matters";
     EXPECT_FALSE(LogAttribute::fromType(0) || LogAttribute::fromType(2000));

@@ -56,6 +56,21 @@ TEST(CueList, KeepsTimeOrderAndTheOrderOfAddingAtOneTime) {
     EXPECT_FALSE(cues.setCuePoint(5, moved) || cues.deleteCue(5));
 }
 
+TEST(CueList, CopiesKeepTheirCuesWhenAnotherChanges) {
+    CueList cues;
+    for (const auto& [time, name] : {std::pair{1.0, L"a"}, {2.0, L"b"}, {3.0, L"c"}})
+        cues.addCuePoint(Cue(time, name));
+    const CueList before = cues;
+    ASSERT_TRUE(cues.setCuePoint(0, cues.getCuePoint(2))); // one of its own
+    cues.addCuePoint(before.getCuePoint(0));
+    cues.slide(1);
+    EXPECT_THAT(names(cues), ElementsAre(L"a", L"b", L"c", L"c"));
+    EXPECT_THAT(names(before), ElementsAre(L"a", L"b", L"c"));
+    EXPECT_EQ(before.getCuePoint(0).getTime(), 1.0);
+    cues.deleteAllCues();
+    EXPECT_EQ(before.getNumCuePoints(), 3U);
+}
+
 TEST(CueList, RefusesTimesThatAreNone) {
     CueList cues;
     for (const double bad :

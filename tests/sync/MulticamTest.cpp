@@ -120,6 +120,13 @@ TEST_F(MulticamTest, theGroupKeepsWhereTheClipsAreViewed) {
     EXPECT_EQ(group_->getItem(1).markOut, 6);
 }
 
+TEST_F(MulticamTest, theNextClipBecomesTheReferenceOfThoseThatStay) {
+    link();
+    EXPECT_EQ(multicam_->offsetOf(clips_[1].get()), 5.0);
+    VobManager::instance().close(clips_[0]->findClient(VobSynchroniserLink::kName), true);
+    EXPECT_EQ(multicam_->offsetOf(clips_[1].get()), 0.0);
+}
+
 TEST_F(MulticamTest, aClipThatPlaysFastOnlySharesItsMarkers) {
     link();
     clips_[0]->addCue(Cue(1, L"before they are shared"));

@@ -170,6 +170,26 @@ TEST_F(VobManagerTest, AClientToBeDestroyedMayGoWhileItsLeavingIsTold) {
     EXPECT_TRUE(isListed(vob));
 }
 
+TEST_F(VobManagerTest, AVobWhoseClientsKeepComingBackStaysOpen) {
+    struct Returning : VobClient {
+        explicit Returning(Kv::Ptr<Vob> vob)
+            : VobClient(vob.get(), kClientPriorityLowest, kClientManaged), home(std::move(vob)) {}
+        void setVob(Vob* vob) override {
+            VobClient::setVob(vob);
+            if (!vob)
+                VobManager::instance().open(this, home);
+        }
+        const Kv::Ptr<Vob> home;
+    };
+    const auto vob = open(makeEdit());
+    const auto a = client("a");
+    manager_.open(a.get(), vob);
+    const Returning client(vob);
+    manager_.close(a.get(), false);
+    EXPECT_EQ(client.getVob(), vob.get());
+    EXPECT_TRUE(isListed(vob));
+}
+
 TEST_F(VobManagerTest, ANewVobSharesModuleAndGroupWhenAsked) {
     const auto vob = manager_.createVob(makeEdit(), "g");
     const auto a = client("a"), stays = client("stays");
