@@ -143,6 +143,10 @@ TEST_F(ProjectFilterTest, AreAsBeforeWhereNothingCanBeWritten) {
         EXPECT_EQ(EditorPreferences::getPreference("Other : visiblity", 7), 7);
     }
     EXPECT_THAT(toldFilters_, ElementsAre("130 Kept"));
+    kept->setVisibility(iProjectFilter::kNever);
+    kept->setVisibility(iProjectFilter::kOptional);
+    EXPECT_FALSE(filters().updateFilter(kept, {}));
+    EXPECT_TRUE(kept->isDirty()) << "what came before is still to be saved";
     files_.disarm();
     EXPECT_TRUE(filters().saveAll().ok());
     reopen(CurrentProject::Access::readOnly);
