@@ -77,10 +77,6 @@ void TrackSelections::setCuts(const UnjoinedCuts& cuts) {
     remember();
 }
 
-void TrackSelections::setCutFlag(unsigned short index, unsigned flags, bool on) {
-    cuts_.setFlag(index, flags, on);
-}
-
 // --- segments ------------------------------------------------------------------------------------
 
 std::vector<std::uint32_t> TrackSelections::getSelectedSegments() const {

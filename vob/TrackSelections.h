@@ -27,7 +27,6 @@ public:
     bool toggleCut(const ce_handle& handle, unsigned flags = 0);
     bool clearCuts();
     void setCuts(const UnjoinedCuts& cuts);
-    void setCutFlag(unsigned short index, unsigned flags, bool on);
 
     // --- segments, by the event index of their in point ----------------------------------------
     // In ascending order.
