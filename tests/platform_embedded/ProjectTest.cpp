@@ -1,5 +1,6 @@
 // Projects opened and closed on the shipped platform, and saved meanwhile.
 #include "platform/embedded/EmbeddedProject.h"
+#include "platform/prefs/EditorPreferences.h"
 #include "platform/project/ProjectPaths.h"
 #include "tests/support/Edits.h"
 #include "tests/support/LogLines.h"
@@ -76,7 +77,9 @@ TEST_F(Project, ClosingWritesWhatIsDirty) {
     const Cookie cookie = edit_->getCookie();
     change(3);
     edit_.reset();
+    EditorPreferences::setPreference("Scale", 2);
     ASSERT_TRUE(project_.close().ok());
+    EXPECT_FALSE(EditorPreferences::isDirty());
     ASSERT_TRUE(open(CurrentProject::Access::readOnly, CurrentProject::IfMissing::fail).ok());
     EXPECT_EQ(EditPtr(cookie)->getConfig("scene"), "3");
     ASSERT_TRUE(project_.close().ok());
