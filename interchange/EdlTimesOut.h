@@ -36,10 +36,10 @@ public:
     std::string timecodes(const EdlEventOut& event, EdlLosses& losses) const;
     // The same of what goes out (null: black) at the frame where a transition begins.
     std::string timecodes(const Item* outgoing, std::int64_t frame) const;
-    // The speed of an event in frames a second; empty for play speed.
+    // The speed of an event that plays something, in frames a second; empty for play speed.
     std::string speed(const EdlEventOut& event) const;
-    // What was read of the outgoing side, while the transition is where it was, and, unless that
-    // was another clip from the start, what goes out is too; else empty.
+    // What was read of the outgoing side of an event with a transition, while that is where it was,
+    // and, unless it was another clip from the start, what goes out is too; else empty.
     std::string_view keptOutgoing(const EdlEventOut& event) const;
 
     // The four timecodes that were read, or none.
