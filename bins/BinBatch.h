@@ -7,7 +7,7 @@
 
 namespace cutroom {
 
-// For operations of a container on itself, which hold no share of it.
+// Unlike `ContainerModifier` it takes no share: it is for a container's own operations.
 class BinBatch {
 public:
     explicit BinBatch(ContainerBase& container, LightweightString<char> reason = {})

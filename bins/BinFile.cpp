@@ -34,7 +34,8 @@ constexpr char kTileDimensions[] = "TileDimensions", kSyncedSources[] = "SYNCED_
 // A mark that is not set, in the file.
 constexpr double kUnsetMark = -1.0;
 
-// Every attribute that is written or was, so that none is kept that was meant to go.
+// Every attribute that this or an earlier version writes: one that is left out now was dropped on
+// purpose and is not carried over from the older file.
 const std::vector<std::string_view>& knownAttributes() {
     static const std::vector<std::string_view> names = {
         kSize,    kTileSize, kView,  kVersion,        kAutoPosition,
@@ -91,8 +92,8 @@ private:
     bool has(int field) const { return field >= 0 && field < fields; }
 };
 
-// Every item of the file, in its order; `assets` are theirs, for looks that shall not walk through
-// all that an item is.
+// Every item of the file, in its order. `assets` gets their assets alone, packed, for look-ups that
+// need nothing else of the items.
 Status readItems(const Reader& in, BinContents::Items& items, CookieVec& assets) {
     items.reserve(in.getNumItems());
     assets.reserve(in.getNumItems());

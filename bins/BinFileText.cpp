@@ -55,8 +55,8 @@ void appendFloat(std::string& text, float number) {
                 std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
 }
 
-// Takes the digits from `at` on into `value`; gives where they end. Too many are the caller's to
-// see.
+// Takes the digits from `at` on into `value`; gives where they end. The caller checks that there
+// are not too many.
 const char* takeDigits(const char* at, std::uint32_t& value) noexcept {
     for (std::uint32_t digit; (digit = static_cast<unsigned char>(*at) - std::uint32_t{'0'}) < 10;
          ++at)

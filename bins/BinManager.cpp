@@ -111,8 +111,8 @@ Kv::Ptr<BinData> BinManager::enter(const Kv::Ptr<BinData>& bin, bool& entered) {
     return entry->second.bin;
 }
 
-// The file is read without a lock: of two threads that ask at once the first to return decides. Who
-// read a file that went meanwhile looks again.
+// The file is read without a lock: of two threads that ask at once the first to return decides. A
+// thread whose file was removed while it read looks again.
 Kv::Ptr<BinData> BinManager::getData(const Cookie& bin) {
     while (isBinCookie(bin)) {
         std::uint64_t removals = 0;

@@ -89,7 +89,7 @@ void BinManager::forgetAll() {
     cacheIsCurrent_ = true;
 }
 
-// Not when a project is entered: others may be told of that before, and make bins.
+// Not done when a project is entered: other listeners may be told of that earlier, and make bins.
 void BinManager::forgetOthers() {
     const Cookie project = CurrentProject::getCookie();
     if (!project.valid())

@@ -27,8 +27,8 @@ void BinManager::noteChanged(const Cookie& bin) {
         ++entry->second.changes;
 }
 
-// A bin is read under its own lock, so not under the maps'; what changes meanwhile is read by who
-// asks next.
+// A bin is read under its own lock, so not under that of the maps. When it changes meanwhile, the
+// next caller reads it again.
 void BinManager::summarise(const Cookie& id, const Loaded& seen) {
     BinSummary summary(*seen.bin);
     const CriticalSection::Lock held(mapsLock_);
@@ -87,8 +87,7 @@ CookieVec BinManager::findBinsContainingBin(const Cookie& bin) {
     return holders;
 }
 
-// What a summary counts, or names, tells which bins need not be opened; documents of kind 'A' are
-// in none.
+// The summaries tell which bins need not be opened; no summary counts documents of kind 'A'.
 std::vector<Kv::Ptr<BinData>> BinManager::findBinsContainingLog(const Cookie& asset) {
     std::vector<Kv::Ptr<BinData>> holders;
     if (!asset.valid())

@@ -120,7 +120,7 @@ bool BinData::canAccomodate(const EditPtr& edit) const {
     return edit && canAccomodate(CookieType('E'));
 }
 
-// Walks down from `bin` by the summaries, so that no bin is opened.
+// Looks for this bin below `bin`, by the summaries, so that no bin is opened.
 bool BinData::isWithin(const Cookie& bin) const {
     const Cookie self = getID();
     std::set<Cookie> seen;

@@ -28,7 +28,7 @@ std::string locationsText(const Edit& edit) {
     return join(locations, "; ");
 }
 
-// What the project database says too, of an edit at hand.
+// An attribute that the project database records too, read from the open edit.
 std::string recordedValue(const Edit& edit, const LogAttribute& attribute) {
     switch (attribute.getType()) {
     case LogAttribute::name:
@@ -73,7 +73,7 @@ std::string valueOfEdit(const Edit& edit, const BinItem& item, const LogAttribut
     }
 }
 
-// Only the edit itself knows it.
+// Tells whether only the edit itself, not its record, has the value.
 bool needsEdit(const BinItem& item, const LogAttribute& attribute) {
     switch (attribute.getType()) {
     case LogAttribute::timecode:

@@ -14,8 +14,9 @@ namespace cutroom {
 // change lock. UTF-8.
 std::string valueOf(const BinItem& item, const LogAttribute& attribute);
 
-// What texts of one column are put in order by: as a leading number where the attribute says so,
-// else as text: numbers by their value and before other text, that by lower-cased characters.
+// By what the texts of one column are sorted: by their leading number where the attribute is
+// numeric; otherwise texts that are numbers come first, by value, and all others follow, by their
+// lower-cased characters.
 class SortKey {
 public:
     SortKey(const LogAttribute& attribute, const std::wstring& text);

@@ -31,7 +31,7 @@ ContainerBase::~ContainerBase() = default;
 
 bool ContainerBase::isDirty() const { return dirty_; }
 
-// Counted first: whoever finds the flag set finds the count that goes with it.
+// Counts before it sets the flag, so that a thread that sees the flag sees the new count.
 void ContainerBase::setDirty(bool dirty) {
     if (dirty)
         ++changes_;

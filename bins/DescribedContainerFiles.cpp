@@ -107,7 +107,7 @@ std::vector<DescribedContainerManager::ContainerPtr> DescribedContainerManager::
 
 Status DescribedContainerManager::saveDirty() {
     if (anyDirty())
-        catchUp(); // what was made without a project is none of this one's
+        catchUp(); // containers made without a project do not belong to this one
     // Made before anything is written, so that nothing runs out of memory afterwards.
     const auto notice = Kv::makePtr<ContainerNotice>(ContainerNotice::What::saved, CookieVec());
     {
@@ -167,8 +167,9 @@ Status DescribedContainerManager::writeAll(const std::vector<ContainerPtr>& cont
     return {};
 }
 
-// A file that was written goes nevertheless when its container has gone again meanwhile; what came
-// back and is there keeps it.
+// A removal is settled unless the container's file was written again. When it was, and the
+// container is still there, the removal is dropped; when the container has gone meanwhile, it stays
+// due.
 void DescribedContainerManager::settleRemovals(const CookieVec& removed,
                                                const std::set<Cookie>& written) {
     const CriticalSection::Lock lock(mapsLock_);

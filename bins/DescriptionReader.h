@@ -18,7 +18,7 @@ class DescriptionReader {
 public:
     DescriptionReader(const JSON::Element& from, std::string file);
 
-    // A text; damage when it is of another kind, as in the next.
+    // A text. In this and the next three, a member of another kind is damage.
     LightweightString<wchar_t> text(const char* key);
     // Seconds since 1970 that fit 32 bits; 0 when missing.
     std::uint32_t seconds(const char* key);

@@ -43,8 +43,8 @@ asDocuments(const std::vector<Kv::Ptr<cutroom::DescribedContainer>>& containers)
     return documents;
 }
 
-// The location of a copy in another folder of this project, once that it has moved here; empty for
-// every other location.
+// Where a local copy lies now, when `location` names it below a folder in which the project lay
+// before; empty for every other location.
 LightweightString<wchar_t> movedCopy(const LightweightString<wchar_t>& location, const Cookie& id,
                                      const LightweightString<wchar_t>& local) {
     const std::wstring tail = std::wstring(L"/") + cutroom::toWide(cutroom::kDocumentsFolder) +
@@ -167,21 +167,23 @@ cutroom::Result<std::vector<std::string>> DocumentManager::filesOf(const Cookie&
     return names;
 }
 
-// What can be made again goes without a backup; that some of it stays hurts nobody.
+// A cache can be made again, so it is removed without a backup, and a failure is only logged.
 void DocumentManager::afterDestruction(const Cookie& id) const {
     const std::string folder = cutroom::toUtf8(belowFor(kCacheFolder, id));
     const auto names = cutroom::fileSystem().list(folder);
     if (names.status().code() == cutroom::StatusCode::notFound)
         return;
-    Status first = names.status();
+    Status outcome = names.status(); // the first failure
     if (names)
-        for (const std::string& name : *names)
-            if (Status gone = cutroom::fileSystem().remove(cutroom::joinPath(folder, name)); first)
-                first = gone;
-    if (first)
-        first = cutroom::fileSystem().remove(folder);
-    if (!first)
-        LogBoth("%s\n", first.text().c_str());
+        for (const std::string& name : *names) {
+            const Status removed = cutroom::fileSystem().remove(cutroom::joinPath(folder, name));
+            if (outcome.ok())
+                outcome = removed;
+        }
+    if (outcome.ok())
+        outcome = cutroom::fileSystem().remove(folder);
+    if (!outcome.ok())
+        LogBoth("%s\n", outcome.text().c_str());
 }
 
 // --- places --------------------------------------------------------------------------------------
