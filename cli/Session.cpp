@@ -25,6 +25,17 @@ std::string placeName(const Edit& edit, const IdStamp& channel) {
     return letter + std::to_string(edit.getIndexWithinType(channel) + 1);
 }
 
+// The place in `edit` that a word names; "now" is where `viewer` stands.
+double placeIn(const EditPtr& edit, const Vob& viewer, const std::string& word) {
+    if (word == "now")
+        return viewer.getCurrentTime(EditModule::kAccuracyExact);
+    if (word == "start")
+        return edit->getStartTime();
+    if (word == "end")
+        return edit->getEndTime();
+    return require(parsePlace(word, edit));
+}
+
 } // namespace
 
 VerbTable::VerbTable() {
@@ -94,7 +105,7 @@ Session::Session(Workspace& workspace) : workspace_(workspace) {
 
 // Clients go before the Vobs they are attached to, managing ones before those they manage.
 Session::~Session() {
-    leaving_ = true; // that everybody goes is no news
+    leaving_ = true; // nothing is printed from here on
     host().messages().setPrinter(nullptr);
     links_.clear();
     monitors_.clear();
@@ -204,7 +215,8 @@ void Session::addClient(std::unique_ptr<PrintingClient> client) {
     clients_.push_back(std::move(client));
 }
 
-// The client leaves the list before it is destroyed: what its going tells may ask for clients.
+// Taken out of the list before it is destroyed: clients that are told of its end may ask for
+// clients.
 void Session::removeClient(const std::string& name) {
     const PrintingClient* wanted = &clientNamed(name);
     const auto found = std::find_if(clients_.begin(), clients_.end(),
@@ -282,19 +294,17 @@ int Session::takeChannelNumber(SessionWords& words) const {
     return edit()->getIdx(takeChannel(words));
 }
 
-double Session::placeOf(const std::string& word) const {
-    const EditPtr from = edit();
-    if (word == "now")
-        return viewer()->getCurrentTime(EditModule::kAccuracyExact);
-    if (word == "start")
-        return from->getStartTime();
-    if (word == "end")
-        return from->getEndTime();
-    return require(parsePlace(word, from));
+double Session::takePlace(SessionWords& words, const char* what) const {
+    const std::string& word = words.take(what);
+    return placeIn(edit(), *viewer(), word);
 }
 
-double Session::takePlace(SessionWords& words, const char* what) const {
-    return placeOf(words.take(what));
+double Session::takePlaceOf(const Vob& viewer, SessionWords& words) const {
+    const std::string& word = words.take("a time");
+    const EditPtr edit = viewer.getEdit();
+    if (!edit)
+        refuse(StatusCode::failed, nameOf(&viewer), "this viewer is without edit");
+    return placeIn(edit, viewer, word);
 }
 
 Flicks Session::takeLength(SessionWords& words, const char* what) const {

@@ -137,6 +137,8 @@ public:
     int takeChannelNumber(SessionWords& words) const;
     // A place in the current edit: timecode, seconds, frames, or "now", "start", "end".
     double takePlace(SessionWords& words, const char* what = "a time") const;
+    // The same in the edit of another viewer.
+    double takePlaceOf(const Vob& viewer, SessionWords& words) const;
     // Frames ("12f") or seconds, as flicks.
     Flicks takeLength(SessionWords& words, const char* what = "a length") const;
     std::string channelName(const IdStamp& channel) const;
@@ -155,7 +157,6 @@ public:
 
 private:
     void perform(SessionWords& words);
-    double placeOf(const std::string& word) const;
 
     Workspace& workspace_;
     VerbTable verbs_;

@@ -65,6 +65,12 @@ std::vector<std::string> SessionWords::rest() const {
     return {words_.begin() + static_cast<std::ptrdiff_t>(next_), words_.end()};
 }
 
+std::vector<std::string> SessionWords::takeRest() {
+    std::vector<std::string> taken = rest();
+    next_ = words_.size();
+    return taken;
+}
+
 const std::string& SessionWords::take(const char* what) {
     if (done())
         refuse(StatusCode::wrongUsage, what, "missing");

@@ -37,6 +37,8 @@ public:
     std::size_t left() const noexcept { return words_.size() - next_; }
     // The words that are left.
     std::vector<std::string> rest() const;
+    // Takes them all.
+    std::vector<std::string> takeRest();
     // The next word; refuses when there is none, naming what is missing.
     const std::string& take(const char* what);
     // The next word, or `otherwise` at the end.

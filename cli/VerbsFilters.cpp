@@ -57,9 +57,7 @@ void makeFilter(Session& session, SessionWords& words) {
     auto visibility = iProjectFilter::kAlways;
     if (words.takeIf("shown"))
         visibility = require(visibilityOf(words.take("when")));
-    const FilterBins bins = require(filterBinsOf(words.rest()));
-    while (!words.done())
-        words.take("a bin");
+    const FilterBins bins = require(filterBinsOf(words.takeRest()));
     const FilterPtr made = filters().createFilter(bins, toWide(name), visibility);
     if (!made)
         refuse(StatusCode::failed, name, "no filter can be made");
@@ -68,9 +66,7 @@ void makeFilter(Session& session, SessionWords& words) {
 
 void updateFilter(Session&, SessionWords& words) {
     const Kv::Ptr<UserFilter> filter = takeUserFilter(words);
-    const FilterBins bins = require(filterBinsOf(words.rest()));
-    while (!words.done())
-        words.take("a bin");
+    const FilterBins bins = require(filterBinsOf(words.takeRest()));
     if (!filters().updateFilter(filter, bins))
         refuse(StatusCode::failed, toUtf8(filter->getName()), "cannot be saved");
 }

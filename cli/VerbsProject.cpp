@@ -58,7 +58,8 @@ void makeEdit(Session& session, SessionWords& words) {
     const EditPtr edit = createEmptyEdit(Cookie(), name, video, audio, length, rate);
     if (!edit)
         refuse(StatusCode::failed, toUtf8(name), "cannot be made");
-    // So that it is found by its name. What cannot be saved elsewhere is no matter of its own.
+    // Saved so that the next line finds it by name. Only its own failure counts, not that of
+    // another edit.
     if (Status saved = EditManager::instance().flushChanges(false); edit->isDirty())
         require(saved);
     session.say("made " + toUtf8(edit->getName()) + ", " +
@@ -80,9 +81,7 @@ void rename(Session& session, SessionWords& words) {
 }
 
 void removeAssets(Session&, SessionWords& words) {
-    require(deleteAssets(words.rest(), "deleted in a session"));
-    while (!words.done())
-        words.take("an asset");
+    require(deleteAssets(words.takeRest(), "deleted in a session"));
 }
 
 void exportSrt(Session& session, SessionWords& words) {

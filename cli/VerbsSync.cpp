@@ -25,15 +25,6 @@ Kv::Ptr<Vob> takeViewer(const Session& session, SessionWords& words) {
     return session.viewerNamed(words.take("a viewer"));
 }
 
-// A place of another viewer than the current one.
-double takePlaceOf(Session& session, const Kv::Ptr<Vob>& vob, SessionWords& words) {
-    const std::string current = session.viewerName();
-    session.useViewer(session.nameOf(vob.get()));
-    const double seconds = session.takePlace(words);
-    session.useViewer(current);
-    return seconds;
-}
-
 // --- linking -------------------------------------------------------------------------------------
 
 void link(Session& session, SessionWords& words) {
@@ -120,7 +111,7 @@ void passOn(Session& session, SessionWords& words) {
     const auto* const client = synchroniser.findClient(vob.get());
     if (!client)
         refuse(StatusCode::failed, viewer, "not linked here");
-    synchroniser.informTimeChanged(*client, takePlaceOf(session, vob, words));
+    synchroniser.informTimeChanged(*client, session.takePlaceOf(*vob, words));
 }
 
 // --- playing -------------------------------------------------------------------------------------
@@ -144,9 +135,7 @@ void playLinked(Session& session, SessionWords& words) {
 
 void makeSyncGroup(Session& session, SessionWords& words) {
     const std::wstring name = require(parseName(words.take("a name")));
-    const CookieVec clips = require(findAssets(words.rest(), kEdits));
-    while (!words.done())
-        words.take("a clip");
+    const CookieVec clips = require(findAssets(words.takeRest(), kEdits));
     const Kv::Ptr<SyncGroupData> group = SyncGroupData::make(name);
     group->add(clips);
     session.say(format("  %u clip%s", group->numItems(), group->numItems() == 1 ? "" : "s"));
@@ -228,7 +217,7 @@ void tellSyncPosition(Session& session, SessionWords&) {
 
 void timeAlone(Session& session, SessionWords& words) {
     const Kv::Ptr<Vob> vob = takeViewer(session, words);
-    const double seconds = takePlaceOf(session, vob, words);
+    const double seconds = session.takePlaceOf(*vob, words);
     session.links().multicam().setCurrentTimeUnsynced(vob, seconds);
 }
 
