@@ -126,7 +126,7 @@ std::string listed(const std::vector<NamedAsset>& candidates, bool withKind) {
     return text;
 }
 
-// A bin of which only the file is known still has its place.
+// By its cookie a bin is found even when its file cannot be read.
 std::optional<NamedAsset> byCookie(const Cookie& cookie, unsigned kinds) {
     if (kinds & kEdits && EditManager::instance().exists(cookie)) {
         const auto record = projdb::find(cookie);

@@ -18,7 +18,7 @@ enum AssetKinds : unsigned {
     kBins = 2,
     kGroups = 4, // of associated assets
     kDocuments = 8,
-    kFilters = 16, // the user's project filters; no assets, named where it is said
+    kFilters = 16, // the user's project filters: no assets, so only where asked for
     kAnyAsset = kEdits | kBins | kGroups | kDocuments,
 };
 

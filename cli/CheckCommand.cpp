@@ -105,7 +105,8 @@ std::string reportJson(std::size_t count, const std::vector<Status>& wrong) {
     return json.take();
 }
 
-// What a repair could not mend is found again by the look that follows.
+// Adds `one` unless it is there: the check after a repair finds again what the repair could not
+// mend.
 void addNew(std::vector<Status>& wrong, Status one) {
     for (const Status& known : wrong)
         if (known.text() == one.text())

@@ -31,7 +31,7 @@ std::vector<const CLI::App*> shownCommands(const CLI::App& command) {
     return command.get_subcommands([](const CLI::App* sub) { return !sub->get_group().empty(); });
 }
 
-// How far the words before the last one lead.
+// Follows the words before the last one through the commands and their options.
 class Reading {
 public:
     explicit Reading(const CLI::App& app) : command_(&app) {}
@@ -108,7 +108,7 @@ public:
 
     void add(const std::string& word, std::string meaning = {}) {
         const std::string whole = prefix_ + word;
-        // A line is a candidate, so a name that holds a line's end cannot be told.
+        // Each candidate is a line, so a name that holds a line break cannot be one.
         if (!whole.starts_with(typed_) || whole.find_first_of("\n\t") != std::string::npos)
             return;
         std::replace(meaning.begin(), meaning.end(), '\n', ' ');

@@ -27,7 +27,8 @@ std::string bytesText(std::uint64_t bytes);
 void addTimes(JSON::Builder& json, std::uint32_t created, std::uint32_t modified,
               const std::wstring& externalId);
 
-// "name,scene,timecode": attributes by their persisted names.
+// Reads "name,scene,timecode": attributes by their persisted names. `wrongUsage` for an unknown
+// one.
 Result<std::vector<LogAttribute>> parseColumns(const std::string& text);
 Result<LogAttribute> parseColumn(const std::string& text);
 
@@ -36,7 +37,7 @@ std::string listBins(bool json);
 std::string listGroups(bool json);
 std::string listDocuments(bool json);
 
-// One of them with all that is in it. No columns: those of the bin.
+// One container with all that is in it. Without `columns` the bin's own are shown.
 std::string showBin(const BinData& bin, std::vector<LogAttribute> columns, bool json);
 std::string showGroup(const AssetAssociationGroup& group, bool json);
 std::string showDocument(const Document& document, bool json);

@@ -25,7 +25,7 @@ constexpr std::array kTypeWords{
               "moved alone"},
 };
 
-// Beside another kind it says only that the container itself counts as unchanged.
+// Tells whether kModUncounted only accompanies another kind, and so needs no word of its own.
 bool isAside(const ContainerBase::Modification& change, ContainerBase::eModificationType type) {
     return type == ContainerBase::kModUncounted && change.getType() != unsigned{type};
 }
@@ -42,7 +42,7 @@ std::string typesText(const ContainerBase::Modification& change) {
            (attribute && attribute->valid() ? attribute->getID() : std::string("properties"));
 }
 
-// Of what is gone the kind alone is known.
+// Names of assets; an asset that is gone shows as its kind.
 std::string namesText(const CookieVec& assets) {
     std::string text;
     for (const Cookie& asset : assets) {

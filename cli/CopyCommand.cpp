@@ -63,8 +63,8 @@ int runCopy(const Options& options, const Words& words, const Make& make) {
 }
 
 int runCopyCommand(const Options& options, const CopyCommandWords& words) {
-    if (const Status wrong = checkWords(words); !wrong)
-        return fail(wrong);
+    if (const Status checked = checkWords(words); !checked)
+        return fail(checked);
     return runCopy(options, words,
                    [&](const EditModule& source) { return makeCopy(words, source); });
 }

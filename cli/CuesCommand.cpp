@@ -140,7 +140,7 @@ std::string madeJson(const CookieVec& made, const Cookie& bin) {
     return json.take();
 }
 
-// The edit lies in the project, so it is marked no further as one that was brought in.
+// The edit is in the project already, so it need not be marked as imported.
 constexpr bool kAlreadyImported = true;
 
 CookieVec make(const CuesWords& words, const EditPtr& edit, const std::vector<Cue>& cues) {
@@ -173,8 +173,8 @@ Status makeAll(const Options& options, const CuesWords& words, const EditPtr& ed
 }
 
 int run(const Options& options, const CuesWords& words) {
-    if (const Status wrong = checkWords(words); !wrong)
-        return fail(wrong);
+    if (const Status checked = checkWords(words); !checked)
+        return fail(checked);
     const auto use = words.makes() ? Workspace::Use::write : Workspace::Use::read;
     return withProject(options, use, [&](Workspace&) -> Status {
         const auto edit = openEdit(words.edit);

@@ -103,8 +103,8 @@ Status run(ExportWords words) {
     if (const Status chosen = chooseFormat(words); !chosen)
         return chosen;
     const ExportFormat& format = formatOf(words.format);
-    if (const Status wrong = checkWords(words, format); !wrong)
-        return wrong;
+    if (const Status checked = checkWords(words, format); !checked)
+        return checked;
     if (!isUtf8(words.output))
         return {StatusCode::wrongUsage, words.output, "not a UTF-8 path"};
     const auto source = openSource(words, format);

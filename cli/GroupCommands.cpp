@@ -18,7 +18,7 @@ namespace {
 constexpr unsigned kMembers = kAnyAsset & ~unsigned{kGroups};
 
 struct GroupWords {
-    std::string group;
+    std::string subject; // a group; of "new" its name, of "holding" an asset
     std::vector<std::string> assets;
     bool versions = false;
 };
@@ -26,7 +26,7 @@ struct GroupWords {
 using GroupPtr = Kv::Ptr<AssetAssociationGroup>;
 
 Status makeGroup(const Options& options, const GroupWords& words) {
-    const auto name = parseName(words.group);
+    const auto name = parseName(words.subject);
     if (!name)
         return name.status();
     auto members = findAssets(words.assets, kMembers);
@@ -47,14 +47,14 @@ Status makeGroup(const Options& options, const GroupWords& words) {
 }
 
 Status show(const Options& options, const GroupWords& words) {
-    const auto group = openGroup(words.group);
+    const auto group = openGroup(words.subject);
     if (group)
         print(showGroup(**group, options.json));
     return group.status();
 }
 
 Status add(const Options&, const GroupWords& words) {
-    const auto group = openGroup(words.group);
+    const auto group = openGroup(words.subject);
     if (!group)
         return group.status();
     const auto members = findAssets(words.assets, kMembers);
@@ -68,7 +68,7 @@ Status add(const Options&, const GroupWords& words) {
 }
 
 Status remove(const Options&, const GroupWords& words) {
-    const auto group = openGroup(words.group);
+    const auto group = openGroup(words.subject);
     if (!group)
         return group.status();
     CookieVec going;
@@ -89,7 +89,7 @@ Status remove(const Options&, const GroupWords& words) {
 }
 
 Status holding(const Options& options, const GroupWords& words) {
-    const auto asset = findAsset(words.group, kMembers);
+    const auto asset = findAsset(words.subject, kMembers);
     if (!asset)
         return asset.status();
     std::vector<Cookie> holders;
@@ -117,15 +117,13 @@ void addGroupCommand(Commands commands) {
                         [words, body](const Options& options) { return body(options, *words); });
         return command;
     };
-    const auto forGroup = [&](CLI::App* command, const char* type, const char* about) {
-        command
-            ->add_option(type[0] == 'A'   ? "asset"
-                         : type[0] == 'N' ? "name"
-                                          : "group",
-                         words->group, about)
-            ->required()
-            ->type_name(type);
+    const auto withSubject = [&](CLI::App* command, const char* name, const char* type,
+                                 const char* about) {
+        command->add_option(name, words->subject, about)->required()->type_name(type);
         return command;
+    };
+    const auto withGroup = [&](CLI::App* command) {
+        return withSubject(command, "group", "GROUP", "Name or cookie");
     };
     const auto withAssets = [&](CLI::App* command) {
         command->add_option("assets", words->assets, "Names or cookies")
@@ -139,17 +137,16 @@ void addGroupCommand(Commands commands) {
         print(listGroups(options.json));
         return Status();
     });
-    forGroup(sub("show", "Show what a group holds", kRead, show), "GROUP", "Name or cookie");
-    forGroup(sub("holding", "Show the groups that hold an asset", kRead, holding), "ASSET",
-             "Name or cookie")
+    withGroup(sub("show", "Show what a group holds", kRead, show));
+    withSubject(sub("holding", "Show the groups that hold an asset", kRead, holding), "asset",
+                "ASSET", "Name or cookie")
         ->add_flag("--versions", words->versions, "Only groups of versions");
-    withAssets(forGroup(sub("new", "Make a group", kWrite, makeGroup), "NAME", "Its name"))
-        ->add_flag("--versions", words->versions, "Its assets are versions of one another");
     withAssets(
-        forGroup(sub("add", "Put assets into a group", kWrite, add), "GROUP", "Name or cookie"));
-    withAssets(forGroup(
-        sub("remove", "Take assets out of a group; they stay in the project", kWrite, remove),
-        "GROUP", "Name or cookie"));
+        withSubject(sub("new", "Make a group", kWrite, makeGroup), "name", "NAME", "Its name"))
+        ->add_flag("--versions", words->versions, "Its assets are versions of one another");
+    withAssets(withGroup(sub("add", "Put assets into a group", kWrite, add)));
+    withAssets(withGroup(
+        sub("remove", "Take assets out of a group; they stay in the project", kWrite, remove)));
 }
 
 } // namespace cutroom::cli

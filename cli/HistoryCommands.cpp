@@ -120,8 +120,8 @@ std::optional<EditManager::HistoryStep> nextStep(const EditPtr& edit, bool back)
 }
 
 void addHistoryCommands(Commands commands) {
-    addStepCommand(commands, "undo", "Take the last change of an edit back", true);
-    addStepCommand(commands, "redo", "Make the change again that was taken back last", false);
+    addStepCommand(commands, "undo", "Take the last change of an edit back", kBack);
+    addStepCommand(commands, "redo", "Make the change again that was taken back last", kForth);
     auto edit = std::make_shared<std::string>();
     CLI::App* command =
         commands.app.add_subcommand("history", "Show an edit's steps, oldest first");

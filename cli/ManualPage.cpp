@@ -59,9 +59,13 @@ std::string positionalText(const CLI::Option& option) {
     return option.get_required() ? word : '[' + word + ']';
 }
 
-std::vector<const CLI::Option*> optionsOf(const CLI::App& app, bool positional) {
+enum class Words { positionals, options };
+
+// The words of a command that the page shows.
+std::vector<const CLI::Option*> wordsOf(const CLI::App& app, Words which) {
     return app.get_options([=](const CLI::Option* option) {
-        return !option->get_group().empty() && option->get_positional() == positional;
+        return !option->get_group().empty() &&
+               option->get_positional() == (which == Words::positionals);
     });
 }
 
@@ -70,12 +74,12 @@ void entry(std::string& page, const std::string& head, const std::string& meanin
 }
 
 void addWords(std::string& page, const CLI::App& command) {
-    for (const CLI::Option* word : optionsOf(command, true)) {
+    for (const CLI::Option* word : wordsOf(command, Words::positionals)) {
         const std::string value = valueText(*word);
         entry(page, italic(word->get_name()) + (value.starts_with("\\fB") ? ": " + value : ""),
               word->get_description());
     }
-    for (const CLI::Option* option : optionsOf(command, false))
+    for (const CLI::Option* option : wordsOf(command, Words::options))
         if (option != command.get_help_ptr())
             entry(page, optionText(*option), option->get_description());
 }
@@ -99,9 +103,9 @@ void addFooter(std::string& page, const std::string& footer) {
 
 void addCommand(std::string& page, const CLI::App& command, const std::string& name) {
     page += ".SS " + plain(name) + "\n.B " + plain("cutroom " + name) + "\n";
-    for (const CLI::Option* word : optionsOf(command, true))
+    for (const CLI::Option* word : wordsOf(command, Words::positionals))
         page += positionalText(*word) + '\n';
-    if (optionsOf(command, false).size() > 1) // --help is everywhere
+    if (wordsOf(command, Words::options).size() > 1) // --help is everywhere
         page += "[" + italic("OPTION") + "]...\n";
     page += ".PP\n" + plain(command.get_description()) + ".\n";
     addWords(page, command);
@@ -116,7 +120,7 @@ void addCommand(std::string& page, const CLI::App& command, const std::string& n
 
 std::string manualCommands(const CLI::App& app) {
     std::string page = ".SH OPTIONS\n";
-    for (const CLI::Option* option : optionsOf(app, false))
+    for (const CLI::Option* option : wordsOf(app, Words::options))
         entry(page, optionText(*option), option->get_description());
     page += ".SH COMMANDS\n";
     for (const CLI::App* command :

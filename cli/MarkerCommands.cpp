@@ -232,8 +232,8 @@ Status perform(const Options& options, const MarkerWords& words, const EditPtr& 
 }
 
 int run(const Options& options, const MarkerWords& words) {
-    if (const Status wrong = checkWords(words); !wrong)
-        return fail(wrong);
+    if (const Status checked = checkWords(words); !checked)
+        return fail(checked);
     const bool lists = words.action == "list";
     return withProject(options, lists ? Workspace::Use::read : Workspace::Use::write,
                        [&](Workspace&) -> Status {

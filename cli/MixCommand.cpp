@@ -191,8 +191,8 @@ Status perform(const MixWords& words, const EditPtr& edit) {
 }
 
 int run(const Options& options, const MixWords& words) {
-    if (const Status wrong = checkWords(words); !wrong)
-        return fail(wrong);
+    if (const Status checked = checkWords(words); !checked)
+        return fail(checked);
     const bool writes = words.action == "set" || words.action == "load";
     return withProject(options, writes ? Workspace::Use::write : Workspace::Use::read,
                        [&](Workspace&) -> Status {

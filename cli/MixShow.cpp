@@ -107,8 +107,8 @@ std::string mixText(const EditPtr& edit) {
                                       static_cast<double>(reader.getMixLevel(mix)),
                                       reader.getMixMuteState(mix) ? "mute" : "",
                                       reader.getMixSoloState(mix) ? "solo" : "",
-                                      outputsText(reader, mix, false).c_str(),
-                                      outputsText(reader, mix, true).c_str());
+                                      outputsText(reader, mix, kProgramme).c_str(),
+                                      outputsText(reader, mix, kMonitoring).c_str());
     return text;
 }
 
@@ -126,8 +126,8 @@ std::string mixJson(const EditPtr& edit) {
         json.add("mix", mixName(mix));
         addState(json, reader.getMixLevel(mix), reader.getMixMuteState(mix),
                  reader.getMixSoloState(mix));
-        addOutputs(json, reader, mix, false);
-        addOutputs(json, reader, mix, true);
+        addOutputs(json, reader, mix, kProgramme);
+        addOutputs(json, reader, mix, kMonitoring);
         json.endObject();
     }
     json.endArray();

@@ -165,8 +165,8 @@ std::vector<signed char> touchedMixes(const AudioMixReader& reader) {
     for (int i = Aud::kMainMix; i <= Aud::kLastMix; ++i) {
         const auto mix = static_cast<signed char>(i);
         if (reader.getMixLevel(mix) != 1.0f || reader.getMixMuteState(mix) ||
-            reader.getMixSoloState(mix) || !changedOutputs(reader, mix, false).empty() ||
-            !changedOutputs(reader, mix, true).empty())
+            reader.getMixSoloState(mix) || !changedOutputs(reader, mix, kProgramme).empty() ||
+            !changedOutputs(reader, mix, kMonitoring).empty())
             mixes.push_back(mix);
     }
     return mixes;

@@ -40,14 +40,16 @@ struct MixSetting {
     void apply(AudioMixWriter& writer) const;
 };
 
-// What a modification of the mix names: "level of A1", "outputs of bus2"; only the
-// setting for an input without a channel; "of another kind" for codes that the mix does not have.
+// What a modification of the mix concerns: "level of A1", "outputs of bus2". The setting alone for
+// an input whose channel has gone; "of another kind" for an unknown code.
 std::string mixChangeText(const EditModification& change, const EditPtr& edit);
 
 // The mixes that a channel feeds.
 std::vector<signed char> mixesOf(const AudioMixReader& reader, unsigned char channel);
-// The outputs, from 1, that a mix feeds (the main mix: does not feed) unlike a mix of its kind that
-// nobody has touched.
+// The outputs, from 1, whose routing differs from the default: those that the main mix does not
+// feed, or that another mix feeds.
+inline constexpr bool kProgramme = false; // the routing of the programme
+inline constexpr bool kMonitoring = true; // that for listening
 std::vector<int> changedOutputs(const AudioMixReader& reader, signed char mix, bool monitoring);
 // The mixes that somebody has touched, ascending.
 std::vector<signed char> touchedMixes(const AudioMixReader& reader);

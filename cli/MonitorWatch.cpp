@@ -120,8 +120,8 @@ void SessionMonitors::addAudio(const std::string& name, const Printer& printer) 
     audio_[name] = std::make_unique<PrintingAudio>(name, printer);
 }
 
-// What goes leaves its map first: its going may close a viewer, and who is told of that may ask for
-// monitors.
+// Taken out of the maps before they are destroyed: destroying one may close a viewer, and a client
+// that is told of that may ask for monitors.
 void SessionMonitors::remove(const std::string& name) {
     const auto component = audio_.extract(name);
     const auto monitor = monitors_.extract(name);

@@ -154,7 +154,7 @@ Result<Cookie> keepAs(const std::string& name, const BinData& results) {
     return bin->getID();
 }
 
-Status checkSaved(const std::string& name, const ProjectSearch::Criteria& criteria) {
+Status saveSearch(const std::string& name, const ProjectSearch::Criteria& criteria) {
     const auto results = searchResults();
     if (!results)
         return results.status();
@@ -179,7 +179,7 @@ Status search(const Options& options, const SearchCommandWords& words) {
         kept = *bin;
     }
     if (!words.save.empty())
-        if (Status status = checkSaved(words.save, *criteria); !status)
+        if (Status status = saveSearch(words.save, *criteria); !status)
             return status;
     const std::wstring name = words.keep.empty() ? (*results)->getName() : toWide(words.keep);
     if (options.json)

@@ -199,7 +199,7 @@ Criteria build(const SearchConditions& conditions) {
     return criteria;
 }
 
-// Where the word behind a condition's name goes; null for what is none.
+// Where the value of the condition called `name` is kept; null when there is no such condition.
 std::string* valueOf(SearchConditions& conditions, const std::string& name) {
     if (name == "where")
         return &conditions.where.emplace_back();

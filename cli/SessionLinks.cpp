@@ -38,7 +38,8 @@ VobSynchroniser& SessionLinks::add(const std::string& name,
     return *(all_[name] = std::move(synchroniser));
 }
 
-// It leaves the table before it goes: what its going tells may ask for links.
+// Taken out of the table before it is destroyed: clients that are told of its end may ask for
+// links.
 void SessionLinks::endCurrent() {
     current(); // refuses without one
     const auto going = all_.extract(current_);

@@ -279,8 +279,8 @@ Status syncBins(const Options& options, const SyncWords& words, const synchup_pa
 }
 
 int run(const Options& options, const SyncWords& words) {
-    if (const Status wrong = checkWords(words); !wrong)
-        return fail(wrong);
+    if (const Status checked = checkWords(words); !checked)
+        return fail(checked);
     const auto params = paramsOf(words);
     if (!params)
         return fail(params.status());

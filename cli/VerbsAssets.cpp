@@ -60,7 +60,7 @@ void changeDocument(Session&, SessionWords& words) {
     }
 }
 
-// Places in the project are told from its folder on.
+// A path inside the project is printed relative to its folder.
 std::string placeText(Session& session, const std::wstring& place) {
     const std::string text = toUtf8(place);
     const std::string folder = session.folder() + '/';

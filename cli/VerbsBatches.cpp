@@ -34,7 +34,7 @@ void describe(Session& session, SessionWords& words) {
     session.viewer()->setChangeDescription(EditModifications(kind), change);
 }
 
-// Steps that the library puts in by itself have no description.
+// Steps that the library adds by itself have no description.
 std::string nameOf(const std::string& description) {
     return description.empty() ? "(a step)" : description;
 }
@@ -76,9 +76,9 @@ void addBatchVerbs(VerbTable& verbs) {
     verbs.add({"backup", "", "puts a step into the edit's history",
                [](Session& session, SessionWords&) { session.viewer()->makeBackup(); }});
     verbs.add({"undo", "", "goes a step back",
-               [](Session& session, SessionWords&) { step(session, true); }});
+               [](Session& session, SessionWords&) { step(session, kBack); }});
     verbs.add({"redo", "", "goes a step forward again",
-               [](Session& session, SessionWords&) { step(session, false); }});
+               [](Session& session, SessionWords&) { step(session, kForth); }});
     verbs.add({"history", "", "lists the edit's steps", history});
     verbs.add({"store-view", "", "keeps time, marks, selection and region with the edit",
                [](Session& session, SessionWords&) { session.viewer()->storeBackupDetails(); }});

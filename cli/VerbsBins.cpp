@@ -52,7 +52,7 @@ BinItem takeItem(SessionWords& words) {
     return item;
 }
 
-// Whatever the bin holds already.
+// Adds an asset even when the bin holds it already.
 void append(Session&, SessionWords& words) {
     const Kv::Ptr<BinData> bin = takeBin(words);
     if (words.left() == 1)
@@ -69,7 +69,7 @@ void insert(Session&, SessionWords& words) {
         refuse(StatusCode::notFound, where, "the bin does not hold it");
 }
 
-// As anything that holds assets is dropped on a bin.
+// Adds an asset with a range, as dropping a container on the bin does.
 void refer(Session& session, SessionWords& words) {
     const Kv::Ptr<BinData> bin = takeBin(words);
     AssetReference reference(takeAsset(words));

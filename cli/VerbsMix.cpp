@@ -68,7 +68,7 @@ std::string stateText(float level, bool mute, bool solo) {
            (solo ? " solo" : "");
 }
 
-// The mixes that a channel feeds, where they are not the main one alone.
+// The mixes that a channel feeds; empty when that is the main one alone.
 std::string routing(const AudioMixReader& reader, unsigned char channel) {
     std::string mixes;
     for (const signed char mix : mixesOf(reader, channel))
@@ -102,7 +102,7 @@ void list(Session& session) {
         session.say("  " + mixName(mix) +
                     stateText(reader.getMixLevel(mix), reader.getMixMuteState(mix),
                               reader.getMixSoloState(mix)) +
-                    outputs(reader, mix, false) + outputs(reader, mix, true));
+                    outputs(reader, mix, kProgramme) + outputs(reader, mix, kMonitoring));
     if (reader.anyChannelSolo() || reader.anyMixSolo())
         session.say(std::string("  soloed:") + (reader.anyChannelSolo() ? " channels" : "") +
                     (reader.anyMixSolo() ? " mixes" : ""));

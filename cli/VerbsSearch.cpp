@@ -68,7 +68,7 @@ void tellName(Session& session, SessionWords& words) {
         session.say("    " + name + " = " + value);
 }
 
-// As pairs, and whether they are restored as what they were.
+// Prints the criteria as pairs, and whether reading the pairs gives the same criteria.
 void tellPairs(Session& session, SessionWords& words) {
     const Criteria criteria = takeConditions(words);
     std::vector<projdb::AttributeValuePair> pairs;

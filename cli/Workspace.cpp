@@ -43,7 +43,7 @@ Status Workspace::open(Use use) {
         use == Use::read ? CurrentProject::Access::readOnly : CurrentProject::Access::readWrite;
     const auto ifMissing = use == Use::writeOrCreate ? CurrentProject::IfMissing::create
                                                      : CurrentProject::IfMissing::fail;
-    if (use != Use::read) { // otherwise made by who asks for them
+    if (use != Use::read) { // a reading command makes only those that it asks for
         DocumentManager::instance();
         AssetAssociationGroupManager::instance();
         BinManager::instance();

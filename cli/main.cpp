@@ -69,7 +69,7 @@ std::string commandWords(const CLI::App& app) {
                          : named.front()->get_name() + ' ' + commandWords(*named.front());
 }
 
-// The parser asks for a command where a word is none; a person wants to hear of the word.
+// For a word that is no command the parser only says that a command is missing. Names the word.
 int sayWrongUsage(const CLI::App& app, const CLI::ParseError& wrong) {
     const auto extras = app.remaining();
     if (app.get_subcommands().empty() && !extras.empty())
