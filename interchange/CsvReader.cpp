@@ -36,8 +36,8 @@ public:
 
     Result<std::vector<CsvRow>> read() {
         while (at_ < text_.size()) {
-            if (const Status wrong = readRow(); !wrong)
-                return wrong;
+            if (const Status row = readRow(); !row)
+                return row;
         }
         return std::move(rows_);
     }
@@ -60,8 +60,8 @@ private:
         bool any = false;
         for (bool more = true; more;) {
             std::string cell;
-            if (const Status wrong = readCell(cell); !wrong)
-                return wrong;
+            if (const Status read = readCell(cell); !read)
+                return read;
             if (++cells_ > kMostCells)
                 return failure("larger than any list of markers", line_);
             any = any || !trim(cell).empty();

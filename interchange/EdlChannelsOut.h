@@ -20,8 +20,8 @@ struct EdlChannelText {
 // What "A12" will mean to a reader of all these events.
 EdlDigits edlDigitsOf(const std::vector<EdlEventOut>& events);
 
-// Names `channels`, which are not none: as `written` (may be empty) while that names no others,
-// else "V", "B", "AA/V", "A3" and the like.
+// Names `channels` (at least one): as `written` (may be empty) as long as that names no other
+// channel, else as "V", "B", "AA/V", "A3" and so on.
 EdlChannelText edlChannelText(const std::set<EdlChannel>& channels, const std::string& written,
                               EdlDigits digits);
 

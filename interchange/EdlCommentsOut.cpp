@@ -71,7 +71,7 @@ private:
             add("EFFECT NAME: " + effect);
     }
 
-    // Which an event of an edit list has from its reel alone stays unsaid.
+    // Writes the clip's name, unless an event of an edit list got it from its reel alone.
     void name(const Item& item, const char* key) {
         const std::string text = edlOneLine(item.name);
         const bool unsaid = !item.channel.empty() && text == item.media.reel;

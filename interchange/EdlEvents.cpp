@@ -129,7 +129,7 @@ private:
         if (line.empty())
             return;
         if (line.front() == '*') {
-            comment(std::string_view(raw).substr(raw.find('*') + 1));
+            holdComment(std::string_view(raw).substr(raw.find('*') + 1));
             return;
         }
         takeHeldComment();
@@ -198,7 +198,7 @@ private:
         EdlEvent* event = list_.events.empty() ? nullptr : &list_.events.back();
         const Words words = wordsOf(line);
         if (words.size() >= 7 && isDigits(words.front()) && line.find(':') != line.npos)
-            firstBad_ = badEvents_++ == 0 ? number_ : firstBad_;
+            noteBadEvent();
         else if (firstOther_ == 0)
             firstOther_ = number_;
         if (event) {
@@ -209,7 +209,14 @@ private:
         }
     }
 
-    void comment(std::string_view body) {
+    void noteBadEvent() {
+        if (badEvents_ == 0)
+            firstBad_ = number_;
+        ++badEvents_;
+    }
+
+    // Holds a comment back, or adds the rest of one that is held.
+    void holdComment(std::string_view body) {
         if (startsWith(body, " "))
             body.remove_prefix(1);
         if (body.ends_with(' '))

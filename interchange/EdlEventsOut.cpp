@@ -25,27 +25,34 @@ bool hasOtherEffects(const Item& item) {
     return any;
 }
 
-// The channel of a list that a track is: its number stands in its name when it came from a list.
+// The number in the name ("V2", "A12") of a track that was read from a list; 0 for other tracks.
+int listedNumber(const Track& track) {
+    const bool listed = std::any_of(track.items.begin(), track.items.end(),
+                                    [](const Item& item) { return !item.channel.empty(); });
+    return listed && track.name.size() > 1 ? std::max(1, leadingInt(track.name.substr(1))) : 0;
+}
+
+// The place of a track among those of its kind, from 1.
+int placeInKind(const Timeline& timeline, int track) {
+    const auto end = timeline.tracks.begin() + track + 1;
+    const TrackKind kind = timeline.tracks[static_cast<std::size_t>(track)].kind;
+    return static_cast<int>(std::count_if(timeline.tracks.begin(), end,
+                                          [=](const Track& one) { return one.kind == kind; }));
+}
+
+// The channel of an edit list that a track is.
 EdlChannel channelOf(const Timeline& timeline, int track) {
     const Track& own = timeline.tracks[static_cast<std::size_t>(track)];
-    EdlChannel channel{own.kind, 0, own.name};
-    for (int i = 0; i <= track; ++i)
-        channel.number += timeline.tracks[static_cast<std::size_t>(i)].kind == own.kind;
-    const bool listed = std::any_of(own.items.begin(), own.items.end(),
-                                    [](const Item& item) { return !item.channel.empty(); });
-    if (own.kind == TrackKind::video)
-        channel.number =
-            listed ? std::max(1, leadingInt(own.name.substr(own.name.empty() ? 0 : 1))) : 1;
-    else if (own.kind == TrackKind::audio && listed && own.name.size() > 1)
-        channel.number = std::max(1, leadingInt(own.name.substr(1)));
-    else if (own.kind != TrackKind::audio)
-        channel.number = 1;
-    if (own.kind == TrackKind::audio)
-        channel.name = "A" + toText(static_cast<long long>(channel.number));
-    else if (own.kind == TrackKind::video)
-        channel.name =
-            channel.number == 1 ? "V" : "V" + toText(static_cast<long long>(channel.number));
-    return channel;
+    const int listed = listedNumber(own);
+    if (own.kind == TrackKind::video) {
+        const int number = std::max(1, listed);
+        return {own.kind, number, number == 1 ? "V" : "V" + toText(static_cast<long long>(number))};
+    }
+    if (own.kind == TrackKind::audio) {
+        const int number = listed != 0 ? listed : placeInKind(timeline, track);
+        return {own.kind, number, "A" + toText(static_cast<long long>(number))};
+    }
+    return {own.kind, 1, own.name};
 }
 
 class TrackEvents {
@@ -61,9 +68,10 @@ public:
                 lead_ = &items[i];
                 continue;
             }
-            const bool gives = i + 1 < items.size() && items[i + 1].type == ItemType::transition &&
-                               items[i + 1].cut() == items[i].end();
-            add(items[i], gives ? frame(items[i + 1].inOffset) : 0);
+            const bool goesOut = i + 1 < items.size() &&
+                                 items[i + 1].type == ItemType::transition &&
+                                 items[i + 1].cut() == items[i].end();
+            add(items[i], goesOut ? frame(items[i + 1].inOffset) : 0);
         }
         if (leads())
             addEvent(nullptr, frame(lead_->cut()), frame(lead_->end()));
@@ -73,9 +81,11 @@ public:
 
 private:
     std::int64_t frame(Flicks time) const { return rate_.flicksToFrameNearest(time); }
-    // Also to black, where a fade may end at the very cut: the clip before it gave its frames up.
+    // Tells whether a transition with a length waits for what it leads to. It is written even when
+    // that is black: the clip before has given its last frames to the fade.
     bool leads() const { return lead_ && lead_->end() > lead_->start; }
 
+    // `nextIn`: the frames at the item's end that belong to the transition out of it.
     void add(const Item& item, std::int64_t nextIn) {
         if (last_ && item.start > last_->end())
             last_ = nullptr;

@@ -18,7 +18,7 @@ namespace cutroom {
 struct EdlEventOut {
     const Item* item = nullptr; // null: black
     const Item* transition = nullptr;
-    const Item* outgoing = nullptr; // what is there before it; null: black
+    const Item* outgoing = nullptr; // the item that it leads away from; null: black
     std::int64_t recordIn = 0;
     std::int64_t recordOut = 0;
     std::int64_t transitionFrames = 0;
@@ -56,10 +56,10 @@ std::vector<EdlEventOut> edlEventsOf(const Timeline& timeline, const std::vector
 // What the edit list that an item was read from said of its event, a member of the item's metadata;
 // empty for others.
 std::string_view edlFacts(const Item& item);
-// The same of the event in which a clip goes on that was read from two.
+// For a clip that was read from two events: what the list said of the second one.
 std::string_view edlRest(std::string_view facts);
-// Tells whether what was read of the outgoing side of a transition is a clip of its own, not the
-// one before it.
+// Tells whether the outgoing side of a transition, as it was read, names another clip than the one
+// before it.
 bool edlIsOther(std::string_view outgoing);
 
 } // namespace cutroom

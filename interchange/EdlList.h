@@ -85,8 +85,8 @@ struct EdlList {
     std::vector<std::string> warnings;
 };
 
-// Reads all lines. What is no known form is counted and said once. Never fails: an empty list is a
-// matter for whoever wanted events.
+// Reads all lines. Lines of no known form are counted and give one warning. Never fails: whether a
+// list without events is an error is for the caller to say.
 EdlList parseEdlLines(const std::vector<std::string>& lines);
 
 // Splits bytes at LF, CRLF and CR, up to a control-Z. Text that is not UTF-8 is taken byte by byte

@@ -12,7 +12,8 @@ namespace cutroom {
 
 namespace {
 
-// Characters of a comment that a reader may take for a folded one, and the next for its rest.
+// From this length on, a reader may take a comment for the first part of a folded one, and the next
+// line for its rest.
 constexpr std::size_t kFoldedFrom = 76;
 constexpr std::size_t kFoldedTo = 82;
 
@@ -83,7 +84,8 @@ std::vector<const Marker*> EdlMarkersOut::rows(const Timeline& timeline) {
     return all;
 }
 
-// None where none was, unless the text begins like one.
+// The colour's name. Empty where none was read, unless the text would then be read as beginning
+// with one.
 std::string EdlMarkersOut::colourOf(const Marker& marker, const std::string& text) {
     if (marker.colourText.empty())
         return markerColour(text.substr(0, text.find(' '))) ? "WHITE" : "";

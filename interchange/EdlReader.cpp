@@ -81,7 +81,7 @@ Timeline describe(const EdlList& list, const EdlClock& clock, const EdlPlaces& p
     return timeline;
 }
 
-// Why a file without any event is none, by what it seems to be instead.
+// The reason why a file without events is not an edit list, by what it seems to be instead.
 const char* whyNoList(std::string_view bytes) {
     const std::string_view head = bytes.substr(0, 4096);
     if (head.find("WEBVTT") != head.npos)

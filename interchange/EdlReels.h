@@ -14,14 +14,15 @@ namespace cutroom {
 // reels.
 class EdlReels {
 public:
-    // The reel of what `item` plays: as the list that it was read from had it, else its reel, else
-    // its file or name in short. "AX" for an item of an edit list that had none.
+    // The reel for what `item` plays: the one of the list that it was read from, else its own reel,
+    // else its file or name, shortened. "AX" for an item of an edit list that had none.
     const std::string& reelOf(const Item& item);
-    // Tells whether the reel of `item` says less than its source's own, which then is to be told.
+    // Tells whether the reel of `item` had to be changed, so that a comment must give the source's
+    // own in full.
     bool isShort(const Item& item);
     std::size_t shortened() const noexcept { return shortened_; }
 
-    // The reel of a clip that is in no event: the strict form of what was written, not made unique.
+    // The strict form of a reel that was written, not made unique: for a clip that is in no event.
     static std::string strictForm(std::string_view reel);
 
 private:

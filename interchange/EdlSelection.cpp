@@ -14,7 +14,8 @@ bool hasClips(const Track& track) {
     });
 }
 
-// Tells whether all of the track was read from an edit list, which may hold such tracks together.
+// Tells whether all of the track was read from an edit list. Only such picture tracks can go into
+// one list together.
 bool isListed(const Track& track) {
     return std::all_of(track.items.begin(), track.items.end(), [](const Item& item) {
         return item.type == ItemType::gap || item.type == ItemType::transition ||

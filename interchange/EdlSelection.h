@@ -9,10 +9,11 @@
 
 namespace cutroom {
 
-// The numbers of the tracks: that of `wanted` ("V2", "A1", or its own name; a picture track with
-// all sound, a sound track alone), of all of them when it is empty. `left` counts those with clips
-// of kinds that a list does not have. Fails when there is no such track, and when several picture
-// tracks would have to go together that were not read from an edit list.
+// The indices of the tracks to write. `wanted` names one ("V2", "A1", or the track's own name): a
+// picture track, with which all sound goes, or a sound track alone. Empty: all tracks. Adds to
+// `left` the number of tracks with clips that are of a kind an edit list cannot hold. Fails when
+// there is no such track, and when several picture tracks would go together of which one was not
+// read from an edit list.
 Result<std::vector<int>> edlTracksFor(const Timeline& timeline, const std::string& wanted,
                                       long& left);
 

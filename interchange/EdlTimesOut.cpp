@@ -12,7 +12,8 @@ namespace cutroom {
 
 namespace {
 
-// Drop frame is a matter of labels alone, of whole rates too where the list says so.
+// The format by which labels are counted. Drop frame only concerns labels, and an edit list may use
+// it at a whole rate too.
 TimecodeFormat labelled(const TimecodeFormat& format) {
     const Kv::FrameRate dropped(format.rate.nominal() * 1000, 1001);
     return {format.dropFrame ? dropped : format.rate, format.dropFrame};
@@ -125,8 +126,7 @@ bool EdlTimesOut::isRecord(const EdlEventOut& event) const {
     return !labels.empty() && isAt(labels[2], event.recordIn) && isAt(labels[3], event.recordOut);
 }
 
-// Tells whether an item is, at a frame of the record, at the frame of its source that was read
-// there.
+// Tells whether an item plays, at a frame of the record, the same source frame as when it was read.
 bool EdlTimesOut::isSource(std::string_view facts, const Item& item, std::int64_t frame) const {
     const auto labels = labelsOf(facts);
     const auto label = labels.empty() ? std::nullopt : parseEdlLabel(labels[0]);
@@ -136,7 +136,8 @@ bool EdlTimesOut::isSource(std::string_view facts, const Item& item, std::int64_
                sourceFrame(item, frame, format.rate);
 }
 
-// The four timecodes of an event stay as written while they say where it is and what it plays.
+// Tells whether the four timecodes of an event, as they were read, still say where it is and what
+// it plays.
 bool EdlTimesOut::isWritten(const EdlEventOut& event) const {
     return isRecord(event) && isSource(event.facts, *event.item, event.recordIn);
 }
@@ -174,7 +175,8 @@ std::vector<EdlEventOut> EdlTimesOut::inTheirLines(const std::vector<EdlEventOut
     return all;
 }
 
-// The speed as it was written while it is that speed; nothing when it was written otherwise.
+// The speed as it was written (empty for none), if the item still plays at it; nothing when it does
+// not.
 std::optional<std::string> EdlTimesOut::writtenSpeed(std::string_view facts, double speed) const {
     const std::string written = importedText(facts, "frames_per_second");
     const auto meant = parseDouble(written.starts_with('+') ? written.substr(1) : written);

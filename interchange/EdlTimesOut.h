@@ -29,17 +29,18 @@ public:
     std::int64_t frameAt(Flicks time) const { return record_.rate.flicksToFrameNearest(time); }
     std::string recordText(std::int64_t frame) const;
 
-    // The events in the order of their lines: a clip that was read from two becomes two again while
-    // both hold.
+    // The events in the order of their lines. A clip that was read from two events becomes two
+    // again, as long as both still hold.
     std::vector<EdlEventOut> inTheirLines(const std::vector<EdlEventOut>& events) const;
-    // The four timecodes of an event; what they cannot say is counted.
+    // The four timecodes of an event; counts what they cannot express.
     std::string timecodes(const EdlEventOut& event, EdlLosses& losses) const;
-    // The same of what goes out (null: black) at the frame where a transition begins.
+    // The four timecodes of the outgoing side of a transition that begins at `frame`; null: black.
     std::string timecodes(const Item* outgoing, std::int64_t frame) const;
     // The speed of an event that plays something, in frames a second; empty for play speed.
     std::string speed(const EdlEventOut& event) const;
-    // What was read of the outgoing side of an event with a transition, while that is where it was,
-    // and, unless it was another clip from the start, what goes out is too; else empty.
+    // What was read of the outgoing side of an event with a transition, as long as it still holds:
+    // the transition begins where it did, and the clip that goes out is unchanged (or never was the
+    // clip before). Empty otherwise.
     std::string_view keptOutgoing(const EdlEventOut& event) const;
 
     // The four timecodes that were read, or none.

@@ -120,8 +120,8 @@ private:
         line(std::string(trim(text)));
     }
 
-    // The first line of a transition: what goes out, at the frame where it begins to. `kept` is
-    // what was read of that and holds.
+    // The first line of a transition: the clip that goes out, at the frame where the transition
+    // begins. `kept` is what was read of that line and still holds.
     void outgoing(const EdlEventOut& each, std::string_view kept, const std::string& channel) {
         std::string reel = "BL";
         if (edlIsOther(kept))

@@ -226,7 +226,7 @@ private:
         const bool isImported = !imported.empty();
         track.kindText = kindText(importedText(imported, kImportedKind), track.kind, channel.shown);
         track.name = isImported ? channel.name : channel.shown;
-        // That a whole track is disabled shows in all of its clips.
+        // A disabled track is one all of whose clips are disabled.
         track.enabled =
             importedMember(imported, kImportedEnabled) != "false" || hasEnabledClip(*channel.cel);
         track.place = static_cast<int>(importedNumber(imported, kImportedPlace).value_or(-1));

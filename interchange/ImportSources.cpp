@@ -234,7 +234,8 @@ void ImportSources::note(const Item& item, TrackKind kind, int channel, const Kv
         source.audio |= std::uint64_t{1} << (channel - 1);
 }
 
-// A log that lacks a channel is left alone: what was imported before keeps its source as it was.
+// A log that lacks a channel that is needed is not used: edits imported earlier keep their source
+// as it was.
 void ImportSources::findLogs() {
     const std::string medium = LogAttribute(LogAttribute::sourceMedium).getID();
     const std::string reel = LogAttribute(LogAttribute::reel).getID();

@@ -32,8 +32,8 @@ struct ImportScene {
 //   OTIO   |--in--|======clip A======|--out--|       transitions at head and tail
 //   cel    |-pad--|--------A---------|--pad--|       graphs on the in points of A and the last pad
 //
-// `laid` is told after each track, whose items then go, for a long timeline is large. The edit is
-// as far as it came on failure.
+// `laid` is called after each track, whose items are then freed, since a long timeline is large. On
+// failure the edit keeps what was laid by then.
 Status layTracks(const EditPtr& edit, Timeline& timeline, const ImportScene& scene,
                  const std::function<void(const Track&)>& laid);
 

@@ -68,8 +68,8 @@ private:
     std::string text_;
 };
 
-// The JSON text of the member `key` of an object's text, which somebody has read as JSON before;
-// empty when there is none, and for null. Looks at nothing inside other members.
+// The JSON text of the member `key` of an object's text, which must be well-formed JSON; empty when
+// there is none, and for null. Does not look inside other members.
 CUTROOM_API std::string_view importedMember(std::string_view object, std::string_view key);
 // Calls `visit` with key (as written, without quotes) and text of each member.
 CUTROOM_API void

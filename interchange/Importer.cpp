@@ -64,7 +64,8 @@ Status writable(const std::string& path) {
         return {StatusCode::failed, path, "no project is open to import into"};
     if (CurrentProject::isReadOnly())
         return {StatusCode::failed, path, "the project is open for reading only"};
-    // What an earlier one could not take back goes first: its logs are not the project's.
+    // Removes what an earlier import could not take back, so that its logs are not taken for the
+    // project's.
     return EditManager::instance().discard({});
 }
 

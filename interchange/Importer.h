@@ -21,10 +21,10 @@ struct ImportOptions {
     std::optional<Kv::FrameRate> rate;
     // Told how far the import of one file has come, 0 to 1; may be empty.
     std::function<void(double)> progress;
-    // Asked when all of a file is made, before it is written: gives what is to be written in the
-    // same group, such as a bin that holds what was made: no edit stands without it. A failure
-    // gives the import up. When the import fails later, what was given may be there already:
-    // whoever gave it puts it right. May be empty.
+    // Called when all of a file is made, before anything is written. Gives other files to be
+    // written in the same group, such as a bin that holds what was made, so that neither is there
+    // without the other. A failure ends the import. When the import fails later, those files may
+    // have been written already; the caller then puts them right. May be empty.
     std::function<Result<std::vector<FileInProject>>(const ImportReport&)> alongside;
 };
 

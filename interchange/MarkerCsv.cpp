@@ -63,7 +63,8 @@ Header headerOf(const CsvRow& row) {
         for (const KnownColumn& known : kKnown)
             if (name == known.name && !header.has(known.text))
                 column.text = known.text;
-        // A duration and a type are no columns of ours: a field of that name comes first.
+        // The exporter writes neither a duration nor a type, so a project's field of that name
+        // comes first.
         const auto field = fields.find(own);
         if (field != fields.end() && (!column.text || column.text == &MarkerTexts::duration)) {
             column.text = nullptr;

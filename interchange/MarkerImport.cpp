@@ -35,7 +35,7 @@ std::wstring shownText(const Cue& cue) {
     return text.empty() ? words(cue.getName()) : text;
 }
 
-// The edit's markers, each to stand against one of the file's at most.
+// The edit's markers; each is matched with at most one of the file's.
 class Existing {
 public:
     Existing(const std::vector<Cue>& cues, const MarkerPlaces& places) : places_(places) {
@@ -87,8 +87,8 @@ private:
     Places shown_;
 };
 
-// Takes over what the file says; a place that the timecode names already stays as exact as it is,
-// and the end behind it.
+// Takes over what the file says. A place that already has the file's timecode is kept, since it may
+// be more exact; so is the end.
 void takeOver(Cue& cue, const MarkerRead& read, const MarkerPlaces& places) {
     if (read.saidEnd) {
         const bool sameEnd =

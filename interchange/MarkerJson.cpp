@@ -168,7 +168,8 @@ Result<MarkerFile> readList(const MarkerList& list, const Cursor& root, const Ob
         auto marker = markerOf(*texts, 0, target, markers.warnings);
         if (!marker)
             return failed(marker.status());
-        // To find a line takes the whole text: only where it is told.
+        // Finding a line takes a walk over the whole text, so it is done only where the line is
+        // used.
         if (markers.markers.empty())
             marker->line = line();
         for (std::size_t i = warnings; i < markers.warnings.size(); ++i)

@@ -18,8 +18,8 @@ Result<MarkerFile> readSrtMarkers(std::string_view text, const std::string& file
 Result<MarkerFile> readEdlMarkers(std::string_view text, const std::string& file,
                                   const MarkerTarget& target);
 
-// One row of a table or one object: what is said, by what it is called in the file. What the file
-// does not have is empty, what it leaves blank is "".
+// What one row of a table, or one object, says of a marker. A column or member that the file lacks
+// is nothing; one that is left blank is "".
 struct MarkerTexts {
     std::optional<std::string> name;
     std::optional<std::string> description;
@@ -31,8 +31,8 @@ struct MarkerTexts {
     bool pointsEnd = false; // a point is written with an end at its start
 };
 
-// The marker that the texts describe. Fails with the reason alone. A colour that is none is left
-// out, with a warning, which names the line unless that is 0.
+// The marker that the texts describe. The failure holds the reason only. An unknown colour is left
+// out with a warning, which names the line unless that is 0.
 Result<MarkerRead> markerOf(const MarkerTexts& texts, long line, const MarkerTarget& target,
                             std::vector<std::string>& warnings);
 

@@ -9,7 +9,8 @@
 
 namespace cutroom::otio {
 
-// What is found on one track while it is read: markers, and the rates its lengths are written in.
+// What reading one track finds beside its items: its markers, and the rates in which its lengths
+// are written.
 struct Found {
     std::vector<PendingMarker> markers;
     std::vector<RateRead> rates;
@@ -42,8 +43,8 @@ std::size_t trimTo(const Span& range, std::vector<Item>& items,
 // Moves markers from `first` on, and their owners.
 void moveMarkers(std::vector<PendingMarker>& markers, std::size_t first, Flicks by);
 
-// Tells whether a start label that is a whole minute in drop frame, and none otherwise, was meant
-// so.
+// Tells whether a start is meant as a drop-frame label: it is a whole minute when counted in drop
+// frame, and is not when counted without.
 bool meansDropFrame(std::int64_t startFrame, const Kv::FrameRate& rate);
 
 // The rate of a timeline whose tracks have these rates: the start's where one of them has it, else

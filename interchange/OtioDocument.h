@@ -45,7 +45,7 @@ public:
     const Status& failure() const { return failure_; }
     void fail(const Place& place, const std::string& reason);
 
-    // Says something once; at most a hundred different things.
+    // Adds a warning unless it is there; at most a hundred.
     void warn(const std::string& text);
     std::vector<std::string> takeWarnings() { return std::move(warnings_); }
 

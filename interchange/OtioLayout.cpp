@@ -165,10 +165,12 @@ public:
         for (std::size_t i = 0; i < timeline_.markers.size(); ++i)
             if (nested_.empty() || !isNested(timeline_.markers[i]))
                 give(i);
-        if (!agree(true))
+        // Writing one marker anew may change how a reader understands the others, so they are asked
+        // for twice before all are written anew.
+        if (!agree() && !agree())
             for (MarkerTimes& times : stack_.times)
                 times.asWritten = false;
-        if (!agree(false))
+        if (!agree())
             stack_.outside = counts_.outside;
     }
 
@@ -291,9 +293,9 @@ private:
         written_.push_back(start.value_or(0));
     }
 
-    // Tells whether a reader would find all markers where they are; with `oneByOne`, those that it
-    // would not find as written are no longer written so.
-    bool agree(bool oneByOne) {
+    // Tells whether a reader would find all markers where they are. Those that it would not are
+    // no longer written as they were read.
+    bool agree() {
         std::vector<PendingMarker> pending(indices_.size());
         for (std::size_t i = 0; i < pending.size(); ++i) {
             const MarkerTimes& times = stack_.times[indices_[i]];
@@ -313,7 +315,7 @@ private:
             all = false;
             stack_.times[indices_[i]].asWritten = false;
         }
-        return all || (oneByOne && agree(false));
+        return all;
     }
 
     const Timeline& timeline_;

@@ -9,7 +9,7 @@
 
 namespace cutroom::otio {
 
-// A child of a track. Times are exact: what a reader adds up.
+// A child of a track. Times are not rounded to frames: a reader adds up exactly these.
 struct Child {
     const Item* item = nullptr; // null: a gap for a hole between items
     Flicks start = 0;           // in the time of the timeline
@@ -26,7 +26,7 @@ struct Child {
 struct LaidTrack {
     const Track* track = nullptr;
     Flicks duration = 0;
-    Flicks before = 0; // what a transition at the head adds before the first item
+    Flicks before = 0; // length that a transition at the head adds before the first item
     std::vector<Child> children;
     std::vector<const Marker*> markers;
 };

@@ -27,12 +27,13 @@ struct PlaceCounts {
     std::size_t byHabit = 0; // not counted in the time of what they mark
 };
 
-// Decides for each marker how its place is written: what a reader makes of markers so written on
-// these owners. Places are never negative. Of `timeline`, duration and start label count.
+// Decides for each marker by which habit its place is written, as a reader would, from `written`
+// and the owner alone. Places are never negative. Of `timeline` only duration and start label are
+// used.
 PlaceCounts decidePlaces(std::vector<PendingMarker>& pending, const Timeline& timeline);
 
-// Decides for each marker how its place is written and puts all into `timeline`, whose duration
-// and start label are known. Warns of those that fit in no way.
+// Decides in the same way, and puts all markers into `timeline`, whose duration and start label are
+// known. Warns of those that fit in no way.
 void placeMarkers(Document& document, std::vector<PendingMarker> pending, Timeline& timeline);
 
 } // namespace cutroom::otio

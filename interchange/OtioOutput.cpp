@@ -34,7 +34,8 @@ std::string withCommonWords(std::string_view json) {
         const char c = json[at];
         const std::string_view rest = json.substr(at);
         if (quoted && c == '\\') {
-            text += json.substr(at++, 2);
+            text += json.substr(at, 2);
+            ++at;
             continue;
         }
         quoted = quoted != (c == '"');

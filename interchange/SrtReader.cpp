@@ -89,7 +89,8 @@ std::optional<SrtCue> timeLine(const TextLine& line) {
     return cue;
 }
 
-// Times in another form ("01:00:00;12 --> 01:00:02;00"): no text, though nobody can tell when.
+// Tells whether a line holds times in another form ("01:00:00;12 --> 01:00:02;00"): it is not text,
+// though the times cannot be read.
 bool looksLikeTimes(std::string_view text) {
     const auto arrow = text.find("-->");
     if (arrow == text.npos)

@@ -22,7 +22,7 @@ namespace cutroom {
 struct SrtCue {
     Flicks start = 0;
     Flicks end = 0;
-    std::vector<LightweightString<wchar_t>> lines; // with their tags; never empty ones at the ends
+    std::vector<LightweightString<wchar_t>> lines; // with their tags; first and last not empty
     long line = 0;                                 // where its time line stands in the file
 
     friend bool operator==(const SrtCue&, const SrtCue&) = default;
