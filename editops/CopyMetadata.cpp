@@ -40,8 +40,8 @@ constexpr const char* kMediaKeys[] = {"METADATA_CORE",  "METADATA_BUFFERFORMAT",
                                       "METADATA_VIDEO", "METADATA_VIDEOSEQUENCE",
                                       "stripv_width",   "stripv_height"};
 
-// Of a cue at an end of the copy, in seconds: 1e-6, and the rounding error of a time that was
-// moved.
+// How far beyond an end of the copy a cue may lie, in seconds: 1e-6, and the rounding error of a
+// time that was moved.
 constexpr double kTolerance = 1e-6 + 1e-9;
 
 configb configurationOf(const Edit& edit) {
@@ -108,7 +108,7 @@ void copyCues(const EditPtr& source, const EditPtr& copy, double offset,
     const double first = std::min(start, end) - kTolerance;
     const double last = std::max(start, end) + kTolerance;
     CueList cues = copy->getCues();
-    constexpr double kSurely = 1; // seconds; what lies so far out need not be moved to be told
+    constexpr double kSurely = 1; // seconds; a cue this far outside is out whatever rounding does
     const CueList all = source->getCues();
     for (const Cue& own : all.cues()) {
         const double place = own.getTime() + offset;

@@ -13,7 +13,7 @@ EditModifier copyFileOfEdit(const EditPtr& source) {
     EditManager& manager = EditManager::instance();
     if (!CurrentProject::isOpen() || CurrentProject::isReadOnly())
         return {};
-    // What cannot be saved elsewhere is none of this edit's concern.
+    // Only a failure to save this edit counts, not that of another one.
     if (!manager.flushChanges(false).ok() && source->isDirty())
         return {};
     const Cookie cookie = makeNewEditCookie();

@@ -13,8 +13,8 @@ public:
     LastTransition(const Cookie& fxId, trans_posn position, int length);
     // Without effect and position, 10 frames long, then `restoreFrom`.
     explicit LastTransition(const LightweightString<char>& text);
-    // The preference "Last transition"; what it does not say is without effect and position,
-    // `defaultLength` long.
+    // Reads the preference "Last transition". What the preference lacks is: no effect, no position,
+    // `defaultLength` frames.
     explicit LastTransition(int defaultLength);
 
     LightweightString<char> asString() const;

@@ -18,7 +18,7 @@ using cutroom::UnfinishedEdit;
 
 namespace {
 
-// A time counts as the next frame from a tenth of a frame below it on: enough for the error of a
+// A time less than a tenth of a frame below a frame counts as that frame: enough for the error of a
 // sum of times, too little to take a frame that was not meant.
 constexpr double kGridTolerance = 0.1;
 

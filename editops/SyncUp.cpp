@@ -8,7 +8,7 @@ using cutroom::SyncContents;
 
 namespace {
 
-// What is no time stays none: the difference of two would be 0.
+// The difference of two times; kNoTime when either is none. (Two of them would give 0.)
 double difference(double t1, double t2) {
     return t1 == kNoTime || t2 == kNoTime ? kNoTime : t2 - t1;
 }

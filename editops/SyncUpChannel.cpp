@@ -31,8 +31,8 @@ Kv::Ptr<Cel> insideOf(const EditPtr& shot, const IdStamp& channel, const SyncPla
     return status.ok() ? cel : Kv::Ptr<Cel>();
 }
 
-// Moves a point to a frame, `bias` later before it is rounded, and its place in the material with
-// it: what plays at a moment stays the same.
+// Adds `bias` to a point's time and moves it to the nearest frame. Its place in the material moves
+// with it, so that what plays at a moment stays the same.
 ChannelEvent onFrame(ChannelEvent event, const Kv::FrameRate& rate, Flicks bias) {
     const Flicks before = event.time;
     event.time += bias;
@@ -42,8 +42,9 @@ ChannelEvent onFrame(ChannelEvent event, const Kv::FrameRate& rate, Flicks bias)
     return event;
 }
 
-// Rounds half a frame up less what two ways of counting the same time may differ by, so that a
-// point on a frame stays there.
+// Added before a point is moved to the nearest frame, this rounds it up, and taken away it rounds
+// it down. It is half a frame, less the difference between two ways of counting the same time, so
+// that a point on a frame stays there.
 Flicks biasOf(const Kv::FrameRate& rate) {
     return rate.frameToFlicks(1) / 2 - toFlicks(kTimeTolerance);
 }

@@ -27,7 +27,8 @@ public:
             ends_.push_back(last = std::max(last, shot.end()));
     }
 
-    // Those that have a moment in common with the picture, the one that covers most first.
+    // The sounds that have a moment in common with the picture; the one that covers most of it
+    // comes first.
     std::vector<const LabelledShot*> covering(const LabelledShot& picture) const {
         std::vector<const LabelledShot*> found;
         auto later =
@@ -54,7 +55,7 @@ private:
     }
 
     std::vector<LabelledShot> shots_;
-    std::vector<double> ends_; // the last end up to and with each
+    std::vector<double> ends_; // for each sound, the latest end of it and all before it
     bool unlabelled_ = false;
 };
 

@@ -29,19 +29,20 @@ void read(const configb& config, const char* key, UserLabelSpec& into) {
         into = UserLabelSpec::fromString(*text).value_or(into);
 }
 
-// One end of the span: `earlier` tells which of two times comes first as seen from it.
-template <class Earlier>
-double chosen(std::int32_t rule, double picture, double sound, Earlier inner) {
-    const double common = inner(picture, sound) ? sound : picture;
+// One end of the span, from that end of each shot; `isOuter` tells whether the first of two such
+// ends lies further out than the second.
+template <class IsOuter>
+double chosen(std::int32_t rule, double picture, double sound, IsOuter isOuter) {
+    const bool pictureIsOuter = isOuter(picture, sound);
     switch (rule) {
     case kSyncPicture:
         return picture;
     case kSyncSound:
         return sound;
     case kSyncUnion:
-        return common == picture ? sound : picture;
+        return pictureIsOuter ? picture : sound;
     default:
-        return common;
+        return pictureIsOuter ? sound : picture;
     }
 }
 

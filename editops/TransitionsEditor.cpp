@@ -122,7 +122,8 @@ double sourceTime(const ChannelEvent& in, Flicks time) {
     return cutroom::toSeconds(in.stripTime) + in.speed * cutroom::toSeconds(delta);
 }
 
-// Some point of the edit has this effect graph: clips that were copied share theirs.
+// Tells whether some point of the edit still has this effect graph: copied clips share their
+// graphs.
 bool isUsed(const Edit& edit, const IdStamp& graph) {
     const cutroom::EditReader reader(edit);
     for (std::size_t chan = 0; chan < reader.getNumChans(); ++chan) {
@@ -139,7 +140,7 @@ bool hasTransition(const Edit& edit, const ce_handle& point) {
     return graph && graph->isTransition();
 }
 
-// Has a point name another graph, or none, and drops the one that it named when no other does.
+// Gives a point another graph, or none, and drops the graph that it had when no other point has it.
 Status exchangeGraph(Edit& edit, Cel& cel, std::uint32_t index, const IdStamp& graph) {
     ChannelEvent event = cel.get_event(index);
     const IdStamp old = std::exchange(event.effectGraph, graph);
