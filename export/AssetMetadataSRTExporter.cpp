@@ -23,7 +23,8 @@ void appendDigits(std::string& out, long long value, std::size_t digits) {
     out.append(text, length);
 }
 
-// HH:MM:SS,mmm of a time since the first frame; SubRip knows none before it.
+// HH:MM:SS,mmm of a time since the first frame; an earlier one becomes 0, since SubRip has no
+// negative times.
 void appendMediaTime(std::string& out, double seconds) {
     const long long milliseconds = std::max(0LL, std::llround(seconds * 1000));
     appendDigits(out, milliseconds / 3'600'000, 2);

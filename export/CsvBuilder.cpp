@@ -13,7 +13,7 @@ constexpr bool isPlain(wchar_t c) noexcept {
     return (c >= L' ' && c < 0x7F && c != L'"') || c == L'\t' || c == L'\n' || c == L'\r';
 }
 
-// Blanks at the ends are the text's own, which readers that trim must see.
+// Quotes also keep blanks at the ends from readers that would trim them.
 bool needsQuotes(std::wstring_view text) {
     return !text.empty() && (text.front() == L' ' || text.back() == L' ' ||
                              text.find_first_of(L",\"\r\n") != std::wstring_view::npos);

@@ -1,4 +1,4 @@
-// Names that stand once among others.
+// Keeps names unique.
 #pragma once
 
 #include <set>
@@ -11,7 +11,8 @@ class FreeNames {
 public:
     explicit FreeNames(std::set<std::string> taken) : taken_(std::move(taken)) {}
 
-    // The name, with the first number from 2 on behind it that makes it free. Taken from now on.
+    // Gives the name if it is free, else the name with the lowest number from 2 on that is free
+    // behind it ("name 2"). What it gives is taken from then on.
     std::string take(const std::string& name) {
         std::string free = name;
         for (int n = 2; !taken_.insert(free).second; ++n)

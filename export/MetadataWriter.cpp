@@ -48,7 +48,8 @@ private:
     std::string text_;
 };
 
-// An attribute and the key of its value, which is neither that of the locations nor of the markers.
+// An attribute and the key of its value, which differs from the keys of the locations and the
+// markers.
 struct AttributeKey {
     LogAttribute attribute;
     std::string key;
@@ -65,7 +66,7 @@ std::vector<AttributeKey> keysOf(const std::vector<LogAttribute>& attributes) {
 // Writes the items of a bin that nobody else changes meanwhile.
 class BinWriter {
 public:
-    // Of its edits' markers, or of `cues` in place of them.
+    // Writes `cues` in place of the markers of the bin's edits, unless it is null.
     BinWriter(iMetadataWriter& out, Kv::Ptr<BinData> bin, const std::vector<Cue>* cues)
         : out_(out), bin_(std::move(bin)), cues_(cues) {}
 
@@ -85,7 +86,7 @@ public:
     }
 
 private:
-    // The texts come from a table that anyone may replace: two kinds may have one name.
+    // The texts come from a table that a host may replace, so two kinds may have the same name.
     std::string keyOf(Base::eAssetType type) {
         return keys_.take(toUtf8(Base::getDisplayString(type, true)));
     }

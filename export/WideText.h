@@ -11,8 +11,8 @@ void appendChar(std::string& out, wchar_t c);
 // Appends a text as UTF-8.
 void appendUtf8(std::string& out, std::wstring_view text);
 
-// Appends the characters that are `plain` (ASCII all of them) as they are and has `other(c)` append
-// each of the rest.
+// Appends the characters for which `plain` holds (all of them ASCII) as they are, and calls
+// `other(c)`, which appends it, for each of the rest.
 template <class Plain, class Other>
 void appendMapped(std::string& out, std::wstring_view text, const Plain& plain,
                   const Other& other) {

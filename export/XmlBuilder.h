@@ -12,8 +12,8 @@ namespace cutroom {
 // stands in the attribute "key". Elements stand in lines of their own, four blanks a level.
 class XmlBuilder {
 public:
-    // Begins with the declaration, in UTF-8. `room`: bytes that the text may come to, so that a
-    // long one is not copied while it grows.
+    // Begins with the declaration, in UTF-8. `room`: the bytes to reserve, so that a long text is
+    // not copied while it grows.
     explicit XmlBuilder(std::size_t room = 0);
 
     // An element with elements in it.
