@@ -10,7 +10,7 @@
 
 namespace {
 
-// The changes after which an edit may be cut from others than before.
+// The changes after which an edit may be cut from other assets than before.
 constexpr std::uint64_t kCutting =
     EditModifications::bit(kModEventsAdded) | EditModifications::bit(kModEventsRemoved) |
     EditModifications::bit(kModChannelsAdded) | EditModifications::bit(kModChannelsRemoved) |

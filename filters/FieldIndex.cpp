@@ -42,7 +42,7 @@ void FieldIndex::prepare() {
     assetsChanged(touched);
 }
 
-// The record is asked for here: of two changes of one asset the first to be looked at settles both.
+// Each record is read only now, so of two changes of one asset the first call settles both.
 FieldIndex::Changes FieldIndex::assetsChanged(const CookieVec& assets) {
     Changes changes;
     if (!state_.follows(assets))
@@ -53,7 +53,8 @@ FieldIndex::Changes FieldIndex::assetsChanged(const CookieVec& assets) {
         const CriticalSection::Lock lock(lock_);
         replace(asset, std::move(values), changes);
     }
-    // What went and came back, or the reverse, within the list is as it was.
+    // A value that went and came back within the list has not changed, nor has one that came and
+    // went.
     const CriticalSection::Lock lock(lock_);
     const auto& all = tables_.byValue;
     const auto isThere = [&all](const std::string& value) { return all.count(value) != 0; };

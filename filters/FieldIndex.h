@@ -29,10 +29,11 @@ public:
     FieldIndex(std::string field, Splitter splitter)
         : field_(std::move(field)), splitter_(splitter) {}
 
-    // Makes the index unless it is there.
+    // Makes the index, unless that was done.
     void prepare();
     bool ready() const noexcept { return state_.ready(); }
-    // Records of these assets have changed; under the change lock. Does nothing unless it is there.
+    // Takes over that records of these assets have changed; under the change lock. Nothing before
+    // the index was made.
     Changes assetsChanged(const CookieVec& assets);
 
     // The assets that have the value, in the order of their cookies; makes the index.

@@ -12,7 +12,8 @@ using cutroom::StatusCode;
 
 namespace {
 
-// Of every bin that a filter presents under a fixed key: tells its cookie from fresh ones.
+// The upper bits of the cookies of bins that a filter presents under a fixed key. They tell such a
+// cookie from fresh ones.
 constexpr std::uint64_t kFixedMark = 0xF117'0000'0000'0000;
 constexpr std::uint64_t kMarkBits = 0xFFFF'0000'0000'0000;
 
@@ -96,8 +97,8 @@ void FilterBinData::assetsChanged(const CookieVec& assets) {
     lookAgainAt(assets);
 }
 
-// What belongs here is asked only now, not when the change was told: of two changes of one asset
-// the first to be looked at settles both.
+// Whether an asset belongs here is worked out only now, not when its change was told, so of two
+// changes of one asset the first look settles both.
 void FilterBinData::lookAgainAt(const CookieVec& assets) {
     Items come;
     CookieVec gone;

@@ -44,8 +44,8 @@ void FilterFollower::noteApplied() {
     anyWaiting_ = !waiting_.empty();
 }
 
-// Whoever is applied to may look at filters and so come here again: what that one took is applied
-// when the outermost call is done.
+// `apply` may look at filters and so come here again. What such an inner call takes is applied by
+// the outermost one.
 void FilterFollower::catchUp() {
     if (!anyWaiting_)
         return;

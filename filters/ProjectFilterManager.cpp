@@ -33,8 +33,9 @@ Kv::Ptr<BinData> resolve(const Cookie& bin) {
     return ProjectFilterManager::instance().getFilterResults(bin);
 }
 
-// A bin that another filter presents belongs there: a user's filter, which presents `present` now,
-// gets a copy, unless it follows the project and can be made again when the file is read.
+// The bin that a user's filter presents for `bin`. One that another filter presents is copied,
+// unless it follows the project and can be made again when the filter's file is read. `present`:
+// the bins of the user's filter so far.
 Kv::Ptr<FilterBinData> own(const Kv::Ptr<FilterBinData>& bin, const FilterBins& present) {
     const bool isOwn = std::find(present.begin(), present.end(), bin) != present.end();
     if (isOwn ||
@@ -69,7 +70,7 @@ ProjectFilterManager& ProjectFilterManager::instance() {
     return manager;
 }
 
-// What it asks comes first, so that it is there before and goes after.
+// The managers that it asks are made first, so that they also outlive it.
 ProjectFilterManager::ProjectFilterManager()
     : files_(std::make_unique<cutroom::UserFilterFiles>()) {
     (void)BinManager::instance();
@@ -150,7 +151,7 @@ ProjectFilterManager::FilterPtr ProjectFilterManager::getFilter(const Cookie& fi
     return found ? found : firstOf(getAllFilters(), isIt);
 }
 
-// Only bins under a fixed cookie can be those of tags, whose filters may have to be made.
+// The filters of tags, which may not have been made yet, present bins under fixed cookies only.
 ProjectFilterManager::FilterPtr
 ProjectFilterManager::findFilterResponsibleFor(const Cookie& bin) const {
     const auto presents = [&](const FilterPtr& one) {

@@ -50,13 +50,13 @@ public:
 
     // --- finding: empty when there is none -----------------------------------------------------
     // System filters first, those of the tags last among them, then the user's in the order in
-    // which they were made or read. What has tags is read once: when the list is asked for first,
-    // or a filter that is not found without.
+    // which they were made or read. Which assets have tags is read once: when the list is first
+    // asked for, or when a filter is asked for that is not among the others.
     Filters getAllFilters() const;
     // The first of that name.
     FilterPtr getFilterByName(const LightweightString<wchar_t>& name) const;
     FilterPtr getFilter(const Cookie& filter) const;
-    // The user's alone, in the order of the list; makes no filters of tags.
+    // The user's filters only, in the order of the list. Does not read which assets have tags.
     std::vector<Kv::Ptr<UserFilter>> getUserFilters() const;
     // The filter that presents the bin.
     FilterPtr findFilterResponsibleFor(const Cookie& bin) const;

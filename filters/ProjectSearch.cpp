@@ -14,7 +14,7 @@ using Criteria = ProjectSearch::Criteria;
 
 namespace {
 
-// So many that match are looked at, at most, before a watcher is told.
+// At most this many matches are looked at before a watcher is told.
 constexpr std::size_t kHitsPerTelling = 256;
 
 bool isShot(unsigned kinds) { return (kinds & projdb::kKindsShot) != 0; }
@@ -24,7 +24,7 @@ bool needsMediaTest(unsigned kinds, const Criteria& criteria) {
            (criteria.clipMedia != cutroom::eItemPresence::any && isShot(kinds));
 }
 
-// What is asked of one that is no shot does not count.
+// Tracks are asked of shots only; anything else meets the condition.
 bool meetsTracks(unsigned kinds, std::uint32_t video, std::uint32_t audio,
                  const Criteria& criteria) {
     return !isShot(kinds) ||
@@ -42,7 +42,7 @@ bool meetsMedia(const projdb::Record& record, unsigned kinds, const Criteria& cr
                                                  : cutroom::eItemPresence::any);
 }
 
-// What is asked beside kinds and texts.
+// Tells whether a match meets the conditions beside kinds and texts.
 bool meetsRest(const projdb::Summary& found, const Criteria& criteria) {
     if (!meetsTracks(found.kinds, found.videoTracks, found.audioTracks, criteria) ||
         !meetsTime(found.start, found.end, criteria))
@@ -85,8 +85,9 @@ bool goesOn(const ProjectSearch::Watcher& watcher, double share,
     return watcher({share, hits.size(), last});
 }
 
-// Takes over what meets the rest too. Media may be slow to ask for: a watcher is told some at a
-// time. The shares are those before and after the step. False when stopped.
+// Takes over the matches that meet the other conditions too. Looking for media may be slow, so the
+// watcher is told after every few. `from` and `to` are the shares done before and after the step.
+// False when the watcher stops the search.
 bool takeStep(const std::vector<projdb::Hit>& step, double from, double to,
               const Criteria& criteria, const ProjectSearch::Watcher& watcher,
               std::vector<projdb::Hit>& hits) {
@@ -106,7 +107,7 @@ bool takeStep(const std::vector<projdb::Hit>& step, double from, double to,
     return true;
 }
 
-// Drops what matches no more, when records have changed while they were looked through.
+// Drops hits that no longer match, because records changed during the search.
 void lookAgain(std::vector<projdb::Hit>& hits, const Criteria& criteria) {
     std::erase_if(hits, [&](const projdb::Hit& hit) {
         const std::optional<projdb::Record> record = projdb::find(hit.summary.cookie);
@@ -114,7 +115,8 @@ void lookAgain(std::vector<projdb::Hit>& hits, const Criteria& criteria) {
     });
 }
 
-// As a record of the edit would have them; whether it is an image its record knows.
+// The kinds that a record of the edit would have; only the record itself tells whether it is an
+// image.
 unsigned kindsOf(const Edit& edit) {
     const std::optional<projdb::Summary> summary = projdb::findSummary(edit.getCookie());
     return projdb::recordKindOf(edit.getLogType()) |

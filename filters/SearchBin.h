@@ -1,8 +1,9 @@
 // `SearchBin`: a bin made from a search.
 //
-// Either the results as they were found, which stay and may be changed like those of any bin, with
-// the criteria kept beside them; or dynamic, with the criteria in a file "<name>.criteria": then it
-// is worked out anew for each look after an opening, and follows the project.
+// It is one of two things. Results as they were found: they stay, may be changed like those of any
+// bin, and have the criteria kept beside them. Or dynamic, with the criteria in a file
+// "<name>.criteria": the search is done when the bin is first looked at after the project was
+// opened, and the bin follows the project from then on.
 #pragma once
 
 #include "filters/FilterBinData.h"

@@ -52,8 +52,8 @@ void setBit(unsigned& bits, unsigned bit, bool on) { bits = on ? bits | bit : bi
 // The greatest single-precision value, as its shortest text reads.
 constexpr double kMostSingle = 3.4028235e38;
 
-// The number that, read back as a double, is written as the single-precision value is. What none
-// can hold becomes the greatest, which no extent holds either.
+// The double that is written with the digits of the nearest single-precision value. A number beyond
+// those becomes the greatest of them: no extent holds either.
 double asSingle(double value) {
     constexpr auto kMost = static_cast<double>(std::numeric_limits<float>::max());
     const double held = value <= kMost ? std::max(value, -kMost) : kMost;

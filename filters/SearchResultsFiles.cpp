@@ -84,12 +84,12 @@ void SearchResultsFilter::loadList() {
         return;
     if (const Status status = load(cutroom::toWide(path)); !status)
         noteDamage(kListFile, status);
-    setName(resourceStrW(cutroom::kResSearchResults)); // in the language of today
+    setName(resourceStrW(cutroom::kResSearchResults)); // the file's may be in another language
     putListRight();
 }
 
-// A list by another hand: plain bins become results, dynamic ones that are not called by their
-// cookie go (they come again by their files).
+// Mends a list that something else has written: plain bins become results; dynamic ones whose
+// cookie does not fit their name are dropped, and made again from their files.
 void SearchResultsFilter::putListRight() {
     FilterBins bins;
     for (const Kv::Ptr<FilterBinData>& bin : peekResults()) {

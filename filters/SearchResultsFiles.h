@@ -12,7 +12,7 @@ namespace cutroom {
 std::string criteriaFile(const LightweightString<wchar_t>& name);
 // Refuses a name that cannot be a file's: `wrongUsage`.
 Status checkCriteriaName(const LightweightString<wchar_t>& name);
-// A name that can, as near to `name` as may be.
+// A name that can be a file's, as close to `name` as possible.
 std::wstring plainCriteriaName(const LightweightString<wchar_t>& name);
 
 } // namespace cutroom

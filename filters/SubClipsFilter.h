@@ -16,7 +16,7 @@ public:
 
     eResultsType getResultsType() const override;
     void assetsChanged(const CookieVec& assets) override;
-    // True when the bins are others than before. User-interface thread.
+    // True when that changed the bins. User-interface thread.
     bool setEdits(const CookieVec& edits);
 
 private:

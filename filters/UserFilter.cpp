@@ -8,7 +8,7 @@
 
 const char* UserFilter::getFileExtension() noexcept { return "filter"; }
 
-// To be read: as long as nothing changes it, its file is not to be written.
+// For `take`, which reads it: it counts as saved until something changes.
 UserFilter::UserFilter(const Cookie& id) : ProjectFilterBase(id) { saved_ = changes_.load(); }
 
 UserFilter::UserFilter(const Cookie& id, LightweightString<wchar_t> name, eVisibility visibility,
