@@ -28,14 +28,17 @@ std::uint64_t maskOf(const char* record, std::size_t bytes) {
     return mask;
 }
 
-// One line of the head: words and texts never hold a line feed, names no blank.
-void appendHeadText(std::string& out, std::string_view text, bool isName) {
+enum class Blanks { plain, escaped };
+
+// Appends a name or text to a line of the head, without line feeds. Blanks are escaped where
+// something follows on the line.
+void appendHeadText(std::string& out, std::string_view text, Blanks blanks) {
     for (const char c : text) {
         if (c == '\\')
             out += "\\\\";
         else if (c == '\n')
             out += "\\n";
-        else if (c == ' ' && isName)
+        else if (c == ' ' && blanks == Blanks::escaped)
             out += "\\s";
         else
             out += c;
@@ -229,19 +232,19 @@ std::string RecordFile::bytes(std::string_view kind) const {
     payload.reserve(body_.size() - bodyStart_ + 1024);
     for (const Attribute& one : properties_) {
         payload.append(one.name).push_back(' ');
-        appendHeadText(payload, one.text, false);
+        appendHeadText(payload, one.text, Blanks::plain);
         payload += '\n';
     }
     for (const Attribute& one : attributes_) {
         payload += "attribute ";
-        appendHeadText(payload, one.name, true);
+        appendHeadText(payload, one.name, Blanks::escaped);
         payload += ' ';
-        appendHeadText(payload, one.text, false);
+        appendHeadText(payload, one.text, Blanks::plain);
         payload += '\n';
     }
     for (const Field& field : fields_) {
         payload.append("field ").append(1, field.type).append(" ");
-        appendHeadText(payload, field.name, false);
+        appendHeadText(payload, field.name, Blanks::plain);
         payload += '\n';
     }
     payload += "records " + toText(static_cast<unsigned long long>(starts_.size())) + "\n\n";

@@ -9,8 +9,9 @@ namespace cutroom {
 
 namespace {
 
-// Index of the first start later than `time`; the number of starts when there is none. Who steps
-// finds it at the hint, or beside it.
+// Index of the first start later than `time`; the number of starts when there is none. A caller
+// that steps from cut to cut finds it at the hint or beside it. At 0, `hint - 1` wraps round and is
+// out of range.
 std::size_t firstAfter(const std::vector<Flicks>& starts, Flicks time, std::size_t& hint) noexcept {
     for (const std::size_t at : {hint, hint + 1, hint - 1})
         if (at <= starts.size() && (at == 0 || starts[at - 1] <= time) &&

@@ -17,10 +17,13 @@ IdStamp clipEffect(const ChannelEvent& point, const GraphTable& graphs) {
     return graph && !graph->isTransition() ? graph->id : IdStamp();
 }
 
-ChannelEvent pointOf(const Cel& list, std::int64_t segment, bool out) {
-    if (segment < 0)
-        return {};
-    return list.get_event(2 * static_cast<std::uint32_t>(segment) + (out ? 1u : 0u));
+// The points of a segment; a default event when `segment` is negative.
+ChannelEvent inPointOf(const Cel& list, std::int64_t segment) {
+    return segment < 0 ? ChannelEvent() : list.get_event(2 * static_cast<std::uint32_t>(segment));
+}
+ChannelEvent outPointOf(const Cel& list, std::int64_t segment) {
+    return segment < 0 ? ChannelEvent()
+                       : list.get_event(2 * static_cast<std::uint32_t>(segment) + 1);
 }
 
 // How far the transitions of a table reach at most.
@@ -68,7 +71,8 @@ private:
     Shared<GraphTable>& graphs_;
 };
 
-// One end of a piece: its event `at`, and the point of the clip to which it belonged in the source.
+// Gives one end of a piece, its event `at`, the effect that belongs there. `uncut` is the end that
+// its clip has in the source.
 void mendEnd(PointEffects& effects, std::uint32_t at, const ChannelEvent& uncut, Flicks cut,
              const GraphTable& graphs) {
     if (uncut.time != cut)
@@ -89,11 +93,10 @@ void mend(Cel& list, const Piece& piece, Shared<GraphTable>& graphs) {
     const bool cutHead = start < piece.from && piece.from < end;
     const bool cutTail = start < piece.to && piece.to < end;
     if (cutHead)
-        mendEnd(effects, 0, pointOf(source, source.findSegment(piece.from), false), piece.from,
-                *graphs);
+        mendEnd(effects, 0, inPointOf(source, source.findSegment(piece.from)), piece.from, *graphs);
     if (cutTail)
-        mendEnd(effects, events - 1, pointOf(source, source.findSegment(piece.to - 1), true),
-                piece.to, *graphs);
+        mendEnd(effects, events - 1, outPointOf(source, source.findSegment(piece.to - 1)), piece.to,
+                *graphs);
     const Flicks reach = longestReach(*graphs);
     const Flicks first = cutHead ? piece.from + piece.by : -kMaxFlicks;
     const Flicks last = cutTail ? piece.to + piece.by : kMaxFlicks;
@@ -104,8 +107,8 @@ void mend(Cel& list, const Piece& piece, Shared<GraphTable>& graphs) {
         effects.shorten(i - 1, first, last);
 }
 
-// Holds the transitions of a list out of [from, to), where something else is about to be laid, and
-// takes off the one that would lead out of that.
+// Keeps the transitions of a list out of [from, to), where something else is about to be laid, and
+// removes the one that would lead out of that.
 void clearAround(Cel& list, Flicks from, Flicks to, Shared<GraphTable>& graphs) {
     PointEffects effects(list, graphs);
     const Flicks reach = longestReach(*graphs);
@@ -159,14 +162,14 @@ Kv::Ptr<Cel> laidOver(const Cel& list, const Cel& piece, Flicks from, Flicks to,
     if (!result->overwriteFrom(piece, from, to, from).ok())
         return {};
     PointEffects effects(*result, graphs);
-    const ChannelEvent before = pointOf(list, list.findSegment(from - 1), true);
+    const ChannelEvent before = outPointOf(list, list.findSegment(from - 1));
     if (before.time > from)
         effects.set(2 * static_cast<std::uint32_t>(result->findSegment(from - 1)) + 1,
                     clipEffect(before, *graphs));
     const std::int64_t later = list.findSegment(to);
-    if (later >= 0 && pointOf(list, later, false).time < to)
+    if (later >= 0 && inPointOf(list, later).time < to)
         effects.set(2 * static_cast<std::uint32_t>(result->findSegment(to)),
-                    clipEffect(pointOf(list, later, false), *graphs));
+                    clipEffect(inPointOf(list, later), *graphs));
     return result;
 }
 
