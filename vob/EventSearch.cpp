@@ -10,11 +10,16 @@ namespace {
 // No event lies here or further away.
 constexpr double kSentinel = 1e12;
 
-// The last flick not after, or the first not before, a time that may lie far outside.
-Flicks flicksWithin(double seconds, bool down) noexcept {
+// A time in flicks, not yet whole; one far outside the store's range is held beside it.
+double heldFlicks(double seconds) noexcept {
     constexpr double kFar = 2.0 * static_cast<double>(kMaxSeconds);
-    const double flicks = std::clamp(seconds, -kFar, kFar) * static_cast<double>(kFlicksPerSecond);
-    return static_cast<Flicks>(down ? std::floor(flicks) : std::ceil(flicks));
+    return std::clamp(seconds, -kFar, kFar) * static_cast<double>(kFlicksPerSecond);
+}
+Flicks lastFlickUpTo(double seconds) noexcept {
+    return static_cast<Flicks>(std::floor(heldFlicks(seconds)));
+}
+Flicks firstFlickFrom(double seconds) noexcept {
+    return static_cast<Flicks>(std::ceil(heldFlicks(seconds)));
 }
 
 } // namespace
@@ -22,9 +27,8 @@ Flicks flicksWithin(double seconds, bool down) noexcept {
 EventSearch::EventSearch(Direction direction, double from, double cutsFrom) noexcept
     : direction_(direction),
       limit_(direction == kForward ? from + kTimeTolerance : from - kTimeTolerance),
-      cutLimit_(direction == kForward
-                    ? flicksWithin(std::max(from, cutsFrom) + kTimeTolerance, true)
-                    : flicksWithin(std::min(from, cutsFrom) - kTimeTolerance, false)),
+      cutLimit_(direction == kForward ? lastFlickUpTo(std::max(from, cutsFrom) + kTimeTolerance)
+                                      : firstFlickFrom(std::min(from, cutsFrom) - kTimeTolerance)),
       nearest_(direction == kForward ? kSentinel : -kSentinel) {}
 
 double EventSearch::nearest(double otherwise) noexcept {

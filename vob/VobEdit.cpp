@@ -29,14 +29,13 @@ void Vob::setEdit(const EditPtr& edit, bool keepModule) {
             setupFromEdit();
     }
     beginModifications();
-    VobManager* const manager = status_ == 0 ? nullptr : &VobManager::instance();
     constexpr unsigned kTellBoth = VobManager::kTellOld | VobManager::kTellNew;
     if (hasStatus(kStatusRecord))
-        manager->setRecordMachine(this, kTellBoth);
+        VobManager::instance().setRecordMachine(this, kTellBoth);
     else if (hasStatus(kStatusSource))
-        manager->setSourceMachine(this, kTellBoth);
+        VobManager::instance().setSourceMachine(this, kTellBoth);
     if (hasStatus(kStatusPlay))
-        manager->setPlayMachine(this, true);
+        VobManager::instance().setPlayMachine(this, true);
     addModification(kVobEditReplaced);
     endModifications();
 }
@@ -71,8 +70,8 @@ void Vob::takeEdit(const EditPtr& edit) {
     resynchroniseWithEdit();
 }
 
-// The manager hands on what clients are to hear; this keeps the Vob's own state in line with any
-// change, also one that the manager does not hand on.
+// Clients hear of changes through the manager. This registration keeps the Vob's own state in line
+// with every change, even one that the manager does not pass on.
 void Vob::registerWithEdit() {
     if (edit_)
         editRegistration_ = edit_->registerNotification(
@@ -189,7 +188,7 @@ void Vob::preNotifyClients(const EditModifications& editChanges, const VobModifi
         EditModifications::bit(kModFlattened);
     if (editChanges.includesAnyOf(kPointsMoved))
         followPoints();
-    // Who was told of the region on the way may have closed the project.
+    // A client that was told of the region above may have closed the project.
     if (edit_ && editChanges.contentReplaced() && edit_->isClipboard())
         followClipboard();
 }
