@@ -15,12 +15,12 @@
 
 namespace {
 
-// From this speed on playing moves too fast for others to be moved along.
+// At this speed and above, what plays moves too fast for others to be moved along.
 constexpr double kFastSpeed = 5.0;
 
-bool handingOn = false; // a move is; user-interface thread
+bool handingOn = false; // a move is being handed on; user-interface thread
 
-// Says so for its own lifetime.
+// Sets the flag for its own lifetime.
 class HandingOn {
 public:
     HandingOn() : before_(std::exchange(handingOn, true)) {}
@@ -36,7 +36,8 @@ double exactTimeOf(const Vob& vob) { return vob.getCurrentTime(EditModule::kAccu
 
 } // namespace
 
-// A walk over the clients that outlives whatever happens to them.
+// A walk over the clients that stays safe whatever is done to them, or to the synchroniser,
+// meanwhile.
 class VobSynchroniserBase::Walk {
 public:
     explicit Walk(VobSynchroniserBase& whole)
@@ -128,7 +129,7 @@ void VobSynchroniserBase::createClient(const Kv::Ptr<Vob>& vob) {
         VobManager::instance().open(listener, linked);
 }
 
-// Each is looked for anew: whoever hears of one going may unlink others.
+// Each client is looked up anew: one that is told of another's going may unlink more of them.
 template <class Goes> bool VobSynchroniserBase::unlink(const Goes& goes) {
     assert(cutroom::isUiThread());
     std::vector<std::uint64_t> going;
@@ -186,12 +187,16 @@ unsigned VobSynchroniserBase::takeOffsetsFromMarks() {
         return vob ? vob->getEditModule().getMark(Kv::MarkTypes::In) : kNoTime;
     };
     const double reference = clients_.empty() ? kNoTime : markOf(clients_.front());
+    if (reference == kNoTime)
+        return 0;
     unsigned taken = 0;
-    for (auto client = clients_.begin(); reference != kNoTime && client != clients_.end(); ++client)
-        if (const double mark = markOf(*client); client != clients_.begin() && mark != kNoTime) {
-            client->offset = clients_.front().offset + mark - reference;
-            ++taken;
-        }
+    for (auto client = std::next(clients_.begin()); client != clients_.end(); ++client) {
+        const double mark = markOf(*client);
+        if (mark == kNoTime)
+            continue;
+        client->offset = clients_.front().offset + mark - reference;
+        ++taken;
+    }
     return taken;
 }
 
