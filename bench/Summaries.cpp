@@ -21,7 +21,7 @@ namespace cutroom::bench {
 
 namespace {
 
-void need(bool done) {
+void require(bool done) {
     if (!done)
         std::abort();
 }
@@ -30,10 +30,10 @@ void need(bool done) {
 class ManyBins {
 public:
     ManyBins(std::size_t bins, std::size_t itemsEach) {
-        need(project_
-                 .open(folder_ / "film", CurrentProject::Access::readWrite,
-                       CurrentProject::IfMissing::create)
-                 .ok());
+        require(project_
+                    .open(folder_ / "film", CurrentProject::Access::readWrite,
+                          CurrentProject::IfMissing::create)
+                    .ok());
         for (std::size_t i = 0; i < bins; ++i)
             write(Cookie('G', i * 7919 + 1), L"Bin number " + std::to_wstring(i), itemsEach);
         summaries_ = findBins().summaries;
@@ -43,7 +43,7 @@ public:
         for (const std::string& path : files_) // the cache is newer
             fs::last_write_time(path, fs::last_write_time(path) - std::chrono::hours(1));
         plainWrite(flatFile(), summaries_);
-        need(writeFile(binsCachePath(), binsCacheBytes(summaries_), Backup::none).ok());
+        require(writeFile(binsCachePath(), binsCacheBytes(summaries_), Backup::none).ok());
         fillDatabase();
     }
 
@@ -67,21 +67,21 @@ private:
             writer.setField(2, 0.0);
         }
         files_.push_back(toUtf8(getFileNameForLogGroup(bin, nullptr, Cookie())));
-        need(systemWrite(files_.back(), writer.bytes()));
+        require(systemWrite(files_.back(), writer.bytes()));
     }
     static bool systemWrite(const std::string& path, const std::string& bytes) {
         return static_cast<bool>(std::ofstream(path, std::ios::binary) << bytes);
     }
     void fillDatabase() {
         sqlite3* db = nullptr;
-        need(sqlite3_open(database().c_str(), &db) == SQLITE_OK);
-        need(sqlite3_exec(db,
-                          "CREATE TABLE bins (id INTEGER PRIMARY KEY, name TEXT, logs INTEGER, "
-                          "modified INTEGER, created INTEGER, children TEXT); BEGIN",
-                          nullptr, nullptr, nullptr) == SQLITE_OK);
+        require(sqlite3_open(database().c_str(), &db) == SQLITE_OK);
+        require(sqlite3_exec(db,
+                             "CREATE TABLE bins (id INTEGER PRIMARY KEY, name TEXT, logs INTEGER, "
+                             "modified INTEGER, created INTEGER, children TEXT); BEGIN",
+                             nullptr, nullptr, nullptr) == SQLITE_OK);
         sqlite3_stmt* insert = nullptr;
-        need(sqlite3_prepare_v2(db, "INSERT INTO bins VALUES (?,?,?,?,?,?)", -1, &insert,
-                                nullptr) == SQLITE_OK);
+        require(sqlite3_prepare_v2(db, "INSERT INTO bins VALUES (?,?,?,?,?,?)", -1, &insert,
+                                   nullptr) == SQLITE_OK);
         for (const auto& [id, summary] : summaries_) {
             const std::string name = toUtf8(summary.name);
             const std::string child = id.asString();
@@ -91,11 +91,11 @@ private:
             sqlite3_bind_int64(insert, 4, summary.modTime);
             sqlite3_bind_int64(insert, 5, summary.created);
             sqlite3_bind_text(insert, 6, child.c_str(), -1, nullptr);
-            need(sqlite3_step(insert) == SQLITE_DONE);
+            require(sqlite3_step(insert) == SQLITE_DONE);
             sqlite3_reset(insert);
         }
         sqlite3_finalize(insert);
-        need(sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK);
+        require(sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK);
         sqlite3_close(db);
     }
 
@@ -110,10 +110,10 @@ private:
 // Every record of the rival's table becomes an entry of the same map.
 BinSummaries fromDatabase(const std::string& path) {
     sqlite3* db = nullptr;
-    need(sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK);
+    require(sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK);
     sqlite3_stmt* select = nullptr;
-    need(sqlite3_prepare_v2(db, "SELECT * FROM bins ORDER BY id", -1, &select, nullptr) ==
-         SQLITE_OK);
+    require(sqlite3_prepare_v2(db, "SELECT * FROM bins ORDER BY id", -1, &select, nullptr) ==
+            SQLITE_OK);
     const auto text = [&](int column) {
         return std::string_view(reinterpret_cast<const char*>(sqlite3_column_text(select, column)),
                                 static_cast<std::size_t>(sqlite3_column_bytes(select, column)));
@@ -141,9 +141,9 @@ void summariesFromTheCache(benchmark::State& state) {
     const ManyBins bins(count, kItemsEach);
     const std::string cache = binsCachePath();
     Paired paired(static_cast<double>(count));
-    paired.add("limit", [&] { need(plainSummaries(bins.flatFile()).size() == count); });
-    paired.add("cache", [&] { need(readBinsCache(cache)->size() == count); });
-    paired.add("SQLite", [&] { need(fromDatabase(bins.database()).size() == count); });
+    paired.add("limit", [&] { require(plainSummaries(bins.flatFile()).size() == count); });
+    paired.add("cache", [&] { require(readBinsCache(cache)->size() == count); });
+    paired.add("SQLite", [&] { require(fromDatabase(bins.database()).size() == count); });
     paired.run(state);
 }
 BENCHMARK(summariesFromTheCache)->Arg(10'000)->UseManualTime()->MinTime(1);
@@ -153,9 +153,9 @@ void summariesAndALookAtTheFiles(benchmark::State& state) {
     const ManyBins bins(count, kItemsEach);
     Paired paired(static_cast<double>(count));
     paired.add("limit", [&] {
-        need(plainSummaries(bins.flatFile()).size() == plainLook(bins.folder()).size());
+        require(plainSummaries(bins.flatFile()).size() == plainLook(bins.folder()).size());
     });
-    paired.add("start", [&] { need(findBins().cacheIsCurrent); });
+    paired.add("start", [&] { require(findBins().cacheIsCurrent); });
     paired.run(state);
 }
 BENCHMARK(summariesAndALookAtTheFiles)->Arg(10'000)->UseManualTime()->MinTime(2);
@@ -165,8 +165,8 @@ void summariesFromTheFiles(benchmark::State& state) {
     const ManyBins bins(count, kItemsEach);
     std::filesystem::remove(binsCachePath());
     Paired paired(static_cast<double>(count));
-    paired.add("limit", [&] { need(plainReadAll(bins.files()) > count); });
-    paired.add("files", [&] { need(findBins().summaries.size() == count); });
+    paired.add("limit", [&] { require(plainReadAll(bins.files()) > count); });
+    paired.add("files", [&] { require(findBins().summaries.size() == count); });
     paired.run(state);
 }
 BENCHMARK(summariesFromTheFiles)->Arg(10'000)->UseManualTime()->MinTime(4);
