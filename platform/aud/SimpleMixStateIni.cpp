@@ -39,7 +39,7 @@ std::optional<int> mixOf(const std::string& section) {
     return numberOf(section, kMixPrefix, kMainMix, kLastMix);
 }
 
-// What `read` makes of the value under `key`, if it is there and in range, becomes `target`.
+// Sets `target` to what `read` makes of the value under `key`, if it is there and in range.
 template <class T, class Read>
 void take(const KvIniFile& file, const std::string& section, const char* key, T& target,
           const Read& read) {

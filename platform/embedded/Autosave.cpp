@@ -6,7 +6,7 @@
 
 namespace cutroom {
 
-// Changes of edits are counted with all others.
+// Counts changes of edits as changes of anything else.
 Autosave::Autosave(iEventLoop& loop)
     : loop_(loop), edits_(EditManager::instance().registerNotification(
                        makeCallback<NotifyMsg>([](const NotifyMsg&) { Savers::noteChange(); }),
@@ -19,7 +19,7 @@ Autosave::Autosave(iEventLoop& loop)
 
 Autosave::~Autosave() = default;
 
-// Saving waits for the loop: a change is told in the middle of what somebody is doing.
+// Saving is left to the loop, because a change is told in the middle of an operation.
 void Autosave::noteChange() {
     if (Savers::changes() >= kChanges)
         timer_ = loop_.addTimer(0, 0, [this] { save(); });

@@ -4,8 +4,8 @@
 
 namespace cutroom {
 
-// The one that loses the focus may move it on, or destroy the new holder: then the new holder is
-// no longer the one to tell.
+// The handler that loses the focus may move it again or destroy the new holder. Then the new holder
+// must not be told.
 void EmbeddedFocus::set(ConsoleEventHandler* handler) {
     ConsoleEventHandler* const before = std::exchange(holder_, handler);
     if (before == handler)

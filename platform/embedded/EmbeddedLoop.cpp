@@ -72,7 +72,8 @@ bool EmbeddedLoop::postUnlessWaiting(const Event& event) {
     return posted;
 }
 
-// The events go after the lock: the last share of what they carry may go with them.
+// The events are destroyed after the lock is left, since they may hold the last share of what they
+// carry.
 void EmbeddedLoop::removeEventsFor(const EventHandler* handler) noexcept {
     LoopQueue::Items removed;
     CriticalSection::Lock lock(state_->lock);
@@ -117,7 +118,7 @@ std::size_t EmbeddedLoop::fireTimers() noexcept {
     }
 }
 
-// Hands over what waits now; what is posted meanwhile waits for the next turn.
+// Hands over what is waiting now. What is posted meanwhile waits for the next turn.
 std::size_t EmbeddedLoop::handOver() noexcept {
     const std::size_t most = waiting();
     for (std::size_t count = 0; count < most; ++count) {

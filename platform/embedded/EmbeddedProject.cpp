@@ -15,8 +15,8 @@ namespace {
 
 Status firstFailure(Status first, Status second) { return first.ok() ? second : first; }
 
-// Damaged preferences cost nobody the project: they are moved aside, as far as it may be written,
-// and those that hold without a file hold.
+// Damaged preferences do not keep the project from being opened: the file is moved aside (if the
+// project may be written), and the defaults are used.
 Status readPreferences(const std::string& path) {
     const Status read = EditorPreferences::open(path);
     if (read.code() != StatusCode::damaged)
@@ -44,9 +44,9 @@ Status EmbeddedProject::open(const std::string& folder, CurrentProject::Access a
                              CurrentProject::IfMissing ifMissing) {
     if (CurrentProject::isOpen())
         return CurrentProject::open(folder, access, ifMissing); // refuses
-    EditManager::instance(); // it rebuilds the database that is found missing
+    EditManager::instance(); // rebuilds the database if it is missing
     if (access == CurrentProject::Access::readWrite)
-        autosave_.emplace(host_.loop()); // here memory may run out: nothing is open yet
+        autosave_.emplace(host_.loop()); // while nothing is open yet, since memory may run out
     Status opened;
     try {
         opened = CurrentProject::open(folder, access, ifMissing);

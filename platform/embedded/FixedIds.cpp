@@ -2,7 +2,7 @@
 
 namespace cutroom {
 
-// An odd factor maps different counts to different ids.
+// Since the factor is odd, different counts give different ids.
 std::uint64_t FixedIds::nextId() {
     return (last_.fetch_add(1, std::memory_order_relaxed) + 1) * 0x9E3779B97F4A7C15ull;
 }

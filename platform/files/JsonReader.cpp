@@ -110,7 +110,7 @@ public:
 
     bool null() { return leaf(Kind::null, 0); }
     bool boolean(bool value) { return leaf(Kind::boolean, value ? 1 : 0); }
-    // Of the negative integers only "-0" is told as a 0.
+    // The only negative integer that is given as 0 is "-0".
     bool number_integer(std::int64_t value) {
         return number(value ? cutroom::toText(static_cast<long long>(value)) : "-0");
     }
@@ -126,7 +126,7 @@ public:
         return number(text);
     }
     bool string(const std::string& value) { return withText(Kind::string, value); }
-    bool binary(std::vector<std::uint8_t>&) { return false; } // never told for a text
+    bool binary(std::vector<std::uint8_t>&) { return false; } // never called for a text
     bool start_object(std::size_t) { return open(Kind::object); }
     bool end_object() { return close(); }
     bool start_array(std::size_t) { return open(Kind::array); }

@@ -23,7 +23,7 @@ Cookie KVContainerFile::getCookieFromFilename(const LightweightString<wchar_t>& 
     if (!path)
         return {};
     const std::string name = cutroom::nameOf(*path);
-    // A strip's cookie has a point in it, so the whole name may be one.
+    // The cookie of a strip has a point in it, so the whole name may be a cookie.
     if (const std::optional<Cookie> whole = Cookie::fromString(name))
         return *whole;
     return Cookie(std::string_view(name).substr(0, name.rfind('.')));
@@ -131,7 +131,8 @@ void KVContainerFile::Writer::addItem(std::string_view text) {
     table_.setText(0, text);
 }
 
-// The kept fields come after all described ones, so they are set when an item is complete.
+// Adds the kept fields of the older file when an item is complete, since they come after all
+// described ones.
 void KVContainerFile::Writer::finishItem() {
     if (keptFields_.empty() || table_.size() == 0)
         return;

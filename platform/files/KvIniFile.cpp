@@ -96,7 +96,7 @@ std::string_view trimBlanks(std::string_view text) {
     return text;
 }
 
-// The first `wanted` that no backslash stands before.
+// The position of the first `wanted` that is not escaped by a backslash.
 std::size_t findPlain(std::string_view text, char wanted) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\\')

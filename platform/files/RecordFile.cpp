@@ -425,7 +425,7 @@ const RecordFile::Value* RecordFile::Walk::next() noexcept {
     return damaged_ ? nullptr : values_.data();
 }
 
-// These two give null where the value is not there whole.
+// The next two give null when the value is incomplete.
 const char* RecordFile::Walk::afterNumber(const char* at, Value& value) const noexcept {
     if (end_ - at < 8)
         return nullptr;

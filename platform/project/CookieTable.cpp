@@ -10,10 +10,10 @@ namespace cutroom {
 namespace {
 
 constexpr std::size_t kLeastCells = 16;
-// How many looks ahead memory is asked for: as many as it does at a time.
+// How many lookups ahead cells are prefetched: about as many as memory loads at a time.
 constexpr std::size_t kLookAhead = 24;
 
-// A bit for each cell, where the cookies asked for are many; else a set of those met.
+// The cells that were met: a bit for each cell when many cookies are looked up, else a set.
 class CellsMet {
 public:
     CellsMet(std::size_t cells, std::size_t cookies)
@@ -51,7 +51,7 @@ std::vector<bool> CookieTable::firstOfEach(const CookieVec& cookies) const {
     return answers;
 }
 
-// Into the first free cell; the caller knows that the cookie is not there.
+// Puts a cookie that is not there into the first free cell.
 void CookieTable::put(std::uint64_t id, const Rest& rest) noexcept {
     std::size_t at = homeOf(id);
     while (!isFree(at))

@@ -10,9 +10,9 @@
 
 namespace cutroom {
 
-// An open-addressed table; about 32 bytes a cookie. Identities lie apart from all else, so that the
-// question whether a cookie is there walks through 8 bytes a cell as long as all are of one kind.
-// One thread at a time.
+// An open-addressed table; about 32 bytes a cookie. Identities are kept apart from the rest, so
+// that a lookup reads only 8 bytes a cell as long as all cookies are of one kind. One thread at a
+// time.
 class CookieTable {
 public:
     using Slot = std::uint32_t; // all but the highest
@@ -23,9 +23,9 @@ public:
         return at == kNone ? std::nullopt : std::optional<Slot>(rest_[at].next - 1);
     }
     bool contains(const Cookie& cookie) const noexcept { return placeOf(cookie) != kNone; }
-    // Tells of each cookie whether it is there and stands in the list for the first time.
+    // For each cookie: whether it is in the table and did not come earlier in `cookies`.
     std::vector<bool> firstOfEach(const CookieVec& cookies) const;
-    // Brings the place of a cookie near, for a look soon to come.
+    // Asks the processor to load the place of a cookie that will be looked up soon.
     void prefetch(const Cookie& cookie) const noexcept {
         if (size_ != 0)
             __builtin_prefetch(&ids_[homeOf(cookie.id())]);
@@ -40,15 +40,16 @@ public:
 private:
     static constexpr std::size_t kNone = ~std::size_t{0};
 
-    // What a cell holds beside the identity.
+    // What belongs to a cell beside the identity.
     struct Rest {
-        Slot next = 0; // the slot and 1; 0: free
+        Slot next = 0; // the slot plus 1; 0: the cell is free
         CookieType type = Cookie::kInvalidType;
         std::uint8_t index = 0;
     };
 
     std::size_t mask() const noexcept { return ids_.size() - 1; }
-    // The upper bits of a product, where every bit of the identity counts.
+    // The cell at which the search for an identity begins: the upper bits of a product, on which
+    // all bits of the identity have an effect.
     std::size_t homeOf(std::uint64_t id) const noexcept {
         return static_cast<std::size_t>((id ^ (id >> 32)) * 0x9E3779B97F4A7C15ull >> shift_);
     }
@@ -56,7 +57,7 @@ private:
     bool isOfKind(std::size_t at, const Cookie& cookie) const noexcept {
         return rest_[at].type == cookie.type() && rest_[at].index == cookie.index();
     }
-    // Where the cookie is; kNone without it.
+    // The cell of the cookie; kNone when it is not there.
     std::size_t placeOf(const Cookie& cookie) const noexcept {
         if (size_ == 0 ||
             (oneKind_ && (cookie.type() != kind_.type() || cookie.index() != kind_.index())))
@@ -75,8 +76,8 @@ private:
     std::vector<Rest> rest_;         // of each cell
     unsigned shift_ = 64;            // leaves as many bits of a product as number the cells
     std::size_t size_ = 0;
-    Cookie kind_;         // the first cookie; all that came since are of its kind and index
-    bool oneKind_ = true; // while this holds
+    Cookie kind_;         // the first cookie that was put in
+    bool oneKind_ = true; // all cookies have the type and index of that one
 };
 
 } // namespace cutroom

@@ -71,7 +71,7 @@ const std::vector<Entry>& table() {
     return entries;
 }
 
-// The row of a built-in attribute; the first row, which is nobody's, for all others.
+// The row of a built-in attribute; for all others the first row, which belongs to none.
 const Entry& entryOf(unsigned type) noexcept {
     const std::vector<Entry>& all = table();
     const auto at =

@@ -22,7 +22,7 @@ bool isStillImage(std::string_view location) {
     const std::size_t point = name.find_last_of('.');
     if (point == std::string_view::npos || point == 0)
         return false;
-    // In URLs an escaped character looks like the place of a number: "%20" is none, "%04d" is one.
+    // An escaped character of a URL ("%20") must not be taken for the place of a number ("%04d").
     const std::string_view stem = name.substr(0, point);
     if (stem.find('#') != std::string_view::npos)
         return false;

@@ -7,8 +7,8 @@
 
 namespace cutroom {
 
-// A path or URL of one still picture, by its extension (in any case). A pattern that stands for a
-// numbered sequence ("shot.%04d.exr", "shot.####.exr") is none.
+// Tells whether a path or URL is that of one still picture, by its extension (in any case). The
+// pattern of a numbered sequence ("shot.%04d.exr", "shot.####.exr") is not.
 CUTROOM_API bool isStillImage(std::string_view location);
 
 } // namespace cutroom

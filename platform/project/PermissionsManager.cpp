@@ -110,7 +110,7 @@ Status PermissionsManager::forget(const Cookie& cookie) {
     return marks_.count(cookie) ? change(cookie, Mark()) : Status();
 }
 
-// Writes first; what could not be written does not count.
+// The marks in memory change only after the file was written.
 Status PermissionsManager::change(const Cookie& cookie, const Mark& mark) {
     if (folder_.empty() || readOnly_)
         return Status(StatusCode::failed, cookie.asString(),

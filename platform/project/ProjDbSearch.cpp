@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kMostTextMegabytes = 1024;
 
-// The attributes that records hold as text of their own, field by field.
+// Tells whether records hold the attribute as a text field of its own.
 bool isPlainText(LogAttribute::eType type) {
     switch (type) {
     case LogAttribute::invalid:
@@ -44,7 +44,7 @@ bool needsOccurrence(eMatchMethod match) {
     }
 }
 
-// The text without which the patterns match nothing; empty when there is no such one.
+// A text that every match of the patterns holds; empty when there is none.
 std::string neededText(const PatternList& list) {
     const bool joined = list.operators.size() + 1 == list.patterns.size();
     if (list.empty() || !needsOccurrence(list.patterns.front().match) ||
@@ -54,7 +54,8 @@ std::string neededText(const PatternList& list) {
     return cutroom::toLowerUtf8(list.patterns.front().text);
 }
 
-// The longest text that some attribute of every match holds: of the long ones there are few.
+// The longest text that some attribute of every match holds. The longer a text is, the fewer
+// records have it.
 std::string neededText(const SearchCriteria& criteria) {
     std::string longest;
     if (criteria.has(SearchCriteria::kAllowEmpty))

@@ -253,7 +253,8 @@ void ProjectDatabase::forEach(const std::function<bool(const projdb::Record&)>& 
     }
 }
 
-// Nothing where it pays to read all.
+// The numbers of the records that have a text in the field; nothing when reading all records is as
+// good.
 std::optional<std::vector<ProjectDatabase::Number>>
 ProjectDatabase::numbersHaving(std::string_view field) const {
     const auto known = std::find(std::begin(kMarkedFields), std::end(kMarkedFields), field);

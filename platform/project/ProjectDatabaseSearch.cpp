@@ -10,7 +10,7 @@ namespace cutroom {
 
 namespace {
 
-// What one step does: rows looked at, bytes of text looked through. A few milliseconds.
+// The work of one step, which takes a few milliseconds: rows looked at, bytes of text searched.
 constexpr std::size_t kRowsPerStep = 1024;
 constexpr std::size_t kBytesPerStep = std::size_t{4} << 20;
 constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
@@ -40,8 +40,8 @@ void ProjectDatabase::searchOn(projdb::Search::State& search, std::vector<projdb
     }
 }
 
-// Slots stay in the order of their numbers, also when gaps are closed or records read anew: then
-// the place is found again behind the number that was last.
+// When gaps were closed or records read anew since the last step, `place` is no longer right. Slots
+// stay in the order of their numbers, so the search goes on behind the last number it saw.
 void ProjectDatabase::searchKinds(projdb::Search::State& search, std::vector<projdb::Hit>& found) {
     std::size_t at = search.place;
     if (at > entries_.size() || (at > 0 && entries_[at - 1].number != search.after))
@@ -123,7 +123,7 @@ Status ProjectDatabase::takeHit(Slot slot, const projdb::Search::State& search,
     return {};
 }
 
-// Takes the texts of some records more into memory.
+// Reads the texts of the next records into memory.
 Status ProjectDatabase::loadTexts() {
     std::size_t rows = 0;
     Number last = textsUpTo_;

@@ -106,7 +106,7 @@ std::uint32_t recordChecksum(const projdb::Record& record, std::string_view byte
           std::size_t{record.audioTracks}, std::size_t{record.created},
           std::size_t{record.modified}, std::size_t{record.markerTypes}})
         putNumber(head, number);
-    // SQLite knows no negative zero.
+    // Adding 0 turns -0 into 0, since SQLite does not keep a negative zero.
     putText(head, toText(record.start + 0.0));
     putText(head, toText(record.end + 0.0));
     return checksum(bytes, checksum(head));

@@ -18,7 +18,7 @@ constexpr std::string_view kUnsealed = "00000000";
 constexpr std::string_view kSealIntro = "\"checksum\": \"";
 constexpr std::uint64_t kMaxBytes = std::uint64_t{64} << 20;
 
-// Where the digits stand; npos in a text without them.
+// The position of the checksum's digits; npos in a text without them.
 std::size_t sealPosition(std::string_view text) {
     const std::size_t intro = text.substr(0, 64).find(kSealIntro);
     if (intro == std::string_view::npos)

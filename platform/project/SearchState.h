@@ -9,20 +9,20 @@
 #include <string>
 
 struct projdb::Search::State {
-    // What is looked through.
+    // How the records are searched.
     enum class Way {
-        kinds, // what is in memory of each record decides
-        texts, // the texts in memory
-        rows,  // every record of the file
+        kinds, // by the summaries in memory
+        texts, // by the texts in memory
+        rows,  // by reading every record from the file
     };
 
     explicit State(const SearchCriteria& wanted);
 
     const SearchCriteria criteria;
     Way way = Way::rows;
-    std::string pattern; // lower-cased; of `texts`
+    std::string pattern; // lower-cased; for `texts`
     bool wholeWords = false;
-    bool readsHits = false; // what holds the pattern is still to be held against the criteria
+    bool readsHits = false; // records that hold the pattern are read and compared with the criteria
     std::size_t mostTextBytes = 0;
 
     bool started = false;
@@ -32,6 +32,6 @@ struct projdb::Search::State {
     double share = 0;
     std::uint64_t revision = 0;   // of the records, at the start
     std::uint64_t generation = 0; // of the texts, at the last step
-    std::size_t place = 0;        // in the texts, or the slot that is next
-    std::int64_t after = 0;       // the number of the row looked at last
+    std::size_t place = 0;        // in the texts, or the next slot
+    std::int64_t after = 0;       // number of the last row that was looked at
 };

@@ -89,7 +89,8 @@ Result<SqliteConnection> SqliteConnection::open(const std::string& path, Mode mo
     if (result != SQLITE_OK)
         return handle ? connection.failure()
                       : Status(StatusCode::inputOutput, path, sqlite3_errstr(result));
-    if (mode == Mode::create && sqlite3_db_readonly(handle, "main") != 0) // it settled for less
+    // SQLite may open for reading only what it cannot open for writing.
+    if (mode == Mode::create && sqlite3_db_readonly(handle, "main") != 0)
         return Status(StatusCode::inputOutput, path, "cannot open for writing");
     sqlite3_extended_result_codes(handle, 1);
     sqlite3_busy_timeout(handle, kBusyMilliseconds);

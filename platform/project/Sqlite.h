@@ -32,7 +32,7 @@ public:
     // Runs one or more commands that answer nothing.
     Status run(const char* sql);
     Result<SqliteStatement> prepare(const char* sql);
-    // The first column of the first row; nothing of interest when there is none (0, empty).
+    // The first column of the first row; 0, or the empty text, when there is no row.
     Result<std::int64_t> queryNumber(const char* sql);
     Result<std::string> queryText(const char* sql);
     // The failure that the last call on this connection met.
@@ -43,7 +43,7 @@ public:
     // Waits for the log to be written into the file, then closes. Also done, unheard, on
     // destruction.
     Status close();
-    // Lets the log lie beside the file when it is closed.
+    // Leaves the write-ahead log beside the file on closing.
     void keepLog() noexcept;
 
 private:

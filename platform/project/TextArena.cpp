@@ -9,7 +9,7 @@ namespace cutroom {
 
 namespace {
 
-// Below this much waste nothing is squeezed out.
+// The least waste, in bytes, for which the texts are squeezed together.
 constexpr std::size_t kLeastWaste = std::size_t{1} << 20;
 // Stands for a null inside a text.
 constexpr char kInnerNull = '\xFF';
@@ -101,7 +101,8 @@ std::size_t TextArena::startHolding(std::size_t offset, std::size_t from) const 
     return static_cast<std::size_t>(above - starts_.begin()) - 1;
 }
 
-// The word rule for a find at `at`: the nulls around its field bound what the rule sees.
+// Tells whether the text found at `at` is a whole word of its field, which ends at the nulls around
+// it.
 bool TextArena::standsInField(std::size_t at, std::size_t size, std::size_t& fieldEnd) const {
     const std::string_view all = text_;
     const std::size_t before = at == 0 ? std::string_view::npos : all.rfind('\0', at - 1);

@@ -28,7 +28,7 @@ void store(Edit& edit, const Mix& mix) {
         edit.setAudioMix(Kv::makePtr<Mix>(mix));
 }
 
-// The file lies in the project's folder itself.
+// Tells whether the name is that of a file in the project's folder itself, not of one elsewhere.
 bool isPlainFileName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." &&
            name.find_first_of(std::string_view("/\\\0", 3)) == std::string::npos;

@@ -24,7 +24,7 @@ double ce_handle::get_edit_time() const noexcept {
     return valid() ? getEvent().getTime() : kNoTime;
 }
 
-// By place: the outs stand at the odd places.
+// In and out points alternate, so out points have odd indices.
 bool ce_handle::is_out_point() const noexcept { return valid() && (index_ & 1u) != 0; }
 
 IdStamp ce_handle::getEffectGraph() const noexcept { return getEvent().effectGraph; }

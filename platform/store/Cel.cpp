@@ -24,7 +24,7 @@ Cel::~Cel() {
         life_->cel = nullptr;
 }
 
-// Held within bounds, so that any number may be asked about.
+// Limits the time to the store's range, so that callers may ask about any number.
 Flicks Cel::inside(Flicks time) const noexcept {
     return std::clamp(time, -2 * cutroom::kMaxFlicks, 2 * cutroom::kMaxFlicks) - offset_;
 }

@@ -31,7 +31,7 @@ CelStorage stretchOf(const CelStorage& list, std::size_t first, std::size_t last
     return stretch;
 }
 
-// True when the pairs touch one another and lie within the store's range.
+// True when each pair begins where the one before ends, and all lie within the store's range.
 bool touch(const std::vector<ChannelEvent>& events) {
     for (std::size_t i = 2; i < events.size(); i += 2)
         if (events[i].time != events[i - 1].time)

@@ -12,7 +12,7 @@ using cutroom::StatusCode;
 
 namespace {
 
-// True when `in`, the point after `out`, only carries on what lies before it.
+// True when `in`, the point after `out`, only continues the material before it.
 bool runsOn(const ChannelEvent& before, const ChannelEvent& out, const ChannelEvent& in) {
     const auto kind = [](const ChannelEvent& event) { return event.flags & ~kEventOut; };
     if (out.effectGraph.valid() || in.effectGraph.valid() || before.detail != in.detail ||

@@ -17,7 +17,7 @@ Edit::Lock::Lock(const Edit& edit) CUTROOM_NO_THREAD_SAFETY : edit_(edit) {
     ++edit_.impl_->lockDepth;
 }
 
-// What is due is told once nothing is locked any more.
+// Tells the changes that are due once the edit is no longer locked.
 Edit::Lock::~Lock() CUTROOM_NO_THREAD_SAFETY {
     Impl& impl = *edit_.impl_;
     const bool tell = --impl.lockDepth == 0 && impl.tellDue;
@@ -30,7 +30,7 @@ Edit::Lock::~Lock() CUTROOM_NO_THREAD_SAFETY {
     try {
         const_cast<Edit&>(edit_).tell(due);
     } catch (const std::bad_alloc&) {
-        impl.keepKinds(due); // told with what comes next
+        impl.keepKinds(due); // they are told with the next changes
     }
 }
 
@@ -61,7 +61,7 @@ void Edit::Impl::touch() {
 
 namespace {
 
-// Takes no memory.
+// Only the kinds of the changes, without details: that takes no memory.
 EditModifications kindsOf(const EditModifications& changes) {
     EditModifications kinds;
     for (int kind = 0; kind < 64; ++kind)

@@ -7,7 +7,7 @@ namespace {
 
 bool derived(const cutroom::EditChannel& channel) { return (channel.subType & kSubDerived) != 0; }
 
-// A time from the configuration; `otherwise` where there is none or it stands for no time.
+// A time from the configuration; `otherwise` where there is none, or it is no time.
 double storedTime(const configb& config, const char* key, double otherwise) {
     const auto value = config.getDouble(key);
     return value && cutroom::isStorableTime(*value) ? *value : otherwise;

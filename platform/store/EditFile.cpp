@@ -29,7 +29,7 @@ std::string identity(const Cookie& cookie, std::uint64_t historyId, std::size_t 
     return out.take();
 }
 
-// What stands before the states: whose file it is, and the lists' storages.
+// The sections before the states: whose file it is, and the storages of the lists.
 struct Preface {
     bool known = false;
     std::uint64_t historyId = 0;
@@ -37,7 +37,8 @@ struct Preface {
     CelChunks chunks;
     std::size_t segments = 0; // of all chunks
 
-    // True also for a section that belongs to something else; `mine` tells.
+    // Takes a section of the preface; sets `mine` to false, and gives true, for any other. False
+    // when the section is damaged.
     bool take(const Section& section, DecodeTrouble& trouble, bool& mine) {
         ByteReader in(section.bytes);
         mine = true;
@@ -121,7 +122,7 @@ bool readStep(const Section& section, const CelChunks& chunks, DecodeTrouble& tr
 
 namespace {
 
-// Counts the segments of lists, those that share their storage once.
+// Counts the segments of lists. A storage that several lists share is counted once.
 class SegmentCount {
 public:
     void add(const EditState& state) {
@@ -138,7 +139,7 @@ private:
     std::size_t count_ = 0;
 };
 
-// The first step to be stored: the oldest ones stay out when all together are too large.
+// The first step to be stored. When all steps together are too large, the oldest are left out.
 std::size_t firstStored(const EditHistory& history) {
     SegmentCount segments;
     for (std::size_t step = history.steps.size(); step > 0; --step) {

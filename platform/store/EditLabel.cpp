@@ -56,7 +56,7 @@ std::optional<std::int64_t> parseFeet(std::string_view text) {
     return *feet * kFramesPerFoot + (text.front() == '-' ? -*frames : *frames);
 }
 
-// Numbers come from files, so any may stand there.
+// The sum, without overflow: the numbers come from files and may have any value.
 std::int64_t plus(std::int64_t number, std::int64_t frames) noexcept {
     std::int64_t sum = 0;
     if (!__builtin_add_overflow(number, frames, &sum))

@@ -64,8 +64,8 @@ void EditManager::Impl::dropUnused() {
     }
 }
 
-// Whoever may come by a share of the edit does so through another share or through the table, so
-// two shares seen under the table's lock are this one and the table's.
+// A new share of the edit is only made from another share or from the table. So when two are
+// counted under the table's lock, they are this one and the table's, and nobody else has one.
 void EditManager::forget(Kv::Ptr<Edit> edit) noexcept {
     EditManager* const manager = cutroom::ProcessSingleton<EditManager>::find();
     if (!manager || edit->refCount() > 2 || edit->impl_->dirty)

@@ -20,7 +20,7 @@ Status EditManager::save(const std::vector<EditPtr>& edits,
     return impl_->saveAll(due, Impl::TooLarge::failsAll, progress);
 }
 
-// Out of memory, what is in memory goes all the same.
+// The edits leave the table before anything that may run out of memory.
 Status EditManager::discard(const CookieVec& edits) {
     for (const Cookie& cookie : edits) {
         Kv::Ptr<Edit> gone; // dies outside the lock
@@ -45,7 +45,8 @@ Status EditManager::discard(const CookieVec& edits) {
     return discardRest();
 }
 
-// A group of theirs that was decided would come into place with the next one.
+// Must come before the next group is written: one with these edits that was decided, but is not yet
+// in place, would be put in place along with it.
 Status EditManager::discardRest() {
     const CriticalSection::Lock whole(impl_->saving);
     if (impl_->undiscarded.empty())

@@ -18,8 +18,8 @@ using cutroom::StatusCode;
 
 namespace {
 
-// A damaged history goes aside before the group is in place; a save before this one that failed
-// later may have done so.
+// A damaged history is moved aside before the group is put in place. It may have gone already, when
+// an earlier save moved it and failed after that.
 Status writeHistory(cutroom::GroupCommit& group, const SavedEdit& now) {
     if (!now.writeHistory)
         return {};
@@ -54,7 +54,7 @@ SavedEdit EditManager::Impl::beginSave(const Kv::Ptr<Edit>& edit) {
     return saved;
 }
 
-// Without its record an edit stays dirty, so that the next save brings it.
+// An edit whose record could not be written stays dirty, so that the next save writes the record.
 void EditManager::Impl::endSave(const SavedEdit& saved, bool recorded) {
     const Edit::Lock lock(*saved.edit);
     Edit::Impl& impl = *saved.edit->impl_;
@@ -118,7 +118,7 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits, TooLa
     Status recorded;
     try {
         recorded = putRecords(saved);
-    } catch (const std::bad_alloc&) { // the files are in place: once more
+    } catch (const std::bad_alloc&) { // the files are in place already, so try once more
         recorded = putRecords(saved);
     }
     for (const SavedEdit& edit : saved)
@@ -273,7 +273,7 @@ void EditManager::Impl::needHistory(Edit::Impl& edit) {
         return;
     }
     history.damaged = read.status().code() == StatusCode::damaged;
-    history.loaded = history.damaged; // what only could not be read now is asked for again
+    history.loaded = history.damaged; // a file that may be readable later is read again then
     LogBoth("%s\n", read.status().text().c_str());
 }
 

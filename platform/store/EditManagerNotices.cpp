@@ -19,8 +19,8 @@ void EditManager::Impl::tell(int notice, const Kv::Ptr<iObject>& object,
 
 namespace {
 
-// A new name is found in the project at once, not only after the next save. The save of an edit
-// that is clean has brought it.
+// Enters a new name in the project database at once, so that it is found before the next save.
+// (When the edit is clean, its save has entered it.)
 void putName(const Edit& edit) {
     if (!CurrentProject::isOpen() || CurrentProject::isReadOnly() || !edit.isDirty())
         return;
@@ -60,8 +60,8 @@ EditManager::registerNotification(const Kv::Ptr<iCallbackBase<int, NotifyMsg>>& 
     return impl_->notifier.registerNotification(onUiThread, notice);
 }
 
-// First the viewed edits (notice 16), then what follows the project, the latest first; what they
-// still change is saved, and last the edits go.
+// First the viewed edits are told (notice 16), then the project's listeners, the latest first. Then
+// what they changed is saved, and last the edits are dropped.
 cutroom::Status EditManager::handleProjectExit() {
     impl_->tell(kNoticeProjectExit, {}, CurrentProject::getCookie().asString());
     impl_->tellListenersOfExit();
@@ -87,7 +87,7 @@ void EditManager::Impl::tellListenersOfExit() {
         {
             const CriticalSection::Lock held(lock);
             if (std::find(listeners.begin(), listeners.end(), *listener) == listeners.end())
-                continue; // has gone meanwhile
+                continue; // it was removed meanwhile
         }
         (*listener)->handleProjectExit();
     }

@@ -36,8 +36,8 @@ const Cel& EditReader::getCel(std::size_t index) const noexcept {
     return *state_.channels[index].cel;
 }
 
-// Only the dense list of starts is searched, and the end beside it: an event is never touched but
-// the last.
+// Searches the dense list of starts, and reads the last event for its end; no other event is
+// touched.
 std::optional<Flicks> EditReader::cutAfter(std::size_t index, Flicks time,
                                            std::size_t& hint) const noexcept {
     const Cel& cel = getCel(index);

@@ -12,7 +12,8 @@ namespace cutroom {
 
 namespace {
 
-// What is taken of the source: its channels (lists shared), its effects, the region in flicks.
+// What is taken from the source: its channels (sharing their lists), its effects, and the region in
+// flicks.
 struct Taken {
     std::vector<EditChannel> channels;
     std::vector<EditChannel> levels; // of the audio channels among them
@@ -23,7 +24,7 @@ struct Taken {
     Piece pieceOf(const EditChannel& channel, Flicks at) const {
         return {*channel.cel, from, to, at - from};
     }
-    // No channel goes on beyond the region.
+    // Tells whether all of the source lies in the region.
     bool isWhole() const {
         return std::all_of(channels.begin(), channels.end(), [&](const EditChannel& channel) {
             const Cel& cel = *channel.cel;
@@ -34,7 +35,7 @@ struct Taken {
     }
 };
 
-// One channel of the target with what it is to hold.
+// A channel of the source, and the one of the target that takes it.
 struct Laid {
     const EditChannel* source = nullptr;
     IdStamp target; // empty: to be added
@@ -64,8 +65,11 @@ Status take(const EditModule& source, Taken& taken) {
     return {};
 }
 
-// The target's channels that take the source's, the first for the first of each type and so on.
-std::vector<Laid> match(const Taken& taken, const EditModule& target, bool selectedOnly) {
+// Pairs the source's channels with the target's in order, within each type. A source channel
+// without a partner gets a new one, or is left out when only selected channels may be used.
+enum class Targets { all, selected };
+std::vector<Laid> match(const Taken& taken, const EditModule& target, Targets targets) {
+    const bool selectedOnly = targets == Targets::selected;
     std::map<std::pair<unsigned, unsigned>, std::vector<IdStamp>> free;
     const EditPtr& edit = target.getEdit();
     for (const IdStamp& channel : edit->getChans())
@@ -86,8 +90,8 @@ std::vector<Laid> match(const Taken& taken, const EditModule& target, bool selec
     return pairs;
 }
 
-// Brings the effects on a list's points along. One whose id the target has for another effect gets
-// an id of its own.
+// Copies the effects on a list's points to the target. An effect whose id the target already uses
+// for another one gets a new id.
 void bringGraphs(Shared<GraphTable>& target, Cel& cel, const GraphTable& source) {
     if (source.empty())
         return;
@@ -145,9 +149,9 @@ void bringLevels(Edit& edit, const Taken& taken, const std::vector<Laid>& pairs,
     }
 }
 
-// The target's channels become the part of the source's.
+// Gives the target's channels the region of the source's as their whole contents.
 Status rebuild(Taken& taken, EditModule& target) {
-    std::vector<Laid> pairs = match(taken, target, false);
+    std::vector<Laid> pairs = match(taken, target, Targets::all);
     for (Laid& pair : pairs) {
         pair.contents = filledPart(taken.pieceOf(*pair.source, 0), taken.graphs);
         if (!pair.contents)
@@ -192,7 +196,7 @@ Kv::Ptr<Cel> withRegion(const Cel& list, const EditChannel& channel, Taken& take
     return contents;
 }
 
-// The region is laid over the target's channels.
+// Lays the region over the target's selected channels, from its current time on.
 Status overlay(Taken& taken, EditModule& target) {
     const double current = target.getCurrentTime();
     if (taken.from >= taken.to)
@@ -200,7 +204,7 @@ Status overlay(Taken& taken, EditModule& target) {
     if (!isStorableTime(current) || !isStorableTime(current + toSeconds(taken.to - taken.from)))
         return {StatusCode::failed, {}, "the place lies outside the range of an edit"};
     const Flicks at = toFlicks(current);
-    std::vector<Laid> pairs = match(taken, target, true);
+    std::vector<Laid> pairs = match(taken, target, Targets::selected);
     Edit& edit = *target.getEdit();
     const Edit::Lock lock(edit);
     Shared<GraphTable> graphs = EditAccess::impl(edit).state.graphs;

@@ -49,7 +49,7 @@ public:
         event.effectGraph = graph;
         (void)list_.setEvent(index, event); // the event is the list's own, so it is taken
     }
-    // Holds the transition on a point within [first, last].
+    // Shortens the transition on a point so that it lies within [first, last].
     void shorten(std::uint32_t index, Flicks first, Flicks last) {
         if (!isTransition(index))
             return;

@@ -25,7 +25,7 @@ public:
     Flicks start() const noexcept { return storage_->starts[segment_] + offset_; }
     Flicks end() const noexcept { return storage_->events[2 * segment_ + 1].time + offset_; }
 
-    // Goes on to the first segment that ends after `time`.
+    // Moves on to the first segment that ends after `time`.
     void advance(Flicks time) {
         while (!done() && end() <= time) {
             ++segment_;
