@@ -9,8 +9,8 @@
 
 #include <utility>
 
-// The monitor of an audio component. Whoever destroys the managed clients of a Vob, as the
-// project's exit does, takes it away from its owner.
+// The monitor of an audio component. It may be destroyed with the other managed clients of a Vob,
+// as at the project's exit; then its owner must not delete it again.
 class AudioChangeMonitor::Follower final : public VobMonitor {
 public:
     explicit Follower(AudioChangeMonitor& owner) : VobMonitor(nullptr), owner_(owner) {}
@@ -43,7 +43,7 @@ AudioChangeMonitor::AudioChangeMonitor() : alive_(std::make_shared<bool>(true)) 
     };
 }
 
-// Nothing is told from here on: that the monitor goes may close its Vob, and that moves the role.
+// Stops listening first, because the end of the monitor may close its Vob, and so move the role.
 AudioChangeMonitor::~AudioChangeMonitor() {
     registrations_.clear();
     mixerBypass_.deregister();
@@ -89,7 +89,7 @@ void AudioChangeMonitor::follow(const Kv::Ptr<Vob>& vob) {
     Follower& follower = monitor();
     VobManager::instance().closeInternal(&follower);
     follower.attachTo(vob.get());
-    // Whoever was told meanwhile may have moved the role on, or destroyed the component.
+    // A client that was told meanwhile may have moved the role on, or destroyed the component.
     if (alive.expired() || getVob() != vob.get())
         return;
     toldOfEdit_ = true;

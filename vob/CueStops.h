@@ -9,9 +9,8 @@
 
 namespace cutroom {
 
-// The times and range ends of all visible cues, dense and in order, so that they are found by
-// binary search although ranges end in any order. Follows the cues of one edit. User-interface
-// thread.
+// The times and range ends of all visible cues, each in ascending order, so that a binary search
+// finds them although ranges end in any order. Follows the cues of one edit. User-interface thread.
 class CueStops {
 public:
     enum Kind : std::size_t { kOrdinary = 0, kSecond = 1 };

@@ -57,8 +57,8 @@ void EventSearch::offerCuts(const EditReader& edit, std::size_t channel,
 }
 
 void EventSearch::offerSorted(const std::vector<double>& times, double step) noexcept {
-    // A step from frame to frame is not exact in seconds; what misses it by less than the
-    // tolerance is a whole step away.
+    // A step of frames is not exact in seconds, so a time that is short of it by less than the
+    // tolerance counts as a whole step away.
     const double reach = std::max(step - 2 * kTimeTolerance, 0.0);
     if (forward()) {
         const auto found = std::upper_bound(times.begin(), times.end(), limit_ + reach);

@@ -38,7 +38,8 @@ Telling::Telling(Telling*& chain, std::size_t clientsAtStart) noexcept
     chain_ = this;
 }
 
-// Where it had changed before, so it had for all outer ones.
+// A telling that has seen a change of the list stops the loop: all those outside it have seen that
+// change too.
 void Telling::listWillChange(Telling* innermost, const std::vector<VobClient*>& clients) {
     for (Telling* telling = innermost; telling && !telling->listChanged();
          telling = telling->outer_) {

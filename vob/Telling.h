@@ -1,9 +1,9 @@
 // `Telling`: the record of one telling of a Vob's clients: who was told already.
 //
-// Internal to this folder. While the client list stays as it is, the place in the list says it all.
-// The first change of the list makes every telling under way note the ids of those it has told;
-// from then on it goes by them. Tellings inside one another each keep a record of their own, and
-// nothing is allocated unless the list changes.
+// Internal to this folder. While the client list stays as it is, the place in the list says who was
+// told. The first change of the list makes every telling under way note the ids of those it has
+// told; from then on it goes by them. Tellings inside one another each keep a record of their own,
+// and nothing is allocated unless the list changes.
 #pragma once
 
 #include "platform/base/IdStamp.h"
@@ -17,13 +17,14 @@ class VobClient;
 
 namespace cutroom {
 
-// Writes what is being caught to the log: one client's failure is not the others' business. `where`
-// begins the line. Only inside a catch clause.
+// Writes the exception being caught to the log, so that the failure of one client does not reach
+// the others. `where` begins the line. Only inside a catch clause.
 [[gnu::cold]] void logFailedClient(const char* where) noexcept;
 
 // One telling of clients, of whatever Vob and whatever about. Lives on the stack of the
-// user-interface thread. 500 inside one another, somebody answers every call with another telling:
-// from then on, until the outermost is over, no telling inside it reaches anybody.
+// user-interface thread. When 500 are inside one another, some client seems to answer every call
+// with another telling. From then on, until the outermost one is over, further tellings reach
+// nobody.
 class NestedTelling {
 public:
     // `where` begins the line in the log.
@@ -36,7 +37,7 @@ public:
     NestedTelling(const NestedTelling&) = delete;
     NestedTelling& operator=(const NestedTelling&) = delete;
 
-    // Tells nobody.
+    // True when this telling must not reach anybody.
     bool refused() const noexcept { return refused_; }
 
 private:
@@ -61,7 +62,7 @@ public:
     void setTold(std::size_t count) noexcept { told_ = count; }
     // Once the list has changed: notes that `client` is being told; false when it was already.
     bool begin(const VobClient& client);
-    // The list changed during this telling, so that others may stand where it has been.
+    // True when the list changed during this telling, so that places no longer say who was told.
     bool listChanged() const noexcept { return toldIds_ != nullptr; }
     // Inside another telling of the same Vob.
     bool isInner() const noexcept { return outer_ != nullptr; }
@@ -74,7 +75,7 @@ public:
 private:
     Telling*& chain_;
     Telling* const outer_;
-    std::size_t told_ = 0; // the first so many of the list, until it changes
+    std::size_t told_ = 0; // the number of clients told, the first of the list, until it changes
     std::size_t allowance_;
     std::unique_ptr<std::unordered_set<IdStamp>> toldIds_; // null until it changes
 };

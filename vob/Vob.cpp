@@ -109,7 +109,7 @@ void Vob::onLastRelease() const noexcept {
     }
 }
 
-// At once, or by the outermost telling under way.
+// Deletes this at once, or leaves that to the outermost telling under way.
 CUTROOM_NO_THREAD_SAFETY void Vob::destroyWhenTold() const noexcept {
     if (tellings_)
         diesAfterTelling_ = true;
@@ -119,7 +119,7 @@ CUTROOM_NO_THREAD_SAFETY void Vob::destroyWhenTold() const noexcept {
 
 LightweightString<char> Vob::makeUniqueID() { return IdStamp::make().asString(); }
 
-// A Vob that somebody still holds must not keep an edit of a closed project open.
+// Releases the edit, since a Vob that is still held must not keep an edit of a closed project open.
 void Vob::handleProjectExit(const NotifyMsg&) {
     releaseEdit();
     cookie_ = Cookie();

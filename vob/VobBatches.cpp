@@ -25,7 +25,8 @@ void Vob::addModification(const VobModification& change) {
     if (namesKindsOnly(change)) {
         if (batchDepth_.load() != 0) {
             pendingKinds_.fetch_or(change.getType());
-            if (batchDepth_.load() == 0) // it ended in between, perhaps without these kinds
+            // The batch may have ended meanwhile, without telling these kinds.
+            if (batchDepth_.load() == 0)
                 tellPending();
             return;
         }
@@ -62,7 +63,8 @@ VobModification Vob::takePending() {
     return taken;
 }
 
-// Nothing when a batch is open, or when another thread has told it all.
+// Tells what is pending. Does nothing while a batch is open, or when another thread has told it
+// already.
 void Vob::tellPending() {
     VobModification ready(0);
     {
@@ -75,7 +77,7 @@ void Vob::tellPending() {
         tellReady(std::move(ready));
 }
 
-// With the time of the telling.
+// Tells the change with the present time.
 void Vob::tellReady(VobModification change) {
     change.setTime(getCurrentTime());
     const bool mixFollows = change.includes(kVobSelection);
@@ -95,7 +97,8 @@ void Vob::tellReady(VobModification change) {
         updateAudioMix();
 }
 
-// A telling inside this one leaves the flag of playback to the one that raised it.
+// Marks a change of time during playback for as long as it is told. A telling inside this one finds
+// the flag set, and leaves it to the outer one to clear.
 void Vob::tellNow(const VobModification& change) {
     static const EditModifications kNoEditChanges;
     const bool byPlayback =

@@ -48,7 +48,7 @@ VobClient::VobClient(Cookie edit, Vob* vob, eClientPriority priority,
         VobManager::instance().create(this, edit);
 }
 
-// In a life that has ended there is no manager, nor any Vob of its own, to take leave of.
+// After the host is uninstalled there is neither a manager nor a Vob to leave.
 VobClient::~VobClient() {
     VobManager* const manager = VobManager::existing();
     if (manager)

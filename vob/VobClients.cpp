@@ -11,7 +11,7 @@
 
 namespace {
 
-// Additions that are being told at this moment, anywhere, each inside the telling of another.
+// The number of additions being told at the moment, each inside the telling of another, of any Vob.
 int additions = 0;
 
 class AddingClient {
@@ -59,8 +59,8 @@ void Vob::removeClient(VobClient* client) {
         walkClients(client, &VobClient::notifyClientRemoved);
 }
 
-// Reads the list anew after each call: the place moves on only while it still holds the client just
-// called, so none is skipped when one goes. Ends when the subject itself has gone.
+// Reads the list anew after each call. The place moves on only if it still holds the client just
+// called, so that none is skipped when one is removed. Ends when the subject itself has gone.
 void Vob::walkClients(VobClient* subject, void (VobClient::*notify)(VobClient*)) {
     const cutroom::NestedTelling nested("Vob");
     if (nested.refused())
@@ -169,8 +169,8 @@ void Vob::transferClients(Vob* from, Vob* to, unsigned flags) {
         const cutroom::ClientWatch watch(client);
         manager.closeInternal(client);
         if (watch.alive() && from->getClientPtr(0) == client)
-            from->removeClient(client); // it kept its Vob to itself
-        if (watch.alive())              // nobody who heard of its leaving destroyed it
+            from->removeClient(client); // its own `setVob` hid the Vob
+        if (watch.alive())              // unless one told of its leaving destroyed it
             manager.open(client, to);
     }
     if (flags & kTransferModule) {
@@ -181,7 +181,8 @@ void Vob::transferClients(Vob* from, Vob* to, unsigned flags) {
         transferRoles(*from, *to);
 }
 
-// Without the usual consequences, but a Vob never ends up as source and record machine at once.
+// Moves the roles without what a role setter does besides. Takes care that no Vob ends up as source
+// and record machine at once.
 void Vob::transferRoles(Vob& from, Vob& to) {
     VobManager& manager = VobManager::instance();
     const VobModificationBatch batch(&to);

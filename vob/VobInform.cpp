@@ -12,7 +12,7 @@ using cutroom::Telling;
 
 namespace {
 
-// Where the time of telling goes: all of it, and each client's share.
+// Measures the time that telling takes: all of it, and each client's share.
 struct Watches {
     Kv::Ptr<TimedTask> all = TimedTaskManager::createTimedTask("Vob1");
     Kv::Ptr<TimedTask> each = TimedTaskManager::createTimedTask("Vob2");
@@ -77,7 +77,7 @@ private:
     TimedTask& task_;
 };
 
-// Channels and nodes that level nodes may have been selected on came, went or were replaced.
+// Changes after which selected level nodes may be on other channels or other nodes.
 constexpr std::uint64_t kDeselectsLevelNodes =
     EditModifications::bit(kModGroups) | EditModifications::bit(kModLevelNodes) |
     EditModifications::bit(kModChannelsAdded) | EditModifications::bit(kModChannelsRemoved) |
@@ -129,7 +129,7 @@ template <class Proxy> void Vob::tellAll(Proxy& proxy, Telling& telling) {
 // Goes on at `next`; walks again until a walk finds nobody to tell.
 template <class Proxy> void Vob::tellChangedList(Proxy& proxy, Telling& telling, std::size_t next) {
     for (bool calledAny = true; calledAny; next = 0) {
-        calledAny = next > 0; // the walk that goes on has called somebody
+        calledAny = next > 0; // the first walk has called those before `next`
         for (std::size_t i = next; i < clients_.size(); ++i) {
             VobClient* const client = clients_[i];
             if (!telling.begin(*client))

@@ -24,12 +24,13 @@ VobManager::VobManager() {
     focusChanged_ = types.intern("focusChanged");
     sourceChanged_ = types.intern("sourceChanged");
     recordChanged_ = types.intern("recordChanged");
-    PermissionsManager::instance(); // asked by listeners: not to be made under a notifier's lock
+    // Listeners ask it, and it must not be made under a notifier's lock.
+    PermissionsManager::instance();
     registerWithEditManager();
 }
 
 VobManager::~VobManager() {
-    for (const VobPtr& vob : vobs_) // somebody may hold it still
+    for (const VobPtr& vob : vobs_) // it may still be held elsewhere
         vob->registerWithPlayServer(false);
 }
 
@@ -131,7 +132,8 @@ bool VobManager::closeVob(VobPtr closing, bool force) {
         saveViewStateInEdit(vob);
     removeFocusFrom(vob.get());
     std::erase(vobs_, vob);
-    if (vob->getStatus() != 0 || previousSource_ == vob) // who was told gave it a role again
+    // A client that was told may have given it a role again.
+    if (vob->getStatus() != 0 || previousSource_ == vob)
         removeFocusFrom(vob.get());
     return true;
 }
@@ -161,7 +163,7 @@ void VobManager::open(VobClient* client, VobPtr wanted) {
         return;
     const ClientWatch watch(client);
     vob->addClient(client);
-    // Whoever is told of the newcomer may destroy or move it, or what it manages.
+    // A client that is told of the new one may destroy or move it, or those that it manages.
     for (std::size_t i = 0; watch.alive() && client->getVob() == vob.get(); ++i) {
         const LightweightVector<VobClient*> managed = client->getManagedClients();
         if (i >= managed.size())
@@ -179,7 +181,7 @@ void VobManager::open(VobClient* client, int legacyId) { open(client, getVobWith
 void VobManager::detach(Vob& vob, VobClient* client) {
     const ClientWatch watch(client);
     vob.removeClient(client);
-    // Whoever was told of it may have destroyed it, or opened it anew.
+    // A client that was told may have destroyed this one, or opened it again.
     if (watch.alive() && client->getVob() == &vob && !vob.isClient(client))
         client->setVob(nullptr);
 }
@@ -213,8 +215,8 @@ void VobManager::close(VobClient* client, bool destroy) {
         delete client;
 }
 
-// A Vob that only managed clients show is nobody's. One whose clients keep coming back, or that an
-// unmanaged one joined meanwhile, stays.
+// Closes a Vob that only managed clients show. It stays open when its clients keep coming back, or
+// when an unmanaged one joins meanwhile.
 void VobManager::closeIfAbandoned(const VobPtr& vob) {
     const CriticalSection::Lock lock(vob->clientLock_);
     for (std::size_t left = vob->getNumClients(); left > 0; --left) {

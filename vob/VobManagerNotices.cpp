@@ -17,7 +17,8 @@ constexpr auto kMattersElsewhere =
     EditModifications::bit(kModLogType) | EditModifications::bit(kModOriginalMaterial) |
     EditModifications::bit(kModImported) | EditModifications::bit(kModReadOnly);
 
-// Metadata of source material shows wherever it is cut in; that of a fresh copy nowhere yet.
+// Tells whether the edit is source material, whose metadata shows wherever it is cut in. A fresh
+// copy is not cut in anywhere yet.
 bool isSourceMaterial(const Cookie& cookie) {
     if (!EditManager::instance().isOpen(cookie))
         return false;
@@ -90,7 +91,7 @@ void VobManager::saveViewStateInEdit(VobPtr viewing) {
         vob->storeViewState();
 }
 
-// Only what says which edit changed, and how.
+// Lets through only notices that say which edit changed, and how.
 bool VobManager::editModificationFilter(const NotifyMsg& message) {
     const auto* const notice = message.getObjectAs<EditModificationNotice>();
     return notice && notice->edit().valid() && !notice->modifications().empty();
@@ -131,7 +132,7 @@ void VobManager::handleProjectExit(const NotifyMsg&) {
         for (std::size_t left = vob->getNumClients(); left > 0; --left)
             if (VobClient* const client = vob->getClientPtr(0))
                 close(client, true);
-        closeVob(vob, true); // whatever came in its place
+        closeVob(vob, true); // even when other clients have come meanwhile
     }
     record_.reset();
     source_.reset();

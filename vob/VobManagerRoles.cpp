@@ -20,7 +20,7 @@ bool rolesAreHeld() {
     return TransitStatus::manager().getStatus() == kTransitInProgress || ShutdownState::isExiting();
 }
 
-// Tells, as one change, what a role setter did to a Vob; or forgets it.
+// Tells what a role setter did to a Vob as one change, or drops it.
 class RoleChange {
 public:
     RoleChange(const Kv::Ptr<Vob>& vob, bool tell) : vob_(vob), tell_(tell), batch_(vob) {}
@@ -34,7 +34,7 @@ public:
 private:
     const Kv::Ptr<Vob> vob_;
     const bool tell_;
-    const VobModificationBatch batch_; // ends after what is pending was dropped
+    const VobModificationBatch batch_; // ends after the destructor has dropped what is pending
 };
 
 } // namespace
@@ -111,7 +111,7 @@ void VobManager::setSourceMachine(Vob* vob, unsigned flags) {
     setSourceMachineRaw(vob);
     if (const VobPtr previous = previousSource_; previous && (flags & kTellOld) != 0)
         previous->addModification(kVobLostSource);
-    // Who was told may have given the role to another by now.
+    // A client that was told may have given the role to another Vob by now.
     if (wanted && source_ == wanted)
         becomeSource(wanted, (flags & kTellNew) != 0);
 }
@@ -150,7 +150,8 @@ void VobManager::setRecordMachine(Vob* vob, unsigned flags) {
     }
 }
 
-// Of a program without any other machine it becomes the source, so that the user still sees it.
+// Tells a Vob that it is no longer the record machine. When there is no other machine it becomes
+// the source, so that the user still sees it.
 void VobManager::loseRecord(const VobPtr& vob, bool tell) {
     const RoleChange change(vob, tell);
     vob->addModification(kVobLostRecord);
@@ -215,7 +216,7 @@ void VobManager::setPlayMachine(Vob* vob, bool makeSource) {
     }
 }
 
-// What does not play is not moved by the transport either.
+// Ends the role. The Vob that had it is no longer moved by the transport either.
 void VobManager::clearPlayMachine() {
     const VobPtr before = play_;
     setPlayMachineRaw(nullptr);

@@ -46,7 +46,8 @@ void VobManager::updateStickyClient(VobClient* client, const VobPtr& vob) {
         open(client, std::move(to));
 }
 
-// What a client is told on the way may change the list, the role, and who is still there.
+// Works on a copy and asks again for each client: one that is told on the way may change the list
+// or the role, or destroy others.
 void VobManager::updateStickyClients(eSignificantViewType role) {
     const std::vector<StickyClient> atStart = sticky_;
     for (const StickyClient& sticky : atStart)

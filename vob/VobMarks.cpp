@@ -35,7 +35,8 @@ IdStamp firstMarked(const EditModule& module) {
 
 // --- storing -------------------------------------------------------------------------------------
 
-// The preference matters, and is read, only where a mark is put: none lies on no wrong side.
+// The preference is read only when a mark is set; clearing one never puts it on the wrong side of
+// the other.
 void Vob::markAllAt(double seconds, MarkType type) {
     module_.markAllAt(seconds, type, seconds == kNoTime || allowAdvancedMarks());
 }
@@ -207,7 +208,7 @@ void Vob::alignMarks(MarkType type) {
     makeBackup();
     trim.setSnapChannel(*first);
     const bool trimmed = trim.trimFrames(targetTime - keptTime, true, false).ok();
-    if (!trimmed || edit != edit_) // who was told may have put another edit here
+    if (!trimmed || edit != edit_) // a client that was told may have exchanged the edit
         return;
     clearUnjoinedCuts();
     describe(VobModification(kVobMarks | kVobCuts));

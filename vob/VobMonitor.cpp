@@ -43,8 +43,8 @@ void VobMonitor::attachTo(Vob* vob) {
         time_ = vob->getCurrentTime();
 }
 
-// A replaced edit that the play machine does not show is nothing to those who hear the play
-// machine, so neither its time nor its cookie is published.
+// When an edit is replaced that the play machine does not show, neither its time nor its cookie is
+// published: the observers follow the play machine.
 void VobMonitor::handleModifications(const EditModifications& editChanges,
                                      const VobModification& change) {
     const Kv::Ptr<Vob> vob = getVob();

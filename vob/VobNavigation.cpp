@@ -102,8 +102,8 @@ EventInfo Vob::getPrevEvent(double seconds, bool ignoreUnjoined, bool includeCur
     return findEvent(false, seconds, ignoreUnjoined, includeCurrent);
 }
 
-// Asked for at every step, so it is kept until a preference changes: the value below the count at
-// which it was read.
+// Since every step asks for it, the value is kept until a preference changes: in the lowest bit,
+// with the count of changes at which it was read above it.
 bool Vob::getStopAtTransitionMidPoints() {
     static std::atomic<std::uint64_t> kept{0};
     const std::uint64_t count = EditorPreferences::changeCount();

@@ -10,7 +10,7 @@ namespace {
 // Key codes of the events.
 constexpr int kPostedEditChanges = 0;
 constexpr int kPostedChange = 1;
-// A mark time that is none, in the text.
+// Stands for no mark time in the text.
 constexpr double kPostedNoMark = -1.0;
 
 // The changes of an edit, on their way.
@@ -67,7 +67,7 @@ EventHandler::eResult Vob::handleEvent(const Event& event) {
     return kConsumed;
 }
 
-// The time is that of now: what was current when the change was posted is history.
+// The change is told with the present time, not with the one at which it was posted.
 void Vob::handlePostedChange(const Event& event) {
     const std::vector<std::string> pieces = cutroom::split(event.text, ' ');
     if (pieces.size() != 3)

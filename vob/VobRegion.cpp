@@ -15,8 +15,8 @@ constexpr char kZoom[] = "stripv_zoom";
 
 bool isAway(double time, const TimeRange& range) { return !range.contains(time, kTimeTolerance); }
 
-// From the first start to the last end of the selected channels, as the two functions tell them;
-// nothing when they tell of none.
+// From the first start to the last end of the selected channels, as `Start` and `End` give them;
+// nothing when no channel has a start.
 template <double (Cel::*Start)() const, double (Cel::*End)() const>
 std::optional<TimeRange> selectedRange(const Edit& edit, const EditModule& module) {
     double start = std::numeric_limits<double>::max();

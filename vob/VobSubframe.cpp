@@ -70,7 +70,8 @@ void repair(Cel& cel, const Kv::FrameRate& rate) {
                 LogBoth("Subframe edit not repaired: %s\n", status.message().c_str());
 }
 
-// The first point of a channel that is off its frame, unless it is the first or the last one.
+// The first point of a channel that is off its frame; nothing when that is the channel's first or
+// last point.
 std::optional<ChannelEvent> findOffFrame(const Edit& edit, const IdStamp& channel) {
     const Edit::Lock lock(edit);
     const Kv::Ptr<Cel> cel = edit.get_edit_cel_p(channel);
