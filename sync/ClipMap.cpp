@@ -22,10 +22,10 @@ struct Piece {
 };
 using PiecesOf = std::unordered_map<Cookie, std::vector<Piece>>; // by material
 
-// Picture and sound strips of one log are one material.
+// The cookie that stands for all strips, picture and sound, of one log.
 Cookie materialKey(const Cookie& material) { return convertCookie(material, 'E'); }
 
-// Never more than the store's range, so that sums of two stay numbers.
+// Limits the result to the store's range, so that two can be added without overflow.
 Flicks scaled(Flicks length, double factor) noexcept {
     if (factor == 1.0)
         return std::clamp(length, -kMaxFlicks, kMaxFlicks);
@@ -124,7 +124,7 @@ void ClipMap::update(const EditPtr& sequence, const std::vector<EditPtr>& clips)
             for (const Piece& piece : found->second)
                 if (const ClipReference part = overlap(channel, segment, piece); part.valid())
                     references_.push_back(part);
-        } else if (isAmong(clips, material)) { // the clip itself is cut in
+        } else if (isAmong(clips, material)) { // the segment names the clip itself
             references_.push_back(
                 {material, channel, segment.start, segment.end, segment.stripStart, segment.speed});
         }

@@ -6,7 +6,7 @@ MultiVobClientInternal::MultiVobClientInternal(iVobSynchroniser& synchroniser)
     setManagementDetails(kClientUnmanaged);
 }
 
-// One that goes with its Vob leaves no suspension behind.
+// A client that is destroyed along with its Vob must not leave the synchroniser suspended.
 MultiVobClientInternal::~MultiVobClientInternal() {
     if (hasSuspended_ && hasOwner() && !synchroniser_->getSyncEnabled())
         synchroniser_->setSyncEnabled(true);
@@ -18,7 +18,7 @@ void MultiVobClientInternal::handleModifications(const EditModifications& editCh
         return getVob() && (getVob()->getTimeChangeFlags() & Vob::kTimeSuspendsSync) != 0;
     };
     const bool moved = change.includes(kVobTime);
-    if (!hasSuspended_ && !(moved && suspends())) { // nearly always: nothing to be done afterwards
+    if (!hasSuspended_ && !(moved && suspends())) { // the usual case
         synchroniser_->handleModifications(this, editChanges, change);
         return;
     }

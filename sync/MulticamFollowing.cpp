@@ -12,7 +12,7 @@
 using cutroom::ClipReference;
 using cutroom::Flicks;
 
-// Edit following is off for its own lifetime.
+// Switches edit following off for its own lifetime.
 class MulticamSynchroniser::FollowingOff {
 public:
     explicit FollowingOff(MulticamSynchroniser& whole)
@@ -173,7 +173,7 @@ void repeatCue(const EditPtr& from, const EditPtr& to, const EditModification& c
     const CueList cues = from->getCues();
     const std::size_t index = cues.find(change.cue);
     if (index >= cues.getNumCuePoints())
-        return; // gone again since
+        return; // it was removed since
     Cue cue = cues.getCuePoint(index);
     cue.slide(later);
     if (!to->isValidChan(cue.getChannel()))
@@ -192,7 +192,8 @@ iVobSynchroniser::iVobListener* MulticamSynchroniser::makeListener(const Kv::Ptr
     return VobSynchroniser::makeListener(vob);
 }
 
-// Undo, and a list that is set as a whole, do not say which cues they change.
+// The changes of single cues. Undo, and setting the list as a whole, do not say which cues they
+// change; those are found by comparing with the cues known before.
 std::vector<EditModification>
 MulticamSynchroniser::takeCueChanges(const EditPtr& clip, const EditModifications& editChanges) {
     std::vector<EditModification> changes;
@@ -229,7 +230,7 @@ MulticamSynchroniser::takeCueChanges(const EditPtr& clip, const EditModification
     return changes;
 }
 
-// Of several Vobs on one edit the first linked one counts.
+// When several Vobs show the same edit, only the first linked one hands its markers on.
 void MulticamSynchroniser::handleMarkerModifications(const Vob& told,
                                                      const EditModifications& editChanges) {
     if (!(editChanges.includes(kModCues) || editChanges.contentReplaced()) ||

@@ -91,7 +91,7 @@ LightweightVector<Kv::Ptr<Vob>> MulticamSynchroniser::getSynchronisedVobs(unsign
 
 // --- switching -----------------------------------------------------------------------------------
 
-// One is being carried out, for its own lifetime.
+// Notes, for its own lifetime, that a switching is under way.
 class MulticamSynchroniser::Switching {
 public:
     explicit Switching(MulticamSynchroniser& whole) : alive_(whole.life()), whole_(whole) {
@@ -122,7 +122,7 @@ void MulticamSynchroniser::setSyncEnabled(bool on) {
         return;
     for (const Kv::Ptr<Vob>& vob : collectVobs(0)) {
         if (!watch.alive() || getSyncEnabled() != on)
-            return; // switched again by somebody who was moved or told
+            return; // a client that was moved or told has switched again
         vob->informClients(VobModification(on ? kVobSyncOn : kVobSyncOff));
     }
 }
@@ -183,7 +183,7 @@ void MulticamSynchroniser::handleModifications(iVobListener* listener,
     const cutroom::Lifeline::Watch watch(life());
     const Kv::Ptr<Vob> told = listener ? listener->getVob() : nullptr;
     VobSynchroniser::handleModifications(listener, editChanges, change);
-    // Whoever was moved along may have unlinked it, or all.
+    // A Vob that was moved along may have unlinked this one, or all.
     const auto goesOn = [&] { return watch.alive() && findClient(told.get()); };
     if (!goesOn() || (told->getTimeChangeFlags() & Vob::kTimeBySynchroniser) != 0)
         return;

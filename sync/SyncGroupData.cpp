@@ -8,7 +8,7 @@
 
 namespace {
 
-// The manager makes groups from here on; no embedder has to ask for it.
+// Registers the maker of groups before `main`, so that no embedder has to.
 [[maybe_unused]] const cutroom::BinMaker makerBefore =
     cutroom::installBinMaker('M', [] { return Kv::Ptr<BinData>(new SyncGroupData); });
 
@@ -46,7 +46,7 @@ CookieVec SyncGroupData::clips() const {
 
 // --- where the clips are viewed ------------------------------------------------------------------
 
-// In every item of the clip, under the locks of a change.
+// Sets the place in every item of the clip. Called under the locks of a change.
 bool SyncGroupData::takePlace(const ClipPlace& place) {
     bool changed = false;
     for (auto item = find(place.clip); item != end(); ++item) {

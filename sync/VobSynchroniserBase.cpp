@@ -88,8 +88,8 @@ const VobSynchroniserBase::Client* VobSynchroniserBase::findClient(const Vob* vo
     return found == clients_.end() ? nullptr : &*found;
 }
 
-// When the reference goes the next one takes its place; all offsets stay, so that a move that is
-// being handed on keeps its distances.
+// When the first client, the reference, goes, the next becomes the reference. All offsets stay, so
+// that a move that is being handed on keeps its distances.
 void VobSynchroniserBase::take(Clients::iterator client) {
     ++removals_;
     clients_.erase(client);
@@ -124,7 +124,7 @@ void VobSynchroniserBase::createClient(const Kv::Ptr<Vob>& vob) {
     clients_.push_back({made.get(), offset, ++lastSerial_});
     iVobListener* const listener = made.release();
     listener->setOwner(this);
-    // Whoever hears of the newcomer may unlink it, or all.
+    // A client that is told of the new one may unlink it, or all.
     if (!listener->getVob())
         VobManager::instance().open(listener, linked);
 }
