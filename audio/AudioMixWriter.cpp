@@ -75,7 +75,7 @@ void AudioMixWriter::change(eAudioMixChange code, const IdStamp& id, const IsNew
         }
         if (!isNew(*getMix()))
             return;
-        // A mix is replaced as a whole: history may share the present one.
+        // A mix is never changed in place, because the history may share the present one.
         const Kv::Ptr<Mix> changed = Kv::makePtr<Mix>(*mix_);
         if (!set(*changed))
             return;
@@ -144,7 +144,7 @@ void AudioMixWriter::setMixRoutedToOutput(signed char number, signed char output
 
 void AudioMixWriter::loadFrom(const LightweightString<wchar_t>& path) {
     KvIniFile file(path);
-    // A file that cannot be read holds nothing; the writer reports no failure.
+    // A file that cannot be read counts as empty; the writer reports no failure.
     file.load();
     loadFrom(file);
 }

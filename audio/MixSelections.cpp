@@ -10,7 +10,7 @@
 
 namespace {
 
-// Inputs are as many as an index of one byte can name.
+// The audio channels, as many as an index of one byte can name.
 std::vector<IdStamp> audioChannels(const EditPtr& edit) {
     std::vector<IdStamp> channels = edit->getChans(kChanAudio);
     if (channels.size() > Aud::kMaxInputs)
