@@ -119,7 +119,9 @@ void forEachImported(
 
 void forEachImportedEntry(std::string_view array,
                           const std::function<void(std::string_view text)>& visit) {
-    std::size_t at = array.empty() ? 0 : 1;
+    if (!array.starts_with('[')) // files may have anything where a list is due
+        return;
+    std::size_t at = 1;
     while ((at = skipBlanks(array, at)) < array.size() && array[at] != ']') {
         const std::size_t end = endOfValue(array, at);
         visit(trim(array.substr(at, end - at)));

@@ -75,7 +75,7 @@ CUTROOM_API std::string_view importedMember(std::string_view object, std::string
 CUTROOM_API void
 forEachImported(std::string_view object,
                 const std::function<void(std::string_view key, std::string_view text)>& visit);
-// Each entry of an array's text.
+// Each entry of an array's text; none of any other value's.
 CUTROOM_API void forEachImportedEntry(std::string_view array,
                                       const std::function<void(std::string_view text)>& visit);
 // The text of a string member with its escapes resolved; empty for anything else.

@@ -32,7 +32,7 @@ Span readChildren(Document& document, const Json& object, const Place& place,
         if (document.failed())
             return range;
         if (!read || !read->isObject()) {
-            document.warn("children that are no objects are left out");
+            document.warn("children that are no objects, or refer to none, are left out");
             continue;
         }
         const std::size_t markersBefore = found.markers.size();

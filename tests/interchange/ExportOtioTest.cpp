@@ -152,6 +152,8 @@ TEST(WriteOtio, FillsHolesAndSaysWhatDoesNotFit) {
     items.erase(items.begin() + 1);
     items[1].start += at24(5);
     EXPECT_EQ(layout(read(writeOtio(made).text)), "A 0+10 @0,  10+5 @0, B 15+20 @0");
+    const Timeline odd = read(timeline(track(clip("A", 0, 10, R"("effects":{"q":1})"))));
+    EXPECT_EQ(layout(read(writeOtio(odd).text)), "A 0+10 @0");
 }
 
 TEST_F(ExportOtio, RandomEditsComeBack) {
