@@ -4,6 +4,7 @@
 #include "platform/base/Strings.h"
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <tuple>
 #include <utility>
@@ -71,7 +72,8 @@ public:
             const bool goesOut = i + 1 < items.size() &&
                                  items[i + 1].type == ItemType::transition &&
                                  items[i + 1].cut() == items[i].end();
-            add(items[i], goesOut ? frame(items[i + 1].inOffset) : 0);
+            const std::int64_t all = frame(items[i].end()) - frame(items[i].start);
+            add(items[i], goesOut ? std::min(frame(items[i + 1].inOffset), all) : 0);
         }
         if (leads())
             addEvent(nullptr, frame(lead_->cut()), frame(lead_->end()));
@@ -111,9 +113,10 @@ private:
         event.recordOut = end;
         event.channels = {channel_};
         if (lead_) {
-            event.recordIn = at - frame(lead_->inOffset);
+            event.recordIn = std::max(at - frame(lead_->inOffset), std::min(at, earliestLead()));
+            losses_.shortened += event.recordIn > at - frame(lead_->inOffset);
             event.transition = lead_;
-            event.transitionFrames = frame(lead_->end()) - frame(lead_->start);
+            event.transitionFrames = frame(lead_->end()) - event.recordIn;
             event.outgoing = last_ && plays(*last_) ? last_ : nullptr;
             const std::string& type = lead_->transitionType;
             const bool known = toLowerUtf8(type).find("dissolve") != type.npos ||
@@ -123,6 +126,14 @@ private:
         }
         if (event.recordOut > event.recordIn)
             events_.push_back(std::move(event));
+    }
+
+    // Where a transition can begin at the soonest: it cannot go out of more than one event.
+    std::int64_t earliestLead() const {
+        if (last_)
+            return frame(last_->start);
+        return events_.empty() ? std::numeric_limits<std::int64_t>::min()
+                               : events_.back().recordOut;
     }
 
     void shorten() {
@@ -165,7 +176,7 @@ std::vector<std::string> EdlLosses::text() const {
         {nested, "nested edits, written as clips"},
         {effects, "clips with effects that an edit list cannot say"},
         {transitions, "transitions of kinds that an edit list lacks, written as dissolves"},
-        {shortened, "transitions longer than the clip they lead to, shortened"},
+        {shortened, "transitions longer than a clip that they join, shortened"},
         {wrapped, "sources that start before 00:00:00:00 or after a day, whose timecode wraps"},
         {rates, "sources at another frame rate than the edit, which an edit list cannot say"},
         {reels, "reels cut to eight characters of A-Z, 0-9 and _, told in full below the event"},

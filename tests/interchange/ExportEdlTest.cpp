@@ -126,6 +126,12 @@ TEST_F(ExportEdl, WhatAListCannotHoldIsRefusedOrTold) {
     ASSERT_TRUE(cel->setEvent(0, event).ok());
     EXPECT_THAT(exportEdl(edit, "V1")->warnings, Contains("disabled clips left out: 1"));
     EXPECT_FALSE(exportEdl(makeEdit(1, 0, Kv::FrameRate(120))).ok());
+    // A transition cannot go out of two clips.
+    using namespace otiotext;
+    const std::string items = clip("X", 0, 50) + "," + clip("A", 9, 5) + "," + transition(20, 20) +
+                              "," + clip("B", 29, 30);
+    EXPECT_THAT(exported(imported("t.otio", timeline(track(items)))),
+                HasSubstr("D    025 00:00:01:00 00:00:02:11 00:00:02:02 00:00:03:13"));
 }
 
 // The clip gives its last frames to the fade, whether or not the fade goes on behind it.
