@@ -136,14 +136,52 @@ bool isKnownEdlComment(std::string_view text) {
 
 void takeEdlComment(EdlList& list, EdlEvent* event, const std::string& text, long line) {
     const std::string_view body = trim(text);
-    if (startsWith(body, "LOC:") &&
-        takeLocator(list, event ? "event " + event->number : "list", body.substr(4), line))
+    if (startsWith(body, "LOC:")) {
+        if (takeLocator(list, event ? "event " + event->number : "list", body.substr(4), line))
+            return;
+        ++list.lostLocators;
+    }
+    if (body.empty() || takeTableRow(list, body, line))
         return;
-    if (takeTableRow(list, body, line) || !event || body.empty())
-        return;
-    takeNames(*event, body);
-    event->comments.emplace_back(body);
+    if (event)
+        takeNames(*event, body);
+    (event ? event->comments : list.header).emplace_back(body);
 }
+
+namespace {
+
+bool hasReel(const EdlEvent& event, const std::string& reel) {
+    return event.reel == reel || (event.reel.empty() && reel == "AX");
+}
+
+void giveSpeed(EdlList& list, EdlEvent& event, const EdlSpeed& speed) {
+    if (event.framesPerSecond) {
+        ++list.extraSpeeds;
+    } else {
+        event.framesPerSecond = speed.framesPerSecond;
+        event.speedText = speed.text;
+    }
+}
+
+// Whether an event with that reel has just come decides on a speed held back.
+void settle(EdlList& list, bool newEvent) {
+    if (!list.ahead)
+        return;
+    const EdlSpeed speed = *std::exchange(list.ahead, {});
+    const std::size_t count = list.events.size();
+    if (newEvent && hasReel(list.events.back(), speed.reel))
+        giveSpeed(list, list.events.back(), speed);
+    else if (count > (newEvent ? 1 : 0))
+        giveSpeed(list, list.events[count - (newEvent ? 2 : 1)], speed);
+    else
+        ++list.lostSpeeds;
+}
+
+} // namespace
+
+void settleEdlSpeedAtEvent(EdlList& list) { settle(list, true); }
+
+void settleEdlSpeed(EdlList& list) { settle(list, false); }
 
 bool takeEdlSpeed(EdlList& list, std::string_view text) {
     std::vector<std::string_view> words;
@@ -151,29 +189,33 @@ bool takeEdlSpeed(EdlList& list, std::string_view text) {
         words.push_back(nextWord(rest));
     if (words.size() > 1 && parseEdlLabel(words.back()))
         words.pop_back();
-    const auto speed = words.empty() ? std::nullopt : parseDouble(words.back());
-    if (!speed || !(std::abs(*speed) <= 100'000) || list.events.empty())
+    const std::string_view number = words.empty() ? std::string_view() : words.back();
+    const auto speed = parseDouble(number.starts_with('+') ? number.substr(1) : number);
+    if (!speed || !(std::abs(*speed) <= 100'000))
         return false;
-    std::string reel = words.size() > 1 ? std::string(words.front()) : std::string();
+    EdlSpeed read{words.size() > 1 ? std::string(words.front()) : std::string(), *speed,
+                  std::string(number)};
     for (std::size_t i = 1; i + 1 < words.size(); ++i)
-        reel += " " + std::string(words[i]);
+        read.reel += " " + std::string(words[i]);
+    settleEdlSpeed(list);
     // A transition has two lines, and a speed line may mean either.
-    EdlEvent* owner = &list.events.back();
+    bool named = false;
     for (std::size_t back = 1; back <= 2 && back <= list.events.size(); ++back) {
         EdlEvent& candidate = list.events[list.events.size() - back];
-        const bool sameGroup = back == 1 || list.events.back().isTransition();
-        if (sameGroup && !candidate.framesPerSecond &&
-            (candidate.reel == reel || (candidate.reel.empty() && reel == "AX"))) {
-            owner = &candidate;
-            break;
+        if ((back == 2 && !list.events.back().isTransition()) || !hasReel(candidate, read.reel))
+            continue;
+        named = true;
+        if (!candidate.framesPerSecond) {
+            giveSpeed(list, candidate, read);
+            return true;
         }
     }
-    if (owner->framesPerSecond) {
+    if (named)
         ++list.extraSpeeds;
-    } else {
-        owner->framesPerSecond = *speed;
-        owner->speedText = words.back();
-    }
+    else if (read.reel.empty() && !list.events.empty())
+        giveSpeed(list, list.events.back(), read);
+    else
+        list.ahead = std::move(read);
     return true;
 }
 

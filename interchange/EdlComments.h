@@ -12,13 +12,18 @@ namespace cutroom {
 // own, never the rest of a wrapped one; an old list has such lines without the asterisk.
 bool isKnownEdlComment(std::string_view text);
 
-// Takes a whole comment: names, files and reels go to `event` (may be null before the first one),
-// LOC and table lines to the markers of `list`.
+// Takes a whole comment: names, files and reels go to `event` (null before the first one, then all
+// is kept in the header of `list`), LOC and table lines to the markers of `list`.
 void takeEdlComment(EdlList& list, EdlEvent* event, const std::string& text, long line);
 
 // "M2  REEL  SPEED  TIMECODE": gives the speed to the event at the end of `list` whose reel it
-// names. False when the line has another shape.
+// names, or holds it back for the next event. False when the line has another shape.
 bool takeEdlSpeed(EdlList& list, std::string_view text);
+// Gives a speed held back to the event that has just been added where that has its reel, else to
+// the one above the speed line, whose reel may be written shorter there.
+void settleEdlSpeedAtEvent(EdlList& list);
+// The same where no event follows.
+void settleEdlSpeed(EdlList& list);
 
 // Turns events whose note is "text |C:colour |M:name |D:frames" into markers.
 void takeMarkerEvents(EdlList& list);

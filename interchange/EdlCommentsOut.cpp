@@ -18,6 +18,14 @@ void forEachComment(std::string_view facts, const std::function<void(const std::
     });
 }
 
+// A kept comment as a line; those that stood without an asterisk stand so again.
+std::string lineOf(const std::string& text) {
+    for (const char* const bare : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
+        if (text.starts_with(bare))
+            return edlOneLine(text);
+    return "* " + edlOneLine(text);
+}
+
 std::string effectName(const Item& transition) {
     if (!transition.name.empty())
         return edlOneLine(transition.name);
@@ -41,23 +49,13 @@ public:
             forEachComment(event_.facts, [&](const std::string& text) {
                 if (!event_.transition ||
                     !(text.starts_with("FROM CLIP NAME:") || text.starts_with("EFFECT")))
-                    addKept(text);
+                    lines_.push_back(lineOf(text));
             });
         return std::move(lines_);
     }
 
 private:
     void add(const std::string& text) { lines_.push_back("* " + text); }
-
-    // Lines that stood without an asterisk stand so again.
-    void addKept(const std::string& text) {
-        for (const char* const bare : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
-            if (text.starts_with(bare)) {
-                lines_.push_back(edlOneLine(text));
-                return;
-            }
-        add(edlOneLine(text));
-    }
 
     void namesOfTransition(std::string_view outgoing) {
         const std::string from = !outgoing.empty() ? importedText(outgoing, "clip_name")
@@ -101,7 +99,7 @@ private:
         if (!fileTold_)
             add("SOURCE FILE: " + edlOneLine(item.media.location));
         for (const std::string& text : kept)
-            addKept(text);
+            lines_.push_back(lineOf(text));
     }
 
     // Tells whether a comment of the list that was read still holds; those that are written anew
@@ -143,6 +141,13 @@ private:
 std::vector<std::string> edlCommentsOf(const EdlEventOut& event, std::string_view outgoing,
                                        EdlReels& reels) {
     return Comments(event, reels).take(outgoing);
+}
+
+std::vector<std::string> edlHeaderOf(const Timeline& timeline) {
+    std::vector<std::string> lines;
+    forEachComment(importedMember(timeline.metadata, "edl"),
+                   [&](const std::string& text) { lines.push_back(lineOf(text)); });
+    return lines;
 }
 
 } // namespace cutroom

@@ -16,4 +16,7 @@ namespace cutroom {
 std::vector<std::string> edlCommentsOf(const EdlEventOut& event, std::string_view outgoing,
                                        EdlReels& reels);
 
+// The lines above the first event: what the list that it was read from said there.
+std::vector<std::string> edlHeaderOf(const Timeline& timeline);
+
 } // namespace cutroom

@@ -101,6 +101,50 @@ bool readEvent(const std::string& line, EdlEvent& event) {
     return true;
 }
 
+// A line that can hardly be anything else, though some part of it is none of an event's.
+bool looksLikeEvent(std::string_view line) {
+    const Words words = wordsOf(line);
+    const auto times = std::count_if(words.begin(), words.end(), [](std::string_view word) {
+        return std::count(word.begin(), word.end(), ':') > 1;
+    });
+    return words.size() >= 7 && (times >= 4 || (isDigits(words.front()) && times > 0));
+}
+
+// Which lines are notes of markers. A note runs from its event to the line with the colour and may
+// begin as other lines do: "REEL 2 is late |C:ResolveColorRed |M:Marker 1 |D:1". Empty for none.
+std::vector<bool> findNotes(const std::vector<std::string>& lines) {
+    std::vector<bool> notes;
+    bool inside = false;
+    for (std::size_t i = lines.size(); i-- > 0;) {
+        EdlEvent event;
+        const auto colour = lines[i].find("|C:");
+        if (colour != std::string::npos && lines[i].find("|M:", colour) != std::string::npos)
+            inside = true;
+        else if (inside)
+            inside = !readEvent(lines[i], event);
+        if (inside && notes.empty())
+            notes.resize(lines.size());
+        if (inside)
+            notes[i] = true;
+    }
+    return notes;
+}
+
+// Lines of one kind.
+struct Seen {
+    long times = 0;
+    long first = 0;
+
+    void add(long line) {
+        if (times++ == 0)
+            first = line;
+    }
+    void tell(const char* what, std::vector<std::string>& warnings) const {
+        if (times > 0)
+            warnings.push_back(format("%s: %ld (first: line %ld)", what, times, first));
+    }
+};
+
 std::size_t characters(std::string_view text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
         return (static_cast<unsigned char>(c) >> 6) != 2;
@@ -112,14 +156,20 @@ std::size_t characters(std::string_view text) {
 class LineReader {
 public:
     EdlList read(const std::vector<std::string>& lines) {
+        const std::vector<bool> notes = findNotes(lines);
         for (const std::string& line : lines) {
-            ++number_;
-            take(line);
+            const auto index = static_cast<std::size_t>(number_++);
+            if (!notes.empty() && notes[index] && !list_.events.empty())
+                addNote(trim(line));
+            else
+                take(line);
         }
         takeHeldComment();
+        settleEdlSpeed(list_);
+        list_.firstBadEvent = badEvents_.first;
         takeMarkerEvents(list_);
         nameKeys();
-        countOtherLines();
+        tellLosses();
         return std::move(list_);
     }
 
@@ -147,19 +197,20 @@ private:
              {event.sourceIn, event.sourceOut, event.recordIn, event.recordOut})
             list_.anyDrop |= label.drop;
         list_.events.push_back(std::move(event));
+        settleEdlSpeedAtEvent(list_);
     }
 
     bool takeHeader(std::string_view line) {
-        if (startsWith(line, "TITLE:")) {
+        if (equalNoCase(line.substr(0, 6), "TITLE:")) {
             if (list_.title.empty())
                 list_.title = trim(line.substr(6));
             return true;
         }
-        if (!startsWith(line, "FCM:"))
+        if (!equalNoCase(line.substr(0, 4), "FCM:"))
             return false;
         // One writer glues a path to the mode, so only its beginning counts.
         const auto mode = trim(line.substr(4));
-        drop_ = startsWith(mode, "DROP");
+        drop_ = equalNoCase(mode.substr(0, 4), "DROP");
         list_.anyDrop |= drop_;
         if (list_.events.empty() && !list_.recordDrop)
             list_.recordDrop = drop_;
@@ -169,8 +220,11 @@ private:
     // Lines about the event above that have no asterisk.
     bool takeExtra(std::string_view line) {
         EdlEvent* event = list_.events.empty() ? nullptr : &list_.events.back();
-        if (startsWith(line, "M2 ") || startsWith(line, "M2\t"))
-            return takeEdlSpeed(list_, line);
+        if (startsWith(line, "M2 ") || startsWith(line, "M2\t")) {
+            if (!takeEdlSpeed(list_, line))
+                badSpeeds_.add(number_);
+            return true;
+        }
         if (startsWith(line, "AUD ") || startsWith(line, "AUD\t") || line == "AUD") {
             bool whole = event != nullptr;
             for (const auto word : wordsOf(line.substr(3))) {
@@ -184,8 +238,9 @@ private:
         }
         for (const auto known : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
             if (startsWith(line, known)) {
-                if (event)
-                    event->comments.emplace_back(line);
+                (event ? event->comments : list_.header).emplace_back(line);
+                if (startsWith(line, "SPLIT:"))
+                    splits_.add(number_);
                 return true;
             }
         if (!isKnownEdlComment(line))
@@ -195,24 +250,15 @@ private:
     }
 
     void takeUnknown(std::string_view line) {
-        EdlEvent* event = list_.events.empty() ? nullptr : &list_.events.back();
-        const Words words = wordsOf(line);
-        if (words.size() >= 7 && isDigits(words.front()) && line.find(':') != line.npos)
-            noteBadEvent();
-        else if (firstOther_ == 0)
-            firstOther_ = number_;
-        if (event) {
-            event->note += (event->note.empty() ? "" : "\n") + std::string(line);
-            ++event->noteLines;
-        } else {
-            ++headerLines_;
-        }
+        (looksLikeEvent(line) ? badEvents_ : others_).add(number_);
+        if (!list_.events.empty())
+            addNote(line);
     }
 
-    void noteBadEvent() {
-        if (badEvents_ == 0)
-            firstBad_ = number_;
-        ++badEvents_;
+    void addNote(std::string_view line) {
+        std::string& note = list_.events.back().note;
+        if (!line.empty())
+            note += (note.empty() ? "" : "\n") + std::string(line);
     }
 
     // Holds a comment back, or adds the rest of one that is held.
@@ -252,21 +298,20 @@ private:
         }
     }
 
-    void countOtherLines() {
-        long long others = headerLines_;
-        for (const EdlEvent& event : list_.events)
-            others += event.noteLines;
-        if (badEvents_ > 0)
-            list_.warnings.push_back(format("lines that look like events but cannot be read: %ld "
-                                            "(first: line %ld)",
-                                            badEvents_, firstBad_));
-        if (others > badEvents_)
-            list_.warnings.push_back(format("lines of no known form left out: %lld (first: line "
-                                            "%ld)",
-                                            others - badEvents_, firstOther_));
-        if (list_.extraSpeeds > 0)
-            list_.warnings.push_back(
-                format("second speeds for one event ignored: %ld", list_.extraSpeeds));
+    void tellLosses() {
+        badEvents_.tell("lines that look like events but cannot be read", list_.warnings);
+        others_.tell("lines of no known form left out", list_.warnings);
+        badSpeeds_.tell("speeds (M2) that cannot be read left out", list_.warnings);
+        splits_.tell("split edits (SPLIT) kept as comments, picture and sound lie where their "
+                     "events say",
+                     list_.warnings);
+        const std::pair<long, const char*> counts[] = {
+            {list_.extraSpeeds, "second speeds for one event ignored"},
+            {list_.lostSpeeds, "speeds of no event left out"},
+            {list_.lostLocators, "locators (LOC) without a timecode kept as comments"}};
+        for (const auto& [times, what] : counts)
+            if (times > 0)
+                list_.warnings.push_back(format("%s: %ld", what, times));
     }
 
     EdlList list_;
@@ -275,10 +320,7 @@ private:
     std::string held_;
     long heldLine_ = 0;
     std::size_t lastLength_ = 0; // of the line of the held comment that was read last
-    long headerLines_ = 0;
-    long firstOther_ = 0;
-    long badEvents_ = 0;
-    long firstBad_ = 0;
+    Seen badEvents_, others_, badSpeeds_, splits_;
 };
 
 } // namespace

@@ -64,20 +64,28 @@ std::vector<std::string> edlLines(std::string_view bytes, bool* latin1) {
 std::optional<EdlLabel> parseEdlLabel(std::string_view text) noexcept {
     EdlLabel label;
     const std::array<int*, 3> parts = {&label.hours, &label.minutes, &label.seconds};
+    char before = '\0';
     for (std::size_t i = 0; i < parts.size(); ++i) {
         if (!readNumber(text, 2, *parts[i]) || text.empty())
             return {};
         const char separator = text.front();
         const bool last = i + 1 == parts.size();
         const bool dropMark = separator == ';' || separator == '.' || separator == ',';
-        // Some writers put the drop-frame mark everywhere; only the one before the frames counts.
+        // Only the mark before the frames counts. Some writers put `;` everywhere and mean drop
+        // frame; those that put points everywhere just write times so.
         if (separator != ':' && !dropMark)
             return {};
-        label.drop = last && dropMark;
+        label.drop = last && dropMark && (separator == ';' || separator != before);
+        before = separator;
         text.remove_prefix(1);
     }
-    if (!readNumber(text, 3, label.frames) || !text.empty() || label.hours > 23 ||
-        label.minutes > 59 || label.seconds > 59)
+    if (!readNumber(text, 3, label.frames) || !text.empty() || label.minutes > 59 ||
+        label.seconds > 59)
+        return {};
+    // The end of the day has two names.
+    if (label.hours == 24 && label.minutes == 0 && label.seconds == 0 && label.frames == 0)
+        label.hours = 0;
+    if (label.hours > 23)
         return {};
     return label;
 }

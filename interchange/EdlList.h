@@ -17,10 +17,11 @@ struct EdlLabel {
     int minutes = 0;
     int seconds = 0;
     int frames = 0;
-    bool drop = false; // `;`, `.` or `,` stood before the frames
+    bool drop = false; // `;`, or only here `.` or `,`, stood before the frames
 };
 
-// Reads "HH:MM:SS:FF"; nothing for another shape, or minutes or seconds above 59.
+// Reads "HH:MM:SS:FF"; nothing for another shape, or minutes or seconds above 59. "24:00:00:00" is
+// midnight.
 std::optional<EdlLabel> parseEdlLabel(std::string_view text) noexcept;
 
 // The frame that a label names among `nominal` labels a second, `drop` after SMPTE ST 12-1.
@@ -54,7 +55,6 @@ struct EdlEvent {
     std::vector<int> audio;            // channels named by AUD lines
     std::vector<std::string> comments; // in full, without the asterisk
     std::string note;                  // lines that belong to no known form
-    int noteLines = 0;
 
     bool isTransition() const noexcept {
         return kind == EdlKind::dissolve || kind == EdlKind::wipe;
@@ -75,13 +75,25 @@ struct EdlMarker {
     std::string track; // that the row names
 };
 
+// A speed line whose reel is not that of the event above it.
+struct EdlSpeed {
+    std::string reel;
+    double framesPerSecond = 0;
+    std::string text;
+};
+
 struct EdlList {
     std::string title;
-    std::optional<bool> recordDrop; // of the FCM line before any event
-    bool anyDrop = false;           // any mode or label says drop frame
+    std::optional<bool> recordDrop;  // of the FCM line before any event
+    bool anyDrop = false;            // any mode or label says drop frame
+    std::vector<std::string> header; // comments before the first event, without the asterisk
     std::vector<EdlEvent> events;
     std::vector<EdlMarker> markers;
-    long extraSpeeds = 0; // speed lines beyond one for each event
+    std::optional<EdlSpeed> ahead; // while it is open whether the next event has its reel
+    long extraSpeeds = 0;          // speed lines beyond one for each event
+    long lostSpeeds = 0;           // speed lines without any event
+    long lostLocators = 0;         // LOC comments without a timecode
+    long firstBadEvent = 0;        // line of the first that looks like an event and is none
     std::vector<std::string> warnings;
 };
 

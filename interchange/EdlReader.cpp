@@ -29,6 +29,20 @@ std::string rowMetadata(const EdlMarker& row) {
     return json.take();
 }
 
+// The comments above the first event, as those of an event are kept.
+std::string headerMetadata(const std::vector<std::string>& comments) {
+    JSON::Builder json(JSON::Layout::compact);
+    json.beginObject();
+    json.beginObject("edl");
+    json.beginArray("comments");
+    for (const std::string& comment : comments)
+        json.add(comment);
+    json.endArray();
+    json.endObject();
+    json.endObject();
+    return json.take();
+}
+
 // Puts a marker on the timeline, whose record time it is written in.
 void addMarker(const EdlMarker& read, const EdlClock& clock, const EdlPlaces& places,
                Timeline& timeline) {
@@ -71,6 +85,8 @@ Timeline describe(const EdlList& list, const EdlClock& clock, const EdlPlaces& p
             timeline.name.resize(timeline.name.size() - extension.size() - 1);
     }
     timeline.source = "CMX 3600";
+    if (!list.header.empty())
+        timeline.metadata = headerMetadata(list.header);
     timeline.rate.rate = clock.rate;
     timeline.startRate.rate = clock.rate;
     timeline.dropFrame = clock.recordDrop;
@@ -110,6 +126,9 @@ Result<std::vector<Timeline>> readEdl(std::string_view bytes, const std::string&
         return Status(StatusCode::wrongUsage, file, "no frame rate was given");
     bool latin1 = false;
     const EdlList list = parseEdlLines(edlLines(bytes, &latin1));
+    if (list.events.empty() && list.markers.empty() && list.firstBadEvent > 0)
+        return refusal(file, list.firstBadEvent,
+                       "the line looks like an event but cannot be read, and no other line can");
     if (list.events.empty() && list.markers.empty())
         return refusal(file, 0, whyNoList(bytes));
     EdlClock clock;

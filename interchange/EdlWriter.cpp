@@ -32,6 +32,8 @@ public:
         digits_ = edlDigitsOf(events_);
         line("TITLE:   " + edlOneLine(timeline_.name));
         mode(times_.record().dropFrame);
+        for (const std::string& comment : edlHeaderOf(timeline_))
+            line(comment);
         std::size_t marker = 0;
         const auto inOrder = EdlMarkersOut::locators(timeline_);
         for (std::size_t i = 0; i < events_.size(); ++i) {
@@ -81,7 +83,8 @@ private:
 
     void event(const EdlEventOut& each, const EdlEventOut* before) {
         const std::string code = transitionCode(each);
-        const bool pairOfKey = code == "K" && before && before->recordIn == each.recordIn &&
+        const bool pairOfKey = (code == "K" || code == "K O") && before &&
+                               before->recordIn == each.recordIn &&
                                transitionCode(*before) == "K B";
         number_ += !pairOfKey;
         const EdlChannelText channel =

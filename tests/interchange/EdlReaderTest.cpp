@@ -88,11 +88,16 @@ TEST(EdlLines, ThatAreNoEventsAreCountedAndSaid) {
     const std::string bad = "002 R V C 01:00:00:00 01:00:61:00 00:00:00:00 00:00:01:00\n";
     const EdlList list =
         lines("EP 107\n" + event(1, 0, 1) + bad + "WHAT IS THIS\n" +
-              "003 R V C 01:00:00:00 01:00:01:00 00:00:00:00\n"); // one place is missing
+              "003 R V C 01:00:00:00 01:00:01:00 00:00:00:00\n" // one place is missing
+              "M2 R1 50% 01:00:00:00\nM4" +
+              bad + "SPLIT: AUDIO DELAY= 00:00:00:10\n* LOC: RED here\n");
     EXPECT_EQ(list.events.size(), 1u);
     EXPECT_THAT(list.warnings,
-                ElementsAre("lines that look like events but cannot be read: 2 (first: line 3)",
-                            "lines of no known form left out: 2 (first: line 1)"));
+                ElementsAre("lines that look like events but cannot be read: 3 (first: line 3)",
+                            "lines of no known form left out: 2 (first: line 1)",
+                            "speeds (M2) that cannot be read left out: 1 (first: line 6)",
+                            HasSubstr("split edits (SPLIT) kept as comments"),
+                            "locators (LOC) without a timecode kept as comments: 1"));
 }
 
 TEST(EdlLines, FoldedCommentsAreJoined) {
@@ -191,6 +196,12 @@ const LayoutRow kLayouts[] = {
          "M2 A LONG REEL 000.0 01:00:00:00\n",
      "V: C R1 0+50 x2, T  50+10, C R2 50+25 x-1, C A LONG REEL 75+25 x0",
      "second speeds for one event ignored: 1"},
+    {"speeds above their events",
+     "M2 R1 050.0\n" + event(1, 0, 1) + "M2 R2 +000.0\n" + event(2, 1, 2, "R2") +
+         event(3, 2, 3, "LONG_REEL_3") + "M2 LONG_REE 012.5\n" + event(4, 3, 4, "R4"),
+     "V: C R1 0+25 x2, C R2 25+25 x0, C LONG_REEL_3 50+25 x0.5, C R4 75+25"},
+    {"a day that ends at 24", "001 R V C 23:59:59:00 24:00:00:00 23:59:59:00 24:00:00:00\n",
+     "V: C R 0+25"},
     {"on over midnight",
      "001 R V C 10:00:00:00 10:00:02:00 23:59:59:00 00:00:01:00\n"
      "002 R V C 10:00:00:00 10:00:01:00 00:00:01:00 00:00:02:00\n* LOC: 00:00:01:12 RED late\n",
@@ -215,6 +226,10 @@ const LayoutRow kLayouts[] = {
      "TITLE: marks\n\n" + pointAt(1, 2) + "first line\nsecond |C:ResolveColorBlue |M:n1 |D:10\n" +
          pointAt(2, 4) + " |C:ResolveColorRed |M: |D:1\n",
      "; 0+10 n1|first line\nsecond|Blue; 50+1 ||Red"},
+    {"notes that begin as other lines do",
+     pointAt(1, 2) + "REEL 2 is late |C:ResolveColorRed |M:a |D:1\n" + pointAt(2, 4) +
+         "* as said\nM2 fast |C:ResolveColorRed |M:b |D:1\n",
+     "; 0+1 a|REEL 2 is late|Red; 50+1 b|* as said\nM2 fast|Red"},
 };
 
 TEST(EdlReader, LaysEventsAndMarkersOut) {
@@ -280,7 +295,11 @@ TEST(EdlReader, RateAndModeOfTheRecord) {
              {"a later one for the source only",
               "FCM: NON-DROP FRAME\n" + plain + "FCM: DROP FRAME\n" + plain, k2997, "30000/1001"},
              {"a path glued to the mode", "FCM: NON-DROP FRAME/Volumes/x\n" + plain, k25, "25"},
+             {"in small letters", "fcm: Drop Frame\n" + plain, {}, "30000/1001 drop"},
              {"marks before the frames", line("01:00:00;00 01:00:01;00"), {}, "30000/1001 drop"},
+             {"a point before the frames", line("01:00:00.00 01:00:01.00"), k2997,
+              "30000/1001 drop"},
+             {"points all over", line("01.00.00.00 01.00.01.00"), k2997, "30000/1001"},
              {"marks on the source alone",
               "001 R V C 01:00:00;00 01:00:01;00 01:00:00:00 01:00:01:00\n", k2997, "30000/1001"},
              {"a source over midnight",
@@ -329,6 +348,8 @@ TEST(EdlReader, RefusesWhatIsNoList) {
         {"", "no line"},
         {"hello\nworld\n", "no line"},
         {"TITLE: x\nFCM: DROP FRAME\n", "no line"},
+        {"\n001 R V C 00:00:00:00 00:00:60:00 00:00:00:00 00:01:00:00\n",
+         "list.edl:2: the line looks like an event"},
         {"1\n00:00:01,000 --> 00:00:02,000\nHello\n", "list.edl: subtitles, not a timeline"},
         {"WEBVTT\n\n00:01.000 --> 00:02.000\nHello\n", "list.edl: WebVTT"},
         {"\xEF\xBB\xBF<?xml version=\"1.0\"?>\n<xmeml/>\n", "list.edl: an XML document"},
