@@ -70,7 +70,7 @@ TEST_F(AssetGroupTest, CreatingRecordsACreationAndAddingTellsNothing) {
     EXPECT_FALSE(manager().getGroup(Cookie('G', 1)));
     EXPECT_EQ(told_.size(), 1u);
     EXPECT_EQ(manager().removeGroup(same, "").code(), StatusCode::notFound);
-    EXPECT_EQ(same->save().code(), StatusCode::wrongUsage); // would write over the other's file
+    EXPECT_EQ(same->save().code(), StatusCode::wrongUsage); // it would overwrite the other's file
 
     ASSERT_TRUE(manager().removeGroup(added, "").ok());
     EXPECT_TRUE(manager().addGroup(added)); // comes back

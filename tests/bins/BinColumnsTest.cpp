@@ -104,7 +104,7 @@ TEST_F(BinColumnsTest, PutInOrderKeepTiesAsTheyWere) {
     } rows[] = {
         {A::take, {"10", "9b", "9a", "x", ""}, {3, 4, 1, 2, 0}, {0, 1, 2, 3, 4}},
         {A::scene, {"b", "a", "C", "a"}, {1, 3, 0, 2}, {2, 0, 1, 3}},
-        {A::scene, {"a", "A"}, {1, 0}, {0, 1}}, // the same but for case
+        {A::scene, {"a", "A"}, {1, 0}, {0, 1}}, // the same except for case
         {A::scene, {"12A", "100", "-1.5", "9"}, {2, 3, 1, 0}, {0, 1, 3, 2}},
         {A::notes, {"1.2.3", "1-2", "-"}, {2, 1, 0}, {0, 1, 2}}, // hardly numbers
     };
@@ -144,7 +144,7 @@ TEST_F(BinColumnsTest, NestedBinsAreSearchedAndCirclesRefused) {
     EXPECT_FALSE(outer->contains(CookieVec{held, absent}, true));
     EXPECT_FALSE(inner->canAccomodate(outer->getID()));
     EXPECT_TRUE(outer->canAccomodate(inner->getID()));
-    inner->add(outer->getID()); // who adds does not ask
+    inner->add(outer->getID()); // `add` itself does not check
     EXPECT_FALSE(inner->contains(absent, true));
 }
 
@@ -198,7 +198,7 @@ TEST_F(BinColumnsTest, AHandleFindsItsBinAndItsGroup) {
     EXPECT_EQ(handle.getGroup(), group);
     EXPECT_EQ(handle->getName(), L"x");
     EXPECT_FALSE(BinHandle(bin).getGroup() || BinHandle().getBin());
-    handle.initFromString(group->getID().asString()); // what was found is forgotten
+    handle.initFromString(group->getID().asString()); // drops what it held before
     EXPECT_EQ(handle.getBin(), group);
 }
 

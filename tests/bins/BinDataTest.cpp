@@ -78,7 +78,7 @@ TEST_F(BinDataTest, AnItemOfAnEditTakesItsTimeAndMarks) {
     EXPECT_EQ(bin.getItem(0).time, 0);
     EXPECT_EQ(bin.getItem(1).markOut, 4.0);
     bin.clear();
-    bin.add(shot.getCookie()); // one alone is not opened
+    bin.add(shot.getCookie()); // a single edit is not opened
     EXPECT_FALSE(bin.getItem(0).hasMark());
 }
 

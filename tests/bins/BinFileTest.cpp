@@ -132,8 +132,8 @@ TEST_F(BinFileTest, KeepsWhatALaterVersionWroteAndDropsWhatWasTakenAway) {
 }
 
 TEST_F(BinFileTest, OfOddFieldsIsReadByPlaceAndName) {
-    // The time is the third field whatever its name; a legacy size outweighs the version; what
-    // cannot be read is as if it were not there.
+    // The third field is the time whatever its name; a legacy size counts more than the version;
+    // fields that cannot be read count as absent.
     const Kv::Ptr<BinData> bin = loaded("odd-fields.bin");
     EXPECT_EQ(bin->getVersion(), cutroom::kBinVersionPixels);
     EXPECT_EQ(bin->getTileSize(), Kv::ImageSize::Presets::Small);
@@ -179,7 +179,7 @@ TEST(BinFileText, ReadsPlacesAndSizesUpToWhatIsNoNumber) {
 TEST(BinFileText, ReadsEveryPlaceThatIsWrittenAsItWas) {
     std::mt19937 random(3);
     for (int i = 0; i < 100000; ++i) {
-        // Of any size, and like those of a gallery.
+        // Places of any magnitude, and some as a gallery has them.
         const float any = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
         const float near = static_cast<float>(random() % 4000000) / static_cast<float>(1 + i % 997);
         const XY<float> position{std::isfinite(any) ? any : 0.0f, i % 2 == 0 ? near : -near};
@@ -279,10 +279,10 @@ TEST_F(BinFileTest, ADamagedFileIsMovedAsideByASave) {
     EXPECT_FALSE(bin->load().ok());
     EXPECT_TRUE(bin->save().ok() && movedAside(*bin));
     EXPECT_TRUE(bin->load().ok() && bin->valid());
-    // Another bin's, whose cookie the bin takes once its own file is known to be sound.
+    // The file of another bin, whose cookie the bin takes once its own file is known to be sound.
     bin->setID(other->getID());
     EXPECT_TRUE(bin->save().ok() && movedAside(*other));
-    // One that nobody has looked at, and one that is staged.
+    // A bin that was not looked at yet, and one that is staged.
     fresh->add(Cookie('E', 1));
     const auto image = fresh->takeForSaving();
     ASSERT_TRUE(image.ok());
@@ -299,7 +299,7 @@ TEST_F(BinFileTest, AFileOfALaterFormOrThatCannotBeLookedAtIsLeftAlone) {
     EXPECT_EQ(bin->save().code(), StatusCode::failed);
     EXPECT_EQ(file(fileOf(bin->getID())), later);
     EXPECT_TRUE(bin->isDirty());
-    // One that leaves no room for what is written beside what is kept.
+    // So many unknown attributes that there is no room for those that are written.
     std::vector<std::string> names;
     std::vector<KVContainerFile::ItemField> fields;
     for (int i = 0; i < 64; ++i)
@@ -351,7 +351,7 @@ TEST_F(BinFileTest, AChangeThatWaitsForTheSaveIsNotLost) {
     bin->add(Cookie('E', 1)); // before it is written
     EXPECT_TRUE(bin->save(Cookie('G', 50)).ok());
     EXPECT_EQ(BinData(Cookie('G', 50)).numItems(), 1u);
-    EXPECT_TRUE(bin->isDirty()); // a file of another cookie is no save of its own
+    EXPECT_TRUE(bin->isDirty()); // writing another cookie's file does not save it
 }
 
 } // namespace

@@ -43,7 +43,7 @@ protected:
             project_->open(folder_ / "film", access, CurrentProject::IfMissing::create);
         EXPECT_TRUE(opened.ok()) << opened.text();
     }
-    // Ends it.
+    // Ends that life.
     void end() {
         guard_.reset();
         if (project_) {
@@ -57,7 +57,8 @@ protected:
         end();
         open(access);
     }
-    // For several threads: the files that fail are for one.
+    // For tests with several threads: uses the system's files, since those that fail allow one
+    // thread only.
     static void filesForThreads() { installFileSystem(nullptr); }
     static BinManager& bins() { return BinManager::instance(); }
     static Kv::Ptr<BinData> newBin(const std::wstring& name) {
@@ -101,7 +102,7 @@ protected:
     std::optional<EmbeddedProject> project_;
     Kv::Ptr<Guard> guard_;
     std::vector<std::string> told_;
-    Cookie heard_; // the container named last
+    Cookie heard_; // the container that was named last
 };
 
 } // namespace cutroom::test

@@ -109,7 +109,7 @@ protected:
             names.push_back(summary.name + L" " + std::to_wstring(summary.logCount));
         return names;
     }
-    // What others do to the files, a while after the cache was written.
+    // Changes the files behind the manager's back, a while after the cache was written.
     void behindItsBack(const std::function<void(const std::string& groups)>& change) {
         end();
         files_.arm(-1, FaultyFiles::Span::once);

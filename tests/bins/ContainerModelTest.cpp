@@ -21,8 +21,8 @@
 using namespace cutroom;
 using namespace cutroom::test;
 
-// Listeners that change other containers take notifiers in every order. The lock of changes, which
-// the thread sanitizer does not reckon with, lets one thread do so at a time (docs/threads.md).
+// Listeners that change other containers lock notifiers in every order. The lock of changes lets
+// one thread do so at a time (docs/threads.md), which the thread sanitizer does not know.
 extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions();
 extern "C" const char* __tsan_default_suppressions() { return "deadlock:World::"; }
 
@@ -66,7 +66,7 @@ struct Change {
     std::vector<int> due = {}; // those who are still to be told
 };
 
-// What is done to a box, once its model has been changed, and whether that is a change.
+// An operation on a box, done once its model has been changed, and whether it changes anything.
 struct Deed {
     bool tells;
     std::function<void()> work;
@@ -275,7 +275,8 @@ private:
     }
 
     // --- what comes and goes -------------------------------------------------------------------
-    // Bins at any time; the others, which their managers make, when nothing is told.
+    // Bins may be replaced at any time; the others, which their managers make, only while nothing
+    // is told.
     void replace(std::size_t at) {
         const Box& box = *boxes_[at];
         if (isChanging(box) || (!box.bin && !changes_.empty()))

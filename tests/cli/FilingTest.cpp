@@ -70,7 +70,8 @@ TEST_P(Filed, WholeOrNotAtAllWhateverFails) {
         EXPECT_EQ(bins().getData(known_)->items().size(), kept.ok() && GetParam() ? 3u : 1u) << at;
         if (!struck)
             break;
-        for (const Cookie& bin : kept.ok() ? binsWith(made) : CookieVec()) // it was made good
+        // A failure that was made good leaves bins and edits.
+        for (const Cookie& bin : kept.ok() ? binsWith(made) : CookieVec())
             if (bin != known_) {
                 ASSERT_TRUE(bins().destroy(bin, "again").ok());
             }

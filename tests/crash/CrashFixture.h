@@ -37,7 +37,7 @@ protected:
     }
     void TearDown() override { end(); }
 
-    // A process that opens the project; what was there before ends.
+    // Ends the process before, and begins one that opens the project.
     Status tryBegin(Access access = Access::readWrite, IfMissing missing = IfMissing::fail) {
         project_.reset();
         host_.reset();
@@ -58,7 +58,7 @@ protected:
         host_.reset();
     }
 
-    // Nothing in the open project says that a process before was cut off.
+    // Checks that nothing in the open project shows that a process before it was cut off.
     void expectNoTrace() const {
         EXPECT_THAT(CurrentProject::getWarnings(), testing::IsEmpty());
         EXPECT_THAT(litter(), testing::IsEmpty());

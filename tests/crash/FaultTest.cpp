@@ -143,7 +143,8 @@ TEST_F(CrashFixture, anEditWhoseRecordCannotBeWrittenStaysDirty) {
     EXPECT_EQ(databaseTrouble(), "");
 }
 
-// The history is asked for again when it could not be read, and kept aside when a new one begins.
+// A history that could not be read is read again when it is asked for, and kept aside when a new
+// one begins.
 TEST_F(CrashFixture, aHistoryThatCannotBeReadNowIsNotWrittenOver) {
     const std::string file = fileOf(edits_[0], ".undo");
     const std::string history = bytesOf(file);
@@ -167,7 +168,7 @@ TEST_F(CrashFixture, aHistoryThatCannotBeReadNowIsNotWrittenOver) {
         return EditManager::instance().canUndo(again);
     }));
     again->setName(L"changed");
-    int tries = 0; // that fail later and later, also after it went aside
+    int tries = 0; // each fails later than the one before, also after the file went aside
     for (bool saved = false; !saved && tries < 100; ++tries) {
         faulty.arm(tries, Span::once, "Input/output error");
         installFileSystem(&faulty);

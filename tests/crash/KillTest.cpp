@@ -16,8 +16,8 @@ using std::chrono::microseconds;
 
 namespace {
 
-// Of each kind of work. A process under a sanitizer takes long to start, and finds nothing more
-// here.
+// Rounds of each kind of work: few under a sanitizer, where a process takes long to start and finds
+// nothing more.
 #ifdef CUTROOM_SANITIZED
 constexpr long kMoments = 15;
 #else
@@ -37,8 +37,8 @@ protected:
         end();
     }
 
-    // Lets a process work and kills it: at any moment from its start on, or a little after some
-    // line of its, which is in the midst of a save.
+    // Lets a process work and kills it: at any moment from its start on, or a little after it wrote
+    // some line, and so in the midst of a save.
     void killOne(unsigned seed) {
         WriterProcess writer(GetParam(), folder_, seed);
         if (random_() % 8 == 0)
@@ -59,7 +59,7 @@ protected:
         }
     }
 
-    // The next process: `turn` tells whose steps of history are gone through.
+    // Opens the project in the next process. `turn` chooses the edit whose history is gone through.
     void openNext(unsigned turn) {
         begin();
         expectNoTrace();
@@ -114,7 +114,7 @@ void writeTimeline(const std::string& path, std::size_t sources) {
 
 using ImportKillTest = CrashFixture;
 
-// Killed after some progress, or a little later: in the midst of its end.
+// The import is killed after some progress, or a little later, in the midst of its end.
 TEST_F(ImportKillTest, allOfAnImportIsThereOrNothing) {
     constexpr std::size_t kSources = 1500;
     writeTimeline(temp_ / "timeline.otio", kSources);

@@ -29,8 +29,8 @@ protected:
         disk.settle();
         return disk;
     }
-    // Opens the project there, changes both edits and saves until operation `at`, which ends all;
-    // tells whether the save said that it is done.
+    // Opens the project there, changes both edits, and saves until operation `at`, with which the
+    // power goes. Gives whether the save succeeded.
     bool saveUntil(PowerCutDisk& disk, long at, std::size_t* operations = nullptr) {
         FaultyFiles running(disk);
         installFileSystem(&running);
@@ -45,7 +45,7 @@ protected:
         const bool saved = manager.flushChanges(false).ok();
         if (operations)
             *operations = running.operations().size();
-        (void)project_->close(); // of no use any more when the power is gone
+        (void)project_->close(); // fails, since the power is gone
         project_.reset();
         host_.reset();
         installFileSystem(nullptr);

@@ -28,7 +28,7 @@ TEST_F(TwoProcessesTest, oneWritesOthersReadAndTouchNothing) {
     edit->setName(L"never saved");
     EXPECT_EQ(EditManager::instance().save(edit).code(), StatusCode::failed);
     EXPECT_FALSE(CurrentProject::setName(L"other").ok());
-    (void)project_->close(); // says that the name is not saved
+    (void)project_->close(); // reports that the name was not saved
     auto after = filesBelow(folder_);
     for (auto* files : {&before, &after})
         files->erase("project.db-shm"); // the two processes' shared memory

@@ -29,7 +29,7 @@ void say(std::string line) {
         _exit(3);
 }
 
-// One kind of container, as a user has to do with it.
+// What a user does with one kind of container.
 struct ContainerWork {
     std::string prefix, types; // of its keys in the project's state, and of its cookies
     Cookie (*make)();
@@ -77,7 +77,7 @@ std::string changeGroup(const Cookie& id, RandomWork& work) {
     return stampOf(*group);
 }
 
-// Every other one a sync group.
+// Makes a bin or, every other time, a sync group.
 Cookie makeBin() {
     static bool synced = true;
     synced = !synced;
@@ -148,7 +148,7 @@ private:
             return workOnSome();
         }
     }
-    // Announces the state that `save` is to bring about, and that it has.
+    // Announces the state that `save` is to bring about, and afterwards that it did.
     Status saved(const std::function<Status()>& save) {
         say("try " + textOf(state_));
         const Status status = save();
@@ -191,7 +191,7 @@ private:
     }
     Status save(const std::vector<EditPtr>& edits) {
         for (const EditPtr& edit : edits)
-            if (edit->isDirty()) // a step alone, with no change after it, is nothing to save
+            if (edit->isDirty()) // a step without a change after it needs no save
                 state_[edit.getCookie().asString()] = stampOf(edit);
         return saved([] { return EditManager::instance().flushChanges(false); });
     }

@@ -88,7 +88,7 @@ protected:
     static std::string config(const EditPtr& edit, const std::string& key) {
         return edit->getConfig(key).value_or("(none)");
     }
-    // Its labels count as those of its material.
+    // Tells whether its labels count as those of its material.
     static bool keepsLabels(const EditModifier& edit) {
         const std::string before = edit->canonicalContents();
         edit->make_original(true, true);

@@ -70,7 +70,7 @@ TEST_F(Cues, BecomeLogsAsLongAsTheirRegions) {
     for (const Cue& cue : cuesOf({{2, 5}, {18, kNoTime, L"Two"}, {22, kNoTime}}))
         edit->addCue(cue);
     EditModule module{EditPtr(edit)};
-    module.selectAll(false); // plays no part
+    module.selectAll(false); // makes no difference
     for (const eLogType type :
          {kLogTypeEdit, kLogTypeSyncGhost, kLogTypePrintGhost, kLogTypeSubclip}) {
         const CookieVec logs = makeLogsUsingCuePoints(type, module);
@@ -96,7 +96,7 @@ TEST_F(Cues, NameTheirLogsUnlessTheyCarryTheDefaultName) {
         {L"mARk", L"Reel (Subclip)"}, {L"m", L"Reel (Subclip)"},   {L"Marker 1", L"Marker 1"},
         {L"Markers", L"Markers"},
     };
-    std::vector<Cue> cues = cuesOf({{-1e30, 1e30}}); // fails, and holds up no other
+    std::vector<Cue> cues = cuesOf({{-1e30, 1e30}}); // fails; the others are still made
     for (const auto& row : rows)
         cues.emplace_back(TimeRange(1, 2), row.cue);
     const CookieVec logs = makeLogsUsingCuePoints(kLogTypeSubclip, edit, cues);

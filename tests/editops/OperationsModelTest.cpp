@@ -25,8 +25,8 @@ namespace {
 
 constexpr int kStepsPerRun = 80; // fewer than a history holds
 
-// What must hold of any edit, found out without the store's own check: points on one line, pieces
-// that touch and have a length, effects that exist, levels of sound that is there.
+// Checks what must hold of any edit, without the store's own check: points in ascending order,
+// pieces that touch and have a length, effects that exist, levels that belong to a sound channel.
 void expectSound(const EditPtr& edit) {
     ASSERT_EQ(edit->checkConsistency(), "");
     double end = 0;
@@ -212,7 +212,7 @@ protected:
             EXPECT_EQ(edit_->canonicalContents(), before_);
         }
     }
-    // Cuts off the frame, as an operation of the viewed edit: the check repairs them.
+    // Makes cuts off the frame by an operation of the viewed edit, whose check repairs them.
     void cutsOffTheFrame() {
         const auto cut = [&](const EditModifier& edit) -> Status {
             for (int i = number(3) + 1; i > 0; --i)
@@ -259,7 +259,7 @@ protected:
         const double at = time();
         edit_->addCue(number(2) ? Cue(at, L"point") : Cue(TimeRange(at, at + time(30)), L"range"));
     }
-    // What a run leaves bare is filled again.
+    // Fills the edit again, when the run has left it bare.
     void isLaidAnew() {
         const IdStamp channel = anyChannel();
         if (!channel.valid())
@@ -277,7 +277,7 @@ protected:
         EXPECT_TRUE(cel->setEvent(0, point).ok());
     }
 
-    // One step of the history for each state, which the states are gathered to compare with.
+    // Performs any operation, and keeps each state to compare with the steps of the history.
     void performAny() {
         using Self = EditOperations;
         static void (Self::*const operations[])() = {

@@ -87,7 +87,7 @@ TEST_F(SyncUpBuild, CoversTheSpanOfItsRulesWithEveryChannel) {
         params.endRule = row.endRule;
         params.part = row.part != kAll;
         std::tie(params.partStart, params.partEnd) = row.part;
-        for (const bool turned : {false, true}) { // which shot comes first plays no part
+        for (const bool turned : {false, true}) { // the order of the two makes no difference
             const EditPtr made = turned ? byTime(picture_, sound_, row.t2, row.t1, params)
                                         : byTime(sound_, picture_, row.t1, row.t2, params);
             ASSERT_TRUE(made) << row.name;
@@ -129,7 +129,7 @@ TEST_F(SyncUpBuild, TakesTheChannelsAndMetadataThatAreMeant) {
         shot->setAudioMetadata(text);
     }
     synchup_params params;
-    params.part = true; // plays no part by time
+    params.part = true; // makes no difference by time
     params.partStart = 2;
     params.partEnd = 3;
     const EditPtr all(synchup_general_cookies_by_time(recorder, camera.getCookie(), 0, 1, params));

@@ -53,7 +53,7 @@ TEST_F(SyncUp, AnOffsetIsTheDifferenceOfTheLabelsOrRefused) {
         {"NoSoundLabel", {""}, {}, kNoTime, kSyncNoLabels},
         {"NoPictureLabel", {}, {""}, kNoTime, kSyncNoLabels},
         {"OtherRate", {"00:00:10:12", 1500, Kv::FrameRate(24)}, {"00:00:10:00"}, 0.5},
-        // The hour of drop-frame labels is 108 frames shorter in number, not in time.
+        // Drop-frame counting skips 108 labels in an hour; the time is the same.
         {"DropFrameAgainstNonDrop",
          {"01:00:00;00", 9000, kNtsc, true},
          {"00:59:56:12", 9000, kNtsc},

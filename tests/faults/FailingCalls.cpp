@@ -29,7 +29,7 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-// The call that this library stands before.
+// The function of that name that this library hides.
 template <class Call> Call* next(Call*, const char* name) {
     return reinterpret_cast<Call*>(dlsym(RTLD_NEXT, name));
 }
@@ -73,11 +73,11 @@ public:
             errno = error_;
         return struck;
     }
-    // Of the bytes of a write that fails; it goes wrong after them.
+    // How many bytes a failing write still writes.
     std::size_t shareOf(std::size_t size) const {
         return like_ == "once" || like_ == "kind" ? 0 : (size + 1) / 2;
     }
-    // What a write that did its share gives.
+    // The result of a write after it wrote its share.
     ssize_t outcome(ssize_t written) const {
         if (like_ == "end")
             _exit(99);

@@ -96,7 +96,7 @@ TEST_F(LiveFilterTest, FindsTheFewThatHaveTags) {
 }
 
 TEST_F(LiveFilterTest, TellsOfTagsAndOfBinsThatAreLookedAt) {
-    (void)contentOf(L"Everything"); // looks for no tags
+    (void)contentOf(L"Everything"); // does not read the tags
     EXPECT_EQ(toldFilters_.size(), 0u);
     put(tagged(2, "dusk"));
     EXPECT_THAT(toldFilters_, ElementsAre("bin 256"));
@@ -134,7 +134,7 @@ TEST_F(LiveFilterTest, WhoLooksWaitsForWhatIsBeingApplied) {
                 follower.catchUp();
                 sawItApplied.set_value(applied);
             });
-            (void)saw.wait_for(std::chrono::milliseconds(50)); // in vain: it waits for us
+            (void)saw.wait_for(std::chrono::milliseconds(50)); // times out: it waits for us
             applied = true;
         },
         [] {});

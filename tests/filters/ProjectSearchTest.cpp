@@ -198,7 +198,7 @@ TEST_F(ProjectSearchTest, tellsSomeFindsAtATimeAndFindsWhatMatchesAtTheEnd) {
     EXPECT_LT(told.front(), 5000u);
     EXPECT_EQ(told.back(), 5000u);
     EXPECT_EQ(share, 1);
-    // Media are asked for, some at a time, while records go and change.
+    // The search looks for media, a few at a time, while records are removed and changed.
     Criteria noMedia;
     noMedia.clipMedia = Presence::absent;
     noMedia.attributes = {{LogAttribute::name, {{{"ebb", eMatchMethod::doesNotContain}}, {}}}};
@@ -244,7 +244,7 @@ TEST_F(ProjectSearchTest, callsNoAttributeWhatItCallsMarkers) {
         EXPECT_FALSE(CurrentProject::addCustomAttribute(id, L"x", DBFieldTypes::text).ok());
 }
 
-// Times that no single-precision value holds: no asset has them, whether read again or not.
+// A time beyond single precision becomes its greatest value, which no asset has either.
 TEST(CriteriaJson, keepsTimesBeyondAll) {
     const std::pair<double, double> times[] = {
         {1e300, 3.4028235e38}, {-1e300, -3.4028235e38}, {std::nan(""), 3.4028235e38}};

@@ -48,7 +48,8 @@ protected:
         module.markAllAt(TimeRange(at(from), at(to)), true);
         return edcopy_general_copy_range(Cookie(), kLogTypeEdit, L"", module);
     }
-    // Changes `edit` as one step; undone it is what it was, redone what it had become.
+    // Changes `edit` in one step, and checks that undo and redo give the states before and after
+    // it.
     template <class Operation> static void performUndoably(const EditPtr& edit, Operation change) {
         EditManager& manager = EditManager::instance();
         const std::string before = edit->canonicalContents();
@@ -62,7 +63,7 @@ protected:
         EXPECT_EQ(edit->canonicalContents(), after);
     }
 
-    // No transition has its point at the frame or reaches across it.
+    // Tells whether no transition has its point at the frame or reaches across it.
     bool isOutsideTransitions(std::int64_t frame) const {
         const Flicks time = rate_.frameToFlicks(frame);
         for (const IdStamp& channel : edit_->getChans()) {
@@ -85,8 +86,7 @@ protected:
     std::mt19937 random_{20240229};
 };
 
-// What a point's effect is, whatever its id. Filters of a clip are told from transitions, which
-// belong to the point.
+// Describes a point's effect without its id. A filter belongs to a clip, a transition to the point.
 std::string effectOf(const EditPtr& edit, const IdStamp& id, bool transitions) {
     const auto graph = edit->getEffectGraph(id);
     if (!graph || graph->isTransition() != transitions)
@@ -96,7 +96,7 @@ std::string effectOf(const EditPtr& edit, const IdStamp& id, bool transitions) {
            graph->parameters;
 }
 
-// `b` only carries on what `a` shows.
+// Tells whether `b` only continues what `a` shows.
 bool carriesOn(const EditPtr& edit, const CelSegment& a, const CelSegment& b) {
     const double moved =
         a.flags & kEventFreeze ? 0 : a.speed * static_cast<double>(b.start - a.start);
@@ -184,7 +184,8 @@ std::string shownBy(const EditPtr& edit, const std::vector<IdStamp>& channels, d
         if (!material.valid())
             continue;
         const auto segment = static_cast<std::uint32_t>(cel->findSegment(toFlicks(time)));
-        // Places to the tenth of a microsecond: a cut in a clip at another speed is rounded.
+        // Places are compared to a tenth of a microsecond, because a cut in a clip at another speed
+        // is rounded.
         return material.asString() + "@" +
                std::to_string(std::lround(1e7 * cel->get_strip_time(time))) +
                toUtf8(cel->getSegment(segment).detail.name);

@@ -44,8 +44,8 @@ TEST_P(ExportEdlCorpus, WhatCameInComesOut) {
     const EditPtr second = imported("again.edl", text, edit->getFrameRate());
     EXPECT_EQ(contentsOf(second), contentsOf(edit));
     EXPECT_EQ(exported(second), text);
-    // As many as an independent reader found. Only a key without length is lost, and what a
-    // transition is longer than its event.
+    // There must be as many events as an independent reader found. Only two things are lost: a key
+    // without length, and the part of a transition that is longer than its event.
     const std::set<std::string> changed{"edl/key_transition.edl", "edl/speedup_and_fadeout.edl"};
     std::vector<std::string> lost;
     const auto before = eventsOf(*readFile(path)), after = eventsOf(text);
@@ -53,7 +53,7 @@ TEST_P(ExportEdlCorpus, WhatCameInComesOut) {
     std::set_difference(before.begin(), before.end(), after.begin(), after.end(),
                         std::back_inserter(lost));
     EXPECT_THAT(lost, testing::SizeIs(changed.contains(GetParam()) ? 1 : 0));
-    // By way of OTIO, which keeps what an event said as metadata, the same events come out.
+    // Through OTIO, which keeps what an event said as metadata, the same events come out.
     EXPECT_EQ(eventsOf(exported(imported("again.otio", exportOtio(edit)->text))), after);
 }
 
@@ -99,7 +99,7 @@ TEST_F(ExportEdl, FreshEditIsAStrictList) {
     EXPECT_THAT(file->warnings, Contains("values of fields of markers left out: 1"));
 }
 
-// Frames of labels, not of clocks: no drift over a day.
+// Frames are counted by labels, not by the clock, so they do not drift over a day.
 TEST_F(ExportEdl, LongEditsKeepTheirFrames) {
     for (const int nominal : {30, 60}) {
         const EditModifier edit = makeList(Kv::FrameRate(nominal * 1000, 1001), "00:00:00;00");
@@ -126,7 +126,7 @@ TEST_F(ExportEdl, WhatAListCannotHoldIsRefusedOrTold) {
     ASSERT_TRUE(cel->setEvent(0, event).ok());
     EXPECT_THAT(exportEdl(edit, "V1")->warnings, Contains("disabled clips left out: 1"));
     EXPECT_FALSE(exportEdl(makeEdit(1, 0, Kv::FrameRate(120))).ok());
-    // A transition cannot go out of two clips.
+    // No transition can lead away from two clips.
     using namespace otiotext;
     const std::string items = clip("X", 0, 50) + "," + clip("A", 9, 5) + "," + transition(20, 20) +
                               "," + clip("B", 29, 30);
@@ -227,7 +227,7 @@ TEST_F(ExportEdl, ChangesAreToldAndTheRestStays) {
     EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
 }
 
-// Also in the first line of a transition, which else stays as it was read.
+// The same goes for the first line of a transition, which otherwise stays as it was read.
 TEST_F(ExportEdl, WhatGoesOutIsToldWhereItIs) {
     const std::string outgoing = "002  A        V     C        01:00:04:00 01:00:04:00";
     const std::string list =

@@ -152,7 +152,11 @@ TEST(WriteOtio, FillsHolesAndSaysWhatDoesNotFit) {
     items.erase(items.begin() + 1);
     items[1].start += at24(5);
     EXPECT_EQ(layout(read(writeOtio(made).text)), "A 0+10 @0,  10+5 @0, B 15+20 @0");
-    const Timeline odd = read(timeline(track(clip("A", 0, 10, R"("effects":{"q":1})"))));
+    Timeline odd = read(timeline(track(
+        clip("A", 0, 10,
+             R"("effects":{"q":1},)" +
+                 markers(object("Marker.2", "m", R"("metadata":"x","range":)" + range(3, 0)))))));
+    odd.markers[0].fields.emplace_back("take", "3");
     EXPECT_EQ(layout(read(writeOtio(odd).text)), "A 0+10 @0");
 }
 
@@ -171,7 +175,8 @@ TEST_F(ExportOtio, RandomEditsComeBack) {
     }
 }
 
-// A marker of what is nested stands there alone; changed on the edit around it, it stands on that.
+// A marker of a nested timeline is written there only; one that was changed on the edit around it
+// is written there.
 TEST_F(ExportOtio, MarkersOfNestedThingsAreToldWhereTheyAre) {
     const EditModifier edit = imported(
         "t.otio",

@@ -146,7 +146,7 @@ TEST_F(Import, LogsUsedAgainFitOrAreMadeAnew) {
     const std::string said = "logs of the project that hold less of their media than the file: 1";
     EXPECT_THAT(first.warnings, testing::Not(testing::Contains(said)));
     EXPECT_THAT(reel("02:00:05:00", "02:00:15:00").warnings, testing::Contains(said));
-    // Timecode at another rate is another time.
+    // The same timecode at another rate is another time.
     ImportOptions film;
     film.rate = Kv::FrameRate(24000, 1001);
     for (const std::size_t fresh : {1u, 0u})
@@ -232,7 +232,7 @@ TEST_F(ImportFaults, AllOrNothingWhereverItStops) {
             reopen();
             const std::size_t after = EditManager::instance().getAllEdits().size();
             EXPECT_TRUE(after == before || after == all) << before << " " << after;
-            // The edits never stand without it; after a failure it may stand without them.
+            // The edits are never there without it; after a failure it may be there without them.
             const auto filed = readFile(joinPath(CurrentProject::getFolder(), "groups/filed"));
             EXPECT_TRUE(after == before || (filed && *filed == std::to_string(attempt)));
             for (const Cookie& edit : EditManager::instance().getAllEdits())

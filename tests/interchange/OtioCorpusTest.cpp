@@ -36,7 +36,7 @@ std::string orderOf(const Track& track) {
     return order;
 }
 
-// What `show` tells of a file is compared elsewhere: names, lengths, start.
+// The names, lengths and start that `show` prints are compared elsewhere.
 TEST_P(OtioCorpus, RootRateAndTracksAgree) {
     EXPECT_EQ(timeline_.source, facts_->getString("root"));
     if (!expected_) {

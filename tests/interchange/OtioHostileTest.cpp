@@ -1,4 +1,5 @@
-// Files that must be refused in one line that names the place, without crash, hang or memory.
+// Files that must be refused in one line that names the place, without a crash, a hang, or much
+// memory.
 #include "tests/interchange/OtioText.h"
 
 #include <gmock/gmock.h>

@@ -30,8 +30,8 @@ RC_GTEST_PROP(CookieTest, TextRoundTrips, (std::uint64_t id, std::uint8_t index)
 }
 
 TEST(CookieTest, EveryOtherTextIsRefused) {
-    // Of another length, above 64 bits, of no kind, of no digits, no identity, something left over,
-    // no index, paths.
+    // Wrong length, more than 64 bits, no kind, no digits, no identity, something left over, no
+    // index, paths.
     for (const char* text : {"",
                              "E",
                              "E000000000000",

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-// Entering again is what these tests are about, and what the static analysis does not know.
+// These tests are about entering a lock again, which the static analysis does not know.
 #if defined(__clang__)
 #pragma clang diagnostic ignored "-Wthread-safety-analysis"
 #endif
@@ -40,7 +40,8 @@ TEST(SharedLockTest, AReaderEntersAgainWhileAWriterWaits) {
         });
         reading.get_future().wait();
         for (int i = 0; i < 1000; ++i) {
-            // Sooner or later the writer waits; a lock that lets it go first would stop here.
+            // Sooner or later the writer waits. With a lock that lets it go first, this would never
+            // return.
             const SharedLock::Read again(lock);
             std::this_thread::yield();
         }

@@ -66,8 +66,8 @@ TEST_P(WholeDay, EveryFrameHasTheLabelOfTheClock) {
     const DayRow& row = GetParam();
     const TimecodeFormat format{row.rate, row.dropFrame};
     LabelClock clock(row.labels, row.dropped);
-    // Every frame around a change of minute, where drop-frame counting may go wrong; of the others
-    // one in so many.
+    // Every frame around a change of minute, where drop-frame counting may go wrong, and one in
+    // `others` of the rest.
     const long others = test::rounds(97, 1);
     std::int64_t frame = 0;
     do {

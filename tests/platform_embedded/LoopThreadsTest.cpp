@@ -13,8 +13,8 @@ namespace {
 constexpr int kThreads = 4;
 constexpr int kEach = 500;
 
-// Counts, and checks that it is called on one thread only, and that of one thread, what is posted
-// first comes first.
+// Counts, and checks that all calls come on one thread, and that those posted by one thread keep
+// their order.
 class Counter final : public EventHandler {
 public:
     eResult handleEvent(const Event& event) override {

@@ -65,7 +65,7 @@ struct Handler final : ConsoleEventHandler {
     int told = 0;
 };
 
-// Leaves the rest of its going to the loop.
+// Posts the rest of its work to the loop when it is destroyed.
 struct Posting {
     static inline std::vector<std::string> story;
     ~Posting() {

@@ -25,7 +25,7 @@ struct Below {
     ~Below() { story.push_back("-below"); }
 };
 
-// Asks for another single object while it is made, and for itself while it goes.
+// Asks for another single object while it is made, and for itself while it is destroyed.
 class Above {
 public:
     Below& below() { return *below_; }
@@ -44,7 +44,7 @@ struct Counted : Kv::InternalRefCount {
     ~Counted() override { story.push_back("-counted"); }
 };
 
-// Goes last, and asks then for an object that is gone.
+// Is destroyed last, and then asks for an object that is gone.
 struct Foundation {
     Foundation() { story.push_back("+foundation"); }
     ~Foundation() {

@@ -89,7 +89,7 @@ TEST_F(CurrentProjectTest, keepsMembersItDoesNotKnow) {
     ASSERT_TRUE(create().ok());
     ASSERT_TRUE(CurrentProject::close().ok());
     std::string text = bytesOf(inFolder("project.json"));
-    // By hand: without the checksum, with a member of a later version.
+    // As if edited by hand: without the checksum, and with a member of a later version.
     text = "{\"colourSpace\": [\"Rec.709\", 1.50],\n" + text.substr(text.find("\"format\""));
     putBytes(inFolder("project.json"), text);
     ASSERT_TRUE(CurrentProject::open(folder()).ok());
@@ -104,7 +104,7 @@ TEST_F(CurrentProjectTest, keepsMembersItDoesNotKnow) {
     EXPECT_EQ(bytesOf(inFolder("project.json")), after);
 }
 
-// Each damage is met by tests of crashes; here, what takes the place of the file.
+// The tests of crashes try every damage; this one looks at what takes the place of the file.
 TEST_F(CurrentProjectTest, opensWithTheFileBeforeInPlaceOfADamagedOne) {
     ASSERT_TRUE(create().ok());
     ASSERT_TRUE(CurrentProject::setName(L"Second").ok());

@@ -48,7 +48,7 @@ TEST(LogAttribute, appliesToTheKindsOfLogThatHaveIt) {
         EXPECT_EQ(attribute.isApplicableTo(type), applies) << attribute.getID() << type;
 }
 
-// What the system finds out by itself is not for people to change.
+// Users cannot change what the system works out itself.
 TEST(LogAttribute, isEditableWhereOnlyPeopleKnow) {
     std::string editable;
     for (const LogAttribute& attribute : LogAttribute::builtIn())

@@ -17,7 +17,7 @@ protected:
         ProjectFixture::TearDown();
     }
     static PermissionsManager& permissions() { return PermissionsManager::instance(); }
-    // Another user opens the project.
+    // Opens the project as that user.
     void becomes(const std::string& user) {
         permissions().setCurrentUser(user);
         ASSERT_TRUE(reopen().ok());

@@ -115,7 +115,8 @@ TEST_F(ProjDbTest, walksInTheOrderOfInsertion) {
     projdb::forEach({"cookie", "name", "tags"}, [&](const std::vector<std::string>& texts) {
         EXPECT_EQ(texts[2], "");
         names.push_back(texts[1]);
-        // A visitor may change the records; those that go are passed over, new ones not met.
+        // A visitor may change the records: those that it removes are skipped, new ones are not
+        // visited.
         EXPECT_EQ(projdb::remove(edit(9)).ok(), names.size() == 1);
         EXPECT_TRUE(projdb::put(record(100 + names.size(), "new")).ok());
         return texts[0] != edit(4).asString();
@@ -156,7 +157,7 @@ TEST_F(ProjDbTest, letsListenersChangeRecords) {
     EXPECT_EQ(projdb::count(), 3u);
 }
 
-// Everything at random against a plain map, with searches as `matchRecord` decides.
+// Random operations compared with a plain map, and searches with `matchRecord`.
 TEST_F(ProjDbTest, agreesWithAPlainMap) {
     std::mt19937 random(42);
     const std::vector<std::string> words = {

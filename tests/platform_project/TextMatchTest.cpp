@@ -18,7 +18,7 @@ TEST(CompareText, decides) {
         bool caseSensitive;
         bool expected;
     };
-    // As a whole word the first place alone decides.
+    // For whole words only the first place in a field decides.
     for (const Row& row :
          {Row{"concat", "cat", false, false, true}, Row{"concat", "dog", false, false, false},
           Row{"cat", "cats", false, false, false}, Row{"The CAT", "cAt", false, false, true},

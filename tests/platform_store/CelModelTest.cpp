@@ -80,7 +80,7 @@ struct CelModel {
         }
         return all;
     }
-    // Replaces everything by `all`, which touch one another.
+    // Replaces everything by `all`, each of which begins where the one before ends.
     void set(const std::vector<CelSegment>& all) {
         cells.clear();
         for (const CelSegment& segment : all)
@@ -229,7 +229,8 @@ private:
         if (!model_.cells.empty() && model_.end() > from && model_.end() < to)
             piece.lay(model_.end(), to);
         EXPECT_TRUE(cel_->overwriteFrom(*cel_, from, to, at).ok());
-        // The last one first: the black between the piece and the list behind it begins once.
+        // Lays the last one first, so that the black between the piece and the list behind it
+        // begins only once.
         const std::vector<CelSegment> pieces = piece.segments();
         for (auto segment = pieces.rbegin(); segment != pieces.rend(); ++segment)
             model_.lay(segment->start + at - from, segment->end + at - from, *segment);
@@ -268,7 +269,7 @@ private:
         EXPECT_TRUE(cel_->simplify(seconds(from, to), CelSimplify::joinContinuous, {}).ok());
         model_.set(joined);
     }
-    // A step of history; none when the last one is of the same state.
+    // Makes a step of history, unless the last one is of the same state.
     void backup() {
         EditManager::instance().makeBackup(edit_);
         if (edit_->changeCount() == backedUp_ && !past_.empty() && future_.empty())
@@ -283,7 +284,7 @@ private:
         for (; steps > 0; --steps)
             restore(past_, future_, EditManager::instance().undo(edit_));
     }
-    // Goes to the last state of `from`.
+    // Restores the last state of `from`, and adds the present one to `to`.
     void restore(std::vector<CelModel>& from, std::vector<CelModel>& to, bool done) {
         ASSERT_EQ(done, !from.empty());
         if (!done)

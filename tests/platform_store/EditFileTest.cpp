@@ -215,7 +215,7 @@ TEST_F(EditFileTest, aHistoryOfAnotherStateIsLeftAlone) {
     EXPECT_TRUE(manager().getHistory(again).empty());
 }
 
-// Behind a checksum that fits, every value is still checked.
+// Every value is checked even when the checksum is right.
 TEST_F(EditFileTest, wrongValuesBehindAGoodChecksumAreRefusedOrSound) {
     const EditModifier edit = full();
     ASSERT_TRUE(manager().save(edit).ok());

@@ -166,7 +166,7 @@ TEST_F(EditManagerTest, aReadOnlyProjectIsNeverWritten) {
     EXPECT_EQ(test::bytesOf(fileOf(cookie)), bytes);
 }
 
-// Five million segments are the most that a file takes.
+// A file takes five million segments at most.
 TEST_F(EditManagerTest, anEditThatNoFileHoldsKeepsNoOtherFromBeingSaved) {
     EditModifier large = manager().makeNewEdit(makeNewEditCookie(), 1, 4, 10.0, Kv::FrameRate(25));
     const auto fill = [&](const std::vector<CelSegment>& segments) {

@@ -26,7 +26,7 @@ protected:
         }
         EXPECT_TRUE(edit->get_edit_cel_p(channel)->setSegments(segments).ok());
     }
-    // What lies at each half second, as `lay` takes it twice over.
+    // What lies at each half second, in the letters of `lay`.
     static std::string shown(const EditPtr& edit, int channel = 0) {
         const Kv::Ptr<Cel> cel = edit->get_edit_cel_p(channel);
         EXPECT_EQ(edit->checkConsistency(), "");

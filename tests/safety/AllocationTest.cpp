@@ -19,7 +19,7 @@ using namespace cutroom::test;
 
 namespace {
 
-// Is told without taking anything from the heap.
+// A client that allocates nothing when it is told.
 class CountingClient : public VobClient {
 public:
     explicit CountingClient(Vob* vob) : VobClient(vob, kClientPriorityLowest, kClientUnmanaged) {}
@@ -44,8 +44,8 @@ protected:
         fill(L"a bin");
         ASSERT_TRUE(BinManager::instance().saveAll().ok());
     }
-    // Fails allocation 0, 1, 2 … in long runs, a sample of them everyday: each alone, and with all
-    // that follow it.
+    // Lets allocation 0, 1, 2 … fail in long runs, and a sample of them in everyday ones: each
+    // alone, and with all that follow it.
     void sweep(const Work& work) {
         work.prepare();
         const std::string before = work.state();
@@ -63,7 +63,7 @@ protected:
                 if (span == Failing::once || work.between.empty() || !now.ends_with(work.between)) {
                     EXPECT_EQ(now, result.value_or(false) ? done : before);
                 }
-                // Without memory it stays until the project is opened again.
+                // Without memory, such files stay until the project is opened again.
                 EXPECT_TRUE(span == Failing::forEver || litter().empty());
                 if (!struck)
                     break;
@@ -240,7 +240,7 @@ void PrintTo(const Telling& telling, std::ostream* out) { *out << telling.name; 
 
 class TellingAllocations : public AllocationTest, public testing::WithParamInterface<Telling> {
 protected:
-    // Of a Vob, its edit and its selections.
+    // The state of a Vob, its edit and its selections.
     static std::string stateOf(const Vob& vob) {
         const EditPtr edit = vob.getEdit();
         std::string text = toText(vob.getCurrentTime()) + " " + toText(vob.getMarkTime(0)) + " " +

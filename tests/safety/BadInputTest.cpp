@@ -68,7 +68,7 @@ protected:
         EXPECT_LE(status.message().size(), kLongestMessage) << what;
         EXPECT_EQ(status.message().find('\n'), std::string::npos) << what;
     }
-    // Fails, as one is open.
+    // Tries to open another project, which fails because one is open.
     static Status tryOpenAnother(const std::string& folder) {
         return CurrentProject::open(folder, Access::readWrite, IfMissing::create);
     }
@@ -214,7 +214,7 @@ TEST_F(BadInputTest, placesThatCannotBeReadOrWritten) {
         expectRefused("output " + name, writeOutput(target, "text"));
         expectRefused("folder " + name, tryOpenAnother(target));
         if (!isUtf8(target))
-            continue; // no wide text says it
+            continue; // it cannot be written as a wide text
         for (const auto& exporter : BinManager::instance().getMetadataExporters())
             expectRefused("export " + name, !exportTo(*exporter, cues, target));
     }

@@ -13,7 +13,7 @@ using namespace cutroom::test;
 
 namespace {
 
-// 60: each way out with each thing to find there.
+// 60 texts: each way out of the project with each thing that may be found there.
 std::vector<std::string> hostileTexts() {
     std::vector<std::string> texts;
     for (const char* const way :
@@ -97,7 +97,7 @@ TEST_F(HostileNamesTest, asNamesAndPlaces) {
     }
 }
 
-// In files that no checksum seals, and as paths of a group of changes.
+// The texts stand in files that have no checksum, and as paths in the manifest of a group.
 TEST_F(HostileNamesTest, inFiles) {
     begin();
     const Cookie document = DocumentManager::instance().createDocument(L"/none/a", 'D')->getID();

@@ -15,7 +15,7 @@
 
 namespace cutroom::test {
 
-// Folders named by whoever writes to them are there. One thread at a time.
+// A folder exists as soon as a path names it. One thread at a time.
 class PowerCutDisk : public iFileSystem {
 public:
     PowerCutDisk() = default;
@@ -44,7 +44,7 @@ public:
             content.flushed = content.now = torn(content, random);
         return found;
     }
-    // Everything written is on the disk, as after a shut-down.
+    // Puts all that was written on the disk, as a shut-down does.
     void settle() {
         pending_.clear();
         flushedEntries_ = entries_;

@@ -37,12 +37,13 @@ CookieVec importTimelines();
 
 // Path within `folder` to content, of every file below it.
 std::map<std::string, std::string> filesBelow(const std::string& folder);
-// Names among these that only an interrupted write leaves.
+// Those of these names that only an interrupted write leaves.
 std::vector<std::string> litterAmong(const std::map<std::string, std::string>& files);
 
-// What the project database has wrong about the edits in the project's folder; empty when nothing.
+// What the project database says wrongly of the edits in the project's folder; empty when all is
+// right.
 std::string databaseTrouble();
-// Where the summary of a bin does not say what the bin does; empty when they agree.
+// Where the summary of a bin differs from the bin; empty when they agree.
 std::string summaryTrouble();
 // Undoes all there is and takes it back: empty when every state is sound and the last one is the
 // first again.

@@ -18,7 +18,7 @@ namespace {
 
 using Numbers = std::vector<int>; // of clients, in their order
 
-// Numbered, since an address may be used again. It may be gone when a call returns.
+// A client with a number, since an address may be used again. It may be gone when a call returns.
 struct ModelClient final : VobClient {
     void handleModifications(const EditModifications&, const VobModification& change) override {
         const auto call = told;
@@ -51,7 +51,7 @@ class World {
 public:
     explicit World(unsigned seed) : random_(seed) {}
     ~World() {
-        depth_ = kDeepest; // nobody does anything any more
+        depth_ = kDeepest; // so that no client does anything any more
         while (!clients_.empty())
             destroy();
     }

@@ -104,7 +104,7 @@ TEST_F(VobInform, ARunawayIsCutOff) {
     std::vector<std::unique_ptr<Breeder>> all;
     all.push_back(std::make_unique<Breeder>(vob_.get(), all));
     vob_->informClients(kVobCuts);
-    EXPECT_EQ(all.size(), 10'000u); // the anchor's telling bred nothing
+    EXPECT_EQ(all.size(), 10'000u); // telling the anchor made no new ones
     EXPECT_THAT(log_.lines, Contains(HasSubstr("too many clients")));
 }
 

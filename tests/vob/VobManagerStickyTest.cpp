@@ -58,7 +58,7 @@ TEST_P(VobManagerSticky, ClientsFollowTheirRoleUntilTheyAreTakenOff) {
         EXPECT_TRUE(manager_.isStickyClient(&client));
         client.managed.clear();
     }
-    move(b_); // no memory of what is gone is touched
+    move(b_); // must not touch the client that is gone
     EXPECT_EQ(b_->getNumClients(), 0u);
 }
 

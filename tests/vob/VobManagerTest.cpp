@@ -39,7 +39,7 @@ TEST_F(VobManagerTest, FindsVobsByEditGroupAndLegacyIdOrMakesThem) {
     EXPECT_EQ(manager_.getVobWithId("one"), a);
     EXPECT_EQ(manager_.getVobWithId("none"), nullptr);
     EXPECT_EQ(manager_.getVobWithId(7), c);
-    EXPECT_EQ(manager_.getVobWithId(-1), nullptr); // that is no id, though most have it
+    EXPECT_EQ(manager_.getVobWithId(-1), nullptr); // stands for no id; most Vobs have it
     EXPECT_EQ(manager_.getVobIdForLegacyId(7), "one");
     EXPECT_EQ(manager_.getVobIdForLegacyId(8), "");
     const auto first = client("first"), second = client("second"), third = client("third");
@@ -144,7 +144,7 @@ TEST_F(VobManagerTest, ClientsThatAddOrRemoveOneForEachTheyHearOfAreStopped) {
     };
     VobClient first(vob.get(), kClientPriorityLowest, kClientUnmanaged);
     EXPECT_EQ(bred.size(), 1000u);          // by each at 500 depths
-    EXPECT_EQ(vob->getNumClients(), 1003u); // whoever was not told of is there all the same
+    EXPECT_EQ(vob->getNumClients(), 1003u); // those that were not told of are there all the same
     EXPECT_FALSE(Vob::isAddingClient());
     b->onAdded = c->onAdded = nullptr;
     bred.clear();
@@ -203,7 +203,7 @@ TEST_F(VobManagerTest, ANewVobSharesModuleAndGroupWhenAsked) {
     EXPECT_EQ(third->getEdit(), vob->getEdit());
     EXPECT_EQ(third->getCurrentTime(), 0.0);
     EXPECT_FALSE(manager_.isGrouped(third));
-    EXPECT_THAT(manager_.getAllVobs(), ElementsAre(vob, third)); // nobody was left on the second
+    EXPECT_THAT(manager_.getAllVobs(), ElementsAre(vob, third)); // the second had no client left
     EXPECT_EQ(manager_.moveToNewVob(client("loose").get(), true, true), nullptr);
 }
 

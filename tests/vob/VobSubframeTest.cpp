@@ -96,7 +96,7 @@ TEST_F(VobSubframe, ReportsEachChannelByGroupAndPlace) {
     }
     edit_->groupChannels({edit_->getId(2), edit_->getId(3)}, true);
     edit_->setChanUserName(video_, L"$TIMECODE$");
-    // The material runs on over this cut, which goes when all are on frames.
+    // The same material continues over this cut, so it is removed when all points are on frames.
     ASSERT_TRUE(edit_->get_edit_cel_p(0)->split(cutroom::toFlicks(3 + kOff)).ok());
     view();
     vob_->checkQuantisation();

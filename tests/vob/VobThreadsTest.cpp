@@ -49,7 +49,7 @@ protected:
 } // namespace
 
 // Every thread makes one change of a kind of its own, with or without batches around it; this one
-// moves the time. Whatever was merged with what, each kind is told, and once.
+// moves the time. However they are merged, each kind is told exactly once.
 TEST_F(VobThreads, ChangesInBatchesAreToldOnceEach) {
     const auto kindOf = [](unsigned thread) { return 1u << (10 + thread); };
     const unsigned all = kVobTime | 0xFFu << 10;
@@ -102,7 +102,7 @@ TEST_F(VobThreads, ChangesOutsideOfBatchesArriveOneByOneAndNoneIsHeldBack) {
         ASSERT_TRUE(batches || marks.size() == kThreads * kEach);
     }
     told_.clear();
-    vob_->setCurrentTime(1); // nothing is left to go with it
+    vob_->setCurrentTime(1); // no other change is left to be told with it
     ASSERT_EQ(told_.size(), 1u);
     EXPECT_EQ(told_.front().getType(), unsigned{kVobTime});
 }

@@ -84,7 +84,7 @@ TEST(ValServerTest, ATellingInsideATellingLeavesEachListenerTheValueOfItsEvent) 
     EXPECT_EQ(server.getValue(), 2.0);
 }
 
-// Refuses what is negative and cuts off at 10.
+// Refuses negative values and limits others to 10.
 struct Bounds final : ValManagerBase<double> {
     bool validate(ValServer<double>& server, double& value) override {
         asked.emplace_back(server.getValue(), value);
