@@ -88,9 +88,9 @@ void wholeCopy(benchmark::State& state) {
 }
 BENCHMARK(wholeCopy)->Arg(1000)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->UseManualTime();
 
-// The tracks of a short and of a long edit, shared in turn: the price knows nothing of their
-// length. Often in a row, since after the copies above a cold cache is all that one alone would
-// show.
+// The tracks of a short and of a long edit, shared in turn: the cost must not depend on their
+// length. Done often in a row, since a single one after the copies above would only show a cold
+// cache.
 void sharing(benchmark::State& state) {
     constexpr int kTimes = 1000;
     const Tracks small(1000, false);

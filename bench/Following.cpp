@@ -53,7 +53,7 @@ private:
 
 int movesFor(std::size_t count) { return static_cast<int>(10000 / count); }
 
-// Another one is moved each time.
+// Moves a different one each time.
 void moveLinked(const Viewers& viewers, int moves) {
     for (int i = 0; i < moves; ++i)
         viewers.vobs[static_cast<std::size_t>(i) % viewers.vobs.size()]->setCurrentTime(i);

@@ -1,5 +1,5 @@
-// Compares contestants inside one run: each round runs all of them in turn, so that whatever the
-// machine does meanwhile meets all alike.
+// Compares contestants inside one run: each round runs all of them in turn, so that whatever else
+// the machine does affects all of them alike.
 #pragma once
 
 #include <benchmark/benchmark.h>
