@@ -80,12 +80,13 @@ std::size_t skipBlanks(std::string_view text, std::size_t at) {
     return std::min(text.find_first_not_of(" \t\r\n", at), text.size());
 }
 
-// Takes key and value of the next member; false at the end.
+// Takes key and value of the next member; false at the end and for what is no object.
 bool nextMember(std::string_view text, std::size_t& at, std::string_view& key,
                 std::string_view& value) {
     at = skipBlanks(text, at);
-    if (at < text.size() && (text[at] == ',' || text[at] == '{'))
-        at = skipBlanks(text, at + 1);
+    if (at >= text.size() || (text[at] != ',' && text[at] != '{'))
+        return false;
+    at = skipBlanks(text, at + 1);
     if (at >= text.size() || text[at] != '"')
         return false;
     const std::size_t keyEnd = endOfValue(text, at);
