@@ -90,6 +90,12 @@ std::optional<EdlLabel> parseEdlLabel(std::string_view text) noexcept {
     return label;
 }
 
+bool comesBefore(const EdlLabel& a, const EdlLabel& b) noexcept {
+    constexpr int kPerSecond = 1000; // more than frames have numbers
+    const auto apart = edlFrame(b, kPerSecond, false) - edlFrame(a, kPerSecond, false);
+    return apart > 0 && apart <= std::int64_t{43'200} * kPerSecond;
+}
+
 std::int64_t edlFrame(const EdlLabel& label, int nominal, bool drop) noexcept {
     const std::int64_t minutes = label.hours * 60 + label.minutes;
     const std::int64_t count = (minutes * 60 + label.seconds) * nominal + label.frames;

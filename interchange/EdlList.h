@@ -24,6 +24,9 @@ struct EdlLabel {
 // midnight.
 std::optional<EdlLabel> parseEdlLabel(std::string_view text) noexcept;
 
+// Tells whether `a` is up to half a day sooner than `b`.
+bool comesBefore(const EdlLabel& a, const EdlLabel& b) noexcept;
+
 // The frame that a label names among `nominal` labels a second, `drop` after SMPTE ST 12-1.
 std::int64_t edlFrame(const EdlLabel& label, int nominal, bool drop) noexcept;
 
@@ -60,6 +63,10 @@ struct EdlEvent {
         return kind == EdlKind::dissolve || kind == EdlKind::wipe;
     }
     bool isBlack() const noexcept { return reel == "BL"; }
+    // Tells whether it plays backwards and names its source so too, from the end to the start.
+    bool isReversed() const noexcept {
+        return framesPerSecond.value_or(0) < 0 && comesBefore(sourceOut, sourceIn);
+    }
 };
 
 // A marker, from a LOC comment, a table at the end, or a marker list in edit-list form.

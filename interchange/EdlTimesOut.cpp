@@ -129,7 +129,10 @@ bool EdlTimesOut::isRecord(const EdlEventOut& event) const {
 // Tells whether an item plays, at a frame of the record, the same source frame as when it was read.
 bool EdlTimesOut::isSource(std::string_view facts, const Item& item, std::int64_t frame) const {
     const auto labels = labelsOf(facts);
-    const auto label = labels.empty() ? std::nullopt : parseEdlLabel(labels[0]);
+    auto label = labels.empty() ? std::nullopt : parseEdlLabel(labels[0]);
+    if (const auto end = labels.empty() ? std::nullopt : parseEdlLabel(labels[1]);
+        end && label && item.speed < 0 && comesBefore(*end, *label))
+        label = end; // it was named backwards
     const TimecodeFormat format = sourceOf(item);
     return label && writtenSpeed(facts, item.speed) &&
            edlFrame(*label, format.rate.nominal(), format.dropFrame) ==

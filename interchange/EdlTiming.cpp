@@ -263,7 +263,8 @@ private:
                                    ? Kv::FrameRate(nominal * 1000, 1001)
                                    : Kv::FrameRate(nominal);
         const bool drop = countsDrop(nominal) && (event.sourceDrop || event.sourceIn.drop);
-        place.source = place.sourceRate.frameToFlicks(edlFrame(event.sourceIn, nominal, drop));
+        const EdlLabel& start = event.isReversed() ? event.sourceOut : event.sourceIn;
+        place.source = place.sourceRate.frameToFlicks(edlFrame(start, nominal, drop));
     }
 
     const EdlList& list_;

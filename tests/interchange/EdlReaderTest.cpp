@@ -318,7 +318,13 @@ TEST(EdlReader, RateAndModeOfTheRecord) {
     }
 }
 
-TEST(EdlReader, ASourceMayCountHigherThanTheRecord) {
+TEST(EdlReader, ASourceMayCountHigherThanTheRecordAndBackwards) {
+    const Timeline reversed = read("001 R V C 00:00:03:00 00:00:01:00 01:00:00:00 01:00:02:00\n"
+                                   "M2 R -25.0 00:00:03:00\n"
+                                   "002 R V C 23:59:59:00 00:00:01:00 01:00:02:00 01:00:04:00\n"
+                                   "M2 R -25.0 23:59:59:00\n");
+    EXPECT_EQ(toSeconds(reversed.tracks[0].items[0].sourceStart), 1);
+    EXPECT_EQ(toSeconds(reversed.tracks[0].items[1].sourceStart), 86399);
     const Timeline timeline = read("001 R V C 00:00:01:15 00:00:02:25 01:00:00:00 01:00:01:12\n"
                                    "002 S V C 00:00:01:12 00:00:02:12 01:00:02:00 01:00:03:00\n",
                                    k24);
