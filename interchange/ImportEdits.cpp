@@ -92,10 +92,10 @@ void ImportedFile::tellDone(std::size_t more) {
         progress_(static_cast<double>(done_) / static_cast<double>(todo_));
 }
 
-std::string ImportedFile::nameOfEdit(const Timeline& timeline, bool isRoot) const {
+std::string ImportedFile::nameOfEdit(const Timeline& timeline, Level level) const {
     if (!timeline.name.empty())
         return timeline.name;
-    return isRoot ? stemOf(path_) : "Nested";
+    return level == Level::root ? stemOf(path_) : "Nested";
 }
 
 void ImportedFile::describeEdit(const EditPtr& edit, const Timeline& timeline) const {
@@ -126,21 +126,21 @@ Status ImportedFile::layContents(const EditPtr& edit, Timeline& timeline, const 
     return extendWithBlack(edit, edit->getId(0), end);
 }
 
-Status ImportedFile::makeEdit(Timeline& timeline, bool isRoot, Cookie& made) {
+Status ImportedFile::makeEdit(Timeline& timeline, Level level, Cookie& made) {
     CookieVec inside;
     for (Timeline& nested : timeline.nested) {
         inside.emplace_back();
-        if (Status status = makeEdit(nested, false, inside.back()); !status)
+        if (Status status = makeEdit(nested, Level::nested, inside.back()); !status)
             return status;
     }
-    const std::string name = nameOfEdit(timeline, isRoot);
+    const std::string name = nameOfEdit(timeline, level);
     const EditModifier edit =
         EditManager::instance().makeNewEdit(makeNewEditCookie(), 0, 0, 0, timeline.rate.rate);
     if (!edit)
         return {StatusCode::failed, {}, "no edit could be made for \"" + name + "\""};
     made_.push_back(edit); // there is room: it is taken back whatever fails from here on
     made = edit.getCookie();
-    (isRoot ? roots_ : nested_).push_back(made);
+    (level == Level::root ? roots_ : nested_).push_back(made);
     edit->setName(toWide(name));
     describeEdit(edit, timeline);
     const Status laid = layContents(edit, timeline, inside);
@@ -166,7 +166,7 @@ Status ImportedFile::make(std::vector<Timeline>& timelines,
     logs_ = made_.size();
     for (Timeline& timeline : timelines) {
         Cookie made;
-        if (Status status = makeEdit(timeline, true, made); !status)
+        if (Status status = makeEdit(timeline, Level::root, made); !status)
             return status;
     }
     return {};

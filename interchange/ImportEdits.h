@@ -36,10 +36,11 @@ public:
 private:
     void tellDone(std::size_t more);
     void noteSources(const Timeline& timeline);
-    Status makeEdit(Timeline& timeline, bool isRoot, Cookie& made);
+    enum class Level { root, nested };
+    Status makeEdit(Timeline& timeline, Level level, Cookie& made);
     void describeEdit(const EditPtr& edit, const Timeline& timeline) const;
     Status layContents(const EditPtr& edit, Timeline& timeline, const CookieVec& inside);
-    std::string nameOfEdit(const Timeline& timeline, bool isRoot) const;
+    std::string nameOfEdit(const Timeline& timeline, Level level) const;
 
     const std::string path_;
     ImportSources sources_;

@@ -68,7 +68,8 @@ struct MarkerList {
     Cursor asset; // at no place: the list is of no asset
 };
 
-void addMarkersOf(const Cursor& object, const std::vector<std::size_t>& way, bool asset,
+// Adds the lists that are members of `object`; `asset` is the asset that they belong to, if any.
+void addMarkersOf(const Cursor& object, const std::vector<std::size_t>& way, const Cursor& asset,
                   std::vector<MarkerList>& lists) {
     std::size_t index = 0;
     for (Cursor member = Cursor::childrenOf(object); member; member.next(), ++index)
@@ -77,8 +78,7 @@ void addMarkersOf(const Cursor& object, const std::vector<std::size_t>& way, boo
             list.list = member;
             list.way = way;
             list.way.push_back(index);
-            if (asset)
-                list.asset = object;
+            list.asset = asset;
         }
 }
 
@@ -88,7 +88,7 @@ std::vector<MarkerList> listsIn(const Cursor& root) {
         lists.emplace_back().list = root;
         return lists;
     }
-    addMarkersOf(root, {}, false, lists);
+    addMarkersOf(root, {}, Cursor(), lists);
     std::size_t group = 0;
     for (Cursor member = Cursor::childrenOf(root); member; member.next(), ++group) {
         if (member.kind() != Kind::array || member.key() == "markers")
@@ -96,7 +96,7 @@ std::vector<MarkerList> listsIn(const Cursor& root) {
         std::size_t index = 0;
         for (Cursor asset = Cursor::childrenOf(member); asset; asset.next(), ++index)
             if (asset.kind() == Kind::object)
-                addMarkersOf(asset, {group, index}, true, lists);
+                addMarkersOf(asset, {group, index}, asset, lists);
     }
     return lists;
 }

@@ -76,7 +76,11 @@ void readNested(Document& document, const Json& object, const Place& place,
     for (const Marker& marker : nested.markers) {
         if (!document.mayAdd(place))
             return;
-        found.markers.push_back({marker, {0, item.duration}, 0, true, true});
+        PendingMarker& pending = found.markers.emplace_back();
+        pending.marker = marker;
+        pending.owner = {0, item.duration};
+        pending.ofItem = true;
+        pending.placed = true;
     }
     roundToFrames(nested);
     for (const std::string& warning : nested.warnings)
