@@ -70,22 +70,25 @@ private:
                               (pairOf(plain, in.detail)[1] == outPoint ? 0u : kOwnOut);
         body_.varint(static_cast<std::uint64_t>(outPoint.time - in.time));
         body_.u8(static_cast<std::uint8_t>(bits));
-        point(in, (bits & kHasSpeed) != 0);
+        point(in);
+        if ((bits & kHasSpeed) != 0)
+            body_.f64(in.speed);
         if (in.detail != 0)
             body_.varint(details_.of(in.detail));
         if (in.effectGraph.valid())
             fields::put(body_, in.effectGraph);
         if (outPoint.effectGraph.valid())
             fields::put(body_, outPoint.effectGraph);
-        if ((bits & kOwnOut) != 0)
-            point(outPoint, true);
+        if ((bits & kOwnOut) != 0) {
+            point(outPoint);
+            body_.f64(outPoint.speed);
+        }
     }
-    void point(const ChannelEvent& event, bool withSpeed) {
+    // All of a point but its speed.
+    void point(const ChannelEvent& event) {
         body_.u8(event.flags);
         body_.varint(materials_.of(event.material));
         body_.varint(fields::zigzag(event.stripTime));
-        if (withSpeed)
-            body_.f64(event.speed);
     }
     static void detail(ByteWriter& out, const EventDetail& detail) {
         out.text(toUtf8(detail.name));
@@ -164,18 +167,19 @@ private:
         in_.fail();
         return T{};
     }
-    void point(ChannelEvent& event, bool withSpeed) {
+    // All of a point but its speed.
+    void point(ChannelEvent& event) {
         event.flags = in_.u8();
         event.material = entry(materials_);
         event.stripTime = fields::unzigzag(in_.varint());
-        event.speed = withSpeed ? in_.f64() : 1.0;
     }
     void segment(std::vector<ChannelEvent>& events, Flicks& at) {
         const std::uint64_t length = in_.varint();
         const unsigned bits = in_.u8();
         ChannelEvent in;
         in.time = at;
-        point(in, (bits & kHasSpeed) != 0);
+        point(in);
+        in.speed = (bits & kHasSpeed) != 0 ? in_.f64() : 1.0;
         if ((bits & kHasDetail) != 0)
             in.detail = entry(details_);
         CelSegment plain;
@@ -193,8 +197,10 @@ private:
         plain.speed = in.speed;
         plain.flags = in.flags;
         EventPair pair = pairOf(plain, in.detail);
-        if ((bits & kOwnOut) != 0)
-            point(pair[1], true);
+        if ((bits & kOwnOut) != 0) {
+            point(pair[1]);
+            pair[1].speed = in_.f64();
+        }
         if (!pair[1].isOut() || !checkEventValues(pair[1]))
             in_.fail();
         append(events, pair);
