@@ -73,7 +73,7 @@ Result<std::vector<FileInProject>> Filing::stage(const CookieVec& made) {
     staged_ = made;
     auto image = bin_->takeForSaving();
     if (!image) {
-        const Status gone = settle(false);
+        const Status gone = takeBack(std::exchange(staged_, {}));
         return gone.ok() ? image.status() : gone;
     }
     return std::vector{
