@@ -142,7 +142,7 @@ Status DescribedContainerManager::saveOne(DescribedContainer& container) {
     return writeAll({ContainerPtr(&container)}, {});
 }
 
-// The counts are taken before the texts: what changes between the two is saved once more.
+// The counts are taken before the texts, so that what changes between the two is saved again.
 Status DescribedContainerManager::writeAll(const std::vector<ContainerPtr>& containers,
                                            const CookieVec& removals) {
     if (Status writable = checkWritable(); !writable)

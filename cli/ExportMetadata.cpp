@@ -127,7 +127,7 @@ void noteUndefinedFields(const std::vector<Cue>& cues) {
              "; `define cue.KEY NAME` in a session defines one");
 }
 
-// An edit without markers has its attributes all the same.
+// An edit without markers still has its attributes.
 Result<std::string> assetsAs(const AssetMetadataExporterBase& exporter, const ExportWords& words,
                              const ExportSource& source) {
     if (source.bin)

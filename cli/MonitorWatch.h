@@ -76,7 +76,7 @@ public:
 private:
     class Monitor;
     struct Published {
-        std::unique_ptr<Monitor> monitor; // whoever destroys the clients of a Vob may delete it
+        std::unique_ptr<Monitor> monitor; // goes with the clients of its Vob, too
         std::unique_ptr<PrintingListener> listener;
     };
     void keep(const std::string& name, std::unique_ptr<Monitor> monitor, const Printer& printer);

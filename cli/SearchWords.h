@@ -29,7 +29,7 @@ struct SearchConditions {
     bool noImages = false;
 };
 
-// The criteria; `wrongUsage` with the word that is none.
+// The criteria; `wrongUsage`, which names the word, for one that is not understood.
 Result<ProjectSearch::Criteria> criteriaOf(const SearchConditions& conditions);
 
 // What HOW may be, for help.

@@ -83,7 +83,7 @@ ce_handle takeCut(Session& session, SessionWords& words, const IdStamp& channel)
     return point;
 }
 
-// How a point lies to the unjoined cuts of its channel.
+// Where a point lies among the unjoined cuts of its channel.
 void tellCut(Session& session, SessionWords& words) {
     const IdStamp channel = session.takeChannel(words);
     const ce_handle point = takeCut(session, words, channel);

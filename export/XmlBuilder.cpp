@@ -17,8 +17,8 @@ bool isPlain(wchar_t c) noexcept {
            c == L'\t';
 }
 
-// A carriage return is read as a line feed unless it is written as a reference; other control
-// characters and the two that are none in Unicode cannot be written at all.
+// A carriage return is read as a line feed unless it is written as a reference. Other control
+// characters, and U+FFFE and U+FFFF, cannot be written at all.
 void appendSpecial(std::string& out, wchar_t c) {
     switch (c) {
     case L'&':

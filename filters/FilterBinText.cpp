@@ -107,7 +107,7 @@ void FilterBinData::write(JSON::Builder& object) const {
     const Reading lock(*this);
     for (const BinItem& item : *this) {
         if (!item.asset.valid())
-            continue; // would not be read again, nor would numbers that are none
+            continue; // it could not be read again
         object.beginObject();
         object.add(kCookie, item.asset.asString());
         object.add(kTime, std::isfinite(item.time) ? item.time : 0.0);

@@ -13,9 +13,9 @@
 
 namespace cutroom {
 
-// Whoever tells of a change holds the database's notifier, and may not wait for the change lock
-// there, save on the user-interface thread. So what other threads change waits until that thread
-// comes to it, or until somebody looks at a filter.
+// A change is told while the database's notifier is held, and there only the user-interface thread
+// may wait for the change lock. So what other threads change waits until that thread comes to it,
+// or until a filter is looked at.
 class FilterFollower {
 public:
     // `apply` is called under the change lock, with assets that came, changed or went; `arrange`

@@ -6,10 +6,10 @@
 //
 // Empty while no project is open. Any thread may call, but not under the lock of a container that
 // it only reads; what reads or writes files says so, and is not to be called by a listener of a
-// container. The list has a reader/writer lock; whoever changes it takes the process's change lock
-// first. Listeners of `changeMsgType()` are given a `ContainerNotice` on the thread that made the
-// change, under both locks: they may ask for filters and must not make, change or destroy any. It
-// is `reset` when a project comes or goes, else `changed`; its container is the result bin that
+// container. The list has a reader/writer lock; a writer takes the process's change lock first.
+// Listeners of `changeMsgType()` are given a `ContainerNotice` on the thread that made the change,
+// under both locks: they may ask for filters and must not make, change or destroy any. It is
+// `reset` when a project comes or goes, else `changed`; its container is the result bin that
 // changed, or invalid, and then the records name filters (of the search results: their bins):
 //
 //   130 (2, 128)          made              640 (128, 512)   gone

@@ -14,8 +14,8 @@ namespace cutroom {
 // Any thread, as `ProjectFilterBase`.
 class CUTROOM_API TagFilter final : public ProjectFilterBase {
 public:
-    // `index` is that of the field "tags"; whoever keeps it up to date does so before the filter is
-    // told of changed assets.
+    // `index` is that of the field "tags"; its owner must bring it up to date before it tells the
+    // filter of changed assets.
     TagFilter(const std::string& tag, std::shared_ptr<FieldIndex> index);
     ~TagFilter() override;
 

@@ -32,7 +32,7 @@ UserFilterFiles::FilterPtr UserFilterFiles::read(const Cookie& id) {
     return filter;
 }
 
-// The counts are taken before the texts: what changes between the two is saved once more.
+// The counts are taken before the texts, so that what changes between the two is saved again.
 Status UserFilterFiles::write(const std::vector<FilterPtr>& filters) {
     if (Status writable = checkWritable(); !writable)
         return writable;

@@ -101,7 +101,7 @@ bool readEvent(const std::string& line, EdlEvent& event) {
     return true;
 }
 
-// A line that can hardly be anything else, though some part of it is none of an event's.
+// Tells whether a line that is not a sound event was surely meant as one.
 bool looksLikeEvent(std::string_view line) {
     const Words words = wordsOf(line);
     const auto times = std::count_if(words.begin(), words.end(), [](std::string_view word) {

@@ -100,7 +100,7 @@ struct EdlList {
     long extraSpeeds = 0;          // speed lines beyond one for each event
     long lostSpeeds = 0;           // speed lines without any event
     long lostLocators = 0;         // LOC comments without a timecode
-    long firstBadEvent = 0;        // line of the first that looks like an event and is none
+    long firstBadEvent = 0;        // the first line that was meant as an event but is not sound
     std::vector<std::string> warnings;
 };
 

@@ -21,10 +21,10 @@ CUTROOM_API std::optional<MarkerFormat> markerFormatOf(const std::string& path);
 // One marker of a file at its place on the edit, and what the file said of it beside the place.
 struct MarkerRead {
     Cue cue;               // with a fresh identity
-    long line = 0;         // of JSON: known of the first marker alone
+    long line = 0;         // in the file; in JSON known for the first marker only
     bool saidName = false; // otherwise the name is the text that the marker shows
     bool saidDescription = false;
-    bool saidEnd = false; // also that there is none
+    bool saidEnd = false; // true also when the file says that it has no end
     bool saidColour = false;
     std::vector<std::string> fields; // keys of the custom fields that the file has
 };
@@ -43,8 +43,8 @@ struct MarkerTarget {
 CUTROOM_API MarkerTarget markerTarget(const EditPtr& edit, MarkerClock clock);
 
 // Reads `text` (UTF-8, a byte order mark allowed); `file` names it in messages. Fails as `damaged`,
-// naming the line, when the file is not of the format, a place in it is none of the edit, or it
-// holds no marker; never reads a part.
+// naming the line, when the file is not of the format, names a place that the edit does not have,
+// or holds no marker; never reads a part.
 CUTROOM_API Result<MarkerFile> readMarkers(std::string_view text, const std::string& file,
                                            MarkerFormat format, const MarkerTarget& target);
 

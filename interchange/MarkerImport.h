@@ -29,7 +29,7 @@ struct MarkerPlan {
 };
 
 // Puts the file's markers among `cues`, each against at most one of them, equal ones first. Nothing
-// of the edit changes: whoever wants the plan sets it as the edit's cues.
+// of the edit changes: the caller sets the plan's cues as the edit's.
 CUTROOM_API MarkerPlan planMarkers(const CueList& cues, const MarkerFile& file,
                                    const MarkerPlaces& places, MarkerConflict conflict);
 

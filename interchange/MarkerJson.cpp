@@ -122,7 +122,8 @@ const MarkerList* chosen(const std::vector<MarkerList>& lists, const MarkerTarge
     return nullptr;
 }
 
-// Also by the names of `markers --json`, where an end that is null or missing is none.
+// The texts of one marker. Its members may also have the names of `markers --json`; there an end
+// that is null or missing means a marker without end.
 Result<MarkerTexts> textsOf(const Cursor& object,
                             const std::map<std::string, std::string>& fields) {
     static constexpr std::pair<std::string_view, std::optional<std::string> MarkerTexts::*>

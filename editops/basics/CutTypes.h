@@ -40,7 +40,7 @@ CUTROOM_API cut_type stringToCutType(const LightweightString<char>& text) noexce
 CUTROOM_API LightweightString<char> transPosnToString(trans_posn position);
 CUTROOM_API trans_posn stringToTransPosn(const LightweightString<char>& text) noexcept;
 
-// What the user sees, from the string table; empty for kTransNone and values that are none. The
-// first position with such a text; kTransNone when there is none.
+// The text shown to the user, from the string table; empty for kTransNone and for every other value
+// that is no position. And the first position with such a text, or kTransNone.
 CUTROOM_API LightweightString<wchar_t> getDisplayString(trans_posn position);
 CUTROOM_API trans_posn getTransPosnFromDisplayString(const LightweightString<wchar_t>& text);

@@ -83,8 +83,8 @@ bool isHeldWhileTelling(LockRank rank) noexcept {
     return rank == LockRank::vobClients || rank == LockRank::notifier;
 }
 
-// Who holds the change lock is the only one to hold several containers, so it may take the lock of
-// one under that of another.
+// The holder of the change lock is the only one to hold several containers, so it may take the lock
+// of one under that of another.
 bool isContainerInChange(LockRank outer, LockRank inner) noexcept {
     return outer == LockRank::container && inner == outer && heldLocks.holds(LockRank::change);
 }

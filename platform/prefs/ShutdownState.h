@@ -1,4 +1,4 @@
-// Tells whether the program is on its way out, for what is not worth doing any more.
+// Tells whether the program is ending, so that work that is no longer useful can be left out.
 #pragma once
 
 #include "platform/base/Export.h"
@@ -8,6 +8,6 @@ class CUTROOM_API ShutdownState {
 public:
     // True from `setExiting` to the end of this life of the process.
     static bool isExiting() noexcept;
-    // Called by whoever ends the program, before the project is closed.
+    // Called by the program when it begins to end, before the project is closed.
     static void setExiting();
 };

@@ -15,8 +15,8 @@ using CelChunks = std::vector<Shared<CelStorage>>;
 // Appends the sections of a state; its lists refer to `chunks` by number.
 void encodeState(SectionWriter& out, const EditState& state, CelChunkWriter& chunks);
 
-// Takes one section of a state. True when the tag is none of a state's (kept in its `unknown`), or
-// its contents are sound.
+// Takes one section of a state. True when its contents are sound, or when its tag is not one of a
+// state's; then it is kept in the state's `unknown`.
 class StateReader {
 public:
     StateReader(const CelChunks& chunks, DecodeTrouble& trouble)

@@ -9,8 +9,8 @@
 
 namespace cutroom {
 
-// Holds the edit's lock for its own lifetime, so what it refers to stays; whoever holds one takes
-// no lock of a lower rank and tells nobody. Made on the stack; any thread.
+// Holds the edit's lock for its own lifetime, so what it refers to stays; its holder must not take
+// a lock of a lower rank, nor tell of changes. Made on the stack; any thread.
 class CUTROOM_API EditReader {
 public:
     explicit EditReader(const Edit& edit);

@@ -19,7 +19,7 @@ protected:
     std::unique_ptr<RecorderClient> attach(const std::string& name, int priority = 0) {
         return std::make_unique<RecorderClient>(vob_.get(), calls_, name, priority);
     }
-    // Who was told of a change, in order.
+    // The clients that were told of a change, in order.
     std::string told() {
         std::string names;
         for (const std::string& call : calls_)
