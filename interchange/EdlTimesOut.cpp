@@ -58,7 +58,7 @@ std::int64_t EdlTimesOut::sourceFrame(const Item& item, std::int64_t frame,
     return rate.flicksToFrameNearest(mediaAt(item, record_.rate.frameToFlicks(frame)));
 }
 
-// A freeze takes one frame of its source.
+// The source's out label for an event whose in label is `in`. A freeze takes one frame.
 std::int64_t EdlTimesOut::sourceOut(const EdlEventOut& event, std::int64_t in,
                                     const TimecodeFormat& format) const {
     const double speed = event.item->speed;
@@ -114,6 +114,7 @@ std::vector<std::string> EdlTimesOut::labelsOf(std::string_view facts) {
     return labels.size() == 4 ? std::move(labels) : std::vector<std::string>();
 }
 
+// Tells whether a label that was read shows the same numbers as that of the frame.
 bool EdlTimesOut::isAt(const std::string& label, std::int64_t frame) const {
     const auto read = parseEdlLabel(label), here = parseEdlLabel(recordText(frame));
     const int nominal = record_.rate.nominal();
@@ -132,7 +133,7 @@ bool EdlTimesOut::isSource(std::string_view facts, const Item& item, std::int64_
     auto label = labels.empty() ? std::nullopt : parseEdlLabel(labels[0]);
     if (const auto end = labels.empty() ? std::nullopt : parseEdlLabel(labels[1]);
         end && label && item.speed < 0 && comesBefore(*end, *label))
-        label = end; // it was named backwards
+        label = end; // its labels were written backwards
     const TimecodeFormat format = sourceOf(item);
     return label && writtenSpeed(facts, item.speed) &&
            edlFrame(*label, format.rate.nominal(), format.dropFrame) ==
@@ -155,22 +156,34 @@ bool EdlTimesOut::isUnchanged(const Item& item) const {
            isAt(last[3], frameAt(item.end())) && isSource(facts, item, in);
 }
 
+// A clip that was read from two events, as those two; nothing for others, and when the two no
+// longer hold.
+std::optional<std::pair<EdlEventOut, EdlEventOut>>
+EdlTimesOut::asTwo(const EdlEventOut& event) const {
+    const auto labels = labelsOf(edlRest(event.facts));
+    const auto at = labels.empty() ? std::nullopt : parseEdlLabel(labels[2]);
+    if (!at || !event.item)
+        return std::nullopt;
+    EdlEventOut first = event, rest = event;
+    first.goesOn = true;
+    rest.transition = rest.outgoing = nullptr;
+    rest.facts = edlRest(event.facts);
+    first.recordOut = rest.recordIn =
+        edlFrame(*at, record_.rate.nominal(), record_.dropFrame) - startFrame();
+    if (!isWritten(first) || !isWritten(rest) || first.transitionFrames > first.length())
+        return std::nullopt;
+    return std::pair(std::move(first), std::move(rest));
+}
+
 std::vector<EdlEventOut> EdlTimesOut::inTheirLines(const std::vector<EdlEventOut>& events) const {
     std::vector<EdlEventOut> all;
     for (const EdlEventOut& event : events) {
-        const auto labels = labelsOf(edlRest(event.facts));
-        EdlEventOut first = event, rest = event;
-        rest.transition = rest.outgoing = nullptr;
-        rest.facts = edlRest(event.facts);
-        const auto at = labels.empty() ? std::nullopt : parseEdlLabel(labels[2]);
-        if (at)
-            first.recordOut = rest.recordIn =
-                edlFrame(*at, record_.rate.nominal(), record_.dropFrame) - startFrame();
-        first.goesOn = at && event.item && isWritten(first) && isWritten(rest) &&
-                       first.transitionFrames <= first.length();
-        all.push_back(first.goesOn ? first : event);
-        if (first.goesOn)
-            all.push_back(std::move(rest));
+        if (auto two = asTwo(event)) {
+            all.push_back(std::move(two->first));
+            all.push_back(std::move(two->second));
+        } else {
+            all.push_back(event);
+        }
     }
     std::stable_sort(all.begin(), all.end(), [](const EdlEventOut& a, const EdlEventOut& b) {
         return a.recordIn < b.recordIn;

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace cutroom {
@@ -58,6 +59,7 @@ private:
     bool isSource(std::string_view facts, const Item& item, std::int64_t frame) const;
     bool isWritten(const EdlEventOut& event) const;
     bool isUnchanged(const Item& item) const;
+    std::optional<std::pair<EdlEventOut, EdlEventOut>> asTwo(const EdlEventOut& event) const;
     std::optional<std::string> writtenSpeed(std::string_view facts, double speed) const;
 
     const Timeline& timeline_;

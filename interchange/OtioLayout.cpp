@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    void add(const Item& item, bool last) {
+    void add(const Item& item, bool isLast) {
         if (item.type != ItemType::transition) {
             fillTo(item.start);
             addItem(item);
@@ -62,14 +62,15 @@ private:
             end_ = laid_.before = item.cut();
         else
             fillTo(item.cut());
-        if (last)
+        if (isLast)
             tail_ = std::max<Flicks>(0, track_.duration - end_);
         child.start = item.start;
         child.duration = item.duration;
         laid_.children.push_back(std::move(child));
     }
 
-    // A transition that was not written so reaches no farther than the children beside it.
+    // Shortens a transition whose offsets are not those that were read, so that it reaches no
+    // farther than the children beside it. True when that changed it.
     bool shorten(std::size_t index) {
         Child& child = laid_.children[index];
         if (!child.isTransition() || child.asWritten)
@@ -94,15 +95,17 @@ private:
                std::abs(*out - item.outOffset) <= half;
     }
 
-    bool isFrameOf(Flicks time, Flicks place) const {
+    // Tells whether a time that was written off frames is meant for `place`.
+    bool isMeantFor(Flicks time, Flicks place) const {
         return time == place ||
                (rate_.rate.flicksToFrameNearest(time) == rate_.rate.flicksToFrameNearest(place) &&
                 rate_.rate.isOnFrame(place));
     }
 
-    // A hole as long as half a frame or more; less comes of times that were written off frames.
+    // Fills the hole before `time` with a gap, unless it is shorter than half a frame: then it
+    // comes from times that were written off frames.
     void fillTo(Flicks time) {
-        if (time <= end_ || isFrameOf(end_, time))
+        if (time <= end_ || isMeantFor(end_, time))
             return;
         Child gap;
         gap.start = end_;
@@ -122,7 +125,7 @@ private:
         const auto start = timeOf(importedMember(written, "start_time"));
         const auto duration = timeOf(importedMember(written, "duration"));
         if (duration && std::abs(start.value_or(0) - item.sourceStart) <= 1 &&
-            isFrameOf(end_ + *duration, item.end())) {
+            isMeantFor(end_ + *duration, item.end())) {
             child.asWritten = true;
             child.sourceStart = start.value_or(0);
             child.duration = *duration;
