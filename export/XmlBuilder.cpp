@@ -47,8 +47,10 @@ void appendQuoted(std::string& out, std::wstring_view text) {
     for (const wchar_t c : text)
         if (c == L'"')
             out += "&quot;";
-        else if (c == L'\n' || c == L'\t')
-            out += c == L'\n' ? "&#10;" : "&#9;";
+        else if (c == L'\n')
+            out += "&#10;";
+        else if (c == L'\t')
+            out += "&#9;";
         else
             appendText(out, {&c, 1});
 }
