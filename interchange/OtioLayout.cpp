@@ -187,14 +187,18 @@ private:
         Flicks source = 0;
         bool ofItem = false;
     };
+    // What a path names, as far as it is there.
+    struct Named {
+        LaidTrack* track = nullptr;
+        std::size_t child = SIZE_MAX; // SIZE_MAX: the track itself
+    };
 
     static std::string keyOf(const Marker& marker) {
         return marker.owner + '\n' + marker.name + '\n' + marker.comment + '\n' +
                toText(static_cast<long long>(marker.colour.value_or(0)));
     }
 
-    // The markers of what is nested, at their places in the outer timeline.
-
+    // Notes the markers of nested timelines at their places in the outer one.
     void noteNested(const Timeline& timeline, Flicks start) {
         for (const Track& track : timeline.tracks)
             for (const Item& item : track.items) {
@@ -225,26 +229,29 @@ private:
         });
     }
 
-    // The track and child that a marker's path names, as far as they are there.
-    void ownerOf(const Marker& marker, LaidTrack*& track, std::size_t& child) const {
+    // The track and child that a marker's path names.
+    Named ownerOf(const Marker& marker) const {
+        Named named;
         const auto path = pathBelow(marker.owner, timeline_.owner);
         if (!path || path->size() > 2)
-            return;
+            return named;
         std::vector<std::size_t> rest = *path;
         const bool stackAtRoot = timeline_.owner == "stack" ||
                                  timeline_.source.starts_with("Stack") ||
                                  timeline_.source.starts_with("Timeline");
         if (stackAtRoot && rest.empty())
-            return;
+            return named;
         for (LaidTrack& each : stack_.tracks)
-            if (!track && (!stackAtRoot || each.track->place == static_cast<int>(rest.front())))
-                track = &each;
+            if (!named.track &&
+                (!stackAtRoot || each.track->place == static_cast<int>(rest.front())))
+                named.track = &each;
         if (stackAtRoot)
             rest.erase(rest.begin());
-        if (track && !rest.empty())
-            child = rest.front();
-        else if (track && track->track->alone)
-            child = 0;
+        if (named.track && !rest.empty())
+            named.child = rest.front();
+        else if (named.track && named.track->track->alone)
+            named.child = 0;
+        return named;
     }
 
     // The child whose span holds the time: `wanted` if it does, else any; null for none.
@@ -266,9 +273,7 @@ private:
 
     void give(std::size_t index) {
         const Marker& marker = timeline_.markers[index];
-        LaidTrack* track = nullptr;
-        std::size_t wanted = SIZE_MAX;
-        ownerOf(marker, track, wanted);
+        const auto [track, wanted] = ownerOf(marker);
         Child* const child =
             track && wanted != SIZE_MAX ? childAt(*track, wanted, marker.start) : nullptr;
         const bool onTrack = track && marker.start <= track->duration;
