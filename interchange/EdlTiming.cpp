@@ -47,6 +47,13 @@ const EdlEvent* highestRecordFrame(const EdlList& list) {
     return highest;
 }
 
+int highestMarkerFrame(const EdlList& list) {
+    int frame = 0;
+    for (const EdlMarker& marker : list.markers)
+        frame = std::max(frame, marker.at.frames);
+    return frame;
+}
+
 struct Guess {
     int nominal = 0;
     long agreeing = 0;
@@ -94,6 +101,12 @@ void giveUpDrop(const EdlList& list, EdlClock& clock, std::vector<std::string>& 
         }
 }
 
+// Drop frame exists at 29.97 and 59.94 only, on whichever side it is counted.
+void makeRateOfDrop(EdlClock& clock) {
+    if (clock.rate.den() == 1 && countsDrop(clock.rate.nominal()))
+        clock.rate = Kv::FrameRate(clock.rate.nominal() * 1000, 1001);
+}
+
 } // namespace
 
 std::int64_t EdlClock::record(const EdlLabel& label) const noexcept {
@@ -109,16 +122,9 @@ std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::Fr
                                        EdlClock& clock, std::vector<std::string>& warnings,
                                        long& line) {
     const EdlEvent* highest = highestRecordFrame(list);
-    int frame = highest ? std::max(highest->recordIn.frames, highest->recordOut.frames) : 0;
-    for (const EdlMarker& marker : list.markers)
-        if (!highest)
-            frame = std::max(frame, marker.at.frames);
+    const int frame = highest ? std::max(highest->recordIn.frames, highest->recordOut.frames)
+                              : highestMarkerFrame(list);
     clock.recordDrop = meansDrop(list);
-    // Drop frame exists at 29.97 and 59.94 only, on whichever side it is counted.
-    const auto countDropped = [&clock] {
-        if (clock.rate.den() == 1 && countsDrop(clock.rate.nominal()))
-            clock.rate = Kv::FrameRate(clock.rate.nominal() * 1000, 1001);
-    };
     if (given) {
         clock.rate = *given;
         if (frame >= given->nominal()) {
@@ -135,14 +141,14 @@ std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::Fr
         clock.rate = Kv::FrameRate(guess.nominal);
         clock.assumed = true;
         if (list.anyDrop)
-            countDropped();
+            makeRateOfDrop(clock);
         warnings.push_back(format("the list states no rate; %s taken (%ld of %ld events are as "
                                   "long on both sides)",
                                   clock.rate.asString().c_str(), guess.agreeing, guess.compared));
     }
     giveUpDrop(list, clock, warnings);
     if (given && clock.recordDrop)
-        countDropped();
+        makeRateOfDrop(clock);
     return {};
 }
 

@@ -105,24 +105,32 @@ void takeOver(Cue& cue, const MarkerRead& read, const MarkerPlaces& places) {
         cue.setCustomMetadata(field, read.cue.getCustomMetadata(field));
 }
 
+// For each of the file's markers, the index of the cue with which it is matched.
+using Matches = std::vector<std::optional<std::size_t>>;
+
+Matches match(const CueList& cues, const MarkerFile& file, const MarkerPlaces& places) {
+    Existing existing(cues.cues(), places);
+    Matches matches;
+    for (const MarkerRead& read : file.markers)
+        matches.push_back(existing.takeEqual(read));
+    for (std::size_t i = 0; i < matches.size(); ++i)
+        if (!matches[i])
+            matches[i] = existing.takeSame(file.markers[i]);
+    return matches;
+}
+
 } // namespace
 
 MarkerPlan planMarkers(const CueList& cues, const MarkerFile& file, const MarkerPlaces& places,
                        MarkerConflict conflict) {
     MarkerPlan plan;
     std::vector<Cue> all = cues.cues();
-    std::vector<std::optional<std::size_t>> against(file.markers.size());
-    if (conflict != MarkerConflict::both) {
-        Existing existing(cues.cues(), places);
-        for (std::size_t i = 0; i < against.size(); ++i)
-            against[i] = existing.takeEqual(file.markers[i]);
-        for (std::size_t i = 0; i < against.size(); ++i)
-            if (!against[i])
-                against[i] = existing.takeSame(file.markers[i]);
-    }
-    for (std::size_t i = 0; i < against.size(); ++i) {
+    Matches matches(file.markers.size());
+    if (conflict != MarkerConflict::both)
+        matches = match(cues, file, places);
+    for (std::size_t i = 0; i < matches.size(); ++i) {
         const MarkerRead& read = file.markers[i];
-        const std::optional<std::size_t> same = against[i];
+        const std::optional<std::size_t> same = matches[i];
         if (!same) {
             all.push_back(read.cue);
             ++plan.added;
@@ -132,7 +140,10 @@ MarkerPlan planMarkers(const CueList& cues, const MarkerFile& file, const Marker
         Cue changed = all[*same];
         if (conflict == MarkerConflict::replace)
             takeOver(changed, read, places);
-        ++(changed == all[*same] ? plan.kept : plan.replaced);
+        if (changed == all[*same])
+            ++plan.kept;
+        else
+            ++plan.replaced;
         all[*same] = std::move(changed);
     }
     std::stable_sort(all.begin(), all.end(),

@@ -66,23 +66,30 @@ void readMetadata(Document& document, const Json& object, const Place& place, Ti
     timeline.metadata = otherMembers(document, metadata, place, {kOwnMetadata});
 }
 
-// Reads what can be played at the root or in a collection; other things are left out with a word.
+// Reads what can be played at the root or in a collection. Other things are left out with a
+// warning.
+void readPlayable(Document& document, const Json& object, const Place& place, int depth,
+                  std::vector<Timeline>& timelines);
+
+void readCollection(Document& document, const Json& object, const Place& place, int depth,
+                    std::vector<Timeline>& timelines) {
+    const Json children = document.member(object, "children");
+    const Place here = place.at("children");
+    std::size_t index = 0;
+    for (const Json& child : children ? children->children() : std::vector<Json>()) {
+        const Place at = here.at(index++);
+        if (document.failed() || !document.mayAdd(at))
+            return;
+        if (const Json read = document.follow(child))
+            readPlayable(document, read, at, depth + 1, timelines);
+    }
+}
+
 void readPlayable(Document& document, const Json& object, const Place& place, int depth,
                   std::vector<Timeline>& timelines) {
     const std::string_view schema = schemaOf(object);
-    if (schema == "SerializableCollection" && depth < 64) {
-        const Json children = document.member(object, "children");
-        const Place here = place.at("children");
-        std::size_t index = 0;
-        for (const Json& child : children ? children->children() : std::vector<Json>()) {
-            const Place at = here.at(index++);
-            if (document.failed() || !document.mayAdd(at))
-                return;
-            if (const Json read = document.follow(child))
-                readPlayable(document, read, at, depth + 1, timelines);
-        }
-        return;
-    }
+    if (schema == "SerializableCollection" && depth < 64)
+        return readCollection(document, object, place, depth, timelines);
     const bool playable = schema == "Timeline" || schema == "Clip" || schema == "Stack" ||
                           schema == "Track" || schema == "Gap";
     if (!playable) {

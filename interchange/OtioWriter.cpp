@@ -121,17 +121,19 @@ private:
             out_.addRaw("metadata", timeline.metadata, kNoObject);
         }
         // What nobody read from a file starts at 0: some programs insist on a start.
+        std::string start;
         if (timeline.startFrame)
-            out_.addRaw("global_start_time", timeText(timeline.startWritten, timeline.startRate));
-        else
-            out_.addRaw("global_start_time",
-                        timeline.source.empty() ? timeText(0.0, timeline.rate) : std::string());
-        // What the root itself was, or else its stack.
+            start = timeText(timeline.startWritten, timeline.startRate);
+        else if (timeline.source.empty())
+            start = timeText(0.0, timeline.rate);
+        out_.addRaw("global_start_time", start);
+        // The kept members of the stack, which was inside a timeline or the root itself.
         const bool isTimeline = schemaName(timeline.source) == "Timeline";
-        const std::string_view inner = isTimeline ? importedMember(timeline.extra, "tracks")
-                                       : schemaName(timeline.source) == "Stack"
-                                           ? std::string_view(timeline.extra)
-                                           : std::string_view();
+        std::string_view inner;
+        if (isTimeline)
+            inner = importedMember(timeline.extra, "tracks");
+        else if (schemaName(timeline.source) == "Stack")
+            inner = timeline.extra;
         forEachImported(timeline.extra, [&](std::string_view key, std::string_view text) {
             if (isTimeline && key != "tracks")
                 out_.addRaw(key, text);
