@@ -22,6 +22,8 @@ VobModification marksChanged(double seconds, const IdStamp& channel) {
     return change;
 }
 
+MarkType oppositeOf(MarkType type) { return type == In ? Out : In; }
+
 // The first selected channel with a mark; the empty id when none has one.
 IdStamp firstMarked(const EditModule& module) {
     const std::vector<IdStamp> selected = module.getSelectedChans();
@@ -191,8 +193,8 @@ void Vob::alignMarks(MarkType type) {
     const double out = module_.getMark(Out);
     if (!edit_ || in == kNoTime || out == kNoTime)
         return;
-    const MarkType kept = out < in ? (type == In ? Out : In) : type;
-    const MarkType target = kept == In ? Out : In;
+    const MarkType kept = out < in ? oppositeOf(type) : type;
+    const MarkType target = oppositeOf(kept);
     const double keptTime = module_.getMark(kept);
     const double targetTime = module_.getMark(target);
 
