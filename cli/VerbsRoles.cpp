@@ -7,6 +7,17 @@ namespace cutroom::cli {
 
 namespace {
 
+// Moves a role, and nothing that usually goes with it.
+void giveRaw(const std::string& role, Vob* vob) {
+    VobManager& manager = VobManager::instance();
+    if (role == "source")
+        manager.setSourceMachineRaw(vob);
+    else if (role == "record")
+        manager.setRecordMachineRaw(vob);
+    else
+        manager.setPlayMachineRaw(vob);
+}
+
 void role(Session& session, SessionWords& words) {
     const std::string role = words.takeOneOf("a role", {"source", "record", "play"});
     Kv::Ptr<Vob> vob = session.viewer();
@@ -29,9 +40,7 @@ void role(Session& session, SessionWords& words) {
     }
     VobManager& manager = VobManager::instance();
     if (raw)
-        (manager.*(role == "source"   ? &VobManager::setSourceMachineRaw
-                   : role == "record" ? &VobManager::setRecordMachineRaw
-                                      : &VobManager::setPlayMachineRaw))(vob.get());
+        giveRaw(role, vob.get());
     else if (role == "source")
         manager.setSourceMachine(vob.get(), flags);
     else if (role == "record")
