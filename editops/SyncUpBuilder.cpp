@@ -53,6 +53,7 @@ constexpr const char* kSoundKeys[] = {"reelid1", "AudioInputSampleRate"};
 struct Shot {
     EditPtr edit;
     double at = 0;
+    ChannelPairs made = {}; // the log's channel for each of its own
 
     TimeRange range() const {
         return TimeRange(edit->getStartTime(), edit->getEndTime()).shifted(at);
@@ -114,12 +115,12 @@ private:
         return {shot.at - toSeconds(frames_.from), frames_.to - frames_.from};
     }
 
-    bool add(const Shot& shot, unsigned types) {
+    bool add(Shot& shot, unsigned types) {
         for (const IdStamp& channel : shot.edit->getChans(types, kShownSubTypes)) {
             const IdStamp made = addSyncedChannel(log_, shot.edit, channel, placeOf(shot));
             if (!made.valid())
                 return false;
-            (&shot == &picture_ ? ofPicture_ : ofSound_)[channel] = made;
+            shot.made[channel] = made;
         }
         return true;
     }
@@ -129,7 +130,7 @@ private:
         if (!add(picture_, kChanVideo) || !add(sound_, kChanAudio))
             return false;
         if (contents != SyncContents::allChannels)
-            return !ofPicture_.empty() && !ofSound_.empty();
+            return !picture_.made.empty() && !sound_.made.empty();
         constexpr unsigned kOthers = kChanSubtitle | kChanOther;
         return add(picture_, kChanAudio) && add(sound_, kChanVideo) && add(picture_, kOthers) &&
                add(sound_, kOthers) && log_->getNumChans() > 0;
@@ -164,8 +165,8 @@ private:
     void describeFully() {
         copyConfigKeys(picture_.edit, log_, kPictureKeys);
         copyConfigKeys(sound_.edit, log_, kSoundKeys);
-        copyCues(picture_.edit, log_, placeOf(picture_).at, ofPicture_);
-        copyCues(sound_.edit, log_, placeOf(sound_).at, ofSound_);
+        copyCues(picture_.edit, log_, placeOf(picture_).at, picture_.made);
+        copyCues(sound_.edit, log_, placeOf(sound_).at, sound_.made);
         group();
     }
 
@@ -176,7 +177,7 @@ private:
         std::vector<std::vector<IdStamp>> groups(list->size());
         for (std::size_t i = 0; i < groups.size(); ++i)
             for (const IdStamp& channel : list->getGroupContents(i))
-                if (const auto made = ofSound_.find(channel); made != ofSound_.end())
+                if (const auto made = sound_.made.find(channel); made != sound_.made.end())
                     groups[i].push_back(made->second);
         return groups;
     }
@@ -210,8 +211,6 @@ private:
     Frames frames_;
     const synchup_params& params_;
     EditModifier log_;
-    ChannelPairs ofPicture_;
-    ChannelPairs ofSound_;
 };
 
 Cookie refuse(const char* why) {
