@@ -41,7 +41,7 @@ function(cutroom_contract_sources folder atLayer outElsewhere)
 endfunction()
 
 # Makes the calling folder's target of the .h and .cpp files that lie in it (not below it). A
-# folder without sources becomes an interface target, so that whoever links it need not ask.
+# folder without sources becomes an interface target, so that it can be linked like any other.
 function(cutroom_folder)
     file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
     cutroom_target_of(${folder} target)

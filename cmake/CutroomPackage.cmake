@@ -1,5 +1,5 @@
 # Debian packages of the two components, made by cpack (tools/deb): cutroom, and cutroom-dev for
-# whoever builds a program with it.
+# building a program with it.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME cutroom)

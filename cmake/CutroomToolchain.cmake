@@ -41,7 +41,7 @@ if(CUTROOM_SANITIZE)
     endif()
 endif()
 if(CUTROOM_COVERAGE)
-    # Counted by threads together, or counts go astray and below nothing.
+    # Threads add to the counts atomically: else some are lost, and some become negative.
     target_compile_options(cutroom_options INTERFACE -O0 --coverage -fprofile-update=atomic)
     target_link_options(cutroom_options INTERFACE --coverage)
 endif()
