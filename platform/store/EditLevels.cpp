@@ -76,10 +76,12 @@ void Edit::groupChannels(const std::vector<IdStamp>& channels, bool on) {
     const auto groups = Kv::makePtr<ChannelGroupList>(*openObjectInternal());
     const auto grouped = [&](const IdStamp& channel) { return groups->find(channel) != SIZE_MAX; };
     const auto lacks = [&](const IdStamp& channel) { return !isValidChan(channel); };
-    if (on ? std::any_of(channels.begin(), channels.end(), lacks) ||
-                 (!channels.empty() &&
-                  groups->getGroupContents(groups->find(channels.front())) == channels)
-           : std::none_of(channels.begin(), channels.end(), grouped))
+    if (!on && std::none_of(channels.begin(), channels.end(), grouped))
+        return;
+    if (on && std::any_of(channels.begin(), channels.end(), lacks))
+        return;
+    if (on && !channels.empty() &&
+        groups->getGroupContents(groups->find(channels.front())) == channels)
         return;
     for (const IdStamp& channel : channels)
         groups->removeChannel(channel);
