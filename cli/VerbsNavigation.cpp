@@ -27,8 +27,10 @@ void tellEvent(Session& session, SessionWords& words) {
         const auto& word = words.takeOneOf("a word", {"from", "ignore-unjoined", "with-current"});
         if (word == "from")
             from = session.takePlace(words);
+        else if (word == "with-current")
+            withCurrent = true;
         else
-            (word == "with-current" ? withCurrent : ignoreUnjoined) = true;
+            ignoreUnjoined = true;
     }
     const EventInfo event = next ? vob->getNextEvent(from, ignoreUnjoined, withCurrent)
                                  : vob->getPrevEvent(from, ignoreUnjoined, withCurrent);
