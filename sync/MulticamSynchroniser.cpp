@@ -138,7 +138,9 @@ const VobSynchroniserBase::Client* MulticamSynchroniser::currentClip() const {
     const Client* clip = findClient(VobManager::instance().getSourceMachine().get());
     if (!clip)
         clip = findClient(lastMoved_);
-    return clip || clients().empty() ? clip : &clients().front();
+    if (!clip && !clients().empty())
+        clip = &clients().front();
+    return clip;
 }
 
 void MulticamSynchroniser::synchroniseSourceClips() {
