@@ -196,9 +196,8 @@ std::vector<EdlEventOut> EdlTimesOut::inTheirLines(const std::vector<EdlEventOut
 std::optional<std::string> EdlTimesOut::writtenSpeed(std::string_view facts, double speed) const {
     const std::string written = importedText(facts, "frames_per_second");
     const auto meant = parseDouble(written.starts_with('+') ? written.substr(1) : written);
-    if (meant ? *meant / record_.rate.nominal() == speed : speed == 1)
-        return written;
-    return {};
+    const double read = meant ? *meant / record_.rate.nominal() : 1;
+    return read == speed ? std::optional(written) : std::nullopt;
 }
 
 std::string_view EdlTimesOut::keptOutgoing(const EdlEventOut& event) const {

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
+#include <system_error>
 #include <utility>
 
 namespace cutroom {
@@ -32,16 +34,9 @@ constexpr std::array<std::pair<std::string_view, std::uint32_t>, 27> kColours = 
 std::optional<std::uint32_t> markerColour(std::string_view text) {
     if (text.size() == 7 && text.front() == '#') {
         std::uint32_t value = 0;
-        for (const char c : text.substr(1)) {
-            const int digit = c >= '0' && c <= '9'   ? c - '0'
-                              : c >= 'a' && c <= 'f' ? c - 'a' + 10
-                              : c >= 'A' && c <= 'F' ? c - 'A' + 10
-                                                     : -1;
-            if (digit < 0)
-                return {};
-            value = value << 4 | static_cast<std::uint32_t>(digit);
-        }
-        return value;
+        const char* const end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data() + 1, end, value, 16);
+        return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
     }
     for (const auto& [name, value] : kColours)
         if (text.size() == name.size() && equalNoCase(text, name))
