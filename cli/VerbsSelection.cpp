@@ -39,9 +39,12 @@ void tellWhetherThere(Session& session, SessionWords& words) {
                                                    : kChanOther;
     bool selected = false;
     bool material = false;
-    while (!words.done())
-        (words.takeOneOf("a word", {"selected", "material"}) == "selected" ? selected : material) =
-            true;
+    while (!words.done()) {
+        if (words.takeOneOf("a word", {"selected", "material"}) == "selected")
+            selected = true;
+        else
+            material = true;
+    }
     session.say(session.viewer()->hasChanOfType(type, selected, material) ? "  yes" : "  no");
 }
 
