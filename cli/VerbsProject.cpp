@@ -51,9 +51,14 @@ void makeEdit(Session& session, SessionWords& words) {
             if (!parsed)
                 refuse(StatusCode::wrongUsage, text, "not a frame rate");
             rate = *parsed;
-        } else
-            (word == "video" ? video : audio) =
+        } else {
+            const auto channels =
                 static_cast<unsigned char>(words.takeInt("a number of channels", 0, 255));
+            if (word == "video")
+                video = channels;
+            else
+                audio = channels;
+        }
     }
     const EditPtr edit = createEmptyEdit(Cookie(), name, video, audio, length, rate);
     if (!edit)
@@ -67,8 +72,10 @@ void makeEdit(Session& session, SessionWords& words) {
 }
 
 void show(Session& session, SessionWords& words) {
+    constexpr int kColumns = 80;
+    constexpr bool kColour = false;
     const EditView view = describe(session.edit());
-    std::string text = words.takeIf("json") ? toJson(view) : draw(view, 80, false);
+    std::string text = words.takeIf("json") ? toJson(view) : draw(view, kColumns, kColour);
     while (text.ends_with('\n'))
         text.pop_back();
     session.say(text);
