@@ -26,7 +26,8 @@ constexpr char kTrimViewPreference[] = "Trimview enabled";
 Vob::eTrimViewType defaultTrimViewType() {
     if (EditorPreferences::getPreference("Window arrangement", 0) != 0)
         return Vob::kTrimViewFull;
-    static const cutroom::ConfigValue<int> byDefault("trimview_default", 1);
+    static const auto& byDefault =
+        *new cutroom::ConfigValue<int>("trimview_default", 1); // never destroyed
     const int type = EditorPreferences::getPreference(kTrimViewPreference, byDefault.get());
     return static_cast<Vob::eTrimViewType>(type);
 }
@@ -86,13 +87,20 @@ void Vob::init() {
         CurrentProject::exitedMsgType()));
 }
 
+// Clients are detached first, so that none of them is told that playing stops. A client that is
+// detached may destroy others.
 Vob::~Vob() {
     endRegistrations();
     editRegistration_.reset();
+    {
+        CriticalSection::Lock lock(clientLock_);
+        while (!clients_.empty()) {
+            VobClient* const client = clients_.front();
+            clients_.erase(clients_.begin());
+            client->setVob(nullptr);
+        }
+    }
     playable_.reset();
-    CriticalSection::Lock lock(clientLock_);
-    for (VobClient* client : clients_)
-        client->setVob(nullptr);
 }
 
 void Vob::onLastRelease() const noexcept {
@@ -109,11 +117,14 @@ void Vob::onLastRelease() const noexcept {
     }
 }
 
-// Deletes this at once, or leaves that to the outermost telling under way.
+// Deletes this at once, or leaves that to the outermost telling under way. A Vob of which somebody
+// (a client that was told, for example) has taken a share again in the meantime is kept.
 CUTROOM_NO_THREAD_SAFETY void Vob::destroyWhenTold() const noexcept {
-    if (tellings_)
-        diesAfterTelling_ = true;
-    else
+    diesAfterTelling_ = tellings_ != nullptr;
+    if (diesAfterTelling_)
+        return;
+    dying_ = false;
+    if (refCount() == 0 && !dying_.exchange(true))
         delete this;
 }
 
@@ -193,7 +204,8 @@ void Vob::setDefaultTrimViewType(eTrimViewType type) {
 }
 
 bool Vob::isTrimViewPossible() const {
-    static const cutroom::ConfigValue<int> enabled("trimview_enabled", 1);
+    static const auto& enabled =
+        *new cutroom::ConfigValue<int>("trimview_enabled", 1); // never destroyed
     if (enabled.get() == 0 || trimViewType_ == kTrimViewOff)
         return false;
     return TrimObj(const_cast<Vob&>(*this)).isTrimViewPossible();

@@ -19,9 +19,10 @@ constexpr char kShowCelCues[] = "SHOW_CEL_CUES";
 
 void Vob::setEdit(const EditPtr& edit, bool keepModule) {
     const Kv::Ptr<Vob> self = keepAlive();
+    const EditPtr wanted = edit; // a copy: `edit` may be a view edit, which clients may replace
     const EditModule saved = module_;
     clearSelectedSegments();
-    takeEdit(edit);
+    takeEdit(wanted);
     if (edit_) {
         if (keepModule)
             setEditModule(saved, false);

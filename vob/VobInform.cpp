@@ -18,8 +18,10 @@ struct Watches {
     Kv::Ptr<TimedTask> each = TimedTaskManager::createTimedTask("Vob2");
 };
 
+// Never destroyed: a host that is a static object stops playing, and tells clients, at the very end
+// of the program.
 const Watches& watches() {
-    static const cutroom::OncePerProcess<Watches> once([] { return Watches(); });
+    static const auto& once = *new cutroom::OncePerProcess<Watches>([] { return Watches(); });
     return once.get();
 }
 
@@ -109,7 +111,7 @@ template <class Proxy> void Vob::informClientsSafe(Proxy& proxy) {
         if (!diesAfterTelling_ || telling.isInner())
             return;
     }
-    delete this;
+    destroyWhenTold();
 }
 
 // Most lists do not change while they are told: one walk, without looking anything up.

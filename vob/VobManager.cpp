@@ -29,9 +29,14 @@ VobManager::VobManager() {
     registerWithEditManager();
 }
 
+// A client that is told here that playing stops may close Vobs, and what is destroyed along with a
+// Vob may call the manager; so both happen while all members are still there.
 VobManager::~VobManager() {
-    for (const VobPtr& vob : vobs_) // it may still be held elsewhere
+    for (const VobPtr& vob : VobVec(vobs_)) // it may still be held elsewhere
         vob->registerWithPlayServer(false);
+    for (VobPtr* const role : {&record_, &source_, &previousSource_, &play_})
+        role->reset();
+    VobVec().swap(vobs_);
 }
 
 // --- making and finding Vobs ---------------------------------------------------------------------

@@ -59,9 +59,11 @@ void VobManager::registerWithEditManager() {
 
 // --- changes -------------------------------------------------------------------------------------
 
+// Passes a copy of the cookie on: `edit` may refer to that of a Vob, and a client that is told may
+// make that Vob view another edit.
 void VobManager::informEditAltered(const Cookie& edit, const EditModifications& editChanges,
                                    const VobModification& change) {
-    informEditAlteredInternal(edit, editChanges, change);
+    informEditAlteredInternal(Cookie(edit), editChanges, change);
 }
 
 void VobManager::informEditAlteredInternal(const Cookie& edit, const EditModifications& editChanges,

@@ -153,7 +153,7 @@ bool Vob::marksAligned(bool selectedOnly) const {
 }
 
 bool Vob::allowAdvancedMarks() {
-    static const cutroom::OncePerProcess<bool> allowed(
+    static const auto& allowed = *new cutroom::OncePerProcess<bool>( // never destroyed
         [] { return EditorPreferences::getPreference("Behaviour : Advanced marks", false); });
     return allowed.get();
 }

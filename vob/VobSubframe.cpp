@@ -17,17 +17,20 @@ using cutroom::StatusCode;
 namespace {
 
 bool checks() {
-    static const cutroom::ConfigValue<int> value("check_quantise", 1);
+    static const auto& value =
+        *new cutroom::ConfigValue<int>("check_quantise", 1); // never destroyed
     return value.get() != 0;
 }
 
 bool repairs() {
-    static const cutroom::ConfigValue<int> value("auto_fix_subframe_errors", 1);
+    static const auto& value =
+        *new cutroom::ConfigValue<int>("auto_fix_subframe_errors", 1); // never destroyed
     return value.get() != 0;
 }
 
 bool warningsDisabled() {
-    static const cutroom::ConfigValue<int> value("disable_subframe_warnings", 0);
+    static const auto& value =
+        *new cutroom::ConfigValue<int>("disable_subframe_warnings", 0); // never destroyed
     return value.get() != 0;
 }
 

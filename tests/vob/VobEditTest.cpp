@@ -64,6 +64,15 @@ TEST_F(VobEdit, ReplacedLosesTheSelectedSegmentsAndSaysSo) {
                                     "a: change 32 time 0"));
 }
 
+TEST_F(VobEdit, IsReplacedByAViewEditThatThoseWhoAreToldTakeAway) {
+    const EditPtr view = makeEdit();
+    vob_->setViewEdits({view});
+    vob_->selectSegment({edit_, 0, 3.0});
+    client_.onChange = [&](const VobModification&) { vob_->setViewEdits({}); };
+    vob_->setEdit(vob_->getViewEdits().front(), false);
+    EXPECT_EQ(vob_->getEdit(), view);
+}
+
 TEST_F(VobEdit, SetUpAnewTakesMarksAndCueEventsAsStored) {
     edit_->setConfig("BACKUP_MARK1", 2.0);
     vob_->storeMarkTime(IdStamp(), 5, Out);

@@ -32,6 +32,12 @@ protected:
     Kv::Ptr<Vob> vob_;
 };
 
+struct CountedVob final : Vob {
+    CountedVob(const EditPtr& edit, int& ended) : Vob(edit), ends(ended) {}
+    ~CountedVob() override { ++ends; }
+    int& ends;
+};
+
 } // namespace
 
 TEST_F(VobInform, GoesByPriorityThenByAge) {
@@ -122,6 +128,28 @@ TEST_F(VobInform, AClientMayCloseTheVobItIsToldBy) {
     raw->informClients(kVobCuts);
     EXPECT_EQ(told(), "a");
     EXPECT_FALSE(stops.isRegistered());
+}
+
+TEST_F(VobInform, AVobDroppedMeanwhileGoesOnceAndUntoldUnlessItIsTakenUpAgain) {
+    int ends = 0;
+    for (const bool takenUp : {false, true}) {
+        Kv::Ptr<Vob> vob(new CountedVob(makeEdit(), ends));
+        RecorderClient a(vob.get(), calls_, "a", 1), b(vob.get(), calls_, "b");
+        vob->registerWithPlayServer(true);
+        ASSERT_TRUE(host_.transport().play());
+        a.onChange = [&](const VobModification&) { vob.reset(); };
+        b.onChange = [&](const VobModification&) {
+            if (takenUp)
+                VobManager::instance().setRecordMachineRaw(b.getVob());
+        };
+        calls_.clear();
+        vob.get()->informClients(kVobCuts);
+        EXPECT_EQ(ends, 1);
+        EXPECT_EQ(b.getVob() != nullptr, takenUp);
+        VobManager::instance().setRecordMachineRaw(nullptr);
+        EXPECT_THAT(calls_, ElementsAre("a: change 8", "b: change 8"));
+    }
+    EXPECT_EQ(ends, 2);
 }
 
 TEST_F(VobInform, AVobClosedMeanwhileEndsWhatItIsDoing) {

@@ -56,6 +56,16 @@ TEST_F(VobManagerNotices, AClientMayCloseTheNextVobWhileAChangeGoesRound) {
     EXPECT_THAT(calls_, testing::SizeIs(1));
 }
 
+TEST_F(VobManagerNotices, AClientMayHaveAnotherEditShownWhileAChangeGoesRound) {
+    RecorderClient a(a_.get(), calls_, "a"), b(other_.get(), calls_, "b"), c(c_.get(), calls_, "c");
+    a.onChange = [&](const VobModification&) {
+        a.onChange = nullptr;
+        a_->setEdit(otherEdit_, false);
+    };
+    a_->setChangeDescription({}, VobModification(kVobCuts));
+    EXPECT_THAT(calls_, ElementsAre("a: change 8", "a: change 32 time 0", "c: change 8"));
+}
+
 // --- the project's exit --------------------------------------------------------------------------
 
 TEST_F(VobManagerNotices, AtTheProjectsExitVobsCloseAndWhatShowsThemGoes) {

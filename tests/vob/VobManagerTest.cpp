@@ -1,5 +1,8 @@
+#include "platform/host/ProcessLife.h"
 #include "tests/vob/MeddlingClient.h"
 #include "tests/vob/VobFixture.h"
+
+#include <optional>
 
 using namespace cutroom::test;
 using testing::ElementsAre;
@@ -205,6 +208,28 @@ TEST_F(VobManagerTest, ANewVobSharesModuleAndGroupWhenAsked) {
     EXPECT_FALSE(manager_.isGrouped(third));
     EXPECT_THAT(manager_.getAllVobs(), ElementsAre(vob, third)); // the second had no client left
     EXPECT_EQ(manager_.moveToNewVob(client("loose").get(), true, true), nullptr);
+}
+
+TEST(VobManagerEnd, WhoeverIsToldOfItMayCloseVobs) {
+    struct Closer : VobClient {
+        using VobClient::VobClient;
+        void notifyPlayStateChange(PlayStateNotifyType) override {
+            if (cutroom::ProcessLife::ending())
+                VobManager::instance().closeVob(getVob(), true);
+        }
+    };
+    std::optional<cutroom::EmbeddedHost> host(cutroom::EmbeddedHost::repeatable());
+    cutroom::Transport& transport = host->transport();
+    for (int i = 0; i < 2; ++i)
+        VobManager::instance().createVob(makeEdit())->registerWithPlayServer(true);
+    Closer closer(VobManager::instance().getAllVobs().front().get(), kClientPriorityViewer,
+                  kClientUnmanaged);
+    const auto again = transport.notices().registerNotification(
+        makeCallback<NotifyMsg>([&](const NotifyMsg&) { transport.play(); }),
+        TransitStatus::playStoppedMsgType());
+    ASSERT_TRUE(transport.play());
+    host.reset();
+    EXPECT_EQ(closer.getVob(), nullptr);
 }
 
 TEST_F(VobManagerTest, DebugWritesEveryVob) {
