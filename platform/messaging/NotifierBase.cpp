@@ -1,6 +1,7 @@
 #include "platform/messaging/NotifierBase.h"
 
 #include "platform/base/Log.h"
+#include "platform/messaging/GuardedCallback.h"
 
 #include <algorithm>
 
@@ -21,13 +22,23 @@ constexpr int kMostDepth = 1'000;
 // Ends one registration.
 class ListenerGuard final : public Guard {
 public:
-    ListenerGuard(Kv::Ptr<ListenerList> list, std::uint64_t number)
-        : list_(std::move(list)), entry_(new EndedRegistration{number, nullptr}) {}
-    ~ListenerGuard() override { list_->remove(entry_); }
+    ListenerGuard(Kv::Ptr<ListenerList> list, const CallbackRoot& callback, std::uint64_t number)
+        : list_(std::move(list)), entry_(new EndedRegistration{number, nullptr}) {
+        if (const auto* const guarded = dynamic_cast<const iGuardedCallback*>(&callback))
+            count_ = guarded->guardCount();
+        if (count_)
+            count_->fetch_add(1, std::memory_order_acq_rel);
+    }
+    ~ListenerGuard() override {
+        if (count_)
+            count_->fetch_sub(1, std::memory_order_acq_rel);
+        list_->remove(entry_);
+    }
 
 private:
     const Kv::Ptr<ListenerList> list_;
-    EndedRegistration* const entry_; // made early, since ending must not fail
+    EndedRegistration* const entry_;     // made early, since ending must not fail
+    iGuardedCallback::GuardCount count_; // null for callbacks that ask for none
 };
 
 ListenerList::ListenerList() = default;
@@ -48,7 +59,7 @@ Kv::Ptr<Guard> ListenerList::add(Kv::Ptr<CallbackRoot> callback, int msgType) {
             return {};
         CallbackRoot& added = *callback;
         const std::uint64_t number = ++lastNumber_;
-        guard = Kv::Ptr<Guard>(new ListenerGuard(Kv::Ptr<ListenerList>(this), number));
+        guard = Kv::Ptr<Guard>(new ListenerGuard(Kv::Ptr<ListenerList>(this), added, number));
         numbers_.push_back(number);
         try {
             entries_.emplace_back(msgType, std::move(callback));

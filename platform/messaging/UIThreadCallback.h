@@ -3,17 +3,22 @@
 
 #include "platform/base/Export.h"
 #include "platform/messaging/Callback.h"
+#include "platform/messaging/GuardedCallback.h"
 #include "platform/messaging/UiThread.h"
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <utility>
 
 // Wraps a callback so that it runs on the user-interface thread only: at once when told there, and
 // posted with a copy of the message when told on any other thread. What is still posted when the
-// last registration of the wrapper ends is not delivered; a call that is already under way on the
-// user-interface thread is not waited for by a guard dropped on another thread.
-template <class Msg> class CUTROOM_API UIThreadCallback final : public iCallbackBase<int, Msg> {
+// last registration of the wrapper ends, or the last of their guards is dropped, is not delivered;
+// a call that is already under way on the user-interface thread is not waited for by a guard
+// dropped on another thread.
+template <class Msg>
+class CUTROOM_API UIThreadCallback final : public iCallbackBase<int, Msg>,
+                                           public cutroom::iGuardedCallback {
 public:
     // Decides on the user-interface thread, just before each delivery, whether it takes place.
     using DeliveryCondition = std::function<bool(const Msg&)>;
@@ -42,12 +47,14 @@ public:
     void registrationEnded() noexcept override {
         registrations_.fetch_sub(1, std::memory_order_acq_rel);
     }
+    const GuardCount& guardCount() const noexcept override { return guards_; }
 
 private:
     // Registered once, and no more.
     bool isOver() const noexcept {
         return wasRegistered_.load(std::memory_order_acquire) &&
-               registrations_.load(std::memory_order_acquire) == 0;
+               (registrations_.load(std::memory_order_acquire) == 0 ||
+                guards_->load(std::memory_order_acquire) == 0);
     }
     int deliver(const Msg& message) {
         if (!callback_ || (condition_ && !condition_(message)))
@@ -58,6 +65,7 @@ private:
     const CallbackPtr<Msg> callback_;
     DeliveryCondition condition_;
     std::atomic<int> registrations_{0};
+    const GuardCount guards_ = std::make_shared<std::atomic<int>>(0);
     std::atomic<bool> wasRegistered_{false};
 };
 

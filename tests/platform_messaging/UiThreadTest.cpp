@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <latch>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -106,6 +107,24 @@ TEST_F(UiThreadCallbackTest, WhatIsPostedGoesWithTheLastRegistration) {
     std::thread([&] { other.issueNotification(NotifyMsg("again"), 1); }).join();
     ui.pump();
     EXPECT_EQ(heard.back(), "again");
+}
+
+TEST_F(UiThreadCallbackTest, WhatIsPostedGoesWithAGuardThatCannotWaitForTheTelling) {
+    std::latch posted(1), go(1);
+    const auto slow = notifier->registerNotification(makeCallback<NotifyMsg>([&](const NotifyMsg&) {
+                                                         posted.count_down();
+                                                         go.wait();
+                                                     }),
+                                                     1);
+    std::thread teller([&] { tell("late"); });
+    posted.wait();
+    const auto dropper = other.registerNotification(
+        makeCallback<NotifyMsg>([&](const NotifyMsg&) { guard.reset(); }), 1);
+    other.issueNotification(NotifyMsg("drop"), 1);
+    ui.pump();
+    EXPECT_TRUE(heard.empty());
+    go.count_down();
+    teller.join();
 }
 
 TEST(UiThread, WithoutOneEveryThreadIsItAndEventsGoNowhere) {

@@ -1,0 +1,3 @@
+#include "platform/messaging/GuardedCallback.h"
+
+cutroom::iGuardedCallback::~iGuardedCallback() = default;
