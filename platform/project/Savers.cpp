@@ -30,7 +30,7 @@ struct SaverList {
 
     mutable CriticalSection lock{LockRank::leaf};
     std::vector<std::pair<int, Saver>> entries CUTROOM_GUARDED_BY(lock);
-    int lastNumber CUTROOM_GUARDED_BY(lock) = 0;
+    static inline std::atomic<int> lastNumber{0}; // of all lives: a guard may outlive its own
     Status failure CUTROOM_GUARDED_BY(lock);
     std::atomic<int> changes{0};
     Notifier notifier;

@@ -1,4 +1,5 @@
 #include "platform/project/Savers.h"
+#include "platform/host/ProcessLife.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,6 +32,15 @@ TEST(SaversTest, AllAreAskedAndTheFirstFailureIsGiven) {
     EXPECT_THAT(asked, ElementsAre("bins", "groups"));
     EXPECT_EQ(saved.code(), StatusCode::inputOutput);
     EXPECT_EQ(saved.text(), "/f: bins: no space");
+}
+
+TEST(SaversTest, AGuardThatOutlivesItsLifeLeavesTheSaversOfTheNext) {
+    const Saver dirty{"dirty", [] { return true; }, [] { return Status(); }};
+    Kv::Ptr<Guard> before = Savers::add(dirty);
+    cutroom::ProcessLife::end();
+    const Kv::Ptr<Guard> now = Savers::add(dirty);
+    before.reset();
+    EXPECT_TRUE(Savers::anyDirty());
 }
 
 TEST(SaversTest, ListenersHearOfTheFirstChangeAndOfMany) {
