@@ -30,7 +30,13 @@ EditManager::EditManager() : impl_(new Impl) {
     impl_->databaseRebuilder = CurrentProject::installDatabaseRebuilder(cutroom::rebuildRecords);
 }
 
-EditManager::~EditManager() = default;
+// A listener of an edit may hold other edits and let them go along with it, which looks at the
+// table.
+EditManager::~EditManager() {
+    std::unordered_map<Cookie, Kv::Ptr<Edit>> gone; // die outside the lock
+    const CriticalSection::Lock held(impl_->lock);
+    gone.swap(impl_->table);
+}
 
 Kv::Ptr<Edit> EditManager::Impl::find(const Cookie& cookie) const {
     const CriticalSection::Lock held(lock);
@@ -49,6 +55,12 @@ std::vector<Kv::Ptr<Edit>> EditManager::Impl::all() const {
 Kv::Ptr<Edit> EditManager::Impl::enter(const Kv::Ptr<Edit>& edit) {
     const CriticalSection::Lock held(lock);
     return table.try_emplace(edit->getCookie(), edit).first->second;
+}
+
+Kv::Ptr<Edit> EditManager::Impl::enterRead(const Kv::Ptr<Edit>& edit,
+                                           std::uint64_t removalsBefore) {
+    const CriticalSection::Lock held(lock);
+    return removals == removalsBefore ? enter(edit) : Kv::Ptr<Edit>();
 }
 
 void EditManager::Impl::dropUnused() {
@@ -106,26 +118,17 @@ EditModifier EditManager::makeNewEdit(const Cookie& cookie, unsigned char video,
     return EditModifier(EditPtr(edit));
 }
 
-EditPtr EditManager::open(const Cookie& cookie, Status* why) {
-    if (why)
-        *why = {};
-    if (const Kv::Ptr<Edit> known = impl_->find(cookie))
-        return known;
-    const auto refuse = [&](Status status) {
-        if (why)
-            *why = std::move(status);
-        return EditPtr();
-    };
+cutroom::Result<Kv::Ptr<Edit>> EditManager::Impl::read(const Cookie& cookie) {
     const std::string path = cookie.type() == 'E' ? cutroom::EditFile::path(cookie) : "";
     if (path.empty())
-        return refuse({StatusCode::notFound, cookie.asString(), "there is no such edit"});
+        return Status(StatusCode::notFound, cookie.asString(), "there is no such edit");
     const auto bytes = cutroom::readFile(path);
     if (!bytes)
-        return refuse(bytes.status());
+        return bytes.status();
     auto content = cutroom::EditFile::decode(*bytes, path);
     if (!content)
-        return refuse(content.status());
-    const Kv::Ptr<Edit> edit(new Edit(cookie));
+        return content.status();
+    Kv::Ptr<Edit> edit(new Edit(cookie));
     {
         const Edit::Lock lock(*edit);
         edit->impl_->state = std::move(content->state);
@@ -134,7 +137,31 @@ EditPtr EditManager::open(const Cookie& cookie, Status* why) {
         edit->impl_->history.loaded = content->historyId == 0;
         edit->impl_->takePending();
     }
-    return impl_->enter(edit);
+    return edit;
+}
+
+// The file is read without a lock. If edits were deleted or the project was closed meanwhile, the
+// edit that was read may no longer exist, so it is looked for again.
+EditPtr EditManager::open(const Cookie& cookie, Status* why) {
+    if (why)
+        *why = {};
+    while (true) {
+        std::uint64_t removals = 0;
+        {
+            const CriticalSection::Lock held(impl_->lock);
+            if (const auto entry = impl_->table.find(cookie); entry != impl_->table.end())
+                return entry->second;
+            removals = impl_->removals;
+        }
+        const auto read = Impl::read(cookie);
+        if (!read) {
+            if (why)
+                *why = read.status();
+            return {};
+        }
+        if (const Kv::Ptr<Edit> entered = impl_->enterRead(*read, removals))
+            return entered;
+    }
 }
 
 bool EditManager::isOpen(const Cookie& cookie) const {

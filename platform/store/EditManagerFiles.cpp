@@ -206,6 +206,10 @@ Status EditManager::removeFiles(const CookieVec& edits) {
                 return status;
     if (Status status = group.commit(); !status)
         return status;
+    {
+        const CriticalSection::Lock held(impl_->lock);
+        ++impl_->removals;
+    }
     ProjDbModificationCoalescer coalescer;
     for (const Cookie& cookie : edits)
         if (projdb::isPresent(cookie))

@@ -7,7 +7,7 @@
 #include "platform/store/EditImpl.h"
 #include "platform/store/EditManager.h"
 
-#include <atomic>
+#include <cstdint>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -32,12 +32,13 @@ struct EditManager::Impl {
     std::unordered_map<Cookie, Kv::Ptr<Edit>> table CUTROOM_GUARDED_BY(lock);
     Cookie clipboard CUTROOM_GUARDED_BY(lock);
     std::vector<ProjectListener*> listeners CUTROOM_GUARDED_BY(lock);
+    // Counts deletions and closed projects: an edit that was read across one is looked for again.
+    std::uint64_t removals CUTROOM_GUARDED_BY(lock) = 0;
 
     CriticalSection saving; // held for one whole save; taken before any edit's lock
     CookieVec undiscarded CUTROOM_GUARDED_BY(saving); // their files could not be removed yet
     Notifier notifier;
     ValServer<bool> mixerBypass;
-    std::atomic<std::uint64_t> exits{0};
     Kv::Ptr<Guard> projectExit;
     Kv::Ptr<Guard> databaseRebuilder;
 
@@ -46,6 +47,9 @@ struct EditManager::Impl {
     std::vector<Kv::Ptr<Edit>> all() const;
     // Puts an edit into the table; gives the one that is there already when there is one.
     Kv::Ptr<Edit> enter(const Kv::Ptr<Edit>& edit);
+    // The same for an edit that was read; empty when `removals` has changed since.
+    Kv::Ptr<Edit> enterRead(const Kv::Ptr<Edit>& edit, std::uint64_t removalsBefore);
+    static cutroom::Result<Kv::Ptr<Edit>> read(const Cookie& cookie);
     // Takes out what nobody holds and no save needs.
     void dropUnused();
 

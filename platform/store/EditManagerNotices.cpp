@@ -73,6 +73,7 @@ cutroom::Status EditManager::handleProjectExit() {
     std::unordered_map<Cookie, Kv::Ptr<Edit>> gone; // die outside the lock
     const CriticalSection::Lock held(impl_->lock);
     gone.swap(impl_->table);
+    ++impl_->removals;
     impl_->clipboard = Cookie();
     return status;
 }

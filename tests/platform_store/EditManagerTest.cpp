@@ -1,8 +1,12 @@
 #include "StoreFixture.h"
+#include "platform/files/Files.h"
 #include "platform/project/ProjDb.h"
 #include "platform/store/ProjectListener.h"
+#include "tests/support/FaultyFiles.h"
 
+#include <functional>
 #include <thread>
+#include <utility>
 
 using namespace cutroom;
 using testing::AllOf;
@@ -113,6 +117,55 @@ TEST_F(EditManagerTest, deletionIsToldBeforeAndAfter) {
     edit.release();
     ASSERT_TRUE(manager().flushChanges(true).ok());
     EXPECT_FALSE(std::filesystem::exists(fileOf(cookie))) << "what is deleted stays so";
+}
+
+// The file system in use; calls back once, when a file has been opened.
+class Meddling final : public test::FaultyFiles {
+public:
+    explicit Meddling(std::function<void()> act)
+        : FaultyFiles(systemFiles()), act_(std::move(act)), before_(installFileSystem(this)) {}
+    ~Meddling() override { installFileSystem(before_); }
+    Result<Handle> open(const std::string& path, OpenMode mode) override {
+        const Result<Handle> file = FaultyFiles::open(path, mode);
+        std::exchange(act_, [] {})();
+        return file;
+    }
+
+private:
+    std::function<void()> act_;
+    iFileSystem* const before_;
+};
+
+TEST_F(EditManagerTest, anEditThatGoesWhileItIsReadStaysAway) {
+    for (const bool closes : {false, true}) {
+        const Cookie cookie = fresh().getCookie();
+        ASSERT_TRUE(manager().flushChanges(false).ok());
+        const Meddling files([&] {
+            EXPECT_TRUE(
+                (closes ? CurrentProject::close() : manager().deleteEdits({cookie}, "")).ok());
+        });
+        EXPECT_FALSE(EditPtr(cookie));
+        EXPECT_FALSE(manager().exists(cookie));
+    }
+}
+
+TEST_F(EditManagerTest, editsMayTakeOthersAlongAtTheEndOfALife) {
+    std::vector<EditPtr> holders, others;
+    for (int i = 0; i < 10; ++i) {
+        holders.emplace_back(fresh());
+        others.emplace_back(fresh());
+    }
+    ASSERT_TRUE(manager().flushChanges(false).ok());
+    for (const EditPtr& holder : holders) {
+        guards_.push_back(holder->registerNotification(
+            makeCallback<NotifyMsg>([other = others.back()](const NotifyMsg&) {}),
+            kNoticeModifications));
+        holder->setDirty(); // stays open
+        others.pop_back();
+    }
+    holders.clear();
+    ProcessLife::end();
+    EXPECT_TRUE(manager().getAllEdits().empty());
 }
 
 TEST_F(EditManagerTest, exitTellsViewersThenListenersThenSaves) {
