@@ -158,6 +158,10 @@ void readTrack(Document& document, const Json& object, const Place& place, const
     if (const auto own = readRange(document, object, "source_range", place)) {
         range = own->span();
         found.rates.push_back(own->duration.rate);
+    } else if (std::any_of(track.items.begin(), track.items.end(), [&](const Item& item) {
+                   return item.start < range.start || item.end() > range.end();
+               })) {
+        document.warn("transitions that reach beyond their track are shortened");
     }
     if (trimTo(range, track.items, found.markers) > 0)
         document.warn("things outside the range of their track are left out");
