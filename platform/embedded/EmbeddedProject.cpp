@@ -16,9 +16,12 @@ namespace {
 Status firstFailure(Status first, Status second) { return first.ok() ? second : first; }
 
 // Damaged preferences do not keep the project from being opened: the file is moved aside (if the
-// project may be written), and the defaults are used.
+// project may be written), and the defaults are used. The file of a project that is open for
+// reading only is read once and never written.
 Status readPreferences(const std::string& path) {
     const Status read = EditorPreferences::open(path);
+    if (read && CurrentProject::isReadOnly())
+        return EditorPreferences::close();
     if (read.code() != StatusCode::damaged)
         return read;
     LogBoth("%s; the preferences begin anew\n", read.text().c_str());
@@ -67,8 +70,13 @@ void EmbeddedProject::readSettings() {
 }
 
 Status EmbeddedProject::close() {
-    if (!CurrentProject::isOpen())
+    if (!CurrentProject::isOpen() || closing_)
         return {};
+    const struct Closing { // lowers the flag after an exception, too
+        bool& flag;
+        explicit Closing(bool& raised) : flag(raised) { flag = true; }
+        ~Closing() { flag = false; }
+    } closing(closing_);
     autosave_.reset();
     host_.transport().stop();
     Status outcome = EditManager::instance().handleProjectExit();
@@ -76,7 +84,8 @@ Status EmbeddedProject::close() {
     outcome = firstFailure(outcome, Savers::takeFailure());
     if (!CurrentProject::isReadOnly())
         outcome = firstFailure(outcome, EditorPreferences::flush());
-    return firstFailure(outcome, CurrentProject::close());
+    outcome = firstFailure(outcome, CurrentProject::close());
+    return firstFailure(outcome, EditorPreferences::close());
 }
 
 } // namespace cutroom

@@ -31,7 +31,8 @@ public:
     // Stops the transport, tells the project's exit (viewed edits close and leave how they were
     // viewed with their edits, containers are saved), writes what is dirty, and closes. Gives the
     // first failure, also of what could not be saved at the exit (`Savers`); the project is closed
-    // all the same. All well without a project.
+    // all the same. All well without a project. Called again while the project is being closed it
+    // does nothing.
     Status close();
 
 private:
@@ -41,6 +42,7 @@ private:
     Kv::Ptr<Guard> entered_;
     Status settings_; // of the project entered last
     std::optional<Autosave> autosave_;
+    bool closing_ = false;
 };
 
 } // namespace cutroom

@@ -162,6 +162,15 @@ Status EditorPreferences::flush() {
     return state.write();
 }
 
+Status EditorPreferences::close() {
+    State& state = *instance().state_;
+    CriticalSection::Lock writing(state.writing);
+    const Status written = state.write();
+    CriticalSection::Lock lock(state.lock);
+    state.path.clear();
+    return written;
+}
+
 bool EditorPreferences::isDirty() {
     State& state = *instance().state_;
     CriticalSection::Lock lock(state.lock);

@@ -44,6 +44,9 @@ public:
     // Writes the file crash-safely when something changed since the last time. Without a file all
     // is well.
     static cutroom::Status flush();
+    // Writes what is due, then keeps to no file, also when that fails: what changes from now on
+    // stays in memory.
+    static cutroom::Status close();
     // Tells whether something waits to be written.
     static bool isDirty();
 

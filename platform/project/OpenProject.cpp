@@ -65,8 +65,9 @@ OpenProject::~OpenProject() {
 
 Status OpenProject::open(const std::string& folder, CurrentProject::Access access,
                          CurrentProject::IfMissing ifMissing) {
-    if (isOpen())
-        return Status(StatusCode::wrongUsage, this->folder(), "a project is open already");
+    if (isOpen() || isExiting())
+        return Status(StatusCode::wrongUsage, isOpen() ? this->folder() : folder,
+                      isOpen() ? "a project is open already" : "a project is being closed");
     const Result<std::string> whole = absoluteFolder(folder);
     if (!whole)
         return whole.status();

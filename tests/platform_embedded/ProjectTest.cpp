@@ -86,6 +86,39 @@ TEST_F(Project, ClosingWritesWhatIsDirty) {
     EXPECT_TRUE(project_.close().ok());
 }
 
+TEST_F(Project, PreferencesAreWrittenOnlyWhileItIsOpenForWriting) {
+    const auto reopened = [&](CurrentProject::Access access) {
+        EXPECT_TRUE(open(access, CurrentProject::IfMissing::fail).ok());
+        return EditorPreferences::getPreference("Scale", 0);
+    };
+    EditorPreferences::setPreference("Scale", 2);
+    ASSERT_TRUE(project_.close().ok());
+    EditorPreferences::setPreference("Scale", 3);
+    EXPECT_EQ(reopened(CurrentProject::Access::readOnly), 2);
+    EditorPreferences::setPreference("Scale", 4);
+    ASSERT_TRUE(project_.close().ok());
+    EXPECT_EQ(reopened(CurrentProject::Access::readWrite), 2);
+}
+
+TEST_F(Project, NoneIsOpenedInTheMidstOfClosingOne) {
+    std::vector<std::string> refused;
+    const auto openAnother = [&] {
+        EXPECT_TRUE(project_.close().ok());
+        refused.push_back(project_
+                              .open(folder_.path() + "/other", CurrentProject::Access::readWrite,
+                                    CurrentProject::IfMissing::create)
+                              .message());
+    };
+    host_.loop().post(openAnother);
+    const auto exited = CurrentProject::addListener(
+        makeCallback<NotifyMsg>([&](const NotifyMsg&) { openAnother(); }),
+        CurrentProject::exitedMsgType());
+    EXPECT_TRUE(project_.close().ok());
+    EXPECT_FALSE(CurrentProject::isOpen());
+    EXPECT_THAT(refused,
+                testing::ElementsAre("a project is open already", "a project is being closed"));
+}
+
 TEST_F(Project, DamagedSettingsRefuseTheProjectAndLeaveItClosed) {
     ASSERT_TRUE(project_.close().ok());
     std::ofstream(folder_.path() + "/p/configuration.ini") << "[config\nx";

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -100,6 +101,12 @@ TEST_F(ServicesTest, UserMessagesAreKeptAndPrinted) {
         showUserMessage(L"more");
     EXPECT_EQ(host.messages().shown().size(), EmbeddedMessages::kKept);
     EXPECT_EQ(host.messages().shown().front().text, L"more");
+    const auto held = std::make_shared<int>();
+    host.messages().setPrinter([&, own = held](const EmbeddedMessages::Shown&) {
+        host.messages().setPrinter({});
+        EXPECT_EQ(held.use_count(), 2) << "what it holds goes behind it";
+    });
+    showUserMessage(L"last");
 }
 
 TEST_F(ServicesTest, EveryNumberHasAnEnglishTextToldApartFromTheOthersOfItsList) {
