@@ -106,7 +106,8 @@ Status BinManager::saveDirty(Status& leftOut) {
 
 // --- removing ------------------------------------------------------------------------------------
 
-Status BinManager::destroy(const Cookie& bin, const LightweightString<char>& reason) {
+Status BinManager::destroy(const Cookie& id, const LightweightString<char>& reason) {
+    const Cookie bin = id; // a copy: `id` may be the cookie of an item that is removed here
     {
         const CriticalSection::Lock whole(saving_);
         if (!isKnown(bin))
