@@ -186,7 +186,8 @@ void BinData::setDefaultTableColumns(const std::vector<LogAttribute>& columns) {
 }
 
 const std::vector<LogAttribute>& BinData::defaultTableColumns() {
-    static const std::vector<LogAttribute> columns = {
+    static const auto& columns = *new std::vector<LogAttribute>{
+        // never destroyed
         LogAttribute::name,     LogAttribute::timecode, LogAttribute::endTimecode,
         LogAttribute::duration, LogAttribute::tracks,   LogAttribute::type,
         LogAttribute::modified};

@@ -35,9 +35,10 @@ constexpr char kTileDimensions[] = "TileDimensions", kSyncedSources[] = "SYNCED_
 constexpr double kUnsetMark = -1.0;
 
 // Every attribute that this or an earlier version writes: one that is left out now was dropped on
-// purpose and is not carried over from the older file.
+// purpose and is not carried over from the older file. Never destroyed, as bins may be saved by
+// static objects.
 const std::vector<std::string_view>& knownAttributes() {
-    static const std::vector<std::string_view> names = {
+    static const auto& names = *new std::vector<std::string_view>{
         kSize,    kTileSize, kView,  kVersion,        kAutoPosition,
         kModTime, kCreated,  kExtID, kTileDimensions, kSyncedSources};
     return names;

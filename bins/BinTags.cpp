@@ -99,7 +99,7 @@ Kv::Ptr<BinData> BinData::getSelectedItems() const {
 // --- what it accepts -----------------------------------------------------------------------------
 
 bool BinData::allowNestedBins() {
-    static const cutroom::ConfigValue<int> always("nested_bins", 0);
+    static const auto& always = *new cutroom::ConfigValue<int>("nested_bins", 0); // never destroyed
     return always.get() != 0 || EditorPreferences::getPreference("Behaviour : Nested bins", false);
 }
 

@@ -70,7 +70,8 @@ LabelTime labelTime(const EditPtr& shot, EditChanType type, const UserLabelSpec&
 }
 
 bool typesAgree(int first, int second) {
-    static const ConfigValue<int> allowAll("allow_sync_of_incompatible_labels", 0);
+    static const auto& allowAll =
+        *new ConfigValue<int>("allow_sync_of_incompatible_labels", 0); // never destroyed
     return first == second ||
            (second == kLabelTimecode30 &&
             (first == kLabelTimecode24 || first == kLabelTimecode25)) ||

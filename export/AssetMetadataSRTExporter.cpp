@@ -138,7 +138,8 @@ void AssetMetadataSRTExporter::getTimecodeRangeString(std::string& out,
 }
 
 void AssetMetadataSRTExporter::getMarkerText(const Cue& cue, MarkerText& text) {
-    static const cutroom::ConfigValue<int> splitLength("srt_split_length", 35);
+    static const auto& splitLength =
+        *new cutroom::ConfigValue<int>("srt_split_length", 35); // never destroyed
     const std::wstring_view whole = text.whole.of(cue.getDescription(), cue.getName());
     text.count = whole.empty() ? 0 : 1;
     text.lines[0] = whole;

@@ -7,7 +7,8 @@
 namespace cutroom {
 
 CueTimecodes::CueTimecodes(const EditPtr& edit) {
-    static const ConfigValue<int> convertTimecodes("convert_marker_timecodes", 1);
+    static const auto& convertTimecodes =
+        *new ConfigValue<int>("convert_marker_timecodes", 1); // never destroyed
     if (!edit)
         return;
     format_ = {edit->getFrameRate(), edit->getDropFrame()};

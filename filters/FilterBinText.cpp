@@ -155,7 +155,8 @@ namespace {
 CriticalSection makersLock{LockRank::leaf};
 
 std::map<std::string, cutroom::FilterBinMaker, std::less<>>& makers() {
-    static std::map<std::string, cutroom::FilterBinMaker, std::less<>> all;
+    using Makers = std::map<std::string, cutroom::FilterBinMaker, std::less<>>;
+    static Makers& all = *new Makers; // never destroyed
     return all;
 }
 

@@ -68,7 +68,8 @@ Kv::Ptr<Vob> MulticamSynchroniser::recordViewer() const {
 }
 
 bool MulticamSynchroniser::isSequencePlayed() const {
-    static const cutroom::ConfigValue<int> sequencePlayback("multicam_sequence_playback_sync", 1);
+    static const auto& sequencePlayback =
+        *new cutroom::ConfigValue<int>("multicam_sequence_playback_sync", 1); // never destroyed
     return sequencePlayback.get() == 1 && editFollowing_ && recordViewer();
 }
 

@@ -15,7 +15,8 @@ namespace {
 constexpr int kMostMinutes = 1'000'000; // within what the store accepts
 
 double defaultLength() {
-    static const cutroom::ConfigValue<int> minutes("new_edit_len_mins", 5, 0, kMostMinutes);
+    static const auto& minutes =
+        *new cutroom::ConfigValue<int>("new_edit_len_mins", 5, 0, kMostMinutes); // never destroyed
     return minutes.get() * 60.0;
 }
 

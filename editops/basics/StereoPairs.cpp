@@ -50,7 +50,8 @@ void makeStereoPairs(const EditPtr& edit, std::vector<IdStamp> ids) {
 }
 
 bool getAutoGroupEditAudioTracks() {
-    static const cutroom::ConfigValue<int> byDefault("auto_stereo_pairs", 1);
+    static const auto& byDefault =
+        *new cutroom::ConfigValue<int>("auto_stereo_pairs", 1); // never destroyed
     return EditorPreferences::getPreference(kPreference, byDefault.get() != 0);
 }
 

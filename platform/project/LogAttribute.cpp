@@ -21,11 +21,11 @@ struct Entry {
     bool editable;
 };
 
-// In ascending order of number.
+// In ascending order of number. Never destroyed: static objects may close a project.
 const std::vector<Entry>& table() {
     using A = LogAttribute;
     using namespace DBFieldTypes;
-    static const std::vector<Entry> entries = {
+    static const std::vector<Entry>& entries = *new std::vector<Entry>{
         {A::invalid, "", L"", text, 0, false},
         {A::name, "name", L"Name", text, kAll, true},
         {A::cookie, "cookie", L"ID", text, kAll, false},
@@ -104,7 +104,7 @@ LogAttribute::LogAttribute(unsigned index, std::string id, LightweightString<wch
       customID_(std::move(id)), customName_(std::move(displayName)) {}
 
 const std::vector<LogAttribute>& LogAttribute::builtIn() {
-    static const std::vector<LogAttribute> all = makeBuiltIn();
+    static const auto& all = *new std::vector<LogAttribute>(makeBuiltIn()); // never destroyed
     return all;
 }
 

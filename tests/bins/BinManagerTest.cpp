@@ -2,9 +2,13 @@
 #include "platform/files/CheckedFile.h"
 #include "platform/files/KVContainerFile.h"
 #include "platform/prefs/EditorPreferences.h"
+#include "platform/project/ProjDb.h"
 #include "tests/bins/BinProject.h"
+#include "vob/VobManager.h"
 
+#include <cstdlib>
 #include <filesystem>
+#include <malloc.h>
 #include <thread>
 
 using namespace cutroom::test;
@@ -101,7 +105,64 @@ TEST_F(BinManagerTest, ADestroyedBinLeavesItsHoldersAndABackup) {
     EXPECT_FALSE(bins().getSummary(id).valid());
 }
 
+TEST_F(BinManagerTest, ABinMayBeDestroyedByTheCookieThatAnItemHolds) {
+    const Cookie edit = newEdit();
+    const Kv::Ptr<BinData> one = newBin(L"one"), two = newBin(L"two");
+    one->add(edit);
+    two->add(edit);
+    for (const Kv::Ptr<BinData>& named : {one, two}) { // by the first to let it go, and the second
+        const Cookie id = newBin(L"child")->getID();
+        one->insertBefore(edit, BinItem(id, 0));
+        two->insertBefore(edit, BinItem(id, 0));
+        EXPECT_TRUE(bins().destroy(std::as_const(*named).items().front().asset, "why").ok());
+        EXPECT_EQ(heard_, id);
+        EXPECT_TRUE(one->contains(edit) && two->contains(edit));
+        EXPECT_FALSE(one->contains(id) || two->contains(id));
+    }
+}
+
 // --- saving --------------------------------------------------------------------------------------
+
+// Host and project are static objects: what the library made for itself while it ran goes before.
+[[noreturn]] void leaveAllToTheProgramsEnd(const std::string& folder) {
+    ::mallopt(M_PERTURB, 0xA5); // what has gone is not to look as it was
+    static cutroom::EmbeddedHost host(cutroom::EmbeddedHost::repeatable());
+    static cutroom::EmbeddedProject project(host);
+    BinManager& bins = BinManager::instance();
+    if (!project.open(folder, CurrentProject::Access::readWrite, CurrentProject::IfMissing::create))
+        std::exit(1);
+    const EditPtr edit = EditManager::instance().addToProject(makeEdit(1, 0, {25, 1}, L"last"));
+    const Kv::Ptr<Vob> vob = VobManager::instance().createVob(edit);
+    new VobClient(vob.get(), kClientPriorityViewer, kClientManaged); // the manager destroys it
+    VobManager::instance().setPlayMachine(vob.get(), false);
+    const Kv::Ptr<BinData> bin = bins.newBin();
+    bin->add(edit.getCookie());
+    if (!host.transport().play() || !bin->save())
+        std::exit(2);
+    bin->setName(L"once more");
+    std::exit(0);
+}
+
+TEST(BinManagerDeathTest, AProjectMayBeClosedByStaticObjects) {
+    const TempFolder folder;
+    EXPECT_EXIT(leaveAllToTheProgramsEnd(folder / "film"), testing::ExitedWithCode(0), "");
+    cutroom::EmbeddedHost host;
+    cutroom::EmbeddedProject project(host);
+    ASSERT_TRUE(project
+                    .open(folder / "film", CurrentProject::Access::readOnly,
+                          CurrentProject::IfMissing::fail)
+                    .ok());
+    std::vector<std::string> names;
+    projdb::forEach([&](const projdb::Record& record) {
+        names.push_back(record.name());
+        return true;
+    });
+    std::map<Cookie, BinSummary> bins;
+    BinManager::instance().getAllBins(bins);
+    for (const auto& [id, bin] : bins)
+        names.push_back(cutroom::toUtf8(bin.name));
+    EXPECT_THAT(names, ElementsAre("last", "once more"));
+}
 
 TEST_F(BinManagerTest, SavesAllThatIsDirtyAsOneGroup) {
     for (int i = 0; i < 20; ++i)
