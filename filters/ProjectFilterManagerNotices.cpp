@@ -73,11 +73,13 @@ void ProjectFilterManager::handleProjectExit() {
         LogBoth("filters: %s\n", saved.text().c_str());
         cutroom::Savers::noteFailure(saved);
     }
-    if (const auto searches = getSearchResults())
+    if (const auto searches = getSearchResults()) {
         if (const Status saved = searches->save(); !saved) {
             LogBoth("search results: %s\n", saved.text().c_str());
             cutroom::Savers::noteFailure(saved);
         }
+        searches->leaveProject();
+    }
     subClips_.reset();
     constituents_.reset();
     Filters gone; // let go outside the locks

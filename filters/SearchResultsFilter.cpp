@@ -19,9 +19,6 @@ using cutroom::StatusCode;
 
 namespace {
 
-// In a project that is open for reading only, changes last until its close.
-bool isKept() { return CurrentProject::isOpen() && !CurrentProject::isReadOnly(); }
-
 bool logged(const Status& status) {
     if (!status)
         LogBoth("%s\n", status.text().c_str());
@@ -47,6 +44,17 @@ SearchResultsFilter::SearchResultsFilter()
 }
 
 SearchResultsFilter::~SearchResultsFilter() = default;
+
+void SearchResultsFilter::leaveProject() {
+    const CriticalSection::Lock lock(saving_);
+    left_ = true;
+    saver_.reset();
+}
+
+bool SearchResultsFilter::isOpen() const { return !left_ && CurrentProject::isOpen(); }
+
+// In a project that is open for reading only, changes last until its close.
+bool SearchResultsFilter::isKept() const { return isOpen() && !CurrentProject::isReadOnly(); }
 
 Cookie SearchResultsFilter::fixedID() noexcept {
     return Cookie('F', cutroom::fixedFilterBinID("search results").id());
@@ -78,7 +86,7 @@ void SearchResultsFilter::tell(unsigned kind, const CookieVec& bins) const {
 // --- adding --------------------------------------------------------------------------------------
 
 Kv::Ptr<BinData> SearchResultsFilter::add(const ProjectSearch::Criteria& criteria, bool dynamic) {
-    if (!CurrentProject::isOpen())
+    if (!isOpen())
         return nullptr;
     if (!dynamic) {
         const Kv::Ptr<BinData> results = ProjectSearch::instance().perform(criteria);
@@ -93,7 +101,7 @@ Kv::Ptr<BinData> SearchResultsFilter::add(const ProjectSearch::Criteria& criteri
 }
 
 Kv::Ptr<BinData> SearchResultsFilter::add(const Kv::Ptr<BinData>& results) {
-    if (!results || !CurrentProject::isOpen())
+    if (!results || !isOpen())
         return nullptr;
     if (!ours({results}).empty())
         return results;
@@ -207,7 +215,7 @@ Status SearchResultsFilter::drop(const SearchBins& bins) {
 
 void SearchResultsFilter::update() {
     const CriticalSection::Lock lock(saving_);
-    if (!CurrentProject::isOpen())
+    if (!isOpen())
         return;
     CookieVec added;
     CookieVec removed;

@@ -61,6 +61,9 @@ public:
     cutroom::Status save();
     // What is wrong with the files that could not be read.
     std::vector<cutroom::Status> getDamaged() const;
+    // Called by the manager when the project closes: a filter that is still held afterwards writes
+    // no files, since those would be another project's. User-interface thread.
+    void leaveProject();
 
 protected:
     eVisibility getDefaultVisibility() const override;
@@ -68,6 +71,8 @@ protected:
 private:
     using SearchBins = std::vector<Kv::Ptr<SearchBin>>;
 
+    bool isOpen() const; // the project that it was made for is open
+    bool isKept() const; // and its files may be written
     Kv::Ptr<BinData> keep(const Kv::Ptr<SearchBin>& bin);
     SearchBins ours(const Bins& bins) const;
     Kv::Ptr<SearchBin> dynamicBin(const Cookie& id) const;
@@ -93,5 +98,6 @@ private:
     mutable CriticalSection saving_{LockRank::saveAll};
     std::map<std::string, cutroom::Status> damaged_ CUTROOM_GUARDED_BY(saving_); // by file
     std::atomic<bool> visibilityChanged_{false};
+    std::atomic<bool> left_{false}; // the project has closed
     Kv::Ptr<Guard> saver_;
 };

@@ -1,5 +1,6 @@
 // The bins of past searches: kept, found again, followed and forgotten.
 #include "filters/SearchResultsFilter.h"
+#include "platform/project/Savers.h"
 #include "tests/filters/FilterProject.h"
 
 #include <filesystem>
@@ -85,6 +86,19 @@ TEST_F(SearchResultsTest, savesWhatIsChangedInKeptResults) {
     EXPECT_EQ(filter().getVisibility(), iProjectFilter::kNever);
     EXPECT_THAT(kept(), ElementsAre("tide: 1"));
     EXPECT_TRUE(filter().getResults()[0]->contains(Cookie('E', 2)));
+}
+
+TEST_F(SearchResultsTest, whatIsHeldBeyondTheProjectChangesNoOther) {
+    const auto before = filters().getFilterByName(L"Search results");
+    const Kv::Ptr<BinData> bin = filters().addSearch(tide());
+    EXPECT_TRUE(project_->close().ok());
+    openProject();
+    ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
+    bin->add(Cookie('E', 2));
+    EXPECT_TRUE(cutroom::Savers::saveAll().ok());
+    EXPECT_FALSE(dynamic_cast<SearchResultsFilter&>(*before).add(tide(), false));
+    reopen();
+    EXPECT_THAT(kept(), ElementsAre("tide: 1", "Mine*: 1"));
 }
 
 TEST_F(SearchResultsTest, tellsWhatComesAndGoes) {
