@@ -6,9 +6,12 @@ MultiVobClientInternal::MultiVobClientInternal(iVobSynchroniser& synchroniser)
     setManagementDetails(kClientUnmanaged);
 }
 
-// A client that is destroyed along with its Vob must not leave the synchroniser suspended.
+// A client that is destroyed along with its Vob must not leave the synchroniser suspended. Whoever
+// is told that the suspension ends may destroy the synchroniser, so this client leaves it first.
 MultiVobClientInternal::~MultiVobClientInternal() {
-    if (hasSuspended_ && hasOwner() && !synchroniser_->getSyncEnabled())
+    const bool leavesSuspended = hasSuspended_ && hasOwner() && !synchroniser_->getSyncEnabled();
+    leaveOwner();
+    if (leavesSuspended)
         synchroniser_->setSyncEnabled(true);
 }
 

@@ -38,6 +38,9 @@ public:
 
     protected:
         bool hasOwner() const noexcept { return owner_ != nullptr; }
+        // Tells the owner that the listener goes, which its destructor then does not do again; for
+        // destructors of heirs that call others.
+        void leaveOwner() noexcept;
 
     private:
         iOwner* owner_ = nullptr;

@@ -157,6 +157,17 @@ TEST_F(MulticamTest, itMayGoWheneverSomebodyIsTold) {
         EXPECT_FALSE(multicam_);
         EXPECT_FALSE(VobSynchroniser::isSynced(clips_[1].get()));
     }
+    link(); // also when a link that had suspended it is deleted
+    clips_[0]->setTimeChangeFlags(Vob::kTimeSuspendsSync);
+    clips_[0]->setCurrentTime(1);
+    ASSERT_FALSE(multicam_->getSyncEnabled());
+    keepers_[1]->onChange = [&](const VobModification& change) {
+        if (change.includes(kVobSyncOn))
+            multicam_.reset();
+    };
+    VobManager::instance().close(clips_[0]->findClient(VobSynchroniserLink::kName), true);
+    EXPECT_FALSE(multicam_);
+    EXPECT_EQ(clips_[0]->getNumClients(), 1u);
 }
 
 } // namespace
