@@ -11,14 +11,14 @@ namespace cutroom {
 
 // The bins cache file of the open project, and its name below the project's folder. Empty without a
 // project.
-std::string binsCachePath();
+CUTROOM_API std::string binsCachePath();
 std::string binsCacheName();
 
 // Reads a cache file (docs/formats/bins-cache.md). A cache of another version than 6 is refused as
 // a whole; fields that it lacks keep their defaults.
 Result<BinSummaries> readBinsCache(const std::string& path);
 // The whole file for those summaries.
-std::string binsCacheBytes(const BinSummaries& summaries);
+CUTROOM_API std::string binsCacheBytes(const BinSummaries& summaries);
 
 // What a bin's file says of it: counts and children as the bin would have them once it is loaded.
 Result<BinSummary> readBinSummary(const std::string& path, const Cookie& bin);

@@ -5,7 +5,9 @@
 #include "platform/files/Files.h"
 #include "platform/files/JsonBuilder.h"
 #include "platform/project/CurrentProject.h"
+#include "platform/project/ProjectPaths.h"
 #include "platform/store/Edit.h"
+#include "platform/store/EditFile.h"
 #include "platform/store/EditManager.h"
 
 #include <CLI/CLI.hpp>
@@ -51,21 +53,41 @@ std::vector<Status> checkEdits(std::size_t* count) {
     return wrong;
 }
 
-// Moves what cannot be read out of the way and puts the version before it in its place. An edit
-// without such a version stays lost, which is a failure.
+// Neither there nor sound; what cannot be read now may be.
+bool isLost(const Status& status) {
+    return status.code() == StatusCode::damaged || status.code() == StatusCode::notFound;
+}
+
+std::string fileOf(const Cookie& edit) { return toUtf8(getFilenameForCookie(edit)); }
+
+Status readBackup(const std::string& path) {
+    const auto bytes = readFile(path + ".bak");
+    return bytes ? EditFile::decode(*bytes, path + ".bak").status() : bytes.status();
+}
+
+// Puts the version before in the place of what cannot be read or has gone. An edit without such a
+// version stays lost, which is a failure.
 Status restore(const Cookie& cookie, const Status& damage) {
-    if (damage.code() == StatusCode::damaged) {
+    const std::string path = fileOf(cookie);
+    const Status former = readBackup(path);
+    if (!former && !isLost(former))
+        return former;
+    const bool isThere = damage.code() == StatusCode::damaged;
+    if (former && isThere)
+        return putBackupInPlace(path, damage);
+    if (isThere) {
         const auto aside = EditManager::instance().setDamagedAside(cookie);
         if (!aside)
             return aside.status();
         note(damage.text() + "; moved to " + *aside);
     }
-    const Status restored = EditManager::instance().restoreBackup(cookie);
-    if (!restored)
+    if (!former)
         return {damage.code(), damage.file(), damage.message() + "; no sound version before it",
                 damage.line()};
-    note(damage.file() + ": the version before the last one stands again");
-    return {};
+    const Status restored = EditManager::instance().restoreBackup(cookie);
+    if (restored)
+        note(path + ": the version before the last one stands again");
+    return restored;
 }
 
 // A history cannot be made anew; the next change begins another.
@@ -79,18 +101,21 @@ Status setHistoryAside(const Cookie& cookie) {
     return aside.status();
 }
 
-std::vector<Status> restoreEdits() {
-    std::vector<Status> lost;
+// Gives in `lost` what stays so. Ends early where only the database tells of an edit that could not
+// be put back now: made anew it would know of it no more.
+Status restoreEdits(std::vector<Status>& lost) {
     for (const Cookie& cookie : allEdits()) {
         Status why;
         if (EditManager::instance().open(cookie, &why))
             why = setHistoryAside(cookie);
-        else if (why.code() == StatusCode::damaged || why.code() == StatusCode::notFound)
+        else if (isLost(why))
             why = restore(cookie, why);
+        if (!why && !isLost(why) && !fileExists(fileOf(cookie)))
+            return why;
         if (!why)
             lost.push_back(std::move(why));
     }
-    return lost;
+    return {};
 }
 
 std::string reportJson(std::size_t count, const std::vector<Status>& wrong) {
@@ -127,7 +152,8 @@ std::string soundText(std::size_t edits, const ContainerCounts& containers) {
 Status check(const Options& options, bool repair) {
     std::vector<Status> wrong;
     if (repair) {
-        wrong = restoreEdits();
+        if (const Status restored = restoreEdits(wrong); !restored)
+            return restored;
         if (const Status rebuilt = CurrentProject::rebuildDatabase(); !rebuilt)
             return rebuilt;
         // Bins leave out what the database does not know, so they come after it.

@@ -2,6 +2,7 @@
 
 #include "bins/AssetAssociationGroup.h"
 #include "bins/BinManager.h"
+#include "bins/BinsCache.h"
 #include "bins/DescriptionFiles.h"
 #include "bins/Document.h"
 #include "bins/DocumentManager.h"
@@ -29,7 +30,7 @@ struct Kind {
     std::size_t ContainerCounts::*count;
 };
 
-Status readBin(const Cookie& id, const std::string&) { return BinData().load(id); }
+Status readBin(const Cookie&, const std::string& path) { return BinData().load(toWide(path)); }
 
 template <class Container> Status readDescription(const Cookie& id, const std::string& path) {
     const auto description = JSON::Element::load(path, DescriptionFiles::readOptions());
@@ -81,23 +82,24 @@ Status read(const Kind& kind, const File& file) {
     return kind.read(file.id, file.path);
 }
 
-// Moves the file aside and puts its ".bak" in its place, if there is a sound one.
+// Puts the file's ".bak" in its place when that one is sound, and else moves it aside.
 Status restore(const Kind& kind, const File& file, const Status& damage) {
+    const Status former = read(kind, {file.path + ".bak", file.id});
+    if (former)
+        return putBackupInPlace(file.path, damage);
+    if (former.code() != StatusCode::damaged && former.code() != StatusCode::notFound)
+        return former; // it may be sound
     const auto aside = moveAside(file.path);
-    if (!aside)
-        return aside.status();
-    note(damage.text() + "; moved to " + *aside);
-    const std::string backup = file.path + ".bak";
-    if (!fileExists(backup))
-        return damage;
-    if (Status copied = copyFile(backup, file.path); !copied)
-        return copied;
-    if (Status again = read(kind, file); !again) {
-        const auto gone = moveAside(file.path);
-        return gone ? again : gone.status();
-    }
-    note(file.path + ": the version before the last one stands again");
-    return {};
+    if (aside)
+        note(damage.text() + "; moved to " + *aside);
+    return aside ? damage : aside.status();
+}
+
+// A clock that was put back, or a file from a backup, lets the cache seem newer than a bin: without
+// entries it makes the manager read them all.
+Status emptyBinsCache() {
+    const std::string path = binsCachePath();
+    return fileExists(path) ? writeFile(path, binsCacheBytes({}), Backup::none) : Status();
 }
 
 // Nothing stands in for a damaged search or list of searches: it is lost, but no longer in the way.
@@ -117,6 +119,21 @@ void setSearchesAside(std::vector<Status>& lost) {
 }
 
 } // namespace
+
+Status putBackupInPlace(const std::string& path, const Status& damage) {
+    std::string aside = path + ".damaged";
+    for (int number = 2; fileExists(aside); ++number)
+        aside = format("%s.damaged.%d", path.c_str(), number);
+    if (Status kept = fileSystem().link(path, aside); !kept)
+        return kept;
+    if (Status copied = copyFile(path + ".bak", path); !copied) {
+        const Status gone = removeFile(aside);
+        return gone ? copied : gone;
+    }
+    note(damage.text() + "; moved to " + aside);
+    note(path + ": the version before the last one stands again");
+    return {};
+}
 
 std::vector<Status> checkContainers(ContainerCounts* counts) {
     std::vector<Status> wrong;
@@ -147,6 +164,8 @@ std::vector<Status> restoreContainers() {
             lost.push_back(known.status());
     }
     setSearchesAside(lost);
+    if (Status emptied = emptyBinsCache(); !emptied)
+        lost.push_back(std::move(emptied));
     BinManager::instance().reInit();
     return lost;
 }

@@ -26,7 +26,7 @@ public:
     static std::string encodeHistory(const Cookie& cookie, std::uint64_t historyId,
                                      const EditHistory& history);
     // Read what `file` holds. `damaged` with the place for what is not whole or not sound.
-    static Result<Content> decode(std::string_view bytes, const std::string& file);
+    CUTROOM_API static Result<Content> decode(std::string_view bytes, const std::string& file);
     // An empty history when the file belongs to another state of the edit.
     static Result<EditHistory> decodeHistory(std::string_view bytes, const std::string& file,
                                              std::uint64_t historyId);
