@@ -94,12 +94,12 @@ public:
                                                     int msgType);
 
     // `rebuild` is called during `open`, before "entered" is told, when the database was missing,
-    // damaged or not closed; it puts a record of every edit and log found in the project's folder.
-    // The database is open and empty by then, and one transaction is. At most one can be
-    // installed; it stays until the guard is dropped.
+    // damaged, behind or not closed; it puts a record of every edit and log found in the project's
+    // folder. The database is open by then, one transaction is, and what has no file has no record.
+    // At most one can be installed; it stays until the guard is dropped.
     [[nodiscard]] static Kv::Ptr<Guard>
     installDatabaseRebuilder(std::function<cutroom::Status()> rebuild);
-    // Empties the database and has it rebuilt, in one transaction; on failure it is as before.
+    // Has the database rebuilt so, in one transaction; on failure it is as before.
     // `notFound` when no rebuilder is installed.
     [[nodiscard]] static cutroom::Status rebuildDatabase();
 

@@ -2,15 +2,20 @@
 
 #include "platform/base/Log.h"
 #include "platform/base/Strings.h"
+#include "platform/files/CheckedFile.h"
 #include "platform/files/Files.h"
 #include "platform/files/GroupCommit.h"
 #include "platform/project/MediaStatus.h"
 #include "platform/project/PermissionsManager.h"
 #include "platform/project/ProjectDatabase.h"
 #include "platform/project/ProjectLayout.h"
+#include "platform/project/ProjectPaths.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <limits>
+#include <thread>
 #include <utility>
 
 namespace cutroom {
@@ -19,6 +24,8 @@ namespace {
 
 constexpr std::string_view kLockFile = "lock";
 constexpr std::string_view kFolderSuffix = ".project";
+constexpr std::string_view kEditKind = "edit";
+constexpr unsigned kAnyVersion = std::numeric_limits<unsigned>::max();
 
 Result<std::string> absoluteFolder(const std::string& folder) {
     if (Status status = checkPath(folder); !status)
@@ -49,6 +56,56 @@ ProjectFile freshFile(const std::string& folder) {
 }
 
 std::string projectFileIn(const std::string& folder) { return joinPath(folder, kProjectFile); }
+
+// The edits and logs that have a file, of whatever content.
+Result<CookieVec> editsIn(const std::string& folder) {
+    const std::string suffix = std::string(".") + kEditExtension;
+    const Result<std::vector<std::string>> names =
+        fileSystem().list(joinPath(folder, kEditsFolder));
+    if (!names && names.status().code() != StatusCode::notFound)
+        return names.status();
+    CookieVec edits;
+    for (const std::string& name : names ? *names : std::vector<std::string>())
+        if (name.ends_with(suffix))
+            if (const auto cookie = Cookie::fromString(name.substr(0, name.size() - suffix.size()));
+                cookie && cookie->type() == 'E')
+                edits.push_back(*cookie);
+    return edits;
+}
+
+// Whether the database lacks an edit whose file is whole: one of them was copied or put back
+// without the other.
+bool missesEdits(const CookieVec& edits) {
+    const std::vector<bool> known = ProjectDatabase::instance().arePresent(edits);
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        if (known[i])
+            continue;
+        const std::string path = toUtf8(getFilenameForCookie(edits[i]));
+        const Result<std::string> bytes = readFile(path);
+        if (bytes && CheckedFile::open(*bytes, kEditKind, kAnyVersion, path))
+            return true;
+    }
+    return false;
+}
+
+// A writer is through with a group in milliseconds; one that stays was left in the midst.
+bool groupWasLeft(const std::string& folder) {
+    constexpr int kLooks = 20;
+    constexpr std::chrono::milliseconds kBetween{10};
+    for (int look = 0; GroupCommit::pending(folder); ++look) {
+        if (look == kLooks)
+            return true;
+        std::this_thread::sleep_for(kBetween);
+    }
+    return false;
+}
+
+// What tells of a writer that came by: the file's time and identity, and the log beside it.
+bool isSameFile(const Result<FileInfo>& before, const std::string& database) {
+    const Result<FileInfo> now = fileSystem().stat(database);
+    return before && now && before->identity == now->identity &&
+           before->modifiedNanos == now->modifiedNanos && !fileExists(database + "-wal");
+}
 
 } // namespace
 
@@ -135,8 +192,8 @@ Status OpenProject::loadFile(const std::string& folder) {
     return replaceDamagedFile(folder, file.status());
 }
 
-// A new project, or one whose project.json is damaged or gone: the one before serves, else a fresh
-// one.
+// For a new project, or one whose project.json is damaged or gone: takes the version before, or a
+// fresh one when there is none.
 Status OpenProject::replaceDamagedFile(const std::string& folder, const Status& damage) {
     const std::string path = projectFileIn(folder);
     const Result<ProjectFile> former = ProjectFile::load(path + ".bak");
@@ -164,7 +221,7 @@ Status OpenProject::openParts(const std::string& folder) {
             if (const std::string path = joinPath(folder, part); !fileExists(path))
                 if (Status status = makeFolders(path); !status)
                     return status;
-    } else if (GroupCommit::pending(folder)) {
+    } else if (groupWasLeft(folder)) {
         warn(Status(StatusCode::damaged, folder,
                     "a group of changes waits to be completed by a writing command"));
     }
@@ -172,7 +229,8 @@ Status OpenProject::openParts(const std::string& folder) {
     return permissions ? openDatabase(folder) : permissions;
 }
 
-// Marks that cannot be read now are never written over: a writer without them does not open.
+// Marks that the system cannot read at the moment must not be written over, so the project does not
+// open for writing without them.
 Status OpenProject::loadPermissions(const std::string& folder) {
     PermissionsManager& permissions = PermissionsManager::instance();
     const Status status = permissions.load(folder, isReadOnly());
@@ -185,20 +243,28 @@ Status OpenProject::loadPermissions(const std::string& folder) {
 }
 
 Status OpenProject::openDatabase(const std::string& folder) {
+    const std::string path = joinPath(folder, kDatabaseFile);
+    const Result<FileInfo> before = fileSystem().stat(path);
     Status damage;
     const Result<ProjectDatabase::Opened> opened =
-        ProjectDatabase::instance().open(joinPath(folder, kDatabaseFile), isReadOnly(), &damage);
+        ProjectDatabase::instance().open(path, isReadOnly(), &damage);
     if (!opened)
         return opened.status();
-    if (!damage)
+    if (!damage.ok())
         warn(damage);
     publish(folder);
+    const Result<CookieVec> edits = editsIn(folder);
     const bool isNew = *opened == ProjectDatabase::Opened::fresh;
     const bool isBehind = *opened == ProjectDatabase::Opened::interrupted || filesRecovered_;
-    if (!isNew && !(isBehind && rebuild_))
+    if (isNew ? edits && edits->empty() : !isBehind && !(edits && missesEdits(*edits)))
         return {};
-    const Result<std::vector<std::string>> edits = listFiles(joinPath(folder, kEditsFolder));
-    if (isNew && edits && edits->empty())
+    if (!isNew && isReadOnly()) {
+        if (isSameFile(before, path)) // else a writer is at it
+            warn(Status(StatusCode::damaged, path,
+                        "edits of the project are missing in it; a writing command adds them"));
+        return {};
+    }
+    if (!isNew && !rebuild_)
         return {};
     if (const Status status = rebuildDatabase(); !status)
         warn(status);
@@ -221,13 +287,17 @@ void OpenProject::warn(const Status& status) {
     warnings_.push_back(status);
 }
 
+// An edit that cannot be read keeps its record, without which bins would lose it for good.
 Status OpenProject::rebuildDatabase() {
     if (!rebuild_)
         return Status(StatusCode::notFound, joinPath(folder(), kDatabaseFile),
                       "nobody can rebuild the database");
+    const Result<CookieVec> edits = editsIn(folder());
+    if (!edits)
+        return edits.status();
     ProjectDatabase& database = ProjectDatabase::instance();
     database.beginBatch();
-    Status status = database.removeAll();
+    Status status = database.removeAllBut(*edits);
     if (status)
         status = (*rebuild_)();
     if (!status)

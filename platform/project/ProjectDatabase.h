@@ -52,8 +52,8 @@ public:
     enum class Put { insert, update, either };
     Status put(const projdb::Record& record, Put how);
     Status remove(const Cookie& cookie);
-    // Removes every record; inside a batch only.
-    Status removeAll();
+    // Removes every record but those of `kept`; inside a batch only.
+    Status removeAllBut(CookieVec kept);
 
     void forEach(const std::function<bool(const projdb::Record&)>& visit);
     // Passes over some or all of the records without a text in the field.

@@ -231,18 +231,19 @@ Status ProjectDatabase::removeLocked(const Cookie& cookie) {
     return {};
 }
 
-Status ProjectDatabase::removeAll() {
+Status ProjectDatabase::removeAllBut(CookieVec kept) {
     CriticalSection::Lock lock(lock_);
     if (!table_ || !table_->isWritable() || batchDepth_ == 0)
         return Status(StatusCode::wrongUsage, "", "records are removed as a whole in a batch only");
-    if (Status status = beginWrite(); !status)
-        return endWrite(status);
-    if (Status status = table_->removeAll(); !status)
-        return endWrite(status);
+    std::sort(kept.begin(), kept.end());
+    CookieVec gone;
     for (const Entry& entry : entries_)
-        if (entry.number != 0)
-            note(entry.summary.cookie, Change::removed);
-    forgetEntries();
+        if (entry.number != 0 &&
+            !std::binary_search(kept.begin(), kept.end(), entry.summary.cookie))
+            gone.push_back(entry.summary.cookie);
+    for (const Cookie& cookie : gone)
+        if (Status status = removeLocked(cookie); !status)
+            return status;
     return {};
 }
 

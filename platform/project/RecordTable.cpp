@@ -177,8 +177,6 @@ Status RecordTable::remove(Number number) {
     return runOnce(*remove_);
 }
 
-Status RecordTable::removeAll() { return connection_.run("DELETE FROM records"); }
-
 Status RecordTable::damagedRow(Number number) const {
     return Status(StatusCode::damaged, path_, "record " + std::to_string(number) + " is damaged");
 }

@@ -34,7 +34,6 @@ public:
     Result<Number> insert(const projdb::Record& record);
     Status update(Number number, const projdb::Record& record);
     Status remove(Number number);
-    Status removeAll();
 
     // The row, or nothing when it is not there; `damaged` when its checksum is wrong.
     Result<std::optional<projdb::Record>> read(Number number);

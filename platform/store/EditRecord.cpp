@@ -35,6 +35,11 @@ bool isImage(const projdb::Record& record) {
            std::all_of(record.mediaLocations.begin(), record.mediaLocations.end(), isStillImage);
 }
 
+Result<EditFile::Content> read(const std::string& path) {
+    const auto bytes = readFile(path);
+    return bytes ? EditFile::decode(*bytes, path) : Result<EditFile::Content>(bytes.status());
+}
+
 } // namespace
 
 projdb::Record recordOf(const Cookie& cookie, const EditState& state) {
@@ -61,6 +66,7 @@ projdb::Record recordOf(const Cookie& cookie, const EditState& state) {
     return record;
 }
 
+// What cannot be read keeps the record that it has.
 Status rebuildRecords() {
     const std::string folder = toUtf8(getProjectEditsDirectory());
     const std::string suffix = std::string(".") + kEditExtension;
@@ -72,13 +78,14 @@ Status rebuildRecords() {
         if (!cookie || cookie->type() != 'E')
             continue;
         const std::string path = joinPath(folder, name);
-        const auto bytes = readFile(path);
-        const auto content =
-            bytes ? EditFile::decode(*bytes, path) : Result<EditFile::Content>(bytes.status());
+        auto content = read(path);
         if (!content) {
             LogBoth("%s\n", content.status().text().c_str());
-            continue;
+            if (!projdb::isPresent(*cookie)) // until it is mended, the version before tells of it
+                content = read(path + ".bak");
         }
+        if (!content)
+            continue;
         if (Status status = projdb::put(recordOf(*cookie, content->state)); !status)
             return status;
     }
