@@ -214,7 +214,7 @@ Status DocumentManager::localise(Document& document) {
     if (Status made = cutroom::makeFolders(folder); !made)
         return made;
     const std::string temporary = cutroom::joinPath(
-        folder, cutroom::format("copy.%016llx.tmp~",
+        folder, cutroom::format("copy.%016llx-0.tmp~",
                                 static_cast<unsigned long long>(cutroom::idSource().nextId())));
     if (Status copied = copyTo(files, source->path, temporary, source->bytes); !copied)
         return copied;

@@ -127,6 +127,7 @@ int parseAndRun(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error like a full disk
     const cutroom::cli::WarningLog warnings;
     try {
         return parseAndRun(argc, argv);

@@ -185,7 +185,8 @@ Result<std::vector<std::string>> listFiles(const std::string& folder, std::strin
     if (!names)
         return names.status();
     std::erase_if(*names, [&](const std::string& name) {
-        if (!name.ends_with(suffix) || isTemporaryName(name) || !isUtf8(name))
+        const bool isHidden = !suffix.empty() && name.starts_with('.');
+        if (!name.ends_with(suffix) || isHidden || isTemporaryName(name) || !isUtf8(name))
             return true;
         const Result<FileInfo> info = files.stat(joinPath(folder, name));
         return !info || info->folder;

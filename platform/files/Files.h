@@ -51,14 +51,14 @@ CUTROOM_API Result<std::string> moveAside(const std::string& path);
 // Makes the folder and those above it, and flushes the entries made.
 CUTROOM_API Status makeFolders(const std::string& path);
 // Names of the files (not folders) in `folder` that end in `suffix`, sorted by bytes; temporary
-// files and names that are not UTF-8 (none of ours) are left out. A folder that is not there has
-// none.
+// files, names that are not UTF-8 and, with a suffix, hidden ones ("._a.edit", which some systems
+// put beside a copy) are left out. A folder that is not there has none.
 CUTROOM_API Result<std::vector<std::string>> listFiles(const std::string& folder,
                                                        std::string_view suffix = {});
 // Tells whether something is there. What cannot be asked counts as not there.
 CUTROOM_API bool fileExists(const std::string& path) noexcept;
 
-// True for the names that interrupted writes leave behind ("….tmp~", "….old~").
+// True for the names that interrupted writes leave behind ("….1a2b-3.tmp~", "….1a2b-4.old~").
 CUTROOM_API bool isTemporaryName(std::string_view name) noexcept;
 // Removes what interrupted single writes left in `folder`. Only for the process that may write
 // there, while none of its writes runs; gives the number of files removed.

@@ -6,8 +6,10 @@
 #include "platform/files/CommitManifest.h"
 #include "platform/files/Staging.h"
 
+#include <filesystem>
 #include <new>
 #include <optional>
+#include <system_error>
 #include <unordered_map>
 #include <vector>
 
@@ -60,18 +62,22 @@ Status completeDecided(iFileSystem& files, const std::string& root, GroupCommit:
     return flushed.ok() ? removeManifest(files, root) : flushed;
 }
 
+// What a link leads to is somebody else's, and so is what may not be looked into ("lost+found").
 Status removeLitter(iFileSystem& files, const std::string& folder, int depth, int& removed) {
+    const Result<std::vector<std::string>> names = files.list(folder);
+    if (!names)
+        return depth == kRecoverDepth ? names.status() : Status();
     const Result<int> here = removeTemporaries(folder);
     if (!here)
         return here.status();
     removed += *here;
-    const Result<std::vector<std::string>> names = files.list(folder);
-    if (!names || depth == 0)
-        return names.status();
+    if (depth == 0)
+        return {};
     for (const std::string& name : *names) {
         const std::string path = joinPath(folder, name);
         const Result<FileInfo> info = files.stat(path);
-        if (!info || !info->folder)
+        std::error_code unknown;
+        if (!info || !info->folder || std::filesystem::is_symlink(path, unknown))
             continue;
         if (Status below = removeLitter(files, path, depth - 1, removed); !below)
             return below;

@@ -12,13 +12,20 @@ namespace {
 constexpr std::string_view kTemporarySuffix = ".tmp~";
 constexpr std::string_view kOldSuffix = ".old~";
 
+// The most bytes of a name that leave room for what follows them in a name of 255.
+constexpr std::size_t kMostOfName = 224;
+
 // "<target>.<process>-<count><suffix>": no two writers of one machine meet, save after a process
-// id came round, where making the file anew fails and the next count is tried.
+// id came round, where making the file anew fails and the next count is tried. Of a long name only
+// the beginning stands there.
 std::string freshName(const std::string& target, std::string_view suffix) {
     static std::atomic<unsigned> count{0};
     const unsigned number = count.fetch_add(1, std::memory_order_relaxed);
-    return format("%s.%lx-%x%.*s", target.c_str(), static_cast<unsigned long>(::getpid()), number,
-                  static_cast<int>(suffix.size()), suffix.data());
+    std::size_t size = target.size() - nameOf(target).size() + kMostOfName;
+    while (size < target.size() && (static_cast<unsigned char>(target[size]) & 0xC0) == 0x80)
+        --size; // in the midst of a character
+    return target.substr(0, size) + format(".%lx-%x%.*s", static_cast<unsigned long>(::getpid()),
+                                           number, static_cast<int>(suffix.size()), suffix.data());
 }
 
 constexpr int kNameTries = 100;
@@ -117,8 +124,21 @@ Temporary::~Temporary() {
 
 namespace cutroom {
 
+// As `freshName` makes them: the suffixes alone are those of other programs' files, too.
 bool isTemporaryName(std::string_view name) noexcept {
-    return name.ends_with(staging::kTemporarySuffix) || name.ends_with(staging::kOldSuffix);
+    static_assert(staging::kTemporarySuffix.size() == staging::kOldSuffix.size());
+    if (!name.ends_with(staging::kTemporarySuffix) && !name.ends_with(staging::kOldSuffix))
+        return false;
+    name.remove_suffix(staging::kOldSuffix.size());
+    const std::size_t point = name.rfind('.');
+    if (point == 0 || point == std::string_view::npos)
+        return false;
+    const std::string_view id = name.substr(point + 1);
+    const std::size_t dash = id.find('-');
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    return dash != std::string_view::npos && dash != 0 && dash + 1 < id.size() &&
+           id.find_first_not_of(kDigits) == dash &&
+           id.find_first_not_of(kDigits, dash + 1) == std::string_view::npos;
 }
 
 } // namespace cutroom

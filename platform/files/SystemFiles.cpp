@@ -47,7 +47,7 @@ public:
         if (mode == OpenMode::createNew)
             flags = O_WRONLY | O_CREAT | O_EXCL;
         else if (mode == OpenMode::readWrite)
-            flags = O_RDWR | O_CREAT;
+            flags = O_RDWR | O_CREAT | O_NOFOLLOW; // nobody's file but that of this name changes
         return opened(path, flags, mode == OpenMode::read ? "open" : "open for writing");
     }
 

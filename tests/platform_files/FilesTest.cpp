@@ -27,7 +27,7 @@ void put(const std::string& path, const std::string& content) {
 
 } // namespace
 
-// Stands before the system's, as on a disk that knows no second names for a file.
+// Hides the system's function, as if the disk knew no hard links.
 extern "C" int link(const char* from, const char* to) noexcept {
     errno = EPERM;
     return disksHaveLinks ? linkat(AT_FDCWD, from, AT_FDCWD, to, 0) : -1;
@@ -127,13 +127,15 @@ TEST(Folders, AreMadeWithThoseAboveAndListedWithoutLitter) {
     const std::string deep = folder / "x/y/z";
     ASSERT_TRUE(makeFolders(deep).ok());
     ASSERT_TRUE(makeFolders(deep).ok());
-    for (const char* name : {"b.edit", "a.edit", "c.txt", "d.edit.1-0.tmp~", "e.edit.1-0.old~"})
+    for (const char* name :
+         {"b.edit", "a.edit", "._a.edit", "c.txt", "d.edit.1f-0.tmp~", "e.edit.1-0.old~",
+          "mine.tmp~", "e.g-1.old~", "f.beef.tmp~", "-.-.old~"})
         put(deep + "/" + name, "x");
     put(deep + "/\xFF.edit", "x");
     ASSERT_TRUE(makeFolders(deep + "/f.edit").ok());
     EXPECT_THAT(listFiles(deep, ".edit").value(), ElementsAre("a.edit", "b.edit"));
     EXPECT_THAT(listFiles(deep + "/none").value(), ElementsAre());
-    EXPECT_EQ(removeTemporaries(deep).value(), 2);
+    EXPECT_EQ(removeTemporaries(deep).value(), 2) << "other programs' files stay";
     EXPECT_EQ(removeTemporaries(deep).value(), 0);
     EXPECT_THAT(makeFolders(deep + "/c.txt/g").message(), HasSubstr("a file where a folder"));
 }
@@ -156,6 +158,11 @@ TEST(Files, AreMovedCopiedAndRemoved) {
 
 TEST(Files, OutputGoesThroughLinksAndIntoDevices) {
     const TempFolder folder;
+    std::string accents = "x"; // no place for a name to be cut at is between two of its bytes
+    while (accents.size() < 255)
+        accents += "\xC3\xA9";
+    for (const std::string& name : {std::string(251, 'n') + ".txt", accents})
+        EXPECT_TRUE(writeOutput(folder / name, "as long as names can be").ok());
     put(folder / "target", "old");
     std::filesystem::create_symlink("target", folder / "link");
     EXPECT_TRUE(writeOutput(folder / "link", "new").ok());

@@ -118,12 +118,16 @@ TEST(GroupCommit, MovesADamagedOrForeignManifestAside) {
         const TempFolder folder;
         ASSERT_TRUE(writeFile(folder / "commit.manifest", manifest, Backup::none).ok());
         ASSERT_TRUE(writeFile(folder / "x.1-0.tmp~", "litter", Backup::none).ok());
+        const TempFolder another; // what a link leads to is not ours to tidy
+        ASSERT_TRUE(writeFile(another / "y.1-0.tmp~", "its writer's", Backup::none).ok());
+        std::filesystem::create_directory_symlink(another.path(), folder / "z");
         const Result<GroupCommit::Recovery> recovered = GroupCommit::recover(folder.path());
         ASSERT_TRUE(recovered.ok()) << manifest;
+        EXPECT_TRUE(fileExists(another / "y.1-0.tmp~"));
         EXPECT_EQ(recovered->damaged, folder / "commit.manifest.damaged");
         EXPECT_EQ(recovered->removed, 1);
         EXPECT_THAT(systemFiles().list(folder.path()).value(),
-                    ElementsAre("commit.manifest.damaged"));
+                    ElementsAre("commit.manifest.damaged", "z"));
     }
 }
 
