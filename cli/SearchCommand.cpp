@@ -200,8 +200,8 @@ void addConditionOptions(CLI::App& command, SearchConditions& conditions) {
                        "Of sequences,clips,clip-sections,subclips,prints,syncs");
     command
         .add_option("--where", conditions.where,
-                    "\"ATTRIBUTE HOW TEXT\", more joined by and, or, and-not; several must all "
-                    "hold. HOW: " +
+                    "\"ATTRIBUTE HOW TEXT\", more HOW TEXT joined by and, or, and-not, TEXT with "
+                    "blanks in quotes; several --where must all hold. HOW: " +
                         matchWords())
         ->type_name("LINE")
         ->allow_extra_args(false);
@@ -249,6 +249,7 @@ void addSearchCommand(Commands commands) {
     command->footer(
         "  cutroom search harbour\n"
         "  cutroom search --where \"reel starts A0\" --where \"scene is 12 or is 12A\"\n"
+        "  cutroom search --where 'created greater-than \"2026-11-22 08:00\"'\n"
         "  cutroom search gull --kinds clips --media absent --keep \"Missing gulls\"\n"
         "One line each: cookie, kind, extent, reel, name. Nothing found is no failure.\n"
         "What --save kept is forgotten by search-remove in a session.");

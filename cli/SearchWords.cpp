@@ -6,8 +6,12 @@
 #include "platform/base/Strings.h"
 #include "platform/files/Files.h"
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
+#include <iterator>
+#include <optional>
 
 namespace cutroom::cli {
 
@@ -32,6 +36,10 @@ constexpr KindWord kKindWords[] = {{"sequences", projdb::kKindSequence},
                                    {"subclips", projdb::kKindSubClip},
                                    {"prints", projdb::kKindPrint},
                                    {"syncs", projdb::kKindSync}};
+// What bins show of an edit and the project database does not hold.
+constexpr LogAttribute::eType kReadOffEdits[] = {LogAttribute::timecode,  LogAttribute::endTimecode,
+                                                 LogAttribute::frameRate, LogAttribute::markIn,
+                                                 LogAttribute::markOut,   LogAttribute::numMarkers};
 // Marker colours beyond those with a name.
 constexpr std::uint32_t kOtherColours = 1u << 8;
 
@@ -70,11 +78,52 @@ projdb::PatternList takePatterns(SessionWords& words) {
 // By persisted name or, in any case, by the name shown to people.
 LogAttribute takeAttribute(SessionWords& words) {
     const std::string& text = words.take("an attribute");
-    if (!LogAttribute::fromID(text))
-        for (const LogAttribute& attribute : LogAttribute::builtIn())
-            if (equalNoCase(toUtf8(attribute.getDisplayName()), text))
-                return attribute;
-    return require(parseColumn(text));
+    std::optional<LogAttribute> found = LogAttribute::fromID(text);
+    for (const LogAttribute& attribute : LogAttribute::builtIn())
+        if (!found && equalNoCase(toUtf8(attribute.getDisplayName()), text))
+            found = attribute;
+    if (!found)
+        found = require(parseColumn(text));
+    if (std::find(std::begin(kReadOffEdits), std::end(kReadOffEdits), found->getType()) !=
+        std::end(kReadOffEdits))
+        refuse(StatusCode::wrongUsage, text, "is read off each edit, so no search knows it");
+    return *found;
+}
+
+// "2026-11-22", "2026-11-22 15:24" (UTC), as dates are shown, as seconds since 1970.
+std::optional<long long> secondsOfDate(std::string_view text) {
+    const auto number = [&](std::size_t at, std::size_t size) {
+        const std::string_view digits = text.substr(std::min(at, text.size()), size);
+        const bool whole = digits.size() == size &&
+                           digits.find_first_not_of("0123456789") == std::string_view::npos;
+        return whole ? parseInt(digits) : std::nullopt;
+    };
+    const auto year = number(0, 4), month = number(5, 2), day = number(8, 2);
+    const bool timed = text.size() == 16 && text[10] == ' ' && text[13] == ':';
+    const auto hour = timed ? number(11, 2) : 0, minute = timed ? number(14, 2) : 0;
+    if (!year || !month || !day || !hour || !minute || text[4] != '-' || text[7] != '-' ||
+        (text.size() != 10 && !timed) || *hour > 23 || *minute > 59)
+        return std::nullopt;
+    const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(*year)),
+                                           std::chrono::month(static_cast<unsigned>(*month)),
+                                           std::chrono::day(static_cast<unsigned>(*day))};
+    if (!date.ok())
+        return std::nullopt;
+    const auto days = std::chrono::sys_days(date).time_since_epoch().count();
+    return (static_cast<long long>(days) * 24 + *hour) * 3600 + *minute * 60;
+}
+
+// When something was made or changed is kept as seconds, which no date as it is shown would match.
+void takeDates(projdb::PatternList& list) {
+    for (projdb::Pattern& pattern : list.patterns) {
+        const bool ordered =
+            pattern.match == eMatchMethod::lessThan || pattern.match == eMatchMethod::greaterThan;
+        if (const auto seconds = secondsOfDate(pattern.text); seconds && ordered)
+            pattern.text = std::to_string(*seconds);
+        else if (!parseDouble(pattern.text))
+            refuse(StatusCode::wrongUsage, pattern.text,
+                   "say less-than or greater-than \"2026-11-22\" or \"2026-11-22 15:24\" (UTC)");
+    }
 }
 
 projdb::AttributeCriterion parseWhere(const std::string& line) {
@@ -82,6 +131,9 @@ projdb::AttributeCriterion parseWhere(const std::string& line) {
     projdb::AttributeCriterion criterion;
     criterion.attribute = takeAttribute(words);
     criterion.patterns = takePatterns(words);
+    const unsigned type = criterion.attribute.getType();
+    if (type == LogAttribute::created || type == LogAttribute::modified)
+        takeDates(criterion.patterns);
     return criterion;
 }
 
