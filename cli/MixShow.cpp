@@ -29,7 +29,7 @@ std::string channelsText(const AudioMixReader& reader, const EditPtr& edit) {
         std::string mixes;
         for (const signed char mix : mixesOf(reader, channel))
             mixes += (mixes.empty() ? "" : ",") + mixName(mix);
-        text += format("A%zu\t%g\t%g\t%s\t%s\t%s\t", i + 1,
+        text += format("%s\t%g\t%g\t%s\t%s\t%s\t", audioChannelWord(i, edit).c_str(),
                        static_cast<double>(reader.getChannelLevel(channel)),
                        static_cast<double>(reader.getChannelPan(channel)),
                        reader.getChannelMuteState(channel) ? "mute" : "",
@@ -83,7 +83,7 @@ void addChannelsJson(JSON::Builder& json, const AudioMixReader& reader, const Ed
         const auto channel = static_cast<unsigned char>(i);
         json.beginObject();
         json.add("id", channels[i].asString());
-        json.add("channel", "A" + std::to_string(i + 1));
+        json.add("channel", audioChannelWord(i, edit));
         json.add("name", edit->getChanDisplayName(channels[i]));
         addState(json, reader.getChannelLevel(channel), reader.getChannelMuteState(channel),
                  reader.getChannelSoloState(channel));

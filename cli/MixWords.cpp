@@ -5,6 +5,7 @@
 #include "platform/files/KvIniFile.h"
 #include "platform/store/Edit.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
@@ -59,18 +60,30 @@ Result<float> parsePan(std::string_view text) {
 
 Result<unsigned char> findAudioChannel(std::string_view text, const EditPtr& edit) {
     const std::vector<IdStamp> channels = edit->getChans(kChanAudio);
+    const std::size_t count = std::min(channels.size(), Aud::kMaxInputs);
     const std::wstring wanted = toWide(text);
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i < count; ++i)
+        if (edit->getChanDisplayName(channels[i]) == wanted)
+            found.push_back(i);
     const auto place = text.starts_with('A') ? parseInt(text.substr(1)) : parseInt(text);
-    std::optional<std::size_t> found;
-    for (std::size_t i = 0; i < channels.size() && i < Aud::kMaxInputs; ++i)
-        if (edit->getChanDisplayName(channels[i]) == wanted ||
-            (!found && place && *place == static_cast<long long>(i + 1)))
-            found = i;
-    if (!found)
+    if (found.empty() && place && *place >= 1 && static_cast<std::size_t>(*place) <= count)
+        found.push_back(static_cast<std::size_t>(*place) - 1);
+    if (found.empty())
         return Status(
             StatusCode::notFound, std::string(text),
             format("no such audio channel; the edit has %d", static_cast<int>(channels.size())));
-    return static_cast<unsigned char>(*found);
+    if (found.size() > 1)
+        return Status(StatusCode::notFound, std::string(text),
+                      format("several audio channels have this name; say the place of one, as %zu",
+                             found.front() + 1));
+    return static_cast<unsigned char>(found.front());
+}
+
+std::string audioChannelWord(std::size_t place, const EditPtr& edit) {
+    const std::string number = std::to_string(place + 1);
+    const auto found = findAudioChannel("A" + number, edit);
+    return found && *found == place ? "A" + number : number;
 }
 
 // --- one setting ---------------------------------------------------------------------------------

@@ -24,8 +24,12 @@ Result<signed char> parseMix(std::string_view text);
 Result<float> parseGain(std::string_view text);
 // 0 (left) to 1 (right), or "left", "centre", "right".
 Result<float> parsePan(std::string_view text);
-// The audio channel of that name or place, "A2", as an index from 0; `notFound` otherwise.
+// The audio channel of that name, else of that place, "A2" or "2", as an index from 0; `notFound`
+// for none, and for a name of several.
 Result<unsigned char> findAudioChannel(std::string_view text, const EditPtr& edit);
+// What names the channel of that index to `findAudioChannel`: "A2", or "2" where another channel is
+// called A2.
+std::string audioChannelWord(std::size_t place, const EditPtr& edit);
 
 // One setting of a mix.
 struct MixSetting {
@@ -54,7 +58,7 @@ std::vector<int> changedOutputs(const AudioMixReader& reader, signed char mix, b
 // The mixes that somebody has touched, ascending.
 std::vector<signed char> touchedMixes(const AudioMixReader& reader);
 
-// One line a channel (place, level, pan, "mute", "solo", mixes, name) and touched mix, tabs
+// One line a channel (its word, level, pan, "mute", "solo", mixes, name) and touched mix, tabs
 // between.
 std::string mixText(const EditPtr& edit);
 // Every channel and touched mix. "others" tells whether the outputs that are not listed are fed.

@@ -91,7 +91,7 @@ void list(Session& session) {
     const int channels = std::min(edit->getNumChans(kChanAudio), static_cast<int>(Aud::kMaxInputs));
     for (int i = 0; i < channels; ++i) {
         const auto channel = static_cast<unsigned char>(i);
-        session.say(format("  A%d level %g pan %g%s%s", i + 1,
+        session.say(format("  %s level %g pan %g%s%s", audioChannelWord(channel, edit).c_str(),
                            static_cast<double>(reader.getChannelLevel(channel)),
                            static_cast<double>(reader.getChannelPan(channel)),
                            reader.getChannelMuteState(channel) ? " mute" : "",
