@@ -56,9 +56,12 @@ void forEach(const std::vector<std::string_view>& fields,
     std::vector<std::string> texts(fields.size());
     forEach([&](const Record& record) {
         for (std::size_t i = 0; i < fields.size(); ++i) {
+            if (attributes[i].valid()) {
+                texts[i] = record.getText(attributes[i]);
+                continue;
+            }
             const auto entry = record.attributes.find(fields[i]);
-            texts[i] =
-                entry != record.attributes.end() ? entry->second : record.getText(attributes[i]);
+            texts[i] = entry != record.attributes.end() ? entry->second : std::string();
         }
         return visit(texts);
     });

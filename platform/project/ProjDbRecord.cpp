@@ -64,10 +64,10 @@ std::string Record::getText(const LogAttribute& attribute) const {
 }
 
 std::string Record::getField(std::string_view attributeID) const {
-    if (const auto found = attributes.find(attributeID); found != attributes.end())
-        return found->second;
-    const std::optional<LogAttribute> attribute = LogAttribute::fromID(attributeID);
-    return attribute ? getText(*attribute) : std::string();
+    if (const auto attribute = LogAttribute::fromID(attributeID))
+        return getText(*attribute);
+    const auto found = attributes.find(attributeID);
+    return found == attributes.end() ? std::string() : found->second;
 }
 
 void Record::setField(std::string_view attributeID, std::string_view text) {
