@@ -3,6 +3,8 @@
 #include "cli/Names.h"
 #include "cli/Session.h"
 #include "cli/SessionLinks.h"
+#include "editops/SyncUpLabels.h"
+#include "editops/SyncUpParams.h"
 #include "platform/base/Strings.h"
 #include "platform/embedded/EmbeddedHost.h"
 #include "platform/store/Edit.h"
@@ -88,13 +90,39 @@ void tellLinked(Session& session, SessionWords& words) {
                 (VobSynchroniserBase::updateAllowed(vob.get()) ? "handed on" : "its own"));
 }
 
+// Where the timecode of a shot stands at its time 0, by the label that sync-up takes.
+double timecodeAtStart(const Session& session, const Vob& vob) {
+    const EditPtr edit = vob.getEdit();
+    const bool picture = !edit->getChans(kChanVideo).empty();
+    const synchup_params rules;
+    const double label = readLabelled(edit.getCookie(), picture ? kChanVideo : kChanAudio,
+                                      picture ? rules.pictureLabel : rules.soundLabel, 0)
+                             .label;
+    if (label == kNoTime)
+        refuse(StatusCode::failed, session.nameOf(&vob), "has no timecode");
+    return label;
+}
+
+// Takes the same timecode as one moment: who began later stands earlier.
+unsigned takeOffsetsFromTimecode(const Session& session, VobSynchroniser& synchroniser) {
+    const VobList vobs = synchroniser.getSynchronisedVobs(0);
+    std::vector<double> starts;
+    for (const Kv::Ptr<Vob>& vob : vobs)
+        starts.push_back(timecodeAtStart(session, *vob));
+    unsigned taken = 0;
+    for (std::size_t i = 0; i < vobs.size(); ++i) // the first one is what the others stand to
+        taken += synchroniser.setOffset(vobs[i].get(), starts.front() - starts[i]) ? 1 : 0;
+    return taken;
+}
+
 void offset(Session& session, SessionWords& words) {
     VobSynchroniser& synchroniser = session.links().current();
     if (words.left() == 1) {
-        const auto& from = words.takeOneOf("where from", {"marks", "stored"});
-        const unsigned taken = from == "marks"
-                                   ? synchroniser.takeOffsetsFromMarks()
-                                   : session.links().multicam().restoreClipSyncRelationships();
+        const auto& from = words.takeOneOf("where from", {"marks", "stored", "timecode"});
+        const unsigned taken = from == "marks" ? synchroniser.takeOffsetsFromMarks()
+                               : from == "stored"
+                                   ? session.links().multicam().restoreClipSyncRelationships()
+                                   : takeOffsetsFromTimecode(session, synchroniser);
         session.say(format("  %u taken", taken));
         return;
     }
@@ -297,7 +325,7 @@ void addSyncVerbs(VerbTable& verbs) {
                [](Session& session, SessionWords& words) {
                    session.links().current().setSyncEnabled(words.takeOnOff("on or off"));
                }});
-    verbs.add({"offset", "VIEWER SECONDS | marks|stored",
+    verbs.add({"offset", "VIEWER SECONDS | marks|stored|timecode",
                "how much later than the first a linked viewer shall stand", offset});
     verbs.add(
         {"pass-on", "VIEWER T", "moves the others as if a linked viewer stood there", passOn});
