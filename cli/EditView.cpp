@@ -66,6 +66,8 @@ private:
         item.duration = frame(segment.end) - item.start;
         item.sourceStart = rate_.flicksToFrameNearest(sourceStart(segment));
         item.media = toUtf8(segment.detail.media);
+        if (item.type == ItemView::Type::clip && segment.material.type() != 'T')
+            item.source = convertCookie(segment.material, 'E').asString();
         item.speed = (segment.flags & kEventFreeze) ? 0.0 : segment.speed;
         item.enabled = (segment.flags & kEventDisabled) == 0;
         items_.push_back(std::move(item));

@@ -23,6 +23,7 @@ struct ItemView {
     std::int64_t start = 0;
     std::int64_t duration = 0;
     std::int64_t sourceStart = 0; // where the media that is seen begins, also of a backward clip
+    std::string source;           // the log or edit that is played; empty for subtitles
     std::string media;
     double speed = 1.0;
     bool enabled = true;

@@ -29,6 +29,7 @@ void addItem(JSON::Builder& json, const ItemView& item) {
     json.add("media", item.media);
     json.add("speed", item.speed);
     json.add("enabled", item.enabled);
+    json.add("source", item.source);
     json.endObject();
 }
 
