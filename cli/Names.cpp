@@ -9,6 +9,7 @@
 #include "platform/store/EditManager.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace cutroom::cli {
@@ -44,6 +45,10 @@ Result<EditPtr> openEdit(std::string_view text) {
                     : why;
 }
 
+std::string rateText(const Kv::FrameRate& rate) {
+    return toText(std::round(rate.asDouble() * 1000) / 1000) + " fps";
+}
+
 Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
     const std::string written(text);
     if (text.find(':') != text.npos) {
@@ -54,8 +59,8 @@ Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
         if (const auto place = label.timeOf(written))
             return overMidnight(*place, label.format(), edit);
         return Status(StatusCode::wrongUsage, written,
-                      "no timecode of this edit, which counts " + edit->getFrameRate().asString() +
-                          " fps from " + edit->getTimecode(0));
+                      "no timecode of this edit, which counts " + rateText(edit->getFrameRate()) +
+                          " from " + edit->getTimecode(0));
     }
     if (text.ends_with('f'))
         if (const auto frames = parseInt(text.substr(0, text.size() - 1)))

@@ -2,6 +2,7 @@
 // seconds or frames, colours by name.
 #pragma once
 
+#include "platform/base/FrameRate.h"
 #include "platform/base/Status.h"
 #include "platform/store/EditPtr.h"
 
@@ -23,6 +24,9 @@ Result<EditPtr> openEdit(std::string_view text);
 Result<double> parsePlace(std::string_view text, const EditPtr& edit);
 // The same; `wrongUsage` also for a place outside the edit.
 Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit);
+
+// A frame rate as people say it, to three decimals: "29.97 fps".
+std::string rateText(const Kv::FrameRate& rate);
 
 // A name that something is to get: UTF-8 text that is not empty.
 Result<std::wstring> parseName(const std::string& text);

@@ -1,6 +1,7 @@
 // The picture of an edit: a timecode ruler, one row of boxes per track with their names,
 // transitions over their cuts, markers as flags with their texts. Scalable Vector Graphics 1.1.
 #include "cli/EditView.h"
+#include "cli/Names.h"
 
 #include "platform/base/Strings.h"
 
@@ -81,9 +82,8 @@ private:
                "<rect width=\"100%\" height=\"100%\" fill=\"#1d2026\"/>\n"
                "<text x=\"24\" y=\"36\" font-size=\"20\" fill=\"#f2f4f7\">" +
                escaped(view_.name) + "</text>\n<text x=\"24\" y=\"58\" fill=\"#a8b0bb\">" +
-               escaped(view_.format.rate.asString() + " fps" +
-                       (view_.format.dropFrame ? " drop frame" : "") + ", from " +
-                       view_.startTimecode + ", " +
+               escaped(rateText(view_.format.rate) + (view_.format.dropFrame ? " drop frame" : "") +
+                       ", from " + view_.startTimecode + ", " +
                        timecodeText(view_.durationFrames, view_.format) + " long") +
                "</text>\n";
     }

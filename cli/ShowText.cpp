@@ -10,6 +10,7 @@
 //   1  01:00:00:00  red  Name: description
 #include "cli/Command.h"
 #include "cli/EditView.h"
+#include "cli/Names.h"
 
 #include "platform/base/Strings.h"
 
@@ -110,7 +111,7 @@ private:
 
     void heading() {
         const std::string name = oneLine(view_.name);
-        const std::string about = view_.format.rate.asString() + " fps" +
+        const std::string about = rateText(view_.format.rate) +
                                   (view_.format.dropFrame ? " drop frame" : "") + "   from " +
                                   view_.startTimecode + ", " +
                                   timecodeText(view_.durationFrames, view_.format) + " long (" +

@@ -56,13 +56,13 @@ CurrentProject::addCustomAttribute(const std::string& id,
                                    const LightweightString<wchar_t>& displayName,
                                    DBFieldTypes::eType fieldType) {
     if (!cutroom::isAttributeID(id))
-        return Status(StatusCode::wrongUsage, getFolder(), "this cannot name an attribute");
+        return Status(StatusCode::wrongUsage, id, "this cannot name an attribute");
     if (id == "Markers" || id == "MarkerTypes")
-        return Status(StatusCode::wrongUsage, getFolder(), "this means markers in saved searches");
+        return Status(StatusCode::wrongUsage, id, "this means markers in saved searches");
     if (const std::optional<LogAttribute> present = LogAttribute::fromID(id)) {
         if (present->isCustom())
             return *present;
-        return Status(StatusCode::wrongUsage, getFolder(), "the attribute is built in");
+        return Status(StatusCode::wrongUsage, id, "the attribute is built in");
     }
     ProjectFile file = OpenProject::instance().file();
     const LogAttribute added(static_cast<unsigned>(file.customAttributes.size()), id, displayName,
