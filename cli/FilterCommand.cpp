@@ -175,8 +175,9 @@ void addFilterCommand(Commands commands) {
     sub.withSources(fresh, "BIN|FILTER");
     sub.withVisibility(fresh);
     sub.withSources(
-        sub.forFilter(sub.add("update", "Give a filter of yours other bins", kWrite, update)),
-        "BIN|FILTER");
+           sub.forFilter(sub.add("update", "Give a filter of yours other bins", kWrite, update)),
+           "BIN|FILTER")
+        ->required();
     sub.withSources(sub.add("delete", "Delete filters of yours", kWrite, destroy), "FILTER")
         ->required();
     sub.forFilter(sub.add("rename", "Give a filter of yours another name", kWrite, rename))
