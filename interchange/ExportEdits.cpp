@@ -191,10 +191,18 @@ private:
         timeline.duration = moment.end - moment.start;
         if (moment.label.is_valid())
             takeStart(moment, timeline);
+        else if (moment.start > 0) // what is shown of the edit counts from time 0 then
+            setStart(timeline, moment.rate.flicksToFrameNearest(moment.start), timeline.rate);
         for (const Cue& cue : moment.cues)
             if (!cue.hasFlag(kCueTransient))
                 timeline.markers.push_back(markerOf(cue, moment.start));
         return timeline;
+    }
+
+    static void setStart(Timeline& timeline, std::int64_t frame, const RateRead& rate) {
+        timeline.startFrame = frame;
+        timeline.startWritten = static_cast<double>(frame);
+        timeline.startRate = rate;
     }
 
     // The start of the edit by its label, which may count at another rate: the same hours, minutes
