@@ -164,8 +164,9 @@ std::vector<Status> restoreContainers() {
             lost.push_back(known.status());
     }
     setSearchesAside(lost);
-    if (Status emptied = emptyBinsCache(); !emptied)
-        lost.push_back(std::move(emptied));
+    if (lost.empty()) // of a bin that cannot be read it keeps the name
+        if (Status emptied = emptyBinsCache(); !emptied)
+            lost.push_back(std::move(emptied));
     BinManager::instance().reInit();
     return lost;
 }
