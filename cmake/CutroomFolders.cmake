@@ -105,7 +105,9 @@ function(cutroom_add_library)
         target_link_options(cutroom PRIVATE -Wl,--no-undefined)
     endif()
     set_target_properties(cutroom PROPERTIES
-        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE CXX
+        VERSION ${PROJECT_VERSION}
+        # what fits each other by the package's version file does so for the loader too
+        SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR} LINKER_LANGUAGE CXX
         VERIFY_INTERFACE_HEADER_SETS ON)
 endfunction()
 

@@ -29,6 +29,9 @@ read -ra libs <<<"$(pkg-config --libs cutroom)"
 "$cxx" -std=c++20 "${cflags[@]}" "$outside"/*.cpp -o "$folder/consumer" "${libs[@]}" \
     "-Wl,-rpath,$libdir"
 "$folder/consumer"
+# A program asks the loader for versions that fit it: those with the same first two numbers.
+wanted=libcutroom.so.$(pkg-config --modversion cutroom | cut -d. -f1-2)
+readelf -d "$folder/consumer" | grep -qF "[$wanted]" || { echo "is not linked with $wanted"; exit 1; }
 
 if [[ -x $prefix/bin/cutroom ]]; then
     echo "the installed command"
