@@ -75,12 +75,13 @@ Result<CookieVec> editsIn(const std::string& folder) {
 
 // Whether the database lacks an edit whose file is whole: one of them was copied or put back
 // without the other.
-bool missesEdits(const CookieVec& edits) {
+bool missesEdits(const std::string& folder, const CookieVec& edits) {
     const std::vector<bool> known = ProjectDatabase::instance().arePresent(edits);
     for (std::size_t i = 0; i < edits.size(); ++i) {
         if (known[i])
             continue;
-        const std::string path = toUtf8(getFilenameForCookie(edits[i]));
+        const std::string path =
+            joinPath(joinPath(folder, kEditsFolder), edits[i].asString() + '.' + kEditExtension);
         const Result<std::string> bytes = readFile(path);
         if (bytes && CheckedFile::open(*bytes, kEditKind, kAnyVersion, path))
             return true;
@@ -252,19 +253,17 @@ Status OpenProject::openDatabase(const std::string& folder) {
         return opened.status();
     if (!damage.ok())
         warn(damage);
-    publish(folder);
     const Result<CookieVec> edits = editsIn(folder);
     const bool isNew = *opened == ProjectDatabase::Opened::fresh;
-    const bool isBehind = *opened == ProjectDatabase::Opened::interrupted || filesRecovered_;
-    if (isNew ? edits && edits->empty() : !isBehind && !(edits && missesEdits(*edits)))
-        return {};
-    if (!isNew && isReadOnly()) {
-        if (isSameFile(before, path)) // else a writer is at it
+    bool isBehind = *opened == ProjectDatabase::Opened::interrupted || filesRecovered_;
+    if (!isNew && !isBehind && edits && missesEdits(folder, *edits)) {
+        isBehind = !isReadOnly();
+        if (isReadOnly() && isSameFile(before, path)) // else a writer is at it
             warn(Status(StatusCode::damaged, path,
                         "edits of the project are missing in it; a writing command adds them"));
-        return {};
     }
-    if (!isNew && !rebuild_)
+    publish(folder); // nothing before it, when memory runs out, leaves the project open
+    if (isNew ? edits && edits->empty() : !isBehind || !rebuild_)
         return {};
     if (const Status status = rebuildDatabase(); !status)
         warn(status);
