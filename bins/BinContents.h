@@ -1,4 +1,4 @@
-// `cutroom::BinContents`: what a bin holds beside its identity: what its file says of it.
+// `cutroom::BinContents`: what a bin holds beside its identity, as its file says.
 #pragma once
 
 #include "bins/BinItem.h"

@@ -3,8 +3,8 @@
 //
 // Held through `Kv::Ptr`, owned by the bin manager once it is managed. Any thread may call: each
 // change holds the container's lock as a writer, from the look at the items to the telling of its
-// record; queries and saves hold it as a reader. Whoever walks the items themselves while other
-// threads may change the bin does so under a `BinData::Reading`.
+// record; queries and saves hold it as a reader. A caller that walks the items themselves while
+// other threads may change the bin does so under a `BinData::Reading`.
 //
 // Where it says "tells N", a record of that type is told when something changed, and nothing when
 // the bin was so already.
@@ -67,8 +67,8 @@ public:
     bool valid() const;
 
     // --- items ---------------------------------------------------------------------------------
-    // In the user's order. Changes through the reference are made by the one thread that uses the
-    // bin, before its next call, and are told by nobody but it.
+    // In the user's order. Changes through the reference are allowed only while one thread alone
+    // uses the bin, and before its next call; nobody is told of them unless the caller does it.
     virtual Items& items();
     virtual const Items& items() const;
     Items::iterator begin();
@@ -117,11 +117,11 @@ public:
         std::string bytes;
     };
     // What `save` would write now, for a group commit (a damaged file is moved aside here); the bin
-    // counts as saved. Whoever fails to write it calls `setDirty(true)`.
+    // counts as saved. A caller that fails to write it calls `setDirty(true)`.
     cutroom::Result<FileImage> takeForSaving();
 
     // --- what the bin accepts ------------------------------------------------------------------
-    // As edits and logs are, whatever their kind.
+    // Edits and logs of every type, as far as 'E' is accepted.
     virtual bool canAccomodate(eLogType type) const;
     // False for no edit.
     virtual bool canAccomodate(const EditPtr& edit) const;
@@ -290,5 +290,5 @@ private:
     // Held while the file is written.
     mutable CriticalSection writing_;
     mutable FileState fileState_ CUTROOM_GUARDED_BY(writing_) = FileState::unknown;
-    mutable Cookie fileOf_ CUTROOM_GUARDED_BY(writing_); // the bin whose file that says it of
+    mutable Cookie fileOf_ CUTROOM_GUARDED_BY(writing_); // the bin whose file it describes
 };

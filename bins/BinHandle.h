@@ -14,7 +14,7 @@ public:
     BinHandle() noexcept;
     // `parent` is the group; the invalid cookie for a bin that sits in none.
     explicit BinHandle(const Cookie& id, const Cookie& parent = {});
-    // Names a bin that is at hand, in no group; nothing for null.
+    // Names a bin that the caller holds, in no group; names nothing for null.
     explicit BinHandle(const Kv::Ptr<BinData>& bin);
     // Reads a string form.
     explicit BinHandle(const LightweightString<char>& text);

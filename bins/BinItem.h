@@ -16,8 +16,8 @@ class EditPtr;
 
 namespace cutroom {
 
-// Gives ids, each never given before by this or any other process; a few nanoseconds in all. One
-// thread at a time.
+// Gives ids one after the other in a few nanoseconds each; none was ever given before, by this or
+// any other process. One thread at a time.
 class CUTROOM_API IdRow {
 public:
     IdStamp next() noexcept {
@@ -52,7 +52,7 @@ private:
     IdStamp id_;
 };
 
-// A text that most objects lack, and that takes but a pointer then. A value.
+// A text that most objects do not have: an empty one takes no more than a pointer. A value.
 class RareText {
 public:
     RareText() noexcept = default;
@@ -85,7 +85,7 @@ private:
 // the bin's lock guards it.
 class CUTROOM_API BinItem final : public Kv::InternalRefCount, public cutroom::WithIdentity {
 public:
-    // Of no asset.
+    // An item of no asset.
     BinItem() = default;
     // The asset at `seconds`, without marks, not placed.
     BinItem(const Cookie& assetCookie, double seconds) : asset(assetCookie), time(seconds) {}

@@ -40,14 +40,14 @@ public:
     // that is not `valid`; without a file (and for what is no bin's cookie) empty.
     Kv::Ptr<BinData> getData(const Cookie& bin);
     // A new, empty bin in the default gallery view, put under management; under a fresh cookie when
-    // none is given. The bin that is there when the cookie is taken; empty when it is no bin's
-    // ('G', 'M').
+    // none is given. When a bin has that cookie already, gives that bin; empty when the cookie is
+    // not of a bin's kind ('G', 'M').
     Kv::Ptr<BinData> newBin(const Cookie& bin = {});
     // Puts a bin under management, and gives the one managed under its cookie: that one, or another
     // that was there before. One without a file is recorded as created, with that reason, and
     // saved with the next `saveAll`. Empty for no bin.
     Kv::Ptr<BinData> addBin(Kv::Ptr<BinData> bin, LightweightString<char> reason = {});
-    // Is loaded.
+    // Tells whether the bin is in memory.
     bool isManaged(const Cookie& bin) const;
     // Removes the bin's file (it stays as ".bak"), forgets the bin, takes it out of the bins that
     // hold it, and tells. `notFound` for a bin that is not known; on failure everything stays. The
@@ -66,7 +66,7 @@ public:
     // Without a project bins live in memory only, until the next one is entered: nothing is
     // written, nothing fails.
     cutroom::Status saveAll();
-    // Some loaded bin is dirty.
+    // Tells whether any loaded bin is dirty.
     bool anyDirty() const;
 
     // --- summaries -----------------------------------------------------------------------------
@@ -110,12 +110,12 @@ public:
 private:
     friend class cutroom::ProcessSingleton<BinManager>;
 
-    // A bin in memory. Its summary is up to date when it was read at this count of changes.
+    // A bin in memory. Its summary is up to date when `summarised` equals `changes`.
     struct Loaded {
         Kv::Ptr<BinData> bin;
-        Cookie project; // that was open when it came; invalid for none
+        Cookie project; // the one open when the bin was loaded; invalid: none was
         std::uint64_t changes = 1;
-        std::uint64_t summarised = 0;
+        std::uint64_t summarised = 0; // the count of changes at which the summary was read
     };
     struct Exporter {
         LightweightString<wchar_t> name;
@@ -133,14 +133,14 @@ private:
     static Kv::Ptr<BinData> load(const Cookie& bin);
     static bool importAssets(const LightweightVector<AssetReference>& assets, const Cookie& bin);
 
-    // The loaded bin, or the one that is entered in its place; `entered` tells which.
+    // Enters the bin, or finds the one loaded under its cookie; `entered` tells which.
     Kv::Ptr<BinData> enter(const Kv::Ptr<BinData>& bin, bool& entered);
     Kv::Ptr<BinData> findLoaded(const Cookie& bin) const;
     LoadedBins loadedBins() const;
     bool isKnown(const Cookie& bin) const;
     void forget(const Cookie& bin);
     void forgetAll();
-    // What came while another project was open, or none: when one is open.
+    // While a project is open, forgets the bins that were loaded under another one, or under none.
     void forgetOthers();
 
     // A loaded bin has changed.
@@ -161,7 +161,7 @@ private:
     CriticalSection saving_{LockRank::saveAll};
     std::unordered_map<Cookie, Loaded> loaded_ CUTROOM_GUARDED_BY(mapsLock_);
     cutroom::BinSummaries summaries_ CUTROOM_GUARDED_BY(mapsLock_);
-    // Counts what took bins away: who loads one meanwhile begins again.
+    // Counts removals of bins: a load during which it changes begins again.
     std::uint64_t removals_ CUTROOM_GUARDED_BY(mapsLock_) = 0;
     // The cache on the disk says what `summaries_` does.
     bool cacheIsCurrent_ CUTROOM_GUARDED_BY(mapsLock_) = true;
@@ -171,7 +171,7 @@ private:
 
 namespace cutroom {
 
-// Makes an empty bin object for the cookies of one kind; its id and contents follow.
+// Makes an empty bin object for cookies of one kind; the caller sets its id and contents.
 using BinMaker = Kv::Ptr<BinData> (*)();
 // Has bins of that kind made by `maker` (null: as plain bins), for folders that lie higher and have
 // bins of their own; gives the maker before. Any thread.

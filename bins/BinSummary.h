@@ -11,13 +11,13 @@ class BinData;
 
 // A value. Known to users as `BinManager::BinSummary`.
 struct CUTROOM_API BinSummary {
-    // Of no bin.
+    // A summary of no bin.
     BinSummary() = default;
     // Reads the bin, under its lock as a reader.
     explicit BinSummary(const BinData& bin);
 
     bool valid() const noexcept { return id.valid(); }
-    // A bin is kept in this project only ('G'); other groups follow something.
+    // False for bins ('G'), which live in this project alone; groups are tied to something else.
     bool isSynced() const noexcept { return id.type() != 'G'; }
 
     Cookie id;

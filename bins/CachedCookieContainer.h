@@ -4,7 +4,7 @@
 #include "bins/iCookieContainer.h"
 
 // A value; one thread at a time. Reads the other container once, through its own operations, and
-// never again. The container's id is not taken from it: a snapshot is nobody's contents.
+// never again. It does not take the container's id, since it does not follow the contents.
 class CUTROOM_API CachedCookieContainer : public iCookieContainer {
 public:
     CachedCookieContainer() = default;

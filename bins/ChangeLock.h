@@ -1,8 +1,8 @@
 // The change lock: one for all containers of the process.
 //
-// Whoever changes a container, or tells of a change, holds it first, then the container's own lock,
-// then those of the notifiers, last the maps of a manager. So there is one change at a time, two
-// changes never wait for each other, and a listener may read any container.
+// A thread that changes a container, or tells of a change, takes it first, then the container's own
+// lock, then those of the notifiers, last that of a manager's maps. So there is one change at a
+// time, two changes never wait for each other, and a listener may read any container.
 #pragma once
 
 #include "platform/base/Locks.h"

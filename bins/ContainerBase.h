@@ -121,8 +121,8 @@ public:
     ~ContainerBase() override;
 
     // --- saving --------------------------------------------------------------------------------
-    // Has changes that `save` would write. Every recorded change makes it dirty, save those that
-    // are of tags or do not count only.
+    // Tells whether there are changes that `save` would write. Every recorded change makes the
+    // container dirty, except one of tags alone or one of type kModUncounted alone.
     virtual bool isDirty() const;
     virtual void setDirty(bool dirty);
     // Writes the container's file; the container stays dirty when that fails.
@@ -133,7 +133,7 @@ public:
     // Counts what made it dirty; never falls. Taken before a save, it tells `setSaved` whether
     // something changed meanwhile.
     std::uint64_t changeCount() const noexcept { return changes_; }
-    // What was there at that count is written: clean again, unless something changed since.
+    // The state at that count is written: the container is clean, unless it has changed since.
     void setSaved(std::uint64_t changeCount);
 
     // --- identity ------------------------------------------------------------------------------
@@ -159,7 +159,7 @@ public:
 
     // --- changes -------------------------------------------------------------------------------
     // Batches nest and may be opened on any thread. An end without a beginning holds all later
-    // changes back until it is made up for.
+    // changes back until another beginning makes up for it.
     void beginModifications() override;
     void endModifications(LightweightString<char> reason = {}) override;
     // Records a change and stamps the times; tells it at once outside a batch. Ignores type 0.
@@ -197,8 +197,8 @@ protected:
     void setCreationTime(std::uint32_t seconds);
     void setModificationTime(std::uint32_t seconds);
 
-    // Guards this object and what heirs add. Taken as a writer through `Change` only. As a reader
-    // it is held for one container at a time, save by who holds the change lock.
+    // Guards this object and what heirs add. Taken as a writer through `Change` only. A thread
+    // without the change lock holds it, as a reader, for one container at a time.
     mutable SharedLock lock_{LockRank::container};
 
 private:

@@ -41,7 +41,7 @@ public:
     // A change by which a container came to be.
     bool created() const noexcept { return changes_.includes(ContainerBase::kModCreated); }
     bool destroyed() const noexcept { return what_ == What::destroyed; }
-    // Why, as given by whoever made the change; may be empty.
+    // Why, as given with the change; may be empty.
     const LightweightString<char>& reason() const noexcept { return changes_.getReason(); }
 
 private:

@@ -24,7 +24,7 @@ public:
     // Writes the description as one JSON object.
     virtual void write(JSON::Builder& out) const = 0;
     // Replaces the contents by a description, without a record of change. `damaged`, and nothing
-    // changes, when `from` is none; `file` is for the message.
+    // changes, when `from` is no description; `file` is for the message.
     virtual Status take(const JSON::Element& from, const std::string& file) = 0;
     // As `take`, by hand: the next save writes it. False, and nothing changes, when the element is
     // empty or no description of this kind.

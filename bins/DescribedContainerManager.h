@@ -53,9 +53,9 @@ protected:
     // Called when a container and its files have gone, for what may go without being asked for.
     virtual void afterDestruction(const Cookie& id) const;
 
-    // Reads the files of the open project, if one is and they have not been read. What looks for
-    // containers begins with it; a constructor does not: it registers with the project, whose
-    // notices take the change lock, and so must not hold that.
+    // Reads the files of the open project, if one is and they have not been read. Every look-up
+    // begins with it. A constructor does not call it: it registers with the project, whose notices
+    // take the change lock, and so must not hold that.
     void catchUp() const;
     // Called by heirs' destructors: no container belongs to the manager any longer.
     void letGo() noexcept;
@@ -103,7 +103,7 @@ private:
     std::vector<ContainerPtr> held() const; // all that there are now
     std::vector<ContainerPtr> dirtyOnes() const;
     Status writeAll(const std::vector<ContainerPtr>& containers, const CookieVec& removals);
-    // Forgets the removals that a save has done, or that are none any longer.
+    // Forgets removals that a save has carried out, and those whose container has come back.
     void settleRemovals(const CookieVec& removed, const std::set<Cookie>& written);
     Status removeFiles(const std::vector<ContainerPtr>& containers);
     // `readFiles`, without the lock: for a project that nobody works on yet.

@@ -21,7 +21,7 @@
 
 namespace cutroom {
 
-// Any thread; who reads and writes one file from two threads orders that himself.
+// Any thread; a caller that reads and writes one file on two threads puts that in order.
 class CUTROOM_API DescriptionFiles {
 public:
     // The longest description in bytes; a longer one is neither read nor written.

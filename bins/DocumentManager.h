@@ -19,8 +19,8 @@ template <class T> class ProcessSingleton;
 
 // Any thread, with the restrictions of DescribedContainerManager.h. Listeners of changeMsgType()
 // are given a `ContainerNotice`, on the thread that made the change, for a change of a document
-// under its lock as a writer. All descriptions are read when a project is entered; who asks for
-// documents at that moment makes this manager before itself, so that it is told first.
+// under its lock as a writer. All descriptions are read when a project is entered; a listener that
+// needs documents at that moment makes this manager before it registers.
 class CUTROOM_API DocumentManager final : public cutroom::DescribedContainerManager {
 public:
     static DocumentManager& instance();

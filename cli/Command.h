@@ -60,12 +60,12 @@ void addNamingCommands(Commands commands, CLI::App& parent, const char* type, un
 void addShellCommand(Commands commands);
 
 int exitCodeOf(StatusCode code);
-// Says a failure on standard error in one line ("cutroom: <thing>: <reason>"); gives its exit code.
+// Reports a failure on standard error, one line ("cutroom: <thing>: <reason>"); gives its code.
 int fail(const Status& status);
-// Says something that is no failure on standard error.
+// Writes a line that is not a failure to standard error.
 void note(std::string_view text);
-// Data for standard output. A full or closed output is said once and what follows is dropped; the
-// command ends as it would otherwise, with everything kept, and exit code 5. Any thread.
+// Writes data to standard output. When that is full or closed, this is reported once and later
+// output is dropped; the command still does all its work, then ends with exit code 5. Any thread.
 void print(std::string_view text);
 bool outputFailed();
 // As one line of text: control characters, which names of clips and files may hold, become blanks,
@@ -73,7 +73,7 @@ bool outputFailed();
 enum class Tabs { drop, keep };
 std::string oneLine(std::string_view text, Tabs tabs = Tabs::drop);
 
-// Says what the library logs on standard error, one line a message ("warning: ...").
+// Writes what the library logs to standard error, one line a message ("warning: ...").
 class WarningLog final : public iLogSink {
 public:
     WarningLog();
@@ -87,15 +87,15 @@ private:
 };
 
 // Terminals: whether standard output is one that takes colour, and its width in columns (80 when it
-// is none).
+// is not a terminal).
 bool colourWanted();
 int terminalWidth();
 
-// Opens the project, runs `body` in it, closes it; the first failure is said and decides the code.
+// Opens the project, runs `body` in it, closes it; reports the first failure, gives its exit code.
 int withProject(const Options& options, Workspace::Use use,
                 const std::function<Status(Workspace&)>& body);
 
-// Has a command do `body` with the project open.
+// Makes `body`, run with the project open, the action of a command.
 void runsWithProject(Commands commands, CLI::App* command, Workspace::Use use,
                      std::function<Status(const Options&)> body);
 

@@ -28,7 +28,7 @@ Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit);
 // A frame rate as people say it, to three decimals: "29.97 fps".
 std::string rateText(const Kv::FrameRate& rate);
 
-// A name that something is to get: UTF-8 text that is not empty.
+// A name to be given: UTF-8 text that is not empty.
 Result<std::wstring> parseName(const std::string& text);
 
 // 24 bits of colour, red high, from a marker colour's name or "#rrggbb".

@@ -38,7 +38,7 @@ public:
     // Works the items out, unless that was done. Nothing is told. Not to be called under the lock
     // of a container that is only read.
     void fill();
-    // Has been filled.
+    // True once it has been filled.
     bool isComplete() const override;
     // Works the items out anew if it has been filled; tells as the next.
     void refresh();
@@ -54,7 +54,7 @@ public:
     // what is no such bin. Heirs read the identity with `readIdentity`.
     virtual cutroom::Status read(const JSON::Element& object, const std::string& file);
 
-    // One filter more presents the bin, or one less.
+    // Counts the filters that present the bin: one more, or one fewer.
     void presented(bool more) noexcept { presenters_ += more ? 1 : -1; }
     bool isPresented() const noexcept { return presenters_ > 0; }
 

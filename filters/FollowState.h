@@ -1,5 +1,5 @@
-// `cutroom::FollowState`: for what is worked out of the whole project at the first look and follows
-// its changes from then on, while other threads change the project.
+// `cutroom::FollowState`: the state of a thing that is worked out from the whole project at the
+// first look and follows its changes from then on, while other threads change the project.
 #pragma once
 
 #include "bins/ChangeLock.h"
@@ -9,8 +9,8 @@
 
 namespace cutroom {
 
-// The making takes place under no lock; what changes meanwhile is kept, and looked at again when
-// the maker is back. Several threads may make at once: the first to return decides.
+// It is made under no lock; what changes meanwhile is noted, and looked at again when it is done.
+// Several threads may make it at once; the first to finish decides.
 //
 //     if (state.begin()) {                                    // notes changes from now on
 //         auto made = ...;                                    // reads the project
@@ -20,9 +20,9 @@ namespace cutroom {
 //     }
 class FollowState {
 public:
-    // Is there.
+    // True once it has been made.
     bool ready() const noexcept { return ready_.load(std::memory_order_acquire); }
-    // Begins the making; false when it is there. Each true is followed by one `end`.
+    // Begins to make it; false when that was done. Each true is followed by one `end`.
     bool begin() {
         const ChangeLock lock;
         if (ready())
@@ -30,7 +30,7 @@ public:
         ++makers_;
         return true;
     }
-    // Ends it, under the change lock. True for the first maker, with what changed meanwhile.
+    // Ends the making, under the change lock. First maker: true, and what changed meanwhile.
     bool end(CookieVec& touched) {
         const bool first = !ready();
         ready_.store(true, std::memory_order_release);
@@ -40,7 +40,7 @@ public:
             touched_.clear();
         return first;
     }
-    // Assets have changed; under the change lock. True when the owner is to look at them now.
+    // Notes changed assets, under the change lock. True: the owner must look at them now.
     bool follows(const CookieVec& assets) {
         if (ready())
             return true;

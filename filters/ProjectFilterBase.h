@@ -31,7 +31,7 @@ public:
     void setVisibility(eVisibility visibility) override;
     void clear() override;
 
-    // The bins as they are, filled or not: for whoever keeps them up to date.
+    // The bins as they are, filled or not: for keeping them up to date.
     FilterBins peekResults() const;
     // Assets of the project have come, changed or gone: bins that have been looked at follow.
     virtual void assetsChanged(const CookieVec& assets);
@@ -61,8 +61,8 @@ protected:
     // The value without the preference, and the preference of the present name and value.
     void cacheVisibility(eVisibility visibility);
     void writePreference() const;
-    // Replaces, appends, takes out; nothing is told. Heirs that keep results in the face of readers
-    // of `getResults` change them on one thread.
+    // Replaces, appends, takes out; nothing is told. Derived classes whose results may be read by
+    // `getResults` meanwhile change them on one thread only.
     void setResults(FilterBins results);
     void appendResult(const Kv::Ptr<FilterBinData>& bin);
     bool removeResult(const Kv::Ptr<BinData>& bin);

@@ -18,7 +18,7 @@ enum class eItemPresence { any = 0, present = 1, absent = 2 };
 CUTROOM_API std::string_view getPersistableString(eItemPresence presence) noexcept;
 CUTROOM_API std::optional<eItemPresence> itemPresenceFromString(std::string_view text) noexcept;
 
-// Tells whether a number of things is as asked.
+// Tells whether `count` things fit what is asked.
 constexpr bool isAsAsked(std::uint32_t count, eItemPresence asked) noexcept {
     return count > 0 ? asked != eItemPresence::absent : asked != eItemPresence::present;
 }

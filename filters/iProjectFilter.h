@@ -30,8 +30,8 @@ public:
 
     virtual LightweightString<wchar_t> getName() const = 0;
     virtual eResultsType getResultsType() const = 0;
-    // The result bins, in the order of `getBins`. The reference holds until the results change:
-    // other threads than the one that changes them use `getBins`.
+    // The result bins, in the order of `getBins`. The reference holds until the results change;
+    // threads other than the one that changes them use `getBins`.
     virtual const FilterBins& getResults() const = 0;
     // By default `kSystem`.
     virtual eCreator getCreator() const;

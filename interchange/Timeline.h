@@ -1,5 +1,5 @@
 // What a timeline file holds before it becomes an edit: the neutral form that every reader makes
-// and every writer takes. Plain values, owned by whoever holds the `Timeline`; any thread.
+// and every writer takes. Plain values, owned by the holder of the `Timeline`; any thread.
 #pragma once
 
 #include "platform/base/Export.h"
@@ -133,7 +133,7 @@ struct Marker {
     // "root/..." in a file whose root is a clip or track, "event 004" or "list" in an edit list.
     std::string owner;
     MarkerPlacement placement = MarkerPlacement::asMeant;
-    // The start as written, and where it would lie if it counts in its owner's time (which may be
+    // The start as written, and the place that it would have in its owner's time (which may be
     // before the timeline).
     Flicks written = 0;
     Flicks meant = 0;
@@ -145,7 +145,7 @@ struct Marker {
     std::vector<std::pair<std::string, std::string>> fields;
 };
 
-// One timeline, or whatever else stood at the root of a file and can be played.
+// One timeline, or another thing at the root of a file that can be played.
 struct Timeline {
     std::string name;
     // Schema of the root, or of the nested thing: "Timeline.1", "Clip.2", "Stack.1"; "CMX 3600" for

@@ -12,8 +12,8 @@
 //
 //   camera 1 moves to 15: camera 2 at 20, sequence at 5      sequence moves to 2: cameras at 12, 17
 //
-// A position on the sequence is looked for through every clip, since another one than that which
-// was moved may be seen there; of several the one nearest to where the sequence stands.
+// A position on the sequence is looked for through every clip, since another clip than the one that
+// was moved may be seen there. Of several, the one nearest to the sequence's time is taken.
 //
 // Owned by its maker, never counted; it is destroyed before the project closes. User-interface
 // thread only.
@@ -50,8 +50,8 @@ public:
     // counted in 16 bits and 0 is no limit, so that a limit of 1 plays all clips then.
     LightweightVector<Kv::Ptr<Vob>> getSynchronisedVobs(unsigned which) override;
     // Switching on brings the clips into line and stores how they lie to each other. Then tells the
-    // clients of every linked Vob 0x100000 (on) or 0x80000 (off). All this also when it is as it
-    // was, but for whoever sets it once more while being told.
+    // clients of every linked Vob 0x100000 (on) or 0x80000 (off). All this happens even when the
+    // setting stays the same, except for a client that sets it again while it is being told.
     void setSyncEnabled(bool on) override;
     unsigned getCaps() const override { return kCapsMulticam; }
     // Hands a change of time on as the base does. Then, unless a synchroniser made it: keeps the
@@ -123,7 +123,7 @@ private:
     const Client* currentClip() const;
     void keepPlaces(const Vob& told, const VobModification& change);
     void handleMarkerModifications(const Vob& told, const EditModifications& editChanges);
-    // What was done to the markers of a clip since they were known last, by others.
+    // The changes that others made to the markers of a clip since it was last asked.
     std::vector<EditModification> takeCueChanges(const EditPtr& clip,
                                                  const EditModifications& editChanges);
     // The references of the edit that the synchroniser's own Vob shows.

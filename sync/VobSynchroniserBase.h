@@ -56,7 +56,7 @@ public:
     // Links `vob`, with the offset that it has now, whether it is linked already or not. Nothing
     // for null.
     void createClient(const Kv::Ptr<Vob>& vob);
-    // Unlinks all. A suspension by one of them ends, without a word.
+    // Unlinks all. A suspension by one of them ends; nobody is told.
     void deleteClients();
     // Puts every other linked Vob where it belongs when the Vob of `source` stands at `seconds`,
     // with the time change flags of that Vob and kTimeBySynchroniser raised meanwhile. What this

@@ -478,7 +478,7 @@ private:
     bool isNothingPending() const noexcept {
         return batchDepth_.load() == 0 && pendingKinds_.load() == 0 && !anyPending_.load();
     }
-    // Everything that is pending, which it no longer is.
+    // Gives everything that is pending, and forgets it.
     VobModification takePending() CUTROOM_REQUIRES(pendingLock_);
     void tellPending();
     void tellReady(VobModification change);
@@ -494,7 +494,7 @@ private:
     void storeChannelBackup(const IdStamp& channel);
     void restoreChannelBackup(const IdStamp& channel);
 
-    // What every move looks at lies together: many Vobs may be moved at once.
+    // The members that every move reads lie together, since many Vobs may be moved at once.
     mutable CriticalSection clientLock_{LockRank::vobClients};
     std::vector<VobClient*> clients_ CUTROOM_GUARDED_BY(clientLock_);
     cutroom::Telling* tellings_ CUTROOM_GUARDED_BY(clientLock_) = nullptr; // innermost first

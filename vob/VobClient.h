@@ -67,8 +67,8 @@ public:
     // it throws is logged and goes no further. The same holds for all calls below.
     virtual void handleModifications(const EditModifications& editChanges,
                                      const VobModification& change);
-    // Another client was attached to, or an unmanaged one detached from, this one's Vob. Tellings,
-    // of whatever kind, end 500 inside one another: none inside the outermost is heard any more.
+    // Another client was attached to, or an unmanaged one detached from, this one's Vob. When 500
+    // tellings are inside one another, further ones reach nobody until the outermost is over.
     virtual void notifyClientAdded(VobClient* client);
     virtual void notifyClientRemoved(VobClient* client);
     virtual void notifyPlayStateChange(PlayStateNotifyType change);

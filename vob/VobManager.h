@@ -25,8 +25,8 @@ public:
 
     // The roles, as clients that follow one name them.
     enum eSignificantViewType : int { kViewRecord = 0, kViewSource = 1, kViewPlay = 2 };
-    // Bits of the role setters: who is told. What waits in a batch of a Vob that is not told is
-    // dropped, but that of the old source stays.
+    // Bits of the role setters: who is told. What is pending in a batch of a Vob that is not told
+    // is dropped, except for the old source's.
     enum eRoleFlags : unsigned { kTellOld = 1, kTellNew = 2 };
 
     static VobManager& instance();

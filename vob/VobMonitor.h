@@ -2,8 +2,8 @@
 // follow values rather than attach clients, the audio engine above all.
 //
 // A client of its Vob, owned by its maker, on the user-interface thread. It is managed, so it does
-// not keep its Vob open, and whoever destroys the managed clients of a Vob deletes it: a maker that
-// keeps it as a value detaches it before.
+// not keep its Vob open, and it is deleted where the managed clients of a Vob are destroyed: a
+// maker that keeps it as a value detaches it before.
 #pragma once
 
 #include "platform/base/Cookie.h"
@@ -40,7 +40,7 @@ public:
     // The kinds (VobModificationType bits) of the last change that is neither told as a time nor as
     // a view cookie. Another edit shown elsewhere than on the play machine is told in no way.
     ValServer<unsigned>& getVobModificationServer() noexcept { return vobChange_; }
-    // Whether the mixer is to be bypassed for whoever follows this monitor; set from outside.
+    // Whether the mixer is to be bypassed for followers of this monitor; set from outside.
     ValServer<bool>& getMixerBypassServer() noexcept { return mixerBypass_; }
 
     void handleModifications(const EditModifications& editChanges,

@@ -1,5 +1,5 @@
-// A registration handle: whoever keeps it stays registered; dropping the last share ends the
-// registration.
+// A registration handle: the registration lasts as long as a share of it is kept, and ends when the
+// last one is dropped.
 #pragma once
 
 #include "platform/base/Ptr.h"

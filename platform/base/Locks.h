@@ -5,8 +5,8 @@
 // with a rank may only be taken while every ranked lock held by the thread has a lower rank, or is
 // the same object. The two locks that are held while others are told (vobClients, notifier) obey
 // that when they are taken, and allow everything inside: a listener may do what it likes.
-// Containers have one lock each: a writer holds the change lock first, and so does who takes the
-// lock of one container under that of another.
+// Containers have one lock each: a writer takes the change lock first, and so does a reader that
+// takes the lock of one container under that of another.
 #pragma once
 
 #include "platform/base/Annotations.h"

@@ -8,8 +8,8 @@
 
 namespace Kv {
 
-// An object that carries its own count. Counts change atomically, so any thread may hold or drop
-// a share; which thread may use the object is the heir's own rule.
+// An object that carries its own count. Counts change atomically, so any thread may hold or drop a
+// share; which thread may use the object is for the derived class to say.
 class CUTROOM_API InternalRefCount {
 public:
     InternalRefCount() noexcept = default;

@@ -1,4 +1,4 @@
-// The console focus of a program without a console: who would be acted on.
+// The console focus of a program without a console.
 #pragma once
 
 #include "platform/host/ConsoleFocus.h"

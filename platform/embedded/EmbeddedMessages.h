@@ -1,4 +1,4 @@
-// User messages of a program without a screen: kept, and passed on to whoever prints them.
+// User messages of a program without a screen: kept, and passed on to a printer.
 #pragma once
 
 #include "platform/host/UserMessages.h"

@@ -24,9 +24,9 @@ class iClock;
 //     setPlaying(true)                           setPlaying(false)
 //     "started", playStarted                     "stopped", then at 0 playStopped
 //
-// User-interface thread only. Everything it calls may call it again; a change made inside a
-// notice is what counts, and the rest of that round of notices is left out where it no longer
-// holds.
+// User-interface thread only. Everything it calls may call it again; a change that is made inside a
+// notice takes effect at once, and those notices of the same round that no longer hold then are
+// left out.
 class CUTROOM_API Transport final : public iTransitStatusManager, public iPlayServer {
 public:
     // Speeds beyond are refused.
@@ -57,7 +57,7 @@ public:
     const Notifier& notices() const noexcept override { return notices_; }
 
     void registerPlayable(iPlayable* playable) override;
-    // The last one's going stops the transport.
+    // When the last one goes, the transport stops.
     void deregisterPlayable(iPlayable* playable) override;
     bool isRegistered(const iPlayable* playable) const override;
 

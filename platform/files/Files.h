@@ -2,8 +2,8 @@
 //
 // A write goes to a temporary file in the same folder, is flushed to the disk, and is renamed over
 // the old file; then the folder is flushed. The old content stays as "<name>.bak". All operations
-// go through the installed file system and may run on any thread; who writes one path from two
-// threads orders the writes himself.
+// go through the installed file system and may run on any thread; a caller that writes one path
+// from two threads must order the writes.
 #pragma once
 
 #include "platform/base/Strings.h"
@@ -18,7 +18,7 @@ namespace cutroom {
 
 // The installed file system, or the operating system's.
 CUTROOM_API iFileSystem& fileSystem() noexcept;
-// The operating system's, whatever is installed: what a recording or failing one wraps.
+// The operating system's, whatever is installed: for file systems that wrap it.
 CUTROOM_API iFileSystem& systemFiles() noexcept;
 
 // The most bytes that are read from one file when the caller names no smaller limit.

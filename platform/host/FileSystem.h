@@ -44,12 +44,12 @@ public:
     // Cuts the file to `size` bytes and stands at its end.
     virtual Status truncate(Handle file, std::uint64_t size) = 0;
     // Returns when the file's content has reached the disk. After a failure the content is in
-    // doubt, and a second call proves nothing.
+    // doubt, and a second call that succeeds proves nothing.
     virtual Status flush(Handle file) = 0;
     // Takes the exclusive lock of the open file without waiting; `locked` when another holds it.
     // It ends with the handle or the process.
     virtual Status lock(Handle file) = 0;
-    // The handle is gone even when this fails.
+    // The handle is closed even when this fails.
     virtual Status close(Handle file) = 0;
 
     // Opens a folder, for `flush` (its entries) and `flushAll`. Closed with `close`.

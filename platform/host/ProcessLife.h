@@ -48,7 +48,7 @@ public:
         return object ? *object : make();
     }
     // The object, or null while there is none. Any thread; for destructors, which should not make
-    // an object just to take leave of it.
+    // an object only to deregister from it.
     static T* find() noexcept { return slot_.load(std::memory_order_acquire); }
 
 private:

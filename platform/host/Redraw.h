@@ -9,7 +9,7 @@ namespace cutroom {
 class CUTROOM_API iRedraw {
 public:
     virtual ~iRedraw();
-    // Holds redrawing back until `resume` was called as often as `defer`.
+    // Holds redrawing back until `resume` has been called once for each `defer`.
     virtual void defer() = 0;
     virtual void resume() noexcept = 0;
 };

@@ -12,8 +12,8 @@ public:
     // Tells the message to every listener of `msgType`, stamped with that type.
     virtual void issueNotification(const NotifyMsg& message, int msgType);
 
-    // Registers for one message type (an interned name, or a number that the notifier defines).
-    // Whoever keeps the guard stays registered; empty for a null callback or a negative type.
+    // Registers for one message type (an interned name, or a number that the notifier defines). The
+    // registration lasts as long as the guard; empty for a null callback or a negative type.
     Kv::Ptr<Guard> registerNotification(CallbackPtr<NotifyMsg> callback, int msgType) const;
     // The same as `registerNotification`.
     Kv::Ptr<Guard> addListener(CallbackPtr<NotifyMsg> callback, int msgType) const;

@@ -44,7 +44,7 @@ struct EndedRegistration {
     EndedRegistration* next = nullptr;
 };
 
-// The list behind a notifier, shared with its guards, so that either may go first.
+// The list behind a notifier, shared with its guards, so that either may be destroyed first.
 class CUTROOM_API ListenerList final : public Kv::InternalRefCount {
 public:
     ListenerList();
@@ -79,8 +79,8 @@ private:
     // was there.
     bool collect(std::array<Kv::Ptr<CallbackRoot>, 32>& out) noexcept CUTROOM_REQUIRES(lock_);
     void closeGaps() noexcept CUTROOM_REQUIRES(lock_);
-    // Lets go, outside the lock, of what ended meanwhile. Waits for nobody: who holds the lock does
-    // this when leaving.
+    // Drops, outside the lock, what ended meanwhile. Does not wait: a thread that holds the lock
+    // does this when it leaves.
     void settle() noexcept;
     static void logThrown(const char* what) noexcept;
     void cutOff() noexcept CUTROOM_REQUIRES(lock_);
@@ -101,13 +101,13 @@ private:
     Kv::Ptr<ListenerList> kept_ CUTROOM_GUARDED_BY(lock_); // itself, when closed inside a telling
     std::atomic<std::size_t> live_{0};
     std::atomic<EndedRegistration*> ended_{nullptr};
-    // Something happened that the telling that is going on must look at before its next call: a
-    // registration was added or waits in `ended_`, or a telling inside it took place.
+    // The present telling must look up before its next call: a registration was added, or waits in
+    // `ended_`, or a telling took place inside it.
     std::atomic<bool> disturbed_{false};
 };
 
 // One telling: holds the lock of its list, and knows how far it is. It goes through the list in
-// stretches; one ends early when something happened in a call that the telling must look at.
+// stretches; one ends early when a call did something that the telling must look at.
 class CUTROOM_API CUTROOM_SCOPED_CAPABILITY ListenerList::Walk {
 public:
     Walk(ListenerList& list, int msgType) noexcept CUTROOM_ACQUIRE(list.lock_);
@@ -115,8 +115,8 @@ public:
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 
-    // Makes the next stretch, up to `stretchEnd`, ready; the first one is, but for a telling that
-    // may not begin. False when the telling is over.
+    // Prepares the next stretch, up to `stretchEnd`; the first one is ready, unless the telling may
+    // not begin. False when the telling is over.
     bool nextStretch() noexcept { return at_ < size_ && stretch(); }
     std::size_t stretchEnd() const noexcept { return stretchEnd_; }
     // The entry to look at next.

@@ -11,7 +11,7 @@ class CUTROOM_API ValServerBase {
 public:
     // Told after the value changed.
     static constexpr int valChangedMsgType = NotifyMsgTypeDictionary::kValChanged;
-    // Told by whoever is about to change the value in place.
+    // Told before the value is changed in place, by the one that changes it.
     static constexpr int preValChangedMsgType = NotifyMsgTypeDictionary::kPreValChanged;
 
     virtual ~ValServerBase();

@@ -54,8 +54,8 @@ CUTROOM_API void forEach(const std::function<bool(const Record&)>& visit);
 CUTROOM_API void forEach(const std::vector<std::string_view>& fields,
                          const std::function<bool(const std::vector<std::string>&)>& visit);
 // Calls `visit` with each record that has a wanted kind and matches the text criteria, as
-// `matchRecord` decides, in the order of insertion; once the whole search is done (ProjDbSearch.h
-// tells sooner).
+// `matchRecord` decides, in the order of insertion; all calls come when the whole search is done
+// (ProjDbSearch.h gives results sooner).
 CUTROOM_API void forEachMatch(const SearchCriteria& criteria,
                               const std::function<bool(const Summary&)>& visit);
 

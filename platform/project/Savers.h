@@ -1,5 +1,5 @@
-// `Savers`: who keeps changes that are not on the disk yet. What owns such things registers here,
-// so that an autosave and the close of a project reach all of them.
+// `Savers`: the owners of changes that are not on the disk yet. They register here, so that an
+// autosave and the close of a project reach all of them.
 #pragma once
 
 #include "platform/base/Guard.h"
@@ -40,8 +40,8 @@ public:
     // `callback` is called on the user-interface thread.
     [[nodiscard]] static Kv::Ptr<Guard> addListener(const CallbackPtr<NotifyMsg>& callback);
 
-    // What a saver could not write at the project's exit, where nobody takes an outcome; the close
-    // of the project gives it. The first one counts.
+    // Notes what a saver could not write at the project's exit, which has no outcome of its own;
+    // the close of the project gives it. The first one counts.
     static void noteFailure(const Status& failure);
     static Status takeFailure();
 

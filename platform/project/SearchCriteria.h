@@ -62,8 +62,8 @@ struct CUTROOM_API PatternList {
 struct CUTROOM_API AttributeCriterion {
     LogAttribute attribute;
     PatternList patterns; // without any, that it holds a text
-    // The attribute of that persisted name. One that the project does not define is asked for all
-    // the same: its texts are under its name.
+    // The attribute of that persisted name. One that the project does not define is searched too,
+    // by the texts under that name.
     static LogAttribute named(const std::string& id);
     friend bool operator==(const AttributeCriterion&, const AttributeCriterion&) = default;
 };
@@ -101,8 +101,8 @@ public:
     // The kinds that no result may have: images unless asked for, and the clipboard's items unless
     // they are allowed.
     unsigned excludedKinds() const noexcept;
-    // The record has one of the wanted kinds and none of the excluded ones. That images are allowed
-    // makes none of them wanted: an image is a clip besides.
+    // The record has one of the wanted kinds and none of the excluded ones. Allowing images does
+    // not make them wanted; an image is a clip too.
     bool matchesKinds(unsigned recordKinds) const noexcept;
 
     // Appends the criteria as pairs: "Kinds", "Options", "QuickSearch", then one "Attribute" per

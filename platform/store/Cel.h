@@ -4,9 +4,9 @@
 // order) is shared between copies, together with an offset, so copying and sliding cost nothing per
 // event; the first change copies the storage of this one channel.
 //
-// Always holds: events alternate in and out; the first is an in, the last an out; an out and the
-// in after it lie at the same time; no segment is shorter than one flick; an empty cel has no
-// events. Changes to a cel of an edit take the edit's lock themselves; who reads one while other
+// Always holds: events alternate in and out; the first is an in, the last an out; an out and the in
+// after it lie at the same time; no segment is shorter than one flick; an empty cel has no events.
+// Changes to a cel of an edit take the edit's lock themselves; a caller that reads one while other
 // threads may change it holds `Edit::Lock`. A cel of its own (a copy) belongs to one thread.
 #pragma once
 

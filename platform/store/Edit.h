@@ -5,9 +5,9 @@
 // and may be called on any thread. References to parts (cels, cues, configuration) are to be used
 // under `Edit::Lock` when other threads may change the edit.
 //
-// Changes pass one door: each is checked whole before anything changes, marks the edit dirty and is
-// recorded; it is told when `addModification` is called with notification, or at the end of the
-// outermost `EditModifier`.
+// All changes take the same way: each is checked whole before anything changes, marks the edit
+// dirty and is recorded; it is told when `addModification` is called with notification, or at the
+// end of the outermost `EditModifier`.
 #pragma once
 
 #include "platform/aud/SimpleMixState.h"
@@ -67,7 +67,7 @@ public:
     void setDropFrame(bool on);
     // Length of one frame in seconds.
     double getCelResolution() const;
-    // A note for those who offer changes; the store itself refuses none.
+    // For callers that offer changes; the store itself refuses none.
     bool isReadOnly() const;
     void setReadOnly(bool on);
     bool isDirty() const;

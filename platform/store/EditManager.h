@@ -75,10 +75,10 @@ public:
     // The same for several: all or none. `progress`, if any, is told which share is written.
     cutroom::Status save(const std::vector<EditPtr>& edits,
                          const std::function<void(double)>& progress = {});
-    // Takes back edits that were made and could not be completed or saved: out of memory, and what
-    // a failed save left of them out of database and folder (on failure the next save does so
-    // first). Nothing is told of them. Handles that are still held keep theirs alive, known to
-    // nobody.
+    // Takes back edits that were made and could not be completed or saved: removes them from
+    // memory, and what a failed save left of them from database and folder (on failure the next
+    // save does that first). Nothing is told of them. Handles that are still held keep their edit
+    // alive outside the table.
     cutroom::Status discard(const CookieVec& edits);
     bool anyDirty() const;
     // Puts an edit under the open project (record in the project database, saved with the next
@@ -132,7 +132,7 @@ private:
 
     // Tells a change of an edit, when there is a manager. User-interface thread or any other.
     static void tellModifications(const Edit& edit, const NotifyMsg& message);
-    // A handle of the edit is about to be dropped, the last one perhaps.
+    // Called when a handle of the edit is dropped, which may be the last one.
     static void forget(Kv::Ptr<Edit> edit) noexcept;
     cutroom::Status removeFiles(const CookieVec& edits);
     cutroom::Status discardRest();

@@ -1,4 +1,4 @@
-// `ProjectListener`: a base for what follows the project's life and the changes of its logs.
+// `ProjectListener`: a base of objects that follow the project's life and the changes of its logs.
 #pragma once
 
 #include "platform/base/Cookie.h"

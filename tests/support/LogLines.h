@@ -10,7 +10,7 @@
 namespace cutroom::test {
 
 // Takes the log's place for its own lifetime. Any thread may log meanwhile; `lines` is read when
-// none does. Made before a host, it also catches what the host's going logs.
+// none does. Made before a host, it also catches what the end of the host logs.
 class LogLines final : public iLogSink {
 public:
     LogLines() : before_(installLogSink(this)) {}

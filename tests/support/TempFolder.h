@@ -1,4 +1,4 @@
-// A folder of a test's own, removed with all it holds, and the bytes of files.
+// A folder for one test, removed with all it holds; and the bytes of files.
 #pragma once
 
 #include <unistd.h>

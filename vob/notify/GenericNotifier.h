@@ -12,8 +12,8 @@
 // Tells events of one class by message type. `Event` is copied, and has `setMsgType(int)`.
 template <class Event> class CUTROOM_API GenericNotifier : public NotifierBase {
 public:
-    // Registers for one message type; whoever keeps the guard stays registered. Empty for a null
-    // callback or a negative type.
+    // Registers for one message type for as long as the guard is kept. Empty for a null callback or
+    // a negative type.
     Kv::Ptr<Guard> registerNotification(CallbackPtr<Event> callback, int msgType) const {
         return addCallback(std::move(callback), msgType);
     }

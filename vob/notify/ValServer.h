@@ -1,9 +1,9 @@
 // `ValServer<T>`: a value that others may follow, and `ValManagerBase<T>`, which may keep it in
 // bounds.
 //
-// Instances exist for unsigned, double, bool and Cookie; whoever publishes another type `T` (copied
-// and compared with ==) declares `extern template class ValServer<T>` beside it and instantiates it
-// in its own folder.
+// Instances exist for unsigned, double, bool and Cookie; a folder that publishes another type `T`
+// (copied and compared with ==) declares `extern template class ValServer<T>` beside it and
+// instantiates it.
 #pragma once
 
 #include "platform/base/Log.h"
