@@ -180,6 +180,7 @@ std::vector<std::string> EdlLosses::text() const {
         {wrapped, "sources that start before 00:00:00:00 or after a day, whose timecode wraps"},
         {rates, "sources at another frame rate than the edit, which an edit list cannot say"},
         {reels, "reels cut to eight characters of A-Z, 0-9 and _, told in full below the event"},
+        {early, "markers before 00:00:00:00 left out"},
         {lasting, "markers that last, written as points"},
         {colours, "marker colours, written as the nearest known"},
         {fields, "values of fields of markers left out"},

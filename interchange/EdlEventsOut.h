@@ -40,6 +40,7 @@ struct EdlLosses {
     long wrapped = 0;     // sources that start before 00:00:00:00 or a day later
     long rates = 0;       // sources at another rate than the record
     long reels = 0;       // shortened
+    long early = 0;       // markers before 00:00:00:00
     long lasting = 0;     // markers
     long colours = 0;     // of markers, not known
     long fields = 0;      // of markers

@@ -45,7 +45,8 @@ public:
         while (marker < inOrder.size())
             locator(*inOrder[marker++]);
         for (const Marker* row : EdlMarkersOut::rows(timeline_))
-            line("* " + markers_.row(*row, times_.recordText(frameOf(*row))));
+            if (isSayable(*row))
+                line("* " + markers_.row(*row, times_.recordText(frameOf(*row))));
         return {std::move(text_), warnings()};
     }
 
@@ -55,9 +56,16 @@ private:
         text_ += '\n';
     }
     void locator(const Marker& marker) {
-        line("* " + markers_.locator(marker, times_.recordText(frameOf(marker))));
+        if (isSayable(marker))
+            line("* " + markers_.locator(marker, times_.recordText(frameOf(marker))));
     }
     std::int64_t frameOf(const Marker& marker) const { return times_.frameAt(marker.start); }
+    // Counts the marker as lost if not.
+    bool isSayable(const Marker& marker) {
+        const bool early = times_.isBeforeZero(frameOf(marker));
+        losses_.early += early;
+        return !early;
+    }
 
     void mode(bool drop) {
         line(drop ? "FCM: DROP FRAME" : "FCM: NON-DROP FRAME");

@@ -150,9 +150,10 @@ TEST_F(ExportEdl, FadesToBlackKeepTheirFrames) {
         }
 }
 
-TEST_F(ExportEdl, MarkersTakeTheNearestColourThatListsKnow) {
+TEST_F(ExportEdl, MarkersTakeTheNearestColourThatListsKnowAndNoTimecodeOfTheDayBefore) {
     const EditModifier edit = makeList(Kv::FrameRate(25), "00:00:00:00");
     layPieces(edit, edit->getId(0), {{L"A", 50, 0}});
+    edit->addCue(Cue(-1.0, L"early"));
     int frame = 0;
     std::string locators;
     for (const auto& [colour, name] : {std::pair(0xFF8000u, "YELLOW"),
@@ -165,8 +166,10 @@ TEST_F(ExportEdl, MarkersTakeTheNearestColourThatListsKnow) {
         locators += format("* LOC: 00:00:00:%02d %-7s m\n", frame++, name);
     }
     const auto file = exportEdl(edit);
-    EXPECT_THAT(file->text, testing::EndsWith(locators));
-    EXPECT_THAT(file->warnings, Contains("marker colours, written as the nearest known: 3"));
+    EXPECT_THAT(file->text, testing::EndsWith("A\n" + locators));
+    EXPECT_THAT(file->warnings,
+                testing::IsSupersetOf({"markers before 00:00:00:00 left out: 1",
+                                       "marker colours, written as the nearest known: 3"}));
 }
 
 TEST_F(ExportEdl, ManySoundTracksComeBack) {
