@@ -1,7 +1,6 @@
 // cutroom undo, redo, history EDIT
-#include "cli/History.h"
-
 #include "cli/Command.h"
+#include "cli/History.h"
 #include "cli/Names.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
@@ -108,16 +107,6 @@ void addStepCommand(Commands commands, const char* word, const char* about, bool
 }
 
 } // namespace
-
-std::optional<EditManager::HistoryStep> nextStep(const EditPtr& edit, bool back) {
-    std::optional<EditManager::HistoryStep> last;
-    for (const auto& one : EditManager::instance().getHistory(edit)) {
-        if (one.undone)
-            return back ? last : one;
-        last = one;
-    }
-    return back ? last : std::nullopt;
-}
 
 void addHistoryCommands(Commands commands) {
     addStepCommand(commands, "undo", "Take the last change of an edit back", kBack);
