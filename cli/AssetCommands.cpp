@@ -139,8 +139,8 @@ void addDeleteCommand(Commands commands) {
               "not touched",
               "ASSET", kAnyAsset | kFilters)
         ->footer("The last state of a deleted edit stays in the project as "
-                 "edits/COOKIE.edit.bak; renamed to\nCOOKIE.edit it is there again after `cutroom "
-                 "check --repair`.\n\n  cutroom delete \"Reel 1\"");
+                 "edits/COOKIE.edit.bak; renamed to\nCOOKIE.edit it is there again after the next "
+                 "command that writes.\n\n  cutroom delete \"Reel 1\"");
 }
 
 } // namespace cutroom::cli

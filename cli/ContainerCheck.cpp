@@ -127,6 +127,11 @@ Status putBackupInPlace(const std::string& path, const Status& damage) {
     if (Status kept = fileSystem().link(path, aside); !kept)
         return kept;
     if (Status copied = copyFile(path + ".bak", path); !copied) {
+        // The backup may have taken its place, though not for sure: then the damaged file has no
+        // other name.
+        const auto there = fileSystem().stat(path), kept = fileSystem().stat(aside);
+        if (!there || !kept || there->identity != kept->identity)
+            return copied;
         const Status gone = removeFile(aside);
         return gone ? copied : gone;
     }
@@ -152,19 +157,22 @@ std::vector<Status> checkContainers(ContainerCounts* counts) {
 
 std::vector<Status> restoreContainers() {
     std::vector<Status> lost;
+    bool allBins = true;
     for (const Kind& kind : kKinds) {
         for (const File& file : filesOf(kind)) {
             Status one = read(kind, file);
             if (one.code() == StatusCode::damaged)
                 one = restore(kind, file, one);
-            if (!one)
-                lost.push_back(std::move(one));
+            if (one.ok())
+                continue;
+            allBins = allBins && kind.count != &ContainerCounts::bins;
+            lost.push_back(std::move(one));
         }
         if (const auto known = DocumentManager::instance().scan(); !known)
             lost.push_back(known.status());
     }
     setSearchesAside(lost);
-    if (lost.empty()) // of a bin that cannot be read it keeps the name
+    if (allBins) // else the cache has the name of the one that cannot be read
         if (Status emptied = emptyBinsCache(); !emptied)
             lost.push_back(std::move(emptied));
     BinManager::instance().reInit();
