@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <limits>
 #include <thread>
 #include <utility>
 
@@ -24,8 +23,6 @@ namespace {
 
 constexpr std::string_view kLockFile = "lock";
 constexpr std::string_view kFolderSuffix = ".project";
-constexpr std::string_view kEditKind = "edit";
-constexpr unsigned kAnyVersion = std::numeric_limits<unsigned>::max();
 
 Result<std::string> absoluteFolder(const std::string& folder) {
     if (Status status = checkPath(folder); !status)
@@ -73,8 +70,8 @@ Result<CookieVec> editsIn(const std::string& folder) {
     return edits;
 }
 
-// Whether the database lacks an edit whose file is whole: one of them was copied or put back
-// without the other.
+// Whether the database lacks an edit whose file is whole and of a version known here: one of them
+// was copied or put back without the other.
 bool missesEdits(const std::string& folder, const CookieVec& edits) {
     const std::vector<bool> known = ProjectDatabase::instance().arePresent(edits);
     for (std::size_t i = 0; i < edits.size(); ++i) {
@@ -83,7 +80,7 @@ bool missesEdits(const std::string& folder, const CookieVec& edits) {
         const std::string path =
             joinPath(joinPath(folder, kEditsFolder), edits[i].asString() + '.' + kEditExtension);
         const Result<std::string> bytes = readFile(path);
-        if (bytes && CheckedFile::open(*bytes, kEditKind, kAnyVersion, path))
+        if (bytes && CheckedFile::open(*bytes, kEditKind, kEditVersion, path))
             return true;
     }
     return false;

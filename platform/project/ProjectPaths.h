@@ -38,4 +38,8 @@ inline constexpr char kBinExtension[] = "bin";
 inline constexpr char kDocumentExtension[] = "KvDoc";
 inline constexpr char kAssociationExtension[] = "AssetGroup";
 
+// What the head of an edit's file says: its kind, and the latest version that is known here.
+inline constexpr char kEditKind[] = "edit";
+inline constexpr unsigned kEditVersion = 1;
+
 } // namespace cutroom

@@ -12,9 +12,7 @@ namespace cutroom {
 
 namespace {
 
-constexpr char kEditKind[] = "edit";
 constexpr char kHistoryKind[] = "edit-undo";
-constexpr unsigned kVersion = 1;
 constexpr std::size_t kMaxStoredSteps = 10'000;
 // The most segments that the lists of one file have together (700 megabytes in memory), and those
 // that a history is written with.
@@ -70,7 +68,7 @@ std::string assemble(std::string_view kind, std::string_view identityBytes,
     out.add("ID  ", identityBytes);
     for (const CelChunkWriter::Chunk& chunk : chunks.chunks())
         out.add(chunk.tag, chunk.bytes);
-    return CheckedFile::wrap(kind, kVersion, out.take().append(rest));
+    return CheckedFile::wrap(kind, kEditVersion, out.take().append(rest));
 }
 
 // Walks the sections of a payload. `other` takes those that are not of the preface.
@@ -185,7 +183,7 @@ std::string EditFile::encodeHistory(const Cookie& cookie, std::uint64_t historyI
 }
 
 Result<EditFile::Content> EditFile::decode(std::string_view bytes, const std::string& file) {
-    const auto view = CheckedFile::open(bytes, kEditKind, kVersion, file);
+    const auto view = CheckedFile::open(bytes, kEditKind, kEditVersion, file);
     if (!view)
         return view.status();
     DecodeTrouble trouble(file, bytes.data());
@@ -202,7 +200,7 @@ Result<EditFile::Content> EditFile::decode(std::string_view bytes, const std::st
 
 Result<EditHistory> EditFile::decodeHistory(std::string_view bytes, const std::string& file,
                                             std::uint64_t historyId) {
-    const auto view = CheckedFile::open(bytes, kHistoryKind, kVersion, file);
+    const auto view = CheckedFile::open(bytes, kHistoryKind, kEditVersion, file);
     if (!view)
         return view.status();
     DecodeTrouble trouble(file, bytes.data());

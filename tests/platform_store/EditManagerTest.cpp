@@ -1,6 +1,8 @@
 #include "StoreFixture.h"
+#include "platform/files/CheckedFile.h"
 #include "platform/files/Files.h"
 #include "platform/project/ProjDb.h"
+#include "platform/project/ProjectPaths.h"
 #include "platform/store/ProjectListener.h"
 #include "tests/support/FaultyFiles.h"
 
@@ -92,11 +94,17 @@ TEST_F(EditManagerTest, theDatabaseIsRebuiltFromTheFiles) {
     const Cookie cookie = fresh().getCookie();
     ASSERT_TRUE(CurrentProject::close().ok());
     test::putBytes(fileOf(Cookie('E', 77)), "damaged");
+    test::putBytes(fileOf(Cookie('E', 78)),
+                   CheckedFile::wrap(kEditKind, kEditVersion + 1, "of a later version"));
     for (const char* name : {"project.db", "project.db-wal", "project.db-shm"})
         std::filesystem::remove(folder() + "/" + name);
     ASSERT_TRUE(CurrentProject::open(folder()).ok());
     EXPECT_TRUE(projdb::isPresent(cookie));
     EXPECT_EQ(projdb::count(), 1u);
+    ASSERT_TRUE(CurrentProject::close().ok());
+    log_.lines.clear();
+    ASSERT_TRUE(CurrentProject::open(folder(), CurrentProject::Access::readOnly).ok());
+    EXPECT_THAT(log_.lines, testing::IsEmpty()) << "what cannot be read is not missed";
 }
 
 TEST_F(EditManagerTest, deletionIsToldBeforeAndAfter) {
