@@ -38,7 +38,7 @@ void IdRow::take() noexcept {
 }
 
 const std::string& RareText::none() noexcept {
-    static const std::string empty;
+    static const auto& empty = *new std::string; // never destroyed
     return empty;
 }
 

@@ -49,10 +49,10 @@ private:
     std::unique_ptr<State> state_;
 };
 
-// A configuration value that is read once in each life, at its first use. A static object; any
-// thread.
+// A configuration value that is read once in each life, at its first use; made once and never
+// destroyed, since static objects may ask for it at the very end of the program. Any thread.
 //
-//     static const cutroom::ConfigValue<int> quantise("check_quantise", 1);
+//     static const auto& quantise = *new cutroom::ConfigValue<int>("check_quantise", 1);
 //     if (quantise.get() != 0) …
 template <class T> class ConfigValue {
 public:

@@ -80,7 +80,7 @@ void Record::setField(std::string_view attributeID, std::string_view text) {
 }
 
 const std::string& Record::name() const {
-    static const std::string none;
+    static const auto& none = *new std::string; // never destroyed
     const auto found = attributes.find("name");
     return found == attributes.end() ? none : found->second;
 }

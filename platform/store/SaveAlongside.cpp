@@ -16,7 +16,7 @@ SaveAlongside::SaveAlongside(std::vector<FileInProject> files)
 SaveAlongside::~SaveAlongside() { innermost = outer_; }
 
 const std::vector<FileInProject>& SaveAlongside::current() noexcept {
-    static const std::vector<FileInProject> none;
+    static const auto& none = *new std::vector<FileInProject>; // never destroyed
     return innermost ? innermost->files_ : none;
 }
 
