@@ -121,7 +121,8 @@ Result<std::vector<Timeline>> readEdl(std::string_view bytes, const std::string&
     if (bytes.size() > kMaxEdlBytes)
         return refusal(file, 0, "larger than any edit list");
     const std::string_view head = bytes.substr(0, 2);
-    if (head == "\xFF\xFE" || head == "\xFE\xFF" || head.find('\0') != head.npos)
+    const bool isHalfOfUnit = std::count(head.begin(), head.end(), '\0') == 1;
+    if (head == "\xFF\xFE" || head == "\xFE\xFF" || isHalfOfUnit)
         return refusal(file, 1, "text in UTF-16; save it as UTF-8");
     if (rate && !rate->valid())
         return Status(StatusCode::wrongUsage, file, "no frame rate was given");
