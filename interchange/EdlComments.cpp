@@ -163,25 +163,44 @@ void giveSpeed(EdlList& list, EdlEvent& event, const EdlSpeed& speed) {
     }
 }
 
-// Whether an event with that reel has just come decides on a speed held back.
-void settle(EdlList& list, bool newEvent) {
-    if (!list.ahead)
-        return;
-    const EdlSpeed speed = *std::exchange(list.ahead, {});
-    const std::size_t count = list.events.size();
-    if (newEvent && hasReel(list.events.back(), speed.reel))
-        giveSpeed(list, list.events.back(), speed);
-    else if (count > (newEvent ? 1 : 0))
-        giveSpeed(list, list.events[count - (newEvent ? 2 : 1)], speed);
+// No further event can have the reel of a speed held back.
+void giveUp(EdlList& list, const EdlSpeed& speed) {
+    if (speed.named)
+        ++list.extraSpeeds;
+    else if (speed.above > 0)
+        giveSpeed(list, list.events[speed.above - 1], speed);
     else
         ++list.lostSpeeds;
 }
 
 } // namespace
 
-void settleEdlSpeedAtEvent(EdlList& list) { settle(list, true); }
+// A speed waits for two event lines at most, so that however many wait, each is seen but twice.
+void settleEdlSpeedsAtEvent(EdlList& list) {
+    EdlEvent& event = list.events.back();
+    const std::size_t index = list.events.size() - 1;
+    const bool second =
+        index > 0 && event.isTransition() && event.number == list.events[index - 1].number;
+    for (EdlSpeed& speed : std::exchange(list.ahead, {})) {
+        const bool first = speed.above == index;
+        if ((first || second) && hasReel(event, speed.reel)) {
+            if (!event.framesPerSecond) {
+                giveSpeed(list, event, speed);
+                continue;
+            }
+            speed.named = true;
+        }
+        if (first && !event.isTransition())
+            list.ahead.push_back(std::move(speed));
+        else
+            giveUp(list, speed);
+    }
+}
 
-void settleEdlSpeed(EdlList& list) { settle(list, false); }
+void settleEdlSpeeds(EdlList& list) {
+    for (const EdlSpeed& speed : std::exchange(list.ahead, {}))
+        giveUp(list, speed);
+}
 
 bool takeEdlSpeed(EdlList& list, std::string_view text) {
     std::vector<std::string_view> words;
@@ -194,10 +213,9 @@ bool takeEdlSpeed(EdlList& list, std::string_view text) {
     if (!speed || !(std::abs(*speed) <= 100'000))
         return false;
     EdlSpeed read{words.size() > 1 ? std::string(words.front()) : std::string(), *speed,
-                  std::string(number)};
+                  std::string(number), list.events.size()};
     for (std::size_t i = 1; i + 1 < words.size(); ++i)
         read.reel += " " + std::string(words[i]);
-    settleEdlSpeed(list);
     // A transition has two lines, and a speed line may mean either.
     bool named = false;
     for (std::size_t back = 1; back <= 2 && back <= list.events.size(); ++back) {
@@ -215,7 +233,7 @@ bool takeEdlSpeed(EdlList& list, std::string_view text) {
     else if (read.reel.empty() && !list.events.empty())
         giveSpeed(list, list.events.back(), read);
     else
-        list.ahead = std::move(read);
+        list.ahead.push_back(std::move(read));
     return true;
 }
 

@@ -19,11 +19,12 @@ void takeEdlComment(EdlList& list, EdlEvent* event, const std::string& text, lon
 // "M2  REEL  SPEED  TIMECODE": gives the speed to the event at the end of `list` whose reel it
 // names, or holds it back for the next event. False when the line has another shape.
 bool takeEdlSpeed(EdlList& list, std::string_view text);
-// Gives a speed held back to the event that has just been added where that has its reel, else to
-// the one above the speed line, whose reel may be written shorter there.
-void settleEdlSpeedAtEvent(EdlList& list);
-// The same where no event follows.
-void settleEdlSpeed(EdlList& list);
+// Gives the speeds held back to the event line that has just been added where that has their reel.
+// Once the next event, which may be the two lines of a transition, is over, the others go to the
+// event above the speed line, whose reel may be written shorter there.
+void settleEdlSpeedsAtEvent(EdlList& list);
+// The same where no event line follows.
+void settleEdlSpeeds(EdlList& list);
 
 // Turns events whose note is "text |C:colour |M:name |D:frames" into markers.
 void takeMarkerEvents(EdlList& list);

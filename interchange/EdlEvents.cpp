@@ -165,7 +165,7 @@ public:
                 take(line);
         }
         takeHeldComment();
-        settleEdlSpeed(list_);
+        settleEdlSpeeds(list_);
         list_.firstBadEvent = badEvents_.first;
         takeMarkerEvents(list_);
         nameKeys();
@@ -197,7 +197,7 @@ private:
              {event.sourceIn, event.sourceOut, event.recordIn, event.recordOut})
             list_.anyDrop |= label.drop;
         list_.events.push_back(std::move(event));
-        settleEdlSpeedAtEvent(list_);
+        settleEdlSpeedsAtEvent(list_);
     }
 
     bool takeHeader(std::string_view line) {

@@ -3,6 +3,7 @@
 // out; out points are exclusive.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -87,6 +88,8 @@ struct EdlSpeed {
     std::string reel;
     double framesPerSecond = 0;
     std::string text;
+    std::size_t above = 0; // events before it
+    bool named = false;    // an event has come that has its reel, but a speed already
 };
 
 struct EdlList {
@@ -96,11 +99,11 @@ struct EdlList {
     std::vector<std::string> header; // comments before the first event, without the asterisk
     std::vector<EdlEvent> events;
     std::vector<EdlMarker> markers;
-    std::optional<EdlSpeed> ahead; // while it is open whether the next event has its reel
-    long extraSpeeds = 0;          // speed lines beyond one for each event
-    long lostSpeeds = 0;           // speed lines without any event
-    long lostLocators = 0;         // LOC comments without a timecode
-    long firstBadEvent = 0;        // the first line that was meant as an event but is not sound
+    std::vector<EdlSpeed> ahead; // while it is open whether the next event has their reels
+    long extraSpeeds = 0;        // speed lines beyond one for each event
+    long lostSpeeds = 0;         // speed lines without any event
+    long lostLocators = 0;       // LOC comments without a timecode
+    long firstBadEvent = 0;      // the first line that was meant as an event but is not sound
     std::vector<std::string> warnings;
 };
 

@@ -200,6 +200,16 @@ const LayoutRow kLayouts[] = {
      "M2 R1 050.0\n" + event(1, 0, 1) + "M2 R2 +000.0\n" + event(2, 1, 2, "R2") +
          event(3, 2, 3, "LONG_REEL_3") + "M2 LONG_REE 012.5\n" + event(4, 3, 4, "R4"),
      "V: C R1 0+25 x2, C R2 25+25 x0, C LONG_REEL_3 50+25 x0.5, C R4 75+25"},
+    {"speeds above both lines of their event",
+     event(1, 0, 1, "P") + "M2 A 050\nM2 B 012.5\n" + event(2, 1, 2, "A") +
+         event(2, 2, 3, "B", "D 010"),
+     "V: C P 0+25, C A 25+25 x2, T  50+10, C B 50+25 x0.5"},
+    {"a speed ahead of one for the event above",
+     event(1, 0, 1, "A") + "M2 B 050\nM2 A 012.5\nM2 B 099\n" + event(2, 1, 2, "B"),
+     "V: C A 0+25 x0.5, C B 25+25 x2", "second speeds for one event ignored: 1"},
+    {"a speed whose reel is no part of the next event",
+     event(1, 0, 1, "P") + "M2 B 050\n" + event(2, 1, 2, "A") + event(3, 2, 3, "B", "D 010"),
+     "V: C P 0+25 x2, C A 25+25, T  50+10, C B 50+25"},
     {"a day that ends at 24", "001 R V C 23:59:59:00 24:00:00:00 23:59:59:00 24:00:00:00\n",
      "V: C R 0+25"},
     {"on over midnight",
