@@ -110,6 +110,17 @@ bool looksLikeEvent(std::string_view line) {
     return words.size() >= 7 && (times >= 4 || (isDigits(words.front()) && times > 0));
 }
 
+// Tells whether a note of a marker ends with this line. A comment has to have the whole form, for
+// its text may hold bars too.
+bool endsNote(std::string_view line) {
+    const auto colour = line.find("|C:");
+    const auto name = colour == line.npos ? colour : line.find("|M:", colour);
+    if (name == line.npos || !trim(line).starts_with('*'))
+        return name != line.npos;
+    const auto length = line.rfind("|D:");
+    return length != line.npos && length > name && isDigits(trim(line.substr(length + 3)));
+}
+
 // Which lines are notes of markers. A note runs from its event to the line with the colour and may
 // begin as other lines do: "REEL 2 is late |C:ResolveColorRed |M:Marker 1 |D:1". Empty for none.
 std::vector<bool> findNotes(const std::vector<std::string>& lines) {
@@ -117,8 +128,7 @@ std::vector<bool> findNotes(const std::vector<std::string>& lines) {
     bool inside = false;
     for (std::size_t i = lines.size(); i-- > 0;) {
         EdlEvent event;
-        const auto colour = lines[i].find("|C:");
-        if (colour != std::string::npos && lines[i].find("|M:", colour) != std::string::npos)
+        if (endsNote(lines[i]))
             inside = true;
         else if (inside)
             inside = !readEvent(lines[i], event);
@@ -160,7 +170,7 @@ public:
         for (const std::string& line : lines) {
             const auto index = static_cast<std::size_t>(number_++);
             if (!notes.empty() && notes[index] && !list_.events.empty())
-                addNote(trim(line));
+                takeNote(trim(line));
             else
                 take(line);
         }
@@ -253,6 +263,13 @@ private:
         (looksLikeEvent(line) ? badEvents_ : others_).add(number_);
         if (!list_.events.empty())
             addNote(line);
+    }
+
+    // An event line that cannot be read does not end a note, but is told of all the same.
+    void takeNote(std::string_view line) {
+        if (looksLikeEvent(line))
+            badEvents_.add(number_);
+        addNote(line);
     }
 
     void addNote(std::string_view line) {

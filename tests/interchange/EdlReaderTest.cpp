@@ -240,6 +240,14 @@ const LayoutRow kLayouts[] = {
      pointAt(1, 2) + "REEL 2 is late |C:ResolveColorRed |M:a |D:1\n" + pointAt(2, 4) +
          "* as said\nM2 fast |C:ResolveColorRed |M:b |D:1\n",
      "; 0+1 a|REEL 2 is late|Red; 50+1 b|* as said\nM2 fast|Red"},
+    {"bars in a comment",
+     event(1, 0, 1) + "* LOC: 00:00:00:05 RED mark\n* FROM CLIP NAME: a\n* |C: a |M: b |D: odd\n",
+     "V: C a 0+25; 5 |mark|RED"},
+    {"a note with a line that was meant as an event",
+     pointAt(1, 2) + "002 R V C 01:00:00:00 01:00:61:00 00:00:00:00 00:00:01:00\n"
+                     "* b |C:ResolveColorRed |M:a |D:1\n",
+     "; 0+1 a|002 R V C 01:00:00:00 01:00:61:00 00:00:00:00 00:00:01:00\n* b|Red",
+     "cannot be read: 1 (first: line"},
 };
 
 TEST(EdlReader, LaysEventsAndMarkersOut) {
