@@ -379,6 +379,10 @@ TEST(EdlReader, RefusesWhatIsNoList) {
         {"\xEF\xBB\xBF<?xml version=\"1.0\"?>\n<xmeml/>\n", "list.edl: an XML document"},
         {std::string("\xFF\xFET\0I\0", 6), "UTF-16"},
         {std::string("T\0I\0", 4), "UTF-16"},
+        {std::string("\0\0\0\x18"
+                     "ftyp",
+                     8),
+         "no line"},
         {"\n001 R V C 00:00:00:00 00:00:01:00 00:00:00:00 00:00:01:25\n",
          "list.edl:2: frame number 25 cannot exist at 25"},
         {crowd, "512 tracks"},
