@@ -10,6 +10,8 @@
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
+#include <cmath>
+
 namespace cutroom::cli {
 
 namespace {
@@ -90,28 +92,41 @@ void tellLinked(Session& session, SessionWords& words) {
                 (VobSynchroniserBase::updateAllowed(vob.get()) ? "handed on" : "its own"));
 }
 
-// Where the timecode of a shot stands at its time 0, by the label that sync-up takes.
-double timecodeAtStart(const Session& session, const Vob& vob) {
+// The label, as sync-up takes it, that tells which timecode stands at a shot's time 0.
+LabelledShot timecodeAtStart(const Session& session, const Vob& vob) {
     const EditPtr edit = vob.getEdit();
     const bool picture = !edit->getChans(kChanVideo).empty();
     const synchup_params rules;
-    const double label = readLabelled(edit.getCookie(), picture ? kChanVideo : kChanAudio,
-                                      picture ? rules.pictureLabel : rules.soundLabel, 0)
-                             .label;
-    if (label == kNoTime)
+    LabelledShot shot = readLabelled(edit.getCookie(), picture ? kChanVideo : kChanAudio,
+                                     picture ? rules.pictureLabel : rules.soundLabel, 0);
+    if (shot.label == kNoTime)
         refuse(StatusCode::failed, session.nameOf(&vob), "has no timecode");
-    return label;
+    return shot;
+}
+
+// Seconds after which the timecode of a shot begins again: not 86400 where 24 hours of labels take
+// longer than a day, as without drop frame at 29.97.
+double labelDay(const LabelledShot& shot) {
+    const TimecodeFormat& format = shot.labelFormat;
+    return toSeconds(format.rate.frameToFlicks(framesPerDay(format)));
+}
+
+// How much later than the second the first began, within half a day of labels either way: of two
+// that are further apart the one with the earlier timecode began after midnight.
+double beganLater(const LabelledShot& first, const LabelledShot& second) {
+    const double later = first.label - second.label;
+    return std::remainder(later, labelDay(later > 0 ? second : first));
 }
 
 // Takes the same timecode as one moment: who began later stands earlier.
 unsigned takeOffsetsFromTimecode(const Session& session, VobSynchroniser& synchroniser) {
     const VobList vobs = synchroniser.getSynchronisedVobs(0);
-    std::vector<double> starts;
+    std::vector<LabelledShot> shots;
     for (const Kv::Ptr<Vob>& vob : vobs)
-        starts.push_back(timecodeAtStart(session, *vob));
+        shots.push_back(timecodeAtStart(session, *vob));
     unsigned taken = 0;
     for (std::size_t i = 0; i < vobs.size(); ++i) // the first one is what the others stand to
-        taken += synchroniser.setOffset(vobs[i].get(), starts.front() - starts[i]) ? 1 : 0;
+        taken += synchroniser.setOffset(vobs[i].get(), beganLater(shots.front(), shots[i])) ? 1 : 0;
     return taken;
 }
 

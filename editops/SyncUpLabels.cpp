@@ -16,6 +16,7 @@ constexpr int kMostMaterialSteps = 32;
 struct LabelTime {
     double seconds = kNoTime;
     int type = kLabelNone;
+    TimecodeFormat format;
 };
 
 enum class From { shotStart, strip };
@@ -55,7 +56,8 @@ LabelTime labelTime(const EditPtr& shot, EditChanType type, const UserLabelSpec&
     if (label.is_valid()) {
         const auto position = label.get_abs_posn(labelOffset(type, soundOffset));
         const double seconds = mPosn_Xlate(position, label, kUnitSeconds, *shot);
-        return {from == From::strip ? seconds - shot->getStartStripTime() : seconds, label.type()};
+        return {from == From::strip ? seconds - shot->getStartStripTime() : seconds, label.type(),
+                label.format()};
     }
     if (shot->getLogType() == kLogTypeSource)
         return {};
@@ -98,6 +100,7 @@ LabelledShot readLabelled(const Cookie& shot, EditChanType type, const UserLabel
     const LabelTime at = labelTime(edit, type, label, soundOffset, From::shotStart);
     read.label = at.seconds;
     read.labelType = at.type;
+    read.labelFormat = at.format;
     return read;
 }
 

@@ -4,6 +4,7 @@
 #include "editops/SyncUpParams.h"
 #include "platform/base/Cookie.h"
 #include "platform/base/Time.h"
+#include "platform/base/Timecode.h"
 #include "platform/store/Numbers.h"
 
 #include <string>
@@ -43,7 +44,8 @@ struct CUTROOM_API LabelledShot {
     Cookie shot;            // of kind 'E'; invalid: it could not be opened
     double label = kNoTime; // seconds that the label shows at the shot's time 0
     int labelType = kLabelNone;
-    double length = 0; // seconds
+    TimecodeFormat labelFormat; // by which it counts
+    double length = 0;          // seconds
     bool isSource = false;
     std::string cameraDate;
 
