@@ -127,10 +127,11 @@ Status remove(const Options&, const BinWords& words) {
     CookieVec going;
     for (const std::string& text : words.assets) {
         // A bin from a backup may hold what is gone from the project, and then has a cookie only.
-        const auto cookie = Cookie::fromString(text);
-        const auto asset = cookie && (*bin)->contains(*cookie)
-                               ? Result<NamedAsset>(NamedAsset{*cookie, text, kBins})
-                               : findAsset(text, kAnyAsset);
+        if (const auto cookie = Cookie::fromString(text); cookie && (*bin)->contains(*cookie)) {
+            going.push_back(*cookie);
+            continue;
+        }
+        const auto asset = findAsset(text, kAnyAsset);
         if (!asset)
             return asset.status();
         if (!(*bin)->contains(asset->cookie))

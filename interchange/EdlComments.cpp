@@ -12,13 +12,9 @@ namespace cutroom {
 
 namespace {
 
-bool startsWith(std::string_view text, std::string_view prefix) {
-    return text.substr(0, prefix.size()) == prefix;
-}
-
 // The text behind a keyword and its colon, if `text` begins with them.
 std::optional<std::string> valueOf(std::string_view text, std::string_view key) {
-    if (!startsWith(text, key))
+    if (!text.starts_with(key))
         return {};
     return std::string(trim(text.substr(key.size())));
 }
@@ -68,10 +64,10 @@ void takeNames(EdlEvent& event, std::string_view text) {
             return;
         }
     }
-    event.fromGenerated |= startsWith(text, "FROM CLIP IS A GENERATOR");
-    event.toGenerated |= startsWith(text, "TO CLIP IS A GENERATOR");
+    event.fromGenerated |= text.starts_with("FROM CLIP IS A GENERATOR");
+    event.toGenerated |= text.starts_with("TO CLIP IS A GENERATOR");
     // "REEL x IS CLIP y" names the clip of an otherwise nameless event.
-    if (const auto is = text.find(" IS CLIP "); startsWith(text, "REEL ") && is != text.npos) {
+    if (const auto is = text.find(" IS CLIP "); text.starts_with("REEL ") && is != text.npos) {
         event.reelName = trim(text.substr(5, is - 5));
         event.fromName = trim(text.substr(is + 9));
     }
@@ -131,12 +127,18 @@ bool takeTableRow(EdlList& list, std::string_view text, long line) {
 
 bool isKnownEdlComment(std::string_view text) {
     return std::any_of(kKeywords.begin(), kKeywords.end(),
-                       [&](std::string_view key) { return startsWith(text, key); });
+                       [&](std::string_view key) { return text.starts_with(key); });
+}
+
+bool isBareEdlComment(std::string_view text) {
+    static constexpr std::array kBare{"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"};
+    return std::any_of(kBare.begin(), kBare.end(),
+                       [&](std::string_view key) { return text.starts_with(key); });
 }
 
 void takeEdlComment(EdlList& list, EdlEvent* event, const std::string& text, long line) {
     const std::string_view body = trim(text);
-    if (startsWith(body, "LOC:")) {
+    if (body.starts_with("LOC:")) {
         if (takeLocator(list, event ? "event " + event->number : "list", body.substr(4), line))
             return;
         ++list.lostLocators;
@@ -252,7 +254,7 @@ void takeMarkerEvents(EdlList& list) {
         EdlMarker marker{event.line, "event " + event.number, event.recordIn, {}, {}, {}, 1, 0, {}};
         marker.text = trim(note.substr(0, bar));
         marker.colour = trim(note.substr(bar + 3, name - bar - 3));
-        if (startsWith(marker.colour, "ResolveColor"))
+        if (marker.colour.starts_with("ResolveColor"))
             marker.colour.erase(0, 12);
         marker.name = trim(note.substr(name + 3, hasLength ? length - name - 3 : note.npos));
         if (hasLength)

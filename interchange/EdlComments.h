@@ -11,6 +11,8 @@ namespace cutroom {
 // Tells whether `text` (without asterisk) begins with a known keyword and so is a comment of its
 // own, never the rest of a wrapped one; an old list has such lines without the asterisk.
 bool isKnownEdlComment(std::string_view text);
+// Tells whether `text` begins as those comments do that always stand without an asterisk.
+bool isBareEdlComment(std::string_view text);
 
 // Takes a whole comment: names, files and reels go to `event` (null before the first one, then all
 // is kept in the header of `list`), LOC and table lines to the markers of `list`.

@@ -1,5 +1,6 @@
 #include "interchange/EdlCommentsOut.h"
 
+#include "interchange/EdlComments.h"
 #include "interchange/EdlMarkersOut.h"
 #include "interchange/ImportedJson.h"
 #include "platform/base/Strings.h"
@@ -20,10 +21,7 @@ void forEachComment(std::string_view facts, const std::function<void(const std::
 
 // A kept comment as a line; those that stood without an asterisk stand so again.
 std::string lineOf(const std::string& text) {
-    for (const char* const bare : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
-        if (text.starts_with(bare))
-            return edlOneLine(text);
-    return "* " + edlOneLine(text);
+    return (isBareEdlComment(text) ? "" : "* ") + edlOneLine(text);
 }
 
 std::string effectName(const Item& transition) {

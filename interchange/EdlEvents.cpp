@@ -27,10 +27,6 @@ Words wordsOf(std::string_view line) {
     return words;
 }
 
-bool startsWith(std::string_view text, std::string_view prefix) {
-    return text.substr(0, prefix.size()) == prefix;
-}
-
 bool isDigits(std::string_view text) {
     return !text.empty() &&
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
@@ -230,12 +226,12 @@ private:
     // Lines about the event above that have no asterisk.
     bool takeExtra(std::string_view line) {
         EdlEvent* event = list_.events.empty() ? nullptr : &list_.events.back();
-        if (startsWith(line, "M2 ") || startsWith(line, "M2\t")) {
+        if (line.starts_with("M2 ") || line.starts_with("M2\t")) {
             if (!takeEdlSpeed(list_, line))
                 badSpeeds_.add(number_);
             return true;
         }
-        if (startsWith(line, "AUD ") || startsWith(line, "AUD\t") || line == "AUD") {
+        if (line.starts_with("AUD ") || line.starts_with("AUD\t") || line == "AUD") {
             bool whole = event != nullptr;
             for (const auto word : wordsOf(line.substr(3))) {
                 if (!event || !isDigits(word) || word.size() > 3)
@@ -246,13 +242,12 @@ private:
             }
             return whole;
         }
-        for (const auto known : {"REM", "RVTR", "SPLIT:", ">>>", "FINAL CUT PRO REEL:"})
-            if (startsWith(line, known)) {
-                (event ? event->comments : list_.header).emplace_back(line);
-                if (startsWith(line, "SPLIT:"))
-                    splits_.add(number_);
-                return true;
-            }
+        if (isBareEdlComment(line)) {
+            (event ? event->comments : list_.header).emplace_back(line);
+            if (line.starts_with("SPLIT:"))
+                splits_.add(number_);
+            return true;
+        }
         if (!isKnownEdlComment(line))
             return false;
         takeEdlComment(list_, event, std::string(line), number_);
@@ -280,7 +275,7 @@ private:
 
     // Holds a comment back, or adds the rest of one that is held.
     void holdComment(std::string_view body) {
-        if (startsWith(body, " "))
+        if (body.starts_with(" "))
             body.remove_prefix(1);
         if (body.ends_with(' '))
             body.remove_suffix(1);
