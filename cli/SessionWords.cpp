@@ -94,7 +94,7 @@ bool SessionWords::takeIf(std::string_view word) {
 }
 
 const std::string& SessionWords::takeOneOf(const char* what,
-                                           std::initializer_list<std::string_view> choices) {
+                                           const std::vector<std::string_view>& choices) {
     const std::string& word = take(what);
     if (std::find(choices.begin(), choices.end(), word) != choices.end())
         return word;

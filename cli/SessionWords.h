@@ -6,10 +6,12 @@
 
 #include "platform/base/Status.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace cutroom::cli {
@@ -47,7 +49,16 @@ public:
     // Takes the next word when it is `word`.
     bool takeIf(std::string_view word);
     // One of the given words.
-    const std::string& takeOneOf(const char* what, std::initializer_list<std::string_view> choices);
+    const std::string& takeOneOf(const char* what, const std::vector<std::string_view>& choices);
+    // What one of the given words stands for.
+    template <class T>
+    T takeChoice(const char* what, std::initializer_list<std::pair<std::string_view, T>> choices) {
+        std::vector<std::string_view> names;
+        for (const auto& [name, value] : choices)
+            names.push_back(name);
+        const auto chosen = std::find(names.begin(), names.end(), takeOneOf(what, names));
+        return (choices.begin() + (chosen - names.begin()))->second;
+    }
     double takeNumber(const char* what);
     long long takeInt(const char* what, long long least, long long most);
     bool takeOnOff(const char* what);

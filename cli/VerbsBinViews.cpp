@@ -12,11 +12,9 @@ namespace cutroom::cli {
 namespace {
 
 eGalleryViews::eGalleryView takeView(SessionWords& words) {
-    const std::string& word = words.takeOneOf("a view", {"image", "table", "hybrid", "split"});
-    return word == "image"    ? eGalleryViews::Image
-           : word == "table"  ? eGalleryViews::Table
-           : word == "hybrid" ? eGalleryViews::Hybrid
-                              : eGalleryViews::SplitImage;
+    using namespace eGalleryViews;
+    return words.takeChoice<eGalleryView>(
+        "a view", {{"image", Image}, {"table", Table}, {"hybrid", Hybrid}, {"split", SplitImage}});
 }
 
 // --- tags ----------------------------------------------------------------------------------------
@@ -69,12 +67,9 @@ void setDefault(SessionWords& words) {
 }
 
 void setTiles(BinData& bin, SessionWords& words) {
-    using namespace Kv::ImageSize;
-    const std::string& word = words.takeOneOf("a size", {"small", "normal", "large", "huge"});
-    bin.setTileSize(word == "small"    ? Presets::Small
-                    : word == "normal" ? Presets::Normal
-                    : word == "large"  ? Presets::Large
-                                       : Presets::Huge);
+    using namespace Kv::ImageSize::Presets;
+    bin.setTileSize(words.takeChoice<Preset>(
+        "a size", {{"small", Small}, {"normal", Normal}, {"large", Large}, {"huge", Huge}}));
 }
 
 void set(Session&, SessionWords& words) {

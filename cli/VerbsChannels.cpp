@@ -9,30 +9,26 @@ namespace cutroom::cli {
 namespace {
 
 void addChannel(Session& session, SessionWords& words) {
-    const std::string type =
-        words.takeOneOf("a type", {"video", "audio", "subtitle", "other", "levels"});
-    if (type == "levels") {
+    const auto type = words.takeChoice<EditChanType>("a type", {{"video", kChanVideo},
+                                                                {"audio", kChanAudio},
+                                                                {"subtitle", kChanSubtitle},
+                                                                {"other", kChanOther},
+                                                                {"levels", kChanLevels}});
+    if (type == kChanLevels) {
         const IdStamp audio = session.takeChannel(words);
         const EditModifier modifier = session.editForChange();
         if (!modifier->addLevelsChan(audio).valid())
             refuse(StatusCode::failed, "levels", "only an audio channel without one takes it");
         return;
     }
-    const EditChanType chanType = type == "video"      ? kChanVideo
-                                  : type == "audio"    ? kChanAudio
-                                  : type == "subtitle" ? kChanSubtitle
-                                                       : kChanOther;
     EditChanSubType subType = kSubNormal;
-    if (!words.done()) {
-        const auto& word =
-            words.takeOneOf("a sub-type", {"normal", "right-eye", "matte", "derived"});
-        subType = word == "right-eye" ? kSubStereoRight
-                  : word == "matte"   ? kSubMatte
-                  : word == "derived" ? kSubDerived
-                                      : kSubNormal;
-    }
+    if (!words.done())
+        subType = words.takeChoice<EditChanSubType>("a sub-type", {{"normal", kSubNormal},
+                                                                   {"right-eye", kSubStereoRight},
+                                                                   {"matte", kSubMatte},
+                                                                   {"derived", kSubDerived}});
     const EditModifier modifier = session.editForChange();
-    modifier->addChan(chanType, subType);
+    modifier->addChan(type, subType);
 }
 
 void listChannels(Session& session, SessionWords&) {

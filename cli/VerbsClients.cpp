@@ -14,10 +14,10 @@ eClientPriority takePriority(SessionWords& words) {
 }
 
 VobManager::eSignificantViewType takeRole(SessionWords& words) {
-    const std::string& role = words.takeOneOf("a role", {"source", "record", "play"});
-    return role == "source"   ? VobManager::kViewSource
-           : role == "record" ? VobManager::kViewRecord
-                              : VobManager::kViewPlay;
+    return words.takeChoice<VobManager::eSignificantViewType>("a role",
+                                                              {{"source", VobManager::kViewSource},
+                                                               {"record", VobManager::kViewRecord},
+                                                               {"play", VobManager::kViewPlay}});
 }
 
 // The first viewer of a group.

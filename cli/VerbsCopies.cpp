@@ -12,19 +12,15 @@
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
-#include <map>
-
 namespace cutroom::cli {
 
 namespace {
 
 eLogType takeType(SessionWords& words) {
-    const auto& type = words.takeOneOf("a type", {"edit", "sync", "print", "subclip"});
-    static const std::map<std::string, eLogType> types = {{"edit", kLogTypeEdit},
-                                                          {"sync", kLogTypeSyncGhost},
-                                                          {"print", kLogTypePrintGhost},
-                                                          {"subclip", kLogTypeSubclip}};
-    return types.at(type);
+    return words.takeChoice<eLogType>("a type", {{"edit", kLogTypeEdit},
+                                                 {"sync", kLogTypeSyncGhost},
+                                                 {"print", kLogTypePrintGhost},
+                                                 {"subclip", kLogTypeSubclip}});
 }
 
 std::wstring takeName(SessionWords& words) {

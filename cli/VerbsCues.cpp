@@ -44,14 +44,13 @@ void regions(Session& session, SessionWords&) {
 }
 
 void cueLogs(Session& session, SessionWords& words) {
-    const auto& type = words.takeOneOf("a type", {"subclip", "edit", "sync", "print"});
-    const eLogType logType = type == "edit"    ? kLogTypeEdit
-                             : type == "sync"  ? kLogTypeSyncGhost
-                             : type == "print" ? kLogTypePrintGhost
-                                               : kLogTypeSubclip;
+    const auto type = words.takeChoice<eLogType>("a type", {{"subclip", kLogTypeSubclip},
+                                                            {"edit", kLogTypeEdit},
+                                                            {"sync", kLogTypeSyncGhost},
+                                                            {"print", kLogTypePrintGhost}});
     const CookieVec made =
-        words.done() ? makeLogsUsingCuePoints(logType, session.viewer()->getEditModule())
-                     : makeLogsUsingCuePoints(logType, session.edit(), takeCues(session, words));
+        words.done() ? makeLogsUsingCuePoints(type, session.viewer()->getEditModule())
+                     : makeLogsUsingCuePoints(type, session.edit(), takeCues(session, words));
     for (const Cookie& log : made)
         sayMade(session, log);
     if (made.empty())

@@ -21,17 +21,17 @@ float takeGain(SessionWords& words) { return require(parseGain(words.take("a gai
 MixSetting takeChannelSetting(const EditPtr& edit, SessionWords& words) {
     MixSetting setting;
     setting.target = require(findAudioChannel(words.take("an audio channel"), edit));
-    const auto& what = words.takeOneOf("a word", {"level", "pan", "mute", "solo", "to"});
-    if (what == "level") {
+    setting.what = words.takeChoice<eAudioMixChange>("a word", {{"level", kMixChannelLevel},
+                                                                {"pan", kMixChannelPan},
+                                                                {"mute", kMixChannelMute},
+                                                                {"solo", kMixChannelSolo},
+                                                                {"to", kMixChannelRouting}});
+    if (setting.what == kMixChannelLevel) {
         setting.value = takeGain(words);
-    } else if (what == "pan") {
-        setting.what = kMixChannelPan;
+    } else if (setting.what == kMixChannelPan) {
         setting.value = require(parsePan(words.take("a pan")));
     } else {
-        setting.what = what == "mute"   ? kMixChannelMute
-                       : what == "solo" ? kMixChannelSolo
-                                        : kMixChannelRouting;
-        if (what == "to")
+        if (setting.what == kMixChannelRouting)
             setting.to = takeMix(words);
         setting.on = words.takeOnOff("on or off");
     }
@@ -41,17 +41,18 @@ MixSetting takeChannelSetting(const EditPtr& edit, SessionWords& words) {
 MixSetting takeMixSetting(SessionWords& words) {
     MixSetting setting;
     setting.target = takeMix(words);
-    const auto& what = words.takeOneOf("a word", {"level", "mute", "solo", "output"});
-    if (what == "level") {
-        setting.what = kMixLevel;
+    setting.what = words.takeChoice<eAudioMixChange>(
+        "a word",
+        {{"level", kMixLevel}, {"mute", kMixMute}, {"solo", kMixSolo}, {"output", kMixRouting}});
+    if (setting.what == kMixLevel) {
         setting.value = takeGain(words);
-    } else {
-        setting.what = what == "mute" ? kMixMute : what == "solo" ? kMixSolo : kMixRouting;
-        if (what == "output")
-            setting.to = static_cast<int>(words.takeInt("an output", 1, kMostOutputs) - 1);
-        setting.on = words.takeOnOff("on or off");
-        setting.monitoring = what == "output" && words.takeIf("monitor");
+        return setting;
     }
+    const bool output = setting.what == kMixRouting;
+    if (output)
+        setting.to = static_cast<int>(words.takeInt("an output", 1, kMostOutputs) - 1);
+    setting.on = words.takeOnOff("on or off");
+    setting.monitoring = output && words.takeIf("monitor");
     return setting;
 }
 

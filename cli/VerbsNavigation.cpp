@@ -7,13 +7,12 @@ namespace cutroom::cli {
 namespace {
 
 void step(Session& session, SessionWords& words) {
-    const auto& where = words.takeOneOf("where to", {"next", "previous", "first", "last"});
-    const Kv::Ptr<Vob> vob = session.viewer();
-    const bool moved = where == "next"       ? vob->setTimeToNextEvent()
-                       : where == "previous" ? vob->setTimeToPrevEvent()
-                       : where == "first"    ? vob->setTimeToFirstEvent()
-                                             : vob->setTimeToLastEvent();
-    if (!moved)
+    const auto move =
+        words.takeChoice<bool (Vob::*)()>("where to", {{"next", &Vob::setTimeToNextEvent},
+                                                       {"previous", &Vob::setTimeToPrevEvent},
+                                                       {"first", &Vob::setTimeToFirstEvent},
+                                                       {"last", &Vob::setTimeToLastEvent}});
+    if (!(session.viewer().get()->*move)())
         session.say("  no event there");
 }
 

@@ -62,11 +62,10 @@ void tellRoles(Session& session, SessionWords&) {
 void eligible(Session& session, SessionWords& words) {
     unsigned statuses = 0;
     while (!words.done()) {
-        const auto& word = words.takeOneOf("a role", {"source", "record", "play", "none"});
-        statuses |= word == "source"   ? Vob::kStatusSource
-                    : word == "record" ? Vob::kStatusRecord
-                    : word == "play"   ? Vob::kStatusPlay
-                                       : 0u;
+        statuses |= words.takeChoice<unsigned>("a role", {{"source", Vob::kStatusSource},
+                                                          {"record", Vob::kStatusRecord},
+                                                          {"play", Vob::kStatusPlay},
+                                                          {"none", 0}});
     }
     session.viewer()->setStatusEligibility(statuses);
 }

@@ -31,12 +31,11 @@ void setChannels(Session& session, SessionWords& words, bool on) {
 }
 
 void tellWhetherThere(Session& session, SessionWords& words) {
-    const auto& word = words.takeOneOf("a type", {"video", "audio", "levels", "subtitle", "other"});
-    const EditChanType type = word == "video"      ? kChanVideo
-                              : word == "audio"    ? kChanAudio
-                              : word == "levels"   ? kChanLevels
-                              : word == "subtitle" ? kChanSubtitle
-                                                   : kChanOther;
+    const auto type = words.takeChoice<EditChanType>("a type", {{"video", kChanVideo},
+                                                                {"audio", kChanAudio},
+                                                                {"levels", kChanLevels},
+                                                                {"subtitle", kChanSubtitle},
+                                                                {"other", kChanOther}});
     bool selected = false;
     bool material = false;
     while (!words.done()) {

@@ -60,17 +60,16 @@ void preview(Session& session, SessionWords& words) {
 }
 
 void monitor(Session& session, SessionWords& words) {
-    const auto& point = words.takeOneOf("a point", {"current", "in", "out"});
-    session.viewer()->setMonitorPoint(point == "in"    ? Vob::kMonitorMarkIn
-                                      : point == "out" ? Vob::kMonitorMarkOut
-                                                       : Vob::kMonitorCurrent);
+    session.viewer()->setMonitorPoint(
+        words.takeChoice<Vob::eMonitorPoint>("a point", {{"current", Vob::kMonitorCurrent},
+                                                         {"in", Vob::kMonitorMarkIn},
+                                                         {"out", Vob::kMonitorMarkOut}}));
 }
 
 void trimView(Session& session, SessionWords& words) {
-    const auto& word = words.takeOneOf("a type", {"off", "split", "full"});
-    const Vob::eTrimViewType type = word == "off"     ? Vob::kTrimViewOff
-                                    : word == "split" ? Vob::kTrimViewSplit
-                                                      : Vob::kTrimViewFull;
+    const auto type = words.takeChoice<Vob::eTrimViewType>(
+        "a type",
+        {{"off", Vob::kTrimViewOff}, {"split", Vob::kTrimViewSplit}, {"full", Vob::kTrimViewFull}});
     if (words.takeIf("default"))
         Vob::setDefaultTrimViewType(type);
     else
