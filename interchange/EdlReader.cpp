@@ -133,23 +133,22 @@ Result<std::vector<Timeline>> readEdl(std::string_view bytes, const std::string&
                        "the line looks like an event but cannot be read, and no other line can");
     if (list.events.empty() && list.markers.empty())
         return refusal(file, 0, whyNoList(bytes));
-    EdlClock clock;
     std::vector<std::string> warnings = list.warnings;
     if (latin1)
         warnings.push_back("the text is not UTF-8; names were read byte by byte as Latin-1");
-    long line = 0;
-    if (const auto reason = chooseClock(list, rate, clock, warnings, line))
-        return refusal(file, line, *reason);
-    EdlPlaces places = placeEvents(list, clock, warnings);
+    const auto clock = chooseClock(list, rate, file, warnings);
+    if (!clock)
+        return clock.status();
+    EdlPlaces places = placeEvents(list, *clock, warnings);
     if (list.events.empty())
-        placeMarkersAlone(list, clock, places);
+        placeMarkersAlone(list, *clock, places);
 
-    Timeline timeline = describe(list, clock, places, file);
+    Timeline timeline = describe(list, *clock, places, file);
     timeline.warnings = std::move(warnings);
-    if (!layEvents(list, clock, places, timeline))
+    if (!layEvents(list, *clock, places, timeline))
         return refusal(file, 0, "more than 512 tracks or a million items would be needed");
     for (const EdlMarker& marker : list.markers)
-        addMarker(marker, clock, places, timeline);
+        addMarker(marker, *clock, places, timeline);
     std::vector<Timeline> timelines;
     timelines.push_back(std::move(timeline));
     return timelines;

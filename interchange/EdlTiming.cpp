@@ -36,22 +36,25 @@ bool isLeftOut(const EdlLabel& label, int nominal) {
     return label.seconds == 0 && label.minutes % 10 != 0 && label.frames < nominal / 15;
 }
 
-const EdlEvent* highestRecordFrame(const EdlList& list) {
-    const EdlEvent* highest = nullptr;
-    const auto most = [](const EdlEvent& event) {
-        return std::max(event.recordIn.frames, event.recordOut.frames);
-    };
-    for (const EdlEvent& event : list.events)
-        if (!highest || most(event) > most(*highest))
-            highest = &event;
-    return highest;
-}
+// The highest frame number of the record, and the first line that has it.
+struct HighestFrame {
+    int number = -1;
+    long line = 0;
 
-int highestMarkerFrame(const EdlList& list) {
-    int frame = 0;
-    for (const EdlMarker& marker : list.markers)
-        frame = std::max(frame, marker.at.frames);
-    return frame;
+    void see(int frame, long at) {
+        if (frame > number)
+            *this = {frame, at};
+    }
+};
+
+HighestFrame highestRecordFrame(const EdlList& list) {
+    HighestFrame highest;
+    for (const EdlEvent& event : list.events)
+        highest.see(std::max(event.recordIn.frames, event.recordOut.frames), event.line);
+    if (list.events.empty())
+        for (const EdlMarker& marker : list.markers)
+            highest.see(marker.at.frames, marker.line);
+    return highest;
 }
 
 struct Guess {
@@ -118,28 +121,25 @@ std::int64_t EdlClock::day() const noexcept {
     return record(last) + 1;
 }
 
-std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::FrameRate> given,
-                                       EdlClock& clock, std::vector<std::string>& warnings,
-                                       long& line) {
-    const EdlEvent* highest = highestRecordFrame(list);
-    const int frame = highest ? std::max(highest->recordIn.frames, highest->recordOut.frames)
-                              : highestMarkerFrame(list);
-    clock.recordDrop = meansDrop(list);
+Result<EdlClock> chooseClock(const EdlList& list, std::optional<Kv::FrameRate> given,
+                             const std::string& file, std::vector<std::string>& warnings) {
+    const HighestFrame highest = highestRecordFrame(list);
+    const bool drop = meansDrop(list);
+    const auto refusal = [&](std::string reason) {
+        return Status(StatusCode::damaged, file, std::move(reason), highest.line);
+    };
+    EdlClock clock;
     if (given) {
-        clock.rate = *given;
-        if (frame >= given->nominal()) {
-            line = highest ? highest->line : list.markers.front().line;
-            return format("frame number %d cannot exist at %s frames a second", frame,
-                          given->asString().c_str());
-        }
+        if (highest.number >= given->nominal())
+            return refusal(format("frame number %d cannot exist at %s frames a second",
+                                  highest.number, given->asString().c_str()));
+        clock = {*given, drop};
     } else {
-        const Guess guess = guessNominal(list, frame, clock.recordDrop);
-        if (guess.nominal == 0) {
-            line = highest ? highest->line : list.markers.front().line;
-            return format("frame number %d is above every usual rate; give the rate", frame);
-        }
-        clock.rate = Kv::FrameRate(guess.nominal);
-        clock.assumed = true;
+        const Guess guess = guessNominal(list, highest.number, drop);
+        if (guess.nominal == 0)
+            return refusal(
+                format("frame number %d is above every usual rate; give the rate", highest.number));
+        clock = {Kv::FrameRate(guess.nominal), drop, true};
         if (list.anyDrop)
             makeRateOfDrop(clock);
         warnings.push_back(format("the list states no rate; %s taken (%ld of %ld events are as "
@@ -149,7 +149,7 @@ std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::Fr
     giveUpDrop(list, clock, warnings);
     if (given && clock.recordDrop)
         makeRateOfDrop(clock);
-    return {};
+    return clock;
 }
 
 Kv::FrameRate edlRateRead(const TimecodeFormat& written) noexcept {

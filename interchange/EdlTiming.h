@@ -4,6 +4,7 @@
 
 #include "interchange/EdlList.h"
 #include "interchange/Timeline.h"
+#include "platform/base/Status.h"
 #include "platform/base/Timecode.h"
 
 #include <optional>
@@ -25,11 +26,10 @@ struct EdlClock {
 
 // The rate given, or the one of 24, 25, 30, 50 and 60 above every record frame number at which
 // most source and record lengths agree; the 1000/1001 form of it where drop frame occurs. Says in
-// `warnings` what was assumed. Fails, naming the line, when a record label cannot exist at the rate
-// given.
-std::optional<std::string> chooseClock(const EdlList& list, std::optional<Kv::FrameRate> given,
-                                       EdlClock& clock, std::vector<std::string>& warnings,
-                                       long& line);
+// `warnings` what was assumed. Fails, naming the file and the line, when a record label cannot
+// exist at the rate given, or at any.
+Result<EdlClock> chooseClock(const EdlList& list, std::optional<Kv::FrameRate> given,
+                             const std::string& file, std::vector<std::string>& warnings);
 
 // The rate that a list which counts so is taken for where nobody tells: drop frame says its own,
 // otherwise the lowest usual one with these labels; no rate when none has them.
