@@ -18,6 +18,7 @@ struct Piece {
     Flicks end;
     Flicks stripStart; // in the material
     double speed;      // not 0
+    Kv::FrameRate rate;
     friend bool operator==(const Piece&, const Piece&) = default;
 };
 using PiecesOf = std::unordered_map<Cookie, std::vector<Piece>>; // by material
@@ -54,8 +55,8 @@ void addPieces(const EditPtr& clip, PiecesOf& pieces) {
     forEachSegment(clip, kChanAllTypes, [&](const IdStamp&, const CelSegment& segment) {
         if (segment.speed == 0)
             return;
-        const Piece piece{clip.getCookie(), segment.start, segment.end, segment.stripStart,
-                          segment.speed};
+        const Piece piece{clip.getCookie(),   segment.start, segment.end,
+                          segment.stripStart, segment.speed, clip->getFrameRate()};
         std::vector<Piece>& known = pieces[materialKey(segment.material)];
         if (std::find(known.begin(), known.end(), piece) == known.end())
             known.push_back(piece);
@@ -64,7 +65,7 @@ void addPieces(const EditPtr& clip, PiecesOf& pieces) {
 
 // The part of `segment` that shows `piece`; invalid when it shows none of it.
 ClipReference overlap(const IdStamp& channel, const CelSegment& segment, const Piece& piece) {
-    ClipReference whole{piece.clip, channel, segment.start, segment.end, 0, 0};
+    ClipReference whole{piece.clip, channel, segment.start, segment.end, 0, 0, piece.rate};
     whole.clipStart = piece.start + scaled(segment.stripStart - piece.stripStart, 1 / piece.speed);
     whole.speed = segment.speed / piece.speed;
     ClipReference part = whole;
@@ -78,26 +79,29 @@ ClipReference overlap(const IdStamp& channel, const CelSegment& segment, const P
     const auto [first, last] = std::minmax({reaches(piece.start), reaches(piece.end)});
     part.start = std::max(segment.start, first);
     part.end = std::min(segment.end, last);
-    part.clipStart = whole.clipTimeAt(part.start);
+    part.clipStart = whole.clipStart + scaled(part.start - whole.start, whole.speed);
     return part.start < part.end ? part : ClipReference();
 }
 
-bool isAmong(const std::vector<EditPtr>& clips, const Cookie& cookie) {
-    return std::any_of(clips.begin(), clips.end(),
-                       [&](const EditPtr& clip) { return clip.getCookie() == cookie; });
+// `time`, or when it is the border of two frames, `frames` later.
+Flicks fromBorder(Flicks time, const Kv::FrameRate& rate, int frames) noexcept {
+    return rate.isOnFrame(time) ? rate.frameToFlicks(rate.flicksToFrameNearest(time) + frames)
+                                : time;
 }
 
 } // namespace
 
 Flicks ClipReference::clipTimeAt(Flicks editTime) const noexcept {
-    return clipStart + scaled(editTime - start, speed);
+    const Flicks time = clipStart + scaled(editTime - start, speed);
+    return speed < 0 ? fromBorder(time, clipRate, -1) : time;
 }
 
 std::optional<Flicks> ClipReference::editTimeOf(Flicks clipTime, Flicks near) const noexcept {
     if (speed == 0)
         return clipTime == clipStart ? std::optional(std::clamp(near, start, end - 1))
                                      : std::nullopt;
-    const Flicks time = start + scaled(clipTime - clipStart, 1 / speed);
+    const Flicks passed = speed < 0 ? fromBorder(clipTime, clipRate, 1) : clipTime;
+    const Flicks time = start + scaled(passed - clipStart, 1 / speed);
     return touches(time) ? std::optional(time) : std::nullopt;
 }
 
@@ -115,18 +119,21 @@ void ClipMap::update(const EditPtr& sequence, const std::vector<EditPtr>& clips)
     if (!sequence)
         return;
     PiecesOf pieces;
+    std::unordered_map<Cookie, Kv::FrameRate> rates; // of the clips, which a segment may name
     for (const EditPtr& clip : clips)
-        if (clip)
+        if (clip) {
+            rates.emplace(clip.getCookie(), clip->getFrameRate());
             addPieces(clip, pieces);
+        }
     const auto refer = [&](const IdStamp& channel, const CelSegment& segment) {
         const Cookie material = materialKey(segment.material);
         if (const auto found = pieces.find(material); found != pieces.end()) {
             for (const Piece& piece : found->second)
                 if (const ClipReference part = overlap(channel, segment, piece); part.valid())
                     references_.push_back(part);
-        } else if (isAmong(clips, material)) { // the segment names the clip itself
-            references_.push_back(
-                {material, channel, segment.start, segment.end, segment.stripStart, segment.speed});
+        } else if (const auto clip = rates.find(material); clip != rates.end()) {
+            references_.push_back({material, channel, segment.start, segment.end,
+                                   segment.stripStart, segment.speed, clip->second});
         }
     };
     forEachSegment(sequence, kChanVideo, refer);
