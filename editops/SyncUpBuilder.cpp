@@ -49,6 +49,26 @@ constexpr const char* kPictureKeys[] = {"scene",
                                         "stripv_height"};
 constexpr const char* kSoundKeys[] = {"reelid1", "AudioInputSampleRate"};
 
+bool hasMix(const EditPtr& edit) {
+    const Kv::Ptr<Aud::SimpleMixState> mix = edit->getAudioMix();
+    return mix && mix->valid();
+}
+
+// Sets one input of a mix as another mix has it.
+void copyInput(const Aud::SimpleMixState& from, int input, Aud::SimpleMixState& to, int as) {
+    constexpr int kMost = static_cast<int>(Aud::kMaxInputs);
+    if (input >= kMost || as >= kMost)
+        return;
+    const auto source = static_cast<unsigned char>(input), target = static_cast<unsigned char>(as);
+    to.setInputLevel(target, from.getInputLevel(source));
+    to.setInputPan(target, from.getInputPan(source));
+    to.setInputMuteState(target, from.getInputMuteState(source));
+    to.setInputSoloState(target, from.getInputSoloState(source));
+    for (int mix = Aud::kMainMix; mix <= Aud::kLastMix; ++mix)
+        to.setInputRoutedToMix(target, static_cast<signed char>(mix),
+                               from.getInputRoutedToMix(source, static_cast<signed char>(mix)));
+}
+
 // A shot and where its time 0 lies on the picture's timeline, in seconds.
 struct Shot {
     EditPtr edit;
@@ -144,6 +164,24 @@ private:
         log_->setAudioMetadata(sound_.edit->getAudioMetadata());
         addLabels();
         log_->write_labels_to_config();
+        bringMix();
+    }
+
+    // Each channel is mixed as in its shot; what the channels feed is mixed as in the sound shot,
+    // whose channels come first.
+    void bringMix() {
+        if (!hasMix(sound_.edit) && !hasMix(picture_.edit))
+            return;
+        const auto mix = hasMix(sound_.edit)
+                             ? Kv::makePtr<Aud::SimpleMixState>(*sound_.edit->getAudioMix())
+                             : Kv::makePtr<Aud::SimpleMixState>(std::size_t{0});
+        if (hasMix(picture_.edit))
+            for (const auto& [channel, made] : picture_.made)
+                if (log_->getChanType(made) == kChanAudio)
+                    copyInput(*picture_.edit->getAudioMix(),
+                              picture_.edit->getIndexWithinType(channel), *mix,
+                              log_->getIndexWithinType(made));
+        log_->setAudioMix(mix);
     }
 
     void addLabels() {

@@ -183,6 +183,26 @@ TEST_F(SyncUpBuild, TakesWhatDescribesThePictureFromItAndTheSoundFromTheOther) {
     EXPECT_EQ(taken, "pppppppppppppppppppppppppss-");
 }
 
+TEST_F(SyncUpBuild, MixesEachChannelAsItsShotDoes) {
+    const EditModifier camera = makeShot({"00:00:10:00", kFrames}, 1, 1, L"Camera");
+    Aud::SimpleMixState recorded(2), own(1);
+    ASSERT_TRUE(recorded.setInputPan(1, 1) && recorded.setMixLevel(0, 0.5F));
+    ASSERT_TRUE(own.setInputLevel(0, 0.25F) && own.setInputRoutedToMix(0, 3, true));
+    Aud::SimpleMixState both = recorded, alone(3);
+    for (Aud::SimpleMixState* const mix : {&both, &alone})
+        ASSERT_TRUE(mix->setInputLevel(2, 0.25F) && mix->setInputRoutedToMix(2, 3, true));
+    const auto mixOf = [&](bool allChannels) {
+        const EditPtr made(
+            synchup_general_build_edit(sound_.getCookie(), camera.getCookie(), 0, {}, allChannels));
+        return made->getAudioMix() ? *made->getAudioMix() : Aud::SimpleMixState();
+    };
+    camera->setAudioMix(Kv::makePtr<Aud::SimpleMixState>(own));
+    EXPECT_TRUE(mixOf(true) == alone);
+    sound_->setAudioMix(Kv::makePtr<Aud::SimpleMixState>(recorded));
+    EXPECT_TRUE(mixOf(true) == both);
+    EXPECT_TRUE(mixOf(false) == recorded);
+}
+
 TEST_F(SyncUpBuild, LeavesNothingBehindWhenItFails) {
     const EditModifier empty = makeEdit(1, 0);
     const std::size_t before = edits();
