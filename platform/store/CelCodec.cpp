@@ -91,12 +91,12 @@ private:
         body_.varint(fields::zigzag(event.stripTime));
     }
     static void detail(ByteWriter& out, const EventDetail& detail) {
-        out.text(toUtf8(detail.name));
-        out.text(toUtf8(detail.media));
-        out.text(detail.metadata);
+        fields::put(out, detail.name);
+        fields::put(out, detail.media);
+        fields::put(out, detail.metadata);
         out.varint(detail.lines.size());
         for (const auto& line : detail.lines)
-            out.text(toUtf8(line));
+            fields::put(out, line);
     }
 
     const CelStorage& list_;
@@ -142,23 +142,17 @@ private:
         const std::uint64_t count = in_.count(4);
         for (std::uint64_t i = 0; i < count && in_.ok(); ++i) {
             EventDetail detail;
-            detail.name = wide();
-            detail.media = wide();
-            detail.metadata = in_.text();
+            detail.name = fields::wide(in_);
+            detail.media = fields::wide(in_);
+            detail.metadata = fields::narrow(in_);
             const std::uint64_t lines = in_.count();
             for (std::uint64_t line = 0; line < lines && in_.ok(); ++line)
-                detail.lines.push_back(wide());
-            if (detail.empty() || !isUtf8(detail.metadata))
+                detail.lines.push_back(fields::wide(in_));
+            if (detail.empty())
                 in_.fail();
             if (in_.ok())
                 details_.push_back(list_.detailTable().intern(detail));
         }
-    }
-    std::wstring wide() {
-        auto text = toWideStrict(in_.text());
-        if (!text)
-            in_.fail();
-        return text.value_or(std::wstring());
     }
     template <class T> T entry(const std::vector<T>& things) {
         const std::uint64_t number = in_.varint();

@@ -1,4 +1,5 @@
 // The channels of an edit.
+#include "platform/store/EditFields.h"
 #include "platform/store/EditImpl.h"
 
 #include <algorithm>
@@ -126,7 +127,8 @@ EditChanSubType Edit::getChanSubtype(const IdStamp& channel) const {
 IdStamp Edit::addChan(EditChanType type, EditChanSubType subType, const IdStamp& id) {
     const Lock lock(*this);
     auto& channels = impl_->state.channels;
-    if (impl_->state.find(id))
+    if (impl_->state.find(id) || !cutroom::fields::isChannelBit(type) ||
+        !cutroom::fields::isChannelBit(subType))
         return {};
     EditChannel channel;
     channel.id = id.valid() ? id : IdStamp::make();

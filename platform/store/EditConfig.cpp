@@ -1,11 +1,25 @@
 // The configuration of an edit, its descriptive texts, its effects, burnt-in timecode and mix.
+#include "platform/store/EditFields.h"
 #include "platform/store/EditImpl.h"
+
+#include <algorithm>
+#include <cmath>
 
 using cutroom::EditTexts;
 
 namespace {
 
 constexpr char kReelKey[] = "reelid";
+
+// What can be stored of an edit.
+bool isStorable(const EffectGraph& graph) {
+    return cutroom::fields::isPlace(graph.inOffset) && cutroom::fields::isPlace(graph.outOffset);
+}
+
+bool isStorable(const BITCLabel& label) {
+    return cutroom::fields::isLabelType(label.type) && std::isfinite(label.x) &&
+           std::isfinite(label.y) && std::isfinite(label.size);
+}
 
 } // namespace
 
@@ -114,6 +128,8 @@ void Edit::setSequencePlaybackFormat(const LightweightString<char>& format) {
 
 IdStamp Edit::setEffectGraph(EffectGraph graph) {
     const Lock lock(*this);
+    if (!isStorable(graph))
+        return {};
     if (!graph.id.valid())
         graph.id = IdStamp::make();
     const IdStamp id = graph.id;
@@ -157,7 +173,10 @@ BITCEffect Edit::getBITC() const {
 
 void Edit::setBITC(const BITCEffect& effect) {
     const Lock lock(*this);
-    impl_->set(impl_->state.burntIn, effect, kModBurntIn);
+    const auto& labels = effect.labels();
+    if (std::all_of(labels.begin(), labels.end(),
+                    [](const BITCLabel& label) { return isStorable(label); }))
+        impl_->set(impl_->state.burntIn, effect, kModBurntIn);
 }
 
 Kv::Ptr<Aud::SimpleMixState> Edit::getAudioMix() const {

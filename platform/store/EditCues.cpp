@@ -1,6 +1,9 @@
 // The markers of an edit.
 #include "platform/store/EditImpl.h"
 
+#include <algorithm>
+#include <unordered_set>
+
 namespace {
 
 EditModification cueChange(eCueChange what, const Cue& cue, const std::string& origin) {
@@ -9,6 +12,24 @@ EditModification cueChange(eCueChange what, const Cue& cue, const std::string& o
     change.track = cue.getChannel();
     change.origin = origin;
     return change;
+}
+
+bool isStorable(const Cue& cue) {
+    return cutroom::isStorableTime(cue.getTime()) &&
+           (!cue.hasEnd() || cutroom::isStorableTime(cue.getEndTime()));
+}
+
+// Gives each copy of a marker that stands before it in the list an identity of its own.
+CueList identified(CueList cues) {
+    std::unordered_set<IdStamp> known;
+    for (std::size_t i = 0; i < cues.getNumCuePoints(); ++i) {
+        if (known.insert(cues.getCuePoint(i).getExtID()).second)
+            continue;
+        Cue cue = cues.getCuePoint(i);
+        cue.setExtID(IdStamp::make());
+        cues.setCuePoint(i, std::move(cue));
+    }
+    return cues;
 }
 
 } // namespace
@@ -20,7 +41,9 @@ CueList Edit::getCues() const {
 
 void Edit::setCues(const CueList& cues, bool notify) {
     const Lock lock(*this);
-    if (impl_->set(impl_->state.cues, cues, kModCues))
+    if (!std::all_of(cues.cues().begin(), cues.cues().end(), isStorable))
+        return;
+    if (impl_->set(impl_->state.cues, identified(cues), kModCues))
         impl_->tellDue = impl_->tellDue || notify;
 }
 

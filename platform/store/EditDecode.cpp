@@ -2,15 +2,13 @@
 #include "platform/store/EditCodec.h"
 #include "platform/store/EditFields.h"
 
-#include <bit>
-
 namespace cutroom {
 
 namespace {
 
 eLabelType labelType(ByteReader& in) {
     const std::uint32_t type = in.u32();
-    if (type < kLabelFrames || type > kLabelInk)
+    if (!fields::isLabelType(type))
         in.fail();
     return static_cast<eLabelType>(type);
 }
@@ -20,12 +18,11 @@ MediumRoll mediumRoll(ByteReader& in) {
     return {medium, static_cast<std::int32_t>(in.u32())};
 }
 
-// One bit of the low 16.
-std::uint32_t oneBit(ByteReader& in) {
-    const std::uint32_t value = in.u32();
-    if (!std::has_single_bit(value) || value > 0x8000u)
+std::uint32_t channelBit(ByteReader& in) {
+    const std::uint32_t bit = in.u32();
+    if (!fields::isChannelBit(bit))
         in.fail();
-    return value;
+    return bit;
 }
 
 } // namespace
@@ -78,8 +75,8 @@ bool StateReader::head(std::string_view bytes) {
 bool StateReader::channelHead(EditChannel& channel, std::string_view bytes) {
     ByteReader in(bytes);
     channel.id = fields::stamp(in);
-    channel.type = static_cast<EditChanType>(oneBit(in));
-    channel.subType = static_cast<EditChanSubType>(oneBit(in));
+    channel.type = static_cast<EditChanType>(channelBit(in));
+    channel.subType = static_cast<EditChanSubType>(channelBit(in));
     channel.userName = fields::wide(in);
     channel.metadata = fields::narrow(in);
     channel.syncError = in.f64();

@@ -29,7 +29,7 @@ std::string channelOf(const EditChannel& channel, CelChunkWriter& chunks) {
     head.u32(channel.type);
     head.u32(channel.subType);
     put(head, channel.userName);
-    head.text(channel.metadata);
+    put(head, channel.metadata);
     head.f64(channel.syncError);
     put(head, channel.levelsOf);
     out.add("HEAD", head);
@@ -70,10 +70,10 @@ std::string cuesOf(const CueList& cues) {
         out.u32(cue.getFlags());
         put(out, cue.getName());
         put(out, cue.getDescription());
-        out.text(cue.getImportedMetadata());
+        put(out, cue.getImportedMetadata());
         out.varint(cue.getCustomMetadata().size());
         for (const auto& [key, value] : cue.getCustomMetadata()) {
-            out.text(key);
+            put(out, key);
             put(out, value);
         }
     }
@@ -98,18 +98,18 @@ std::string configOf(const configb& config) {
     ByteWriter out;
     out.varint(config.entries().size());
     for (const auto& [key, value] : config.entries()) {
-        out.text(key);
-        out.text(value);
+        put(out, key);
+        put(out, value);
     }
     return out.take();
 }
 
 std::string textsOf(const EditTexts& texts) {
     ByteWriter out;
-    out.text(texts.video);
-    out.text(texts.audio);
-    out.text(texts.imported);
-    out.text(texts.playbackFormat);
+    put(out, texts.video);
+    put(out, texts.audio);
+    put(out, texts.imported);
+    put(out, texts.playbackFormat);
     out.varint(texts.mediaLocations.size());
     for (const auto& location : texts.mediaLocations)
         put(out, location);
@@ -121,12 +121,12 @@ std::string graphsOf(const std::map<IdStamp, EffectGraph>& graphs) {
     out.varint(graphs.size());
     for (const auto& [id, graph] : graphs) {
         put(out, id);
-        out.text(graph.kind);
+        put(out, graph.kind);
         put(out, graph.name);
         out.text(graph.effectTemplate.asString());
         out.i64(graph.inOffset);
         out.i64(graph.outOffset);
-        out.text(graph.parameters);
+        put(out, graph.parameters);
         out.u8(graph.magic);
     }
     return out.take();

@@ -6,7 +6,9 @@
 #include "platform/base/IdStamp.h"
 #include "platform/base/Strings.h"
 #include "platform/files/ByteStream.h"
+#include "platform/store/Numbers.h"
 
+#include <bit>
 #include <cmath>
 
 namespace cutroom::fields {
@@ -30,7 +32,23 @@ inline IdStamp stamp(ByteReader& in) {
     return {origin, time, in.u32()};
 }
 
+// One bit of the low 16, as types and sub-types of channels are.
+constexpr bool isChannelBit(std::uint32_t bit) noexcept {
+    return std::has_single_bit(bit) && bit <= 0x8000u;
+}
+constexpr bool isLabelType(long long type) noexcept {
+    return type >= kLabelFrames && type <= kLabelInk;
+}
+constexpr bool isPlace(Flicks time) noexcept { return time >= -kMaxFlicks && time <= kMaxFlicks; }
+
+// Text is written with U+FFFD for each bad part, so that what was written can be read.
 inline void put(ByteWriter& out, const std::wstring& text) { out.text(toUtf8(text)); }
+inline void put(ByteWriter& out, const std::string& text) {
+    if (isUtf8(text))
+        out.text(text);
+    else
+        put(out, toWide(text));
+}
 // Well-formed UTF-8 only, else the reader fails.
 inline std::wstring wide(ByteReader& in) {
     auto text = toWideStrict(in.text());
@@ -71,7 +89,7 @@ inline float finite(ByteReader& in) {
 // A place on an edit in flicks.
 inline Flicks time(ByteReader& in) {
     const Flicks value = in.i64();
-    if (value < -kMaxFlicks || value > kMaxFlicks)
+    if (!isPlace(value))
         in.fail();
     return value;
 }

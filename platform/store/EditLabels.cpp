@@ -1,4 +1,5 @@
 // How the places of an edit are numbered.
+#include "platform/store/EditFields.h"
 #include "platform/store/EditImpl.h"
 
 #include <algorithm>
@@ -31,7 +32,7 @@ EditLabel labelFrom(const std::string& key, const std::string& value) {
     const auto rate = Kv::FrameRate::fromString(words[0]);
     const auto start = cutroom::parseInt(words[2]);
     const auto type = cutroom::parseInt(parts[1]);
-    if (!rate || !start || !type || *type < kLabelFrames || *type > kLabelInk)
+    if (!rate || !start || !type || !cutroom::fields::isLabelType(*type))
         return {};
     return EditLabel(static_cast<eLabelType>(*type),
                      {cutroom::leadingInt(parts[2]), cutroom::leadingInt(parts[3])},
@@ -66,7 +67,7 @@ std::vector<EditLabel> Edit::getLabels() const {
 
 void Edit::addLabel(const EditLabel& label) {
     const Lock lock(*this);
-    if (!label.is_valid())
+    if (!label.is_valid() || !cutroom::fields::isLabelType(label.type()))
         return;
     std::vector<EditLabel>& labels = impl_->state.labels.write();
     const auto known = std::find_if(labels.begin(), labels.end(),

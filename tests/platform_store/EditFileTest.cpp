@@ -5,6 +5,9 @@
 #include "platform/project/ProjDb.h"
 #include "platform/store/CelCodec.h"
 
+#include <functional>
+#include <limits>
+
 using namespace cutroom;
 using cutroom::test::bytesOf;
 using cutroom::test::putBytes;
@@ -43,6 +46,16 @@ protected:
         ASSERT_TRUE(CurrentProject::close().ok());
         putBytes(file, bytes);
         ASSERT_TRUE(CurrentProject::open(folder()).ok());
+    }
+    // What was set can be read back from the file.
+    void expectReadable(const std::vector<std::function<void(Edit&)>>& setters) {
+        for (std::size_t i = 0; i < setters.size(); ++i) {
+            SCOPED_TRACE(i);
+            const EditModifier edit = fresh();
+            setters[i](*edit);
+            EXPECT_TRUE(manager().save(edit).ok());
+            EXPECT_EQ(manager().checkFiles(edit.getCookie()).text(), "ok");
+        }
     }
     static std::string flipped(std::string bytes, std::size_t bit) {
         bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ (1 << (bit % 8)));
@@ -122,6 +135,75 @@ TEST_F(EditFileTest, thingsWithoutTextsComeBack) {
     const auto read = EditFile::decode(bytesOf(file), file);
     ASSERT_TRUE(read.ok()) << read.status().text();
     EXPECT_EQ(canonicalText(read->state), edit->canonicalContents());
+}
+
+TEST_F(EditFileTest, textThatIsNoUtf8IsWrittenAsFarAsItIs) {
+    const std::string bad = "Caf\xE9";
+    expectReadable({
+        [&](Edit& edit) { edit.setConfig(bad, bad); },
+        [&](Edit& edit) { edit.setVideoMetadata(bad), edit.setAudioMetadata(bad); },
+        [&](Edit& edit) { edit.setImportedMetadata(bad), edit.setSequencePlaybackFormat(bad); },
+        [&](Edit& edit) { edit.setChanMetadata(edit.getId(0), bad); },
+        [&](Edit& edit) {
+            edit.setEffectGraph({{}, bad, L"", {}, 0, 0, bad, false});
+        },
+        [&](Edit& edit) {
+            Cue cue(1, L"");
+            cue.setCustomMetadata(bad, L"v");
+            cue.setImportedMetadata(bad);
+            edit.addCue(cue);
+        },
+        [&](Edit& edit) {
+            CelSegment segment;
+            segment.end = kFlicksPerSecond;
+            segment.detail.metadata = bad;
+            EXPECT_TRUE(edit.get_edit_cel_p(0)->overwrite(segment).ok());
+        },
+    });
+    EditModifier edit = fresh();
+    edit->setVideoReelId(bad);
+    const Cookie cookie = edit.getCookie();
+    ASSERT_TRUE(manager().save(edit).ok());
+    edit.release();
+    reopen();
+    EXPECT_EQ(EditPtr(cookie)->getVideoReelId(), "Caf\uFFFD");
+}
+
+TEST_F(EditFileTest, valuesThatNoFileCanHoldAreRefused) {
+    const auto burnIn = [](Edit& edit, eLabelType type, float x) {
+        BITCLabel label;
+        label.type = type;
+        label.x = x;
+        BITCEffect burntIn;
+        burntIn.addLabel(label);
+        edit.setBITC(burntIn);
+    };
+    expectReadable({
+        [](Edit& edit) { EXPECT_FALSE(edit.addChan(EditChanType{3}).valid()); },
+        [](Edit& edit) { EXPECT_FALSE(edit.addChan(kChanVideo, EditChanSubType{}).valid()); },
+        [](Edit& edit) {
+            edit.setEffectGraph({{}, "", L"", {}, INT64_MAX, 0, "", false});
+        },
+        [](Edit& edit) {
+            edit.addLabel({eLabelType{12}, {2, 1}, {Kv::FrameRate(25), false}, 0});
+        },
+        [&](Edit& edit) { burnIn(edit, kLabelNone, 0); },
+        [&](Edit& edit) { burnIn(edit, kLabelInk, std::numeric_limits<float>::infinity()); },
+        [](Edit& edit) {
+            CueList far;
+            far.addCuePoint(Cue(1, L"far"));
+            far.slide(1e12);
+            edit.setCues(far);
+            EXPECT_EQ(edit.getCues().getNumCuePoints(), 0u);
+        },
+        [](Edit& edit) { // a copy is another marker
+            CueList twice;
+            twice.addCuePoint(Cue(1, L"one"));
+            twice.addCuePoint(twice.getCuePoint(0));
+            edit.setCues(twice);
+            EXPECT_EQ(edit.getCues().getNumCuePoints(), 2u);
+        },
+    });
 }
 
 TEST_F(EditFileTest, stepsAreStoredAsWhatTheyChange) {
