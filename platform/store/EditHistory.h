@@ -3,8 +3,12 @@
 
 #include "platform/store/EditState.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace cutroom {
@@ -29,19 +33,48 @@ struct EditHistory {
     std::uint64_t saved = 0;  // `edits` as of the history's file
     std::uint64_t lastBackupAt = ~std::uint64_t{0}; // the edit's change count at the last step
 
+    // What the newest step did away with, until it is taken back.
+    struct Former {
+        std::uint64_t edits = 0;
+        std::vector<Step> undone;               // could be redone
+        std::optional<Step> oldest;             // beyond the limit
+        std::optional<std::string> description; // the step's own, where it was only given another
+    };
+    std::optional<Former> former;
+
     // Puts in a step; what could be redone goes, and the oldest beyond the limit.
     void push(Step step, std::size_t limit) {
-        steps.erase(steps.begin() + static_cast<std::ptrdiff_t>(position), steps.end());
+        const auto here = steps.begin() + static_cast<std::ptrdiff_t>(position);
+        former = {edits, {std::move_iterator(here), std::move_iterator(steps.end())}, {}, {}};
+        steps.erase(here, steps.end());
         steps.push_back(std::move(step));
-        if (steps.size() > limit)
+        if (steps.size() > limit) {
+            former->oldest = std::move(steps.front());
             steps.erase(steps.begin());
+        }
         position = steps.size();
         ++edits;
     }
     // Gives the newest step another description.
     void rename(const std::string& description) {
+        former = {edits, {}, {}, steps.back().description};
         edits += steps.back().description != description;
         steps.back().description = description;
+    }
+    // Undoes the last `push` or `rename`, which `former` is of.
+    void takeBack() {
+        if (former->description) {
+            steps.back().description = *former->description;
+        } else {
+            steps.pop_back();
+            if (former->oldest)
+                steps.insert(steps.begin(), std::move(*former->oldest));
+            position = steps.size();
+            std::move(former->undone.begin(), former->undone.end(), std::back_inserter(steps));
+            lastBackupAt = ~std::uint64_t{0};
+        }
+        edits = saved == edits ? edits + 1 : former->edits; // a file may have it already
+        former.reset();
     }
     bool canUndo() const noexcept { return position > 0; }
     bool canRedo() const noexcept { return position < steps.size(); }

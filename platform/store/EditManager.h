@@ -102,6 +102,9 @@ public:
     // Puts a step into the edit's history: the state to which undo goes back. O(channels). When
     // nothing has changed since the last step, only its description is replaced.
     void makeBackup(const EditPtr& edit, const LightweightString<char>& description = {});
+    // Takes the last step back when the change that it was made for did not happen: the history is
+    // as it was, what could be redone too. Once a step; nothing when the edit has changed since.
+    void dropBackup(const EditPtr& edit);
     // True when there was a step. Restores content, cues, configuration (but view state), mix and
     // name exactly, and tells kModRestored.
     bool undo(const EditPtr& edit);

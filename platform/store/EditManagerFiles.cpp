@@ -298,6 +298,15 @@ void EditManager::makeBackup(const EditPtr& edit, const LightweightString<char>&
     history.lastBackupAt = edit->changeCount();
 }
 
+void EditManager::dropBackup(const EditPtr& edit) {
+    if (!edit)
+        return;
+    const Edit::Lock lock(*edit);
+    cutroom::EditHistory& history = edit->impl_->history;
+    if (history.former && history.lastBackupAt == edit->changeCount())
+        history.takeBack();
+}
+
 // Exchanges the edit's state with that of a step.
 bool EditManager::restore(const EditPtr& edit, bool back) {
     if (!edit)
@@ -316,6 +325,7 @@ bool EditManager::restore(const EditPtr& edit, bool back) {
     history.position = back ? history.position - 1 : history.position + 1;
     ++history.edits;
     history.lastBackupAt = ~std::uint64_t{0};
+    history.former.reset();
     impl.record(kModRestored);
     impl.tellDue = true;
     return true;

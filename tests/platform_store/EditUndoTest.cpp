@@ -123,6 +123,40 @@ TEST_F(EditUndoTest, listsStayTheSameObjectsAndHandlesEnd) {
     EXPECT_EQ(edit->changeCount(), changes) << "the list that went is no part of the edit";
 }
 
+TEST_F(EditUndoTest, aStepTakenBackLeavesTheHistoryAsItWas) {
+    const EditPtr edit = fresh();
+    const auto steps = [&] {
+        std::string text;
+        for (const auto& step : manager().getHistory(edit))
+            text += step.description + (step.undone ? " undone " : " ");
+        return text;
+    };
+    const auto stepAndBack = [&] {
+        manager().makeBackup(edit, "refused");
+        manager().dropBackup(edit);
+        manager().dropBackup(edit); // once a step
+        return steps();
+    };
+    EXPECT_EQ(stepAndBack(), "");
+    for (std::size_t i = 0; i < EditManager::kMaxSteps; ++i) {
+        manager().makeBackup(edit, std::to_string(i));
+        edit->setName(std::to_wstring(i));
+    }
+    const std::string full = steps();
+    EXPECT_EQ(stepAndBack(), full) << "the oldest step is there again";
+    manager().makeBackup(edit, "changed");
+    edit->setName(L"b");
+    manager().dropBackup(edit);
+    ASSERT_TRUE(manager().undo(edit));
+    const std::string undone = steps();
+    EXPECT_EQ(stepAndBack(), undone) << "what could be redone is there again";
+    EXPECT_TRUE(manager().redo(edit));
+    EXPECT_EQ(edit->getName(), L"b");
+    manager().makeBackup(edit, "before");
+    const std::string named = steps();
+    EXPECT_EQ(stepAndBack(), named) << "a step that was only given another name has its own";
+}
+
 TEST_F(EditUndoTest, aNewStepEndsWhatCouldBeRedone) {
     const EditPtr edit = fresh();
     for (const wchar_t* name : {L"a", L"b", L"c"}) {
