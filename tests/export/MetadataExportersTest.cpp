@@ -6,6 +6,7 @@
 #include "export/AssetMetadataSRTExporter.h"
 #include "export/AssetMetadataSubtitlesExporter.h"
 #include "export/AssetMetadataXMLExporter.h"
+#include "export/WideText.h"
 #include "platform/files/JsonElement.h"
 #include "tests/bins/BinProject.h"
 
@@ -146,7 +147,7 @@ TEST_F(MetadataExport, WhatNamesHoldBreaksNoFile) {
     const EditPtr edit = cutroom::test::makeEdit(1, 0, Kv::FrameRate(25), kHostile);
     const std::vector<Cue> cues{marker(0, 1, kHostile),
                                 marker(1, 2, L"5\n\n00:00:01,000 ---> 2 --> 3"),
-                                marker(2, 3, L"\n \r")};
+                                marker(2, 3, L"\n \r"), marker(3, 4, L"a --> b")};
     const auto json = AssetMetadataJSONExporter().getText(edit, cues);
     EXPECT_TRUE(JSON::Element::parse(json.value_or(""), "x").ok());
     const std::string xml = AssetMetadataXMLExporter().getText(edit, cues).value();
@@ -155,8 +156,16 @@ TEST_F(MetadataExport, WhatNamesHoldBreaksNoFile) {
     EXPECT_THAT(AssetMetadataCSVExporter().getText(edit, cues).value(),
                 HasSubstr("\r\n\"a<b>&\"\"]]>\r\n\t,;='"
                           "\uFFFD\uFFFD\xEF\xBF\xBE\uFFFDü😀\","));
-    EXPECT_EQ(AssetMetadataSRTExporter().getText(edit, {cues[1], cues[2]}).value(),
-              "1\n00:00:01,000 --> 00:00:02,000\n5 00:00:01,000 -> 2 -> 3\n");
+    EXPECT_EQ(AssetMetadataSRTExporter().getText(edit, {cues[1], cues[2], cues[3]}).value(),
+              "1\n00:00:01,000 --> 00:00:02,000\n5 00:00:01,000 -> 2 -> 3\n\n"
+              "3\n00:00:03,000 --> 00:00:04,000\na --> b\n");
+    for (const int code : {0x7F, 0x80, 0x7FF, 0x800, 0xD7FF, 0xD800, 0xDFFF, 0xE000, 0xFFFF,
+                           0x10000, 0x10FFFF, 0x110000}) {
+        std::string utf8;
+        const auto c = static_cast<wchar_t>(code);
+        cutroom::appendChar(utf8, c);
+        EXPECT_EQ(utf8, cutroom::toUtf8(std::wstring(1, c))) << code;
+    }
 }
 
 TEST_F(MetadataExport, ValuesAreWrittenAsTheyAreStoredAndDatesToBeRead) {

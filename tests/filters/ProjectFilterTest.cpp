@@ -205,6 +205,11 @@ TEST_F(ProjectFilterTest, RefusesDamagedFilesWithTheirPlace) {
         {R"({"Name": "x", "Bins": [{}, {"Type": "Else"}]})", "Bins[1]: Type: \"Else\""},
         {R"({"Bins": [{"ID": "G0000000000001"}, {"ID": "G0000000000001"}]})", "Bins[1]: another"},
         {R"({"Bins": [{"Items": [{"Cookie": "G0000000000001", "Time": 1e999}]}]})", "overflow"},
+        {R"({"Bins": [{"Items": 1}]})", "Bins[0]: Items: a list is expected"},
+        {R"({"Bins": [{"Items": [7]}]})", "Items[0]: an object is expected"},
+        {R"({"Bins": [{"Items": [{"Cookie": "x"}]}]})", "Items[0]: Cookie: \"x\" is no cookie"},
+        {R"({"Bins": [{"Items": [{"Cookie": "G0000000000001", "MarkIn": "x"}]}]})",
+         "MarkIn: a num"},
         {R"({"Bins": )" + std::string(100, '['), "64"},
         {"{", ":1: "},
     };

@@ -123,7 +123,7 @@ TEST(TimecodeTest, EverythingElseIsRefused) {
     for (const char* bad :
          {"", "01:00:00", "1:00:00:00", "01:00:00:0", "01:00:00:000", "01:60:00:00", "01:00:60:00",
           "01:00:00:25", "01:00:00:-1", "01;00;00;00", "01:00:00:00 ", " 1:00:00:00", "01:00:00/00",
-          "-1:00:00:00", "01:00:00:0a", "--:--:--:--"})
+          "-1:00:00:00", "01:00:00:0a", "01:00:00:0000", "--:--:--:--"})
         EXPECT_EQ(parseTimecode(bad, pal), std::nullopt) << bad;
     const TimecodeFormat drop{FrameRate(60000, 1001), true};
     for (int frame = 0; frame < 4; ++frame)

@@ -165,7 +165,9 @@ TEST(Files, OutputGoesThroughLinksAndIntoDevices) {
         EXPECT_TRUE(writeOutput(folder / name, "as long as names can be").ok());
     put(folder / "target", "old");
     std::filesystem::create_symlink("target", folder / "link");
+    std::filesystem::create_hard_link(folder / "target", folder / "copy");
     EXPECT_TRUE(writeOutput(folder / "link", "new").ok());
+    EXPECT_EQ(readFile(folder / "copy").value(), "old"); // written beside, not over it
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
     EXPECT_EQ(readFile(folder / "target").value(), "new");
     EXPECT_FALSE(fileExists(folder / "target.bak"));

@@ -178,6 +178,7 @@ TEST(JsonElement, FindsMembersAndFallsBackOnOtherKinds) {
         EXPECT_EQ(root->getString("s"), "last");
         EXPECT_EQ(root->getWString("s"), L"last");
         EXPECT_EQ(root->getString("n", "none"), "none");
+        EXPECT_EQ(root->getWString("n", L"none"), L"none");
         EXPECT_EQ(root->getInt("n"), -7);
         EXPECT_EQ(root->getUnsigned("n", 9), 9u);
         EXPECT_EQ(root->getInt("d", 4), 4);

@@ -50,6 +50,11 @@ TEST(IniFile, FallsBackOnWhatIsMissingOrOfAnotherKind) {
     EXPECT_EQ(ini.getInt("Mix", "double", 7), 7);
     EXPECT_EQ(ini.getDouble("", "top", 2.5), 2.5);
     EXPECT_TRUE(ini.getBool("", "top", true));
+    for (const char* word : {"true", "YES", "1", "False", "no", "0"}) {
+        const bool yes = std::string_view("tY1").find(word[0]) != std::string_view::npos;
+        ini.set("", "top", word);
+        EXPECT_EQ(ini.getBool("", "top", !yes), yes) << word;
+    }
     ini.remove("Mix", "double");
     ini.set("Mix", "int", "\xFF");
     EXPECT_EQ(ini.getText("Mix", "int"), "\xEF\xBF\xBD");

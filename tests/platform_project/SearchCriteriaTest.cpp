@@ -47,7 +47,7 @@ TEST(MatchRecord, decidesByTheMethod) {
           Row{A::name, M::endsWith, "harbour", false}, Row{A::name, M::wholeWord, "dawn", true},
           Row{A::take, M::lessThan, "10", true}, Row{A::scene, M::greaterThan, "0", true},
           Row{A::created, M::greaterThan, "999.5", true},
-          Row{A::duration, M::greaterThan, "10", false},
+          Row{A::duration, M::greaterThan, "10", false}, Row{A::duration, M::lessThan, "10", false},
           Row{A::mediaLocation, M::contains, "raid/harb", true},
           Row{A::notes, M::doesNotContain, "x", false}}) {
         SearchCriteria criteria;

@@ -89,6 +89,7 @@ TEST(CelTest, refusesWhatCannotLieOnAnEdit) {
     EXPECT_FALSE(cel->slide(toSeconds(-kMaxFlicks) - 1).ok());
     const auto first = listOf({clip(10, 20)});
     ASSERT_TRUE(first->slide(toSeconds(-kMaxFlicks)).ok());
+    EXPECT_FALSE(first->slide(-1).ok());
     EXPECT_EQ(first->checkConsistency(), "");
     EXPECT_FALSE(cel->lift({0, kNoTime}).ok());
     EXPECT_FALSE(cel->trim(9, 1).ok() || cel->setEvent(9, {}).ok() ||

@@ -180,11 +180,13 @@ TEST_F(EditorTest, whatIsLaidOverPushesTransitionsAside) {
 TEST_F(EditorTest, levelsGoWithTheirAudioChannels) {
     const EditPtr from = edit(0, 1, "ssss");
     const IdStamp levels = from->addLevelsChan(from->getId(0));
-    ASSERT_TRUE(from->setLevelNodes(levels, {{0, 0.0F}, {4 * kFlicksPerSecond, 1.0F}}));
+    constexpr Flicks kHalf = kFlicksPerSecond / 2;
+    ASSERT_TRUE(from->setLevelNodes(levels, {{kHalf, 0}, {4 * kHalf, 0.75F}, {8 * kHalf, 0.25F}}));
     const EditPtr to = edit(0, 1);
     apply(from, to, kEditRebuild, 0, TimeRange(1.0, 3.0));
-    const LevelNodes expected{{0, 0.25F}, {2 * kFlicksPerSecond, 0.75F}};
-    EXPECT_EQ(to->getLevelNodes(to->getLevelsChan(to->getId(0))), expected);
+    const IdStamp copied = to->getLevelsChan(to->getId(0));
+    const LevelNodes expected{{0, 0.25F}, {2 * kHalf, 0.75F}, {4 * kHalf, 0.5F}};
+    EXPECT_EQ(to->getLevelNodes(copied), expected);
 }
 
 TEST_F(EditorTest, whatCannotBeAppliedLeavesTheTargetAlone) {

@@ -80,6 +80,22 @@ TEST_F(VobSynchroniserTest, unlinkingTheOneThatSuspendsEndsTheSuspension) {
     EXPECT_TRUE(links.getSyncEnabled());
 }
 
+TEST_F(VobSynchroniserTest, aSuspensionEndsWithTheNextPlainMove) {
+    const auto a = vobAt(0), b = vobAt(0);
+    VobSynchroniser links;
+    links.setItemsToSync({a, b});
+    constexpr unsigned kEach[] = {Vob::kTimeSuspendsSync, Vob::kTimeSuspendsSync, 0};
+    for (const unsigned flags : kEach) {
+        b->setTimeChangeFlags(flags);
+        b->setCurrentTime(b->getCurrentTime() + 4);
+        EXPECT_EQ(links.getSyncEnabled(), flags == 0);
+        EXPECT_EQ(a->getCurrentTime(), 0);
+    }
+    links.setSyncEnabled(false);
+    b->setCurrentTime(20);
+    EXPECT_FALSE(links.getSyncEnabled()) << "switched off by others, it stays so";
+}
+
 // --- what those who are told may do --------------------------------------------------------------
 
 TEST_F(VobSynchroniserTest, aClientThatMovesTimesWhileToldLeavesTheLinkedOnesInLine) {

@@ -104,7 +104,9 @@ TEST_F(VobSelection, SegmentsAreFoundAgainAfterCutsBeforeThem) {
     for (const double seconds : {0.6, 1.5, 5.0})
         EXPECT_TRUE(vob_->isSegmentSelected(segmentAt(seconds))) << seconds;
     EXPECT_FALSE(vob_->isSegmentSelected(segmentAt(3)));
+    calls_.clear();
     vob_->toggleSegmentSelection(segmentAt(5));
+    EXPECT_THAT(calls_, ElementsAre("a: change 262144 time 0"));
     EXPECT_FALSE(vob_->isSegmentSelected(segmentAt(5)));
 }
 
