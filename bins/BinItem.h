@@ -53,7 +53,7 @@ private:
 };
 
 // A text that most objects do not have: an empty one takes no more than a pointer. A value.
-class RareText {
+class CUTROOM_API RareText {
 public:
     RareText() noexcept = default;
     RareText(const RareText& other) : text_(other.copy()) {}

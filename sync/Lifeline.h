@@ -1,15 +1,17 @@
 // `cutroom::Lifeline`: tells whether an object has survived calls that may destroy it.
 //
-// Internal to this folder. One thread.
+// For synchronisers and their heirs. One thread.
 #pragma once
+
+#include "platform/base/Export.h"
 
 namespace cutroom {
 
 // A member of the object that may go.
-class Lifeline {
+class CUTROOM_API Lifeline {
 public:
     // Lives on the stack while others are called.
-    class Watch {
+    class CUTROOM_API Watch {
     public:
         explicit Watch(Lifeline& line) noexcept;
         ~Watch();

@@ -1,5 +1,5 @@
 // The version of the library, as compiled against and as linked. The build reads its number from
-// here. Numbers follow semantic versioning; the major number is the SONAME's.
+// here. Numbers follow semantic versioning; the first two are the SONAME's.
 #pragma once
 
 #include "platform/base/Export.h"

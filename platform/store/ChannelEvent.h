@@ -39,4 +39,6 @@ struct CUTROOM_API ChannelEvent {
     friend bool operator==(const ChannelEvent&, const ChannelEvent&) noexcept;
 };
 
+CUTROOM_API bool operator==(const ChannelEvent&, const ChannelEvent&) noexcept;
+
 static_assert(std::is_trivially_copyable_v<ChannelEvent> && sizeof(ChannelEvent) == 64);

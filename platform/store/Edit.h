@@ -7,7 +7,7 @@
 //
 // All changes take the same way: each is checked whole before anything changes, marks the edit
 // dirty and is recorded; it is told when `addModification` is called with notification, or at the
-// end of the outermost `EditModifier`.
+// end of the outermost `EditModifier`. What is no UTF-8 in a text is saved as U+FFFD.
 #pragma once
 
 #include "platform/aud/SimpleMixState.h"
@@ -127,7 +127,7 @@ public:
     EditChanType getChanType(const IdStamp& channel) const;
     EditChanSubType getChanSubtype(const IdStamp& channel) const;
     // Adds a channel at the end of its type, with a fresh id unless one is given. The empty id
-    // when the edit has that channel.
+    // when the edit has that channel, and for what is not one type and one sub-type.
     IdStamp addChan(EditChanType type, EditChanSubType subType = kSubNormal,
                     const IdStamp& id = {});
     // `notify` tells the removal. False when the edit has no such channel. The levels channel of an
@@ -169,7 +169,7 @@ public:
 
     // --- cues ----------------------------------------------------------------------------------
     CueList getCues() const;
-    // Replaces all; tells the changes as kModCues when `notify`.
+    // Replaces all, unless a time is none; copies get their own ids. `notify` tells it (kModCues).
     void setCues(const CueList& cues, bool notify = true);
     // Each gives false when there is nothing to change, the time is no time, or (adding) the edit
     // has a cue of that external id; `origin` names who changed it. Told at once unless a modifier
@@ -187,7 +187,7 @@ public:
     EditLabel getLabel(eLabelType type, MediumRoll mediumRoll) const;
     EditLabel getVideoTimecodeLabel() const;
     std::vector<EditLabel> getLabels() const;
-    // Replaces one of the same kind, medium and roll.
+    // Replaces one of the same kind, medium and roll. Ignores one that is not valid or of no kind.
     void addLabel(const EditLabel& label);
     void remove_all_labels();
     void adjust_all_labels_by_time(double seconds);
@@ -222,7 +222,7 @@ public:
     void setSequencePlaybackFormat(const LightweightString<char>& format);
 
     // --- effects, burnt-in timecode, mix -------------------------------------------------------
-    // Adds or replaces by id; a graph without id gets a fresh one. Gives its id.
+    // Adds or replaces by id, without one under a fresh one. Gives the id; empty for a bad offset.
     IdStamp setEffectGraph(EffectGraph graph);
     std::optional<EffectGraph> getEffectGraph(const IdStamp& id) const;
     std::vector<EffectGraph> getEffectGraphs() const;

@@ -103,3 +103,5 @@ private:
     double currentTime_ = 0;
     std::vector<Channel> channels_; // in the order first touched
 };
+
+CUTROOM_API bool operator==(const EditModule& a, const EditModule& b);

@@ -1,6 +1,7 @@
 #!/bin/bash
 # Installs a build into a folder of its own, moves that folder, and builds and runs the project in
-# outside/ against it: once through find_package, once through pkg-config.
+# outside/ against it: once through find_package, once through pkg-config. Then links all that is
+# inline in the exported headers.
 #
 #   run.sh BUILD CXX
 set -eu
@@ -32,6 +33,14 @@ read -ra libs <<<"$(pkg-config --libs cutroom)"
 # A program asks the loader for versions that fit it: those with the same first two numbers.
 wanted=libcutroom.so.$(pkg-config --modversion cutroom | cut -d. -f1-2)
 readelf -d "$folder/consumer" | grep -qF "[$wanted]" || { echo "is not linked with $wanted"; exit 1; }
+
+if ! "$cxx" --version | grep -q clang; then # which cannot keep inline functions
+    echo "inline functions"
+    { grep -rl CUTROOM_API "$prefix/include/cutroom" | sed 's/.*/#include "&"/'; echo "int main() {}"; } \
+        >"$folder/inline.cpp"
+    "$cxx" -std=c++20 -fkeep-inline-functions "${cflags[@]}" "$folder/inline.cpp" \
+        -o "$folder/inline" "${libs[@]}"
+fi
 
 if [[ -x $prefix/bin/cutroom ]]; then
     echo "the installed command"

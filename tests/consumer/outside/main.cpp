@@ -1,9 +1,12 @@
 // Uses what the package gives: values, counted objects, notification, an interface that the program
 // implements and the library calls, and casts across the library's boundary.
+#include "bins/BinItem.h"
 #include "platform/base/Cookie.h"
 #include "platform/base/Log.h"
 #include "platform/base/Ptr.h"
 #include "platform/base/Version.h"
+#include "platform/store/EditModule.h"
+#include "sync/MulticamSynchroniser.h"
 #include "vob/VobClient.h"
 #include "vob/notify/ValServer.h"
 
@@ -99,6 +102,27 @@ void castClients() {
     expect(viewer.getContainerID() == Cookie(), "a viewer is a container without cookie");
 }
 
+// A synchroniser of this program's own, which watches whether it survives.
+class Pair : public VobSynchroniserBase {
+public:
+    Pair() : VobSynchroniserBase(true) {}
+    bool isAlive() { return cutroom::Lifeline::Watch(life()).alive(); }
+
+private:
+    iVobListener* makeListener(const Kv::Ptr<Vob>&) override {
+        return new MultiVobClientInternal(*this);
+    }
+};
+
+// Parts of values and bases that are not inline.
+void useTheirOtherParts() {
+    expect(EditModule() == EditModule(), "two modules without edit differ");
+    expect(ChannelEvent() == ChannelEvent(), "two fresh points differ");
+    expect(BinItem().getVobId().empty(), "a fresh item names a viewed edit");
+    expect(cutroom::ClipReference().clipTimeAt(5) == 5, "a clip at speed 1 runs otherwise");
+    expect(Pair().isAlive(), "a synchroniser does not survive a look");
+}
+
 } // namespace
 
 int main() {
@@ -107,6 +131,7 @@ int main() {
     useNotification();
     useInterfaces();
     castClients();
+    useTheirOtherParts();
     std::printf("consumer: cutroom %s, %d faults\n", cutroom::version(), faults);
     return faults == 0 ? 0 : 1;
 }
