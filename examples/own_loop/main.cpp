@@ -3,6 +3,7 @@
 // from here. What a program leaves out (transport, focus, console, ...) answers harmlessly.
 #include "PollLoop.h"
 
+#include "platform/embedded/EmbeddedProject.h"
 #include "platform/embedded/EnglishTexts.h"
 #include "platform/host/Host.h"
 #include "platform/host/UserMessages.h"
@@ -89,7 +90,8 @@ void view(PollLoop& loop) {
 
 } // namespace
 
-int main() {
+// own_loop FOLDER: opens the project there, or makes it.
+int main(int count, char** words) {
     PollLoop loop;
     Messages messages;
     const French texts;
@@ -98,5 +100,15 @@ int main() {
     services.messages = &messages;
     services.strings = const_cast<French*>(&texts);
     const cutroom::ScopedHost host(services);
+
+    cutroom::EmbeddedProject project(loop); // saves by the timers of this loop
+    const cutroom::Status opened =
+        project.open(count > 1 ? words[1] : "walks", CurrentProject::Access::readWrite,
+                     CurrentProject::IfMissing::create);
+    if (!opened) {
+        std::printf("%s\n", opened.text().c_str());
+        return 1;
+    }
     view(loop);
+    std::printf("closed: %s\n", project.close().text().c_str());
 }

@@ -180,7 +180,7 @@ bool EmbeddedLoop::runUntil(const std::function<bool()>& condition, double timeo
             return true;
         if (takeQuit())
             return false;
-        if (clock_.now() >= end) {
+        if (!(clock_.now() < end)) { // at once when it is no number
             pump();
             return condition();
         }

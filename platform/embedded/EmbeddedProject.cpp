@@ -33,8 +33,12 @@ Status readPreferences(const std::string& path) {
 
 } // namespace
 
-EmbeddedProject::EmbeddedProject(EmbeddedHost& host)
-    : host_(host), entered_(CurrentProject::addListener(
+EmbeddedProject::EmbeddedProject(EmbeddedHost& host) : EmbeddedProject(host.loop()) {
+    transport_ = &host.transport();
+}
+
+EmbeddedProject::EmbeddedProject(iEventLoop& loop)
+    : loop_(loop), entered_(CurrentProject::addListener(
                        makeCallback<NotifyMsg>([this](const NotifyMsg&) { readSettings(); }),
                        CurrentProject::enteredMsgType())) {}
 
@@ -49,7 +53,7 @@ Status EmbeddedProject::open(const std::string& folder, CurrentProject::Access a
         return CurrentProject::open(folder, access, ifMissing); // refuses
     EditManager::instance(); // rebuilds the database if it is missing
     if (access == CurrentProject::Access::readWrite)
-        autosave_.emplace(host_.loop()); // while nothing is open yet, since memory may run out
+        autosave_.emplace(loop_); // while nothing is open yet, since memory may run out
     Status opened;
     try {
         opened = CurrentProject::open(folder, access, ifMissing);
@@ -78,9 +82,10 @@ Status EmbeddedProject::close() {
         ~Closing() { flag = false; }
     } closing(closing_);
     autosave_.reset();
-    host_.transport().stop();
+    if (transport_)
+        transport_->stop();
     Status outcome = EditManager::instance().handleProjectExit();
-    host_.loop().pump();
+    loop_.drain();
     outcome = firstFailure(outcome, Savers::takeFailure());
     if (!CurrentProject::isReadOnly())
         outcome = firstFailure(outcome, EditorPreferences::flush());

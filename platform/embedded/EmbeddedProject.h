@@ -12,12 +12,16 @@
 
 namespace cutroom {
 
-// The project of one host; closes it when it goes. User-interface thread only.
+// The project of one host; closes it when it goes. User-interface thread only. Made before whatever
+// else listens for projects, so that those find the settings of a project read when they are told
+// that it was entered.
 class CUTROOM_API EmbeddedProject {
 public:
-    // `host` outlives the project. Made before whatever else listens for projects, so that those
-    // find the settings of a project read when they are told that it was entered.
+    // `host` outlives the project.
     explicit EmbeddedProject(EmbeddedHost& host);
+    // On a host of the program's own: `loop`, the one installed, outlives the project. A transport
+    // of its own the program stops before it closes the project.
+    explicit EmbeddedProject(iEventLoop& loop);
     // Closes; a failure is logged.
     ~EmbeddedProject();
     EmbeddedProject(const EmbeddedProject&) = delete;
@@ -25,7 +29,7 @@ public:
 
     // Opens the project in `folder`: see `CurrentProject::open`. The configuration and the user's
     // preferences beside it ("configuration.ini", "preferences.ini" in the folder) are read too.
-    // While the host's loop runs, what changes in a project open for writing is saved (Autosave).
+    // While the loop runs, what changes in a project open for writing is saved (Autosave).
     Status open(const std::string& folder, CurrentProject::Access access,
                 CurrentProject::IfMissing ifMissing);
     // Stops the transport, tells the project's exit (viewed edits close and leave how they were
@@ -38,7 +42,8 @@ public:
 private:
     void readSettings();
 
-    EmbeddedHost& host_;
+    iEventLoop& loop_;
+    Transport* transport_ = nullptr; // stopped before the close
     Kv::Ptr<Guard> entered_;
     Status settings_; // of the project entered last
     std::optional<Autosave> autosave_;

@@ -15,9 +15,9 @@ constexpr double kSlack = 1e-9;
 } // namespace
 
 LoopTimers::Id LoopTimers::add(double now, double delay, double interval, Task task) {
-    const double due = now + std::max(delay, 0.0);
+    const double due = now + std::fmax(delay, 0.0); // of NaN and 0 the 0
     const Id id = ++last_;
-    timers_.emplace(Key(due, id), Timer{due, std::max(interval, 0.0), std::move(task)});
+    timers_.emplace(Key(due, id), Timer{due, std::fmax(interval, 0.0), std::move(task)});
     due_.emplace(id, due);
     return id;
 }

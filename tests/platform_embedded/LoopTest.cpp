@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -158,6 +159,16 @@ TEST_F(LoopTest, TimersComeAtTheirTimesAndInOrder) {
     loop.runFor(1.5);
     EXPECT_THAT(times, ElementsAre(0.5, -0.75, 1.0, 1.5));
     EXPECT_EQ(now(), 1.5);
+}
+
+TEST_F(LoopTest, WhatIsNoTimeIsAtOnceAndHoldsUpNobody) {
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    const auto first = loop.addTimer(0.5, none, [&] { tell("no period"); });
+    const auto second = loop.addTimer(none, 0, [&] { tell("no delay"); });
+    const auto third = loop.addTimer(1, 0, [&] { tell("third"); });
+    loop.runFor(2);
+    EXPECT_THAT(story, ElementsAre("no delay", "no period", "third"));
+    EXPECT_FALSE(loop.runUntil([] { return false; }, none));
 }
 
 TEST_F(LoopTest, ManyPeriodsDoNotDriftAndMissedCallsAreNotMadeUpFor) {
