@@ -18,10 +18,11 @@ namespace {
 
 // A programme may run over midnight, where its timecode begins again.
 double overMidnight(double place, const TimecodeFormat& format, const EditPtr& edit) {
-    const double nextDay = place + toSeconds(format.rate.frameToFlicks(framesPerDay(format)));
-    const bool inside = place < edit->getStartTime() - kTimeTolerance && nextDay >= 0 &&
-                        nextDay <= edit->getEndTime() + kTimeTolerance;
-    return inside ? nextDay : place;
+    if (place >= edit->getStartTime() - kTimeTolerance || !isStorableTime(place))
+        return place;
+    const double nextDay =
+        toSeconds(toFlicks(place) + format.rate.frameToFlicks(framesPerDay(format)));
+    return nextDay >= 0 && nextDay <= edit->getEndTime() + kTimeTolerance ? nextDay : place;
 }
 
 } // namespace

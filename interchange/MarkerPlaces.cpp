@@ -26,7 +26,8 @@ Result<double> MarkerPlaces::inside(double seconds, const std::string& text) con
         return refusal(text, "is no place of this edit");
     if (seconds >= std::min(0.0, start_) - kTimeTolerance)
         return seconds;
-    const double nextDay = seconds + toSeconds(format().rate.frameToFlicks(framesPerDay(format())));
+    const Flicks day = format().rate.frameToFlicks(framesPerDay(format()));
+    const double nextDay = toSeconds(toFlicks(seconds) + day); // exact, so that the end is inside
     if (nextDay >= 0 && nextDay <= end_)
         return nextDay;
     return refusal(text, "lies before the edit");

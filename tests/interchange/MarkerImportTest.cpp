@@ -134,6 +134,9 @@ TEST_F(MarkerImport, CountsAsTheEditDoes) {
     const EditPtr late = edit();
     test::setStartTimecode(late, "23:59:50:00");
     EXPECT_EQ(summary(read("in\n00:00:10:00\n", MarkerFormat::csv, late)), "20- |\n");
+    const EditPtr film = edit(Kv::FrameRate(24000, 1001));
+    test::setStartTimecode(film, "23:59:50:00");
+    EXPECT_EQ(summary(read("in\n00:00:50:00\n", MarkerFormat::csv, film)), "60.06- |\n");
 }
 
 TEST_F(MarkerImport, AMarkerOfTheSameTimeAndNameIsKeptReplacedOrJoined) {
