@@ -2,6 +2,7 @@
 #include "cli/Command.h"
 #include "cli/MixWords.h"
 #include "cli/Names.h"
+#include "cli/Permission.h"
 #include "platform/files/KvIniFile.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
@@ -127,8 +128,6 @@ private:
     std::vector<MixSetting> settings_;
 };
 
-bool namesMix(const std::string& word) { return word == "main" || word.starts_with("bus"); }
-
 // "Mix A1, A2": what a step of undo is called.
 std::string stepName(const std::vector<std::string>& things) {
     constexpr std::size_t kMost = 4;
@@ -185,8 +184,8 @@ Status perform(const MixWords& words, const EditPtr& edit) {
         return saveMix(edit, words.things.front());
     if (words.action == "list")
         return {};
-    if (edit->isReadOnly())
-        return {StatusCode::failed, words.edit, "the edit is read-only"};
+    if (Status may = mayChange(edit); !may)
+        return may;
     return words.action == "load" ? load(words.things.front(), edit) : set(words, edit);
 }
 

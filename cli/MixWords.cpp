@@ -25,6 +25,10 @@ std::string mixName(int mix) {
     return mix == Aud::kMainMix ? "main" : std::string(kBus) + std::to_string(mix + 1);
 }
 
+bool namesMix(std::string_view text) {
+    return text == mixName(Aud::kMainMix) || text.starts_with(kBus);
+}
+
 Result<signed char> parseMix(std::string_view text) {
     if (text == mixName(Aud::kMainMix))
         return Aud::kMainMix;
@@ -45,7 +49,7 @@ Result<float> parseGain(std::string_view text) {
                              : std::numeric_limits<float>::infinity();
     if (!std::isfinite(gain) || gain < 0) // "-6" leaves out the dB
         return Status(StatusCode::wrongUsage, std::string(text), "not a level, as 0.5 or -6dB");
-    return gain;
+    return gain + 0.0f; // "-0" is 0
 }
 
 Result<float> parsePan(std::string_view text) {
@@ -55,7 +59,7 @@ Result<float> parsePan(std::string_view text) {
     if (!number || !(*number >= 0 && *number <= 1))
         return Status(StatusCode::wrongUsage, std::string(text),
                       "not a pan: 0 (left) to 1 (right), left, centre, right");
-    return static_cast<float>(*number);
+    return static_cast<float>(*number) + 0.0f;
 }
 
 Result<unsigned char> findAudioChannel(std::string_view text, const EditPtr& edit) {
@@ -195,7 +199,9 @@ Status saveMix(const EditPtr& edit, const std::string& path) {
     const bool stream = std::filesystem::is_other(path, failure);
     if (!stream && !file.load() && file.status().code() != StatusCode::notFound)
         return file.status();
-    mix->writeConfigurationInformation(file);
+    Aud::SimpleMixState whole = *mix; // with the channels that nobody has touched
+    whole.initialise(static_cast<std::size_t>(edit->getNumChans(kChanAudio)));
+    whole.writeConfigurationInformation(file);
     return writeOutput(path, file.text());
 }
 

@@ -18,6 +18,8 @@ namespace cutroom::cli {
 inline constexpr int kMostOutputs = 128;
 
 std::string mixName(int mix);
+// Tells whether a word is meant as a mix, not as a channel.
+bool namesMix(std::string_view text);
 // `wrongUsage` for what is no mix.
 Result<signed char> parseMix(std::string_view text);
 // Linear gain of 0 or more, "0.5", or decibels, "-6dB".

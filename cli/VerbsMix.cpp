@@ -117,7 +117,7 @@ void mix(Session& session, SessionWords& words) {
     if (words.takeIf("save"))
         return require(saveMix(session.edit(), words.take("a file")));
     const MixSetting setting =
-        parseInt(words.peek()) ? takeChannelSetting(session.edit(), words) : takeMixSetting(words);
+        namesMix(words.peek()) ? takeMixSetting(words) : takeChannelSetting(session.edit(), words);
     AudioMixWriter writer(session.editForChange(), "mix");
     setting.apply(writer);
 }
@@ -134,8 +134,8 @@ void pair(Session& session, SessionWords& words) {
 void addMixVerbs(VerbTable& verbs) {
     verbs.heading("Audio mix");
     verbs.add({"mix",
-               "[N level|pan|mute|solo VALUE | N to MIX on|off | MIX level|mute|solo VALUE | "
-               "MIX output N on|off [monitor] | load FILE | save FILE]",
+               "[CHANNEL level|pan|mute|solo VALUE | CHANNEL to MIX on|off | "
+               "MIX level|mute|solo VALUE | MIX output N on|off [monitor] | load FILE | save FILE]",
                "the mix, or one setting of it; MIX is main, bus1 ...", mix});
     verbs.add({"pair", "[CHANNEL ...]", "pairs audio channels, panned apart; all without any named",
                pair});

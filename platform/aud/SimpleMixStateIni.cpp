@@ -1,11 +1,13 @@
 // The mix as a configuration file: a section [Mix] with Version and Inputs, one section [Input n]
-// for each input, one [Mix m] for each mix that is not at its defaults.
+// for each input, one [Mix m] for the main mix and each other that is fed or not at its defaults,
+// so that a mix which takes them over sounds the same whatever it was before.
 #include "platform/aud/MixText.h"
 #include "platform/aud/SimpleMixState.h"
 #include "platform/base/Strings.h"
 #include "platform/files/KvIniFile.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Aud {
 
@@ -58,7 +60,9 @@ void SimpleMixState::writeConfigurationInformation(KvIniFile& file) const {
         return;
     file.setInt(kHead, "Version", kVersion);
     file.setInt(kHead, "Inputs", static_cast<long long>(inputs_.size()));
+    std::set<signed char> heard{kMainMix};
     for (std::size_t i = 0; i < inputs_.size(); ++i) {
+        heard.insert(inputs_[i].toMixes.begin(), inputs_[i].toMixes.end());
         const std::string section = sectionOf(kInputPrefix, static_cast<long long>(i));
         file.setDouble(section, "Level", static_cast<double>(inputs_[i].level));
         file.setDouble(section, "Pan", static_cast<double>(inputs_[i].pan));
@@ -66,7 +70,10 @@ void SimpleMixState::writeConfigurationInformation(KvIniFile& file) const {
         file.set(section, "Solo", inputs_[i].solo ? "1" : "0");
         file.set(section, "Routing", cutroom::routingText(inputs_[i].toMixes));
     }
-    for (const auto& [index, one] : mixes_) {
+    for (const auto& entry : mixes_)
+        heard.insert(entry.first);
+    for (const signed char index : heard) {
+        const Mix& one = mix(index);
         const std::string section = sectionOf(kMixPrefix, index);
         file.setDouble(section, "Level", static_cast<double>(one.level));
         file.set(section, "Mute", one.mute ? "1" : "0");

@@ -195,8 +195,18 @@ TEST(SimpleMixState, replacesTheMixOfAFileAndLeavesTheRest) {
         file.parse("[Desk]\nModel=8\n[Mix]\nVersion=1\nInputs=2\n[Input 1]\nLevel=0.5\n", "mix.ini")
             .ok());
     SimpleMixState(1).writeConfigurationInformation(file);
-    EXPECT_THAT(file.sections(), testing::UnorderedElementsAre("Desk", "Mix", "Input 0"));
+    EXPECT_THAT(file.sections(), testing::UnorderedElementsAre("Desk", "Mix", "Input 0", "Mix -1"));
     EXPECT_EQ(file.getText("Desk", "Model"), "8");
+}
+
+TEST(SimpleMixState, soundsTheSameWhereAnotherMixWas) {
+    SimpleMixState mix(1), other(1);
+    ASSERT_TRUE(mix.setInputRoutedToMix(0, 4, true));
+    ASSERT_TRUE(other.setMixLevel(-1, 2) && other.setMixMuteState(4, true));
+    KvIniFile file;
+    mix.writeConfigurationInformation(file);
+    ASSERT_TRUE(other.retrieveCompatibleConfigurationInformation(file));
+    EXPECT_TRUE(other == mix) << other.asString();
 }
 
 } // namespace
