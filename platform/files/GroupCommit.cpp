@@ -104,7 +104,8 @@ struct GroupCommit::State {
     }
 
     void put(Change change) {
-        changes.reserve(changes.size() + 1);
+        if (changes.size() == changes.capacity()) // what is noted in `places` must find room
+            changes.reserve(2 * changes.size() + 1);
         const auto [at, added] = places.try_emplace(change.path, changes.size());
         if (added) {
             changes.push_back(std::move(change));
