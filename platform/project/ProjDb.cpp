@@ -67,12 +67,21 @@ void forEach(const std::vector<std::string_view>& fields,
     });
 }
 
-void forEachHaving(std::string_view field,
-                   const std::function<bool(const Cookie& asset, const std::string& text)>& visit) {
-    ProjectDatabase::instance().forEachHaving(field, [&](const Record& record) {
+void forEachHaving(std::string_view field, const FieldVisitor& visit) {
+    forEachHaving(field, {}, visit);
+}
+
+void forEachHaving(std::string_view field, std::string_view beginning, const FieldVisitor& visit) {
+    ProjectDatabase::instance().forEachHaving(field, beginning, [&](const Record& record) {
         const std::string text = record.getField(field);
-        return text.empty() || visit(record.cookie, text);
+        return text.empty() || !text.starts_with(beginning) || visit(record.cookie, text);
     });
+}
+
+void forEachSummary(const std::function<bool(const Summary&)>& visit) {
+    for (const Summary& summary : ProjectDatabase::instance().summaries())
+        if (!visit(summary))
+            return;
 }
 
 void forEachMatch(const SearchCriteria& criteria,

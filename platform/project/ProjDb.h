@@ -49,6 +49,9 @@ CUTROOM_API std::size_t count();
 // Calls `visit` with each record, in the order of their insertion, until it answers false. Works
 // on the records present at the start; one removed meanwhile is passed over.
 CUTROOM_API void forEach(const std::function<bool(const Record&)>& visit);
+// The same with what is held in memory of each record: reads no file, and does not ask whether a
+// record is removed meanwhile.
+CUTROOM_API void forEachSummary(const std::function<bool(const Summary&)>& visit);
 // The same with the texts of the named fields only (`Record::getField`), in the order of the names.
 // The texts hold until the visitor returns.
 CUTROOM_API void forEach(const std::vector<std::string_view>& fields,

@@ -3,6 +3,7 @@
 
 #include "platform/base/Log.h"
 #include "platform/files/Files.h"
+#include "platform/project/ProjDbFields.h"
 
 #include <algorithm>
 #include <limits>
@@ -14,16 +15,25 @@ namespace {
 // Rows read under one hold of the lock.
 constexpr std::size_t kPage = 256;
 constexpr RecordTable::Number kLastNumber = std::numeric_limits<RecordTable::Number>::max();
-// The fields by which assets are gathered: few have a text in them, and to read all takes long.
-constexpr std::string_view kMarkedFields[] = {"tags", "parent"};
+// The fields by which assets are gathered and new edits named: few have such a text in them, and to
+// read all takes long.
+struct MarkedField {
+    std::string_view name;
+    std::string_view beginning;
+};
+constexpr MarkedField kMarkedFields[] = {
+    {"tags", ""}, {"parent", ""}, {"name", projdb::kNewEditName}};
 // Where more than one record of so many has a text, all are read in one go.
 constexpr std::size_t kFewInAll = 4;
 
-// A bit for each marked field in which the record has a text.
+// A bit for each marked field in which the record has such a text.
 std::uint8_t marksOf(const projdb::Record& record) {
     unsigned marks = 0;
-    for (std::size_t i = 0; i < std::size(kMarkedFields); ++i)
-        marks |= record.attributes.count(kMarkedFields[i]) != 0 ? 1u << i : 0u;
+    for (std::size_t i = 0; i < std::size(kMarkedFields); ++i) {
+        const auto text = record.attributes.find(kMarkedFields[i].name);
+        if (text != record.attributes.end() && text->second.starts_with(kMarkedFields[i].beginning))
+            marks |= 1u << i;
+    }
     return static_cast<std::uint8_t>(marks);
 }
 
@@ -222,6 +232,16 @@ std::optional<projdb::Summary> ProjectDatabase::findSummary(const Cookie& cookie
     return slot ? std::optional<projdb::Summary>(entries_[*slot].summary) : std::nullopt;
 }
 
+std::vector<projdb::Summary> ProjectDatabase::summaries() const {
+    CriticalSection::Lock lock(lock_);
+    std::vector<projdb::Summary> all;
+    all.reserve(slots_.size());
+    for (const Entry& entry : entries_)
+        if (entry.number != 0)
+            all.push_back(entry.summary);
+    return all;
+}
+
 void ProjectDatabase::forEach(const std::function<bool(const projdb::Record&)>& visit) {
     Number after = 0;
     Number last = 0;
@@ -253,11 +273,14 @@ void ProjectDatabase::forEach(const std::function<bool(const projdb::Record&)>& 
     }
 }
 
-// The numbers of the records that have a text in the field; nothing when reading all records is as
-// good.
+// The numbers of the records whose field has a text that begins so, and maybe of some more; nothing
+// when reading all records is as good.
 std::optional<std::vector<ProjectDatabase::Number>>
-ProjectDatabase::numbersHaving(std::string_view field) const {
-    const auto known = std::find(std::begin(kMarkedFields), std::end(kMarkedFields), field);
+ProjectDatabase::numbersHaving(std::string_view field, std::string_view beginning) const {
+    const auto known = std::find_if(
+        std::begin(kMarkedFields), std::end(kMarkedFields), [&](const MarkedField& marked) {
+            return marked.name == field && beginning.starts_with(marked.beginning);
+        });
     if (known == std::end(kMarkedFields))
         return std::nullopt;
     const unsigned mark = 1u << (known - std::begin(kMarkedFields));
@@ -282,12 +305,12 @@ Status ProjectDatabase::readPage(const std::vector<Number>& numbers, std::size_t
     return {};
 }
 
-void ProjectDatabase::forEachHaving(std::string_view field,
+void ProjectDatabase::forEachHaving(std::string_view field, std::string_view beginning,
                                     const std::function<bool(const projdb::Record&)>& visit) {
     std::optional<std::vector<Number>> numbers;
     {
         CriticalSection::Lock lock(lock_);
-        numbers = numbersHaving(field);
+        numbers = numbersHaving(field, beginning);
     }
     if (!numbers)
         return forEach(visit);

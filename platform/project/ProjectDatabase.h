@@ -55,9 +55,11 @@ public:
     // Removes every record but those of `kept`; inside a batch only.
     Status removeAllBut(CookieVec kept);
 
+    // In the order of insertion.
+    std::vector<projdb::Summary> summaries() const;
     void forEach(const std::function<bool(const projdb::Record&)>& visit);
-    // Passes over some or all of the records without a text in the field.
-    void forEachHaving(std::string_view field,
+    // Passes over some or all of the records whose field has no text that begins so.
+    void forEachHaving(std::string_view field, std::string_view beginning,
                        const std::function<bool(const projdb::Record&)>& visit);
     // One step of a search (see projdb::Search::next).
     void searchOn(projdb::Search::State& search, std::vector<projdb::Hit>& found);
@@ -88,7 +90,8 @@ private:
     Result<Opened> openTable(const std::string& path, bool readOnly, Status* damage)
         CUTROOM_REQUIRES(lock_);
     Status loadEntries() CUTROOM_REQUIRES(lock_);
-    std::optional<std::vector<Number>> numbersHaving(std::string_view field) const
+    std::optional<std::vector<Number>> numbersHaving(std::string_view field,
+                                                     std::string_view beginning) const
         CUTROOM_REQUIRES(lock_);
     Status readPage(const std::vector<Number>& numbers, std::size_t& at,
                     std::vector<projdb::Record>& page) CUTROOM_REQUIRES(lock_);

@@ -8,6 +8,7 @@
 #include "platform/messaging/Callback.h"
 #include "platform/project/CurrentProject.h"
 #include "platform/project/ProjDb.h"
+#include "platform/project/ProjDbFields.h"
 #include "platform/store/EditManagerImpl.h"
 #include "platform/store/EditModule.h"
 #include "platform/store/EditRecord.h"
@@ -176,15 +177,16 @@ bool EditManager::exists(const Cookie& cookie) const {
 }
 
 CookieVec EditManager::getAllEdits() const {
-    std::set<Cookie> edits;
-    if (CurrentProject::isOpen())
-        projdb::forEach([&](const projdb::Record& record) {
-            edits.insert(record.cookie);
-            return true;
-        });
+    std::set<Cookie> open;
     for (const Kv::Ptr<Edit>& edit : impl_->all())
-        edits.insert(edit->getCookie());
-    return {edits.begin(), edits.end()};
+        open.insert(edit->getCookie());
+    CookieVec edits(open.begin(), open.end());
+    projdb::forEachSummary([&](const projdb::Summary& record) {
+        if (open.count(record.cookie) == 0)
+            edits.push_back(record.cookie);
+        return true;
+    });
+    return edits;
 }
 
 EditPtr EditManager::getClipboard() {
@@ -193,8 +195,8 @@ EditPtr EditManager::getClipboard() {
         const CriticalSection::Lock held(impl_->lock);
         known = impl_->clipboard;
     }
-    if (!known.valid() && CurrentProject::isOpen())
-        projdb::forEach([&](const projdb::Record& record) {
+    if (!known.valid())
+        projdb::forEachSummary([&](const projdb::Summary& record) {
             if ((record.kinds & projdb::kKindClipboard) != 0)
                 known = record.cookie;
             return !known.valid();
@@ -223,17 +225,17 @@ Cookie newContainerCookie() { return Cookie::make('G'); }
 
 LightweightString<wchar_t> generateNewEditName() {
     std::set<std::wstring> taken;
-    if (CurrentProject::isOpen())
-        projdb::forEach([&](const projdb::Record& record) {
-            taken.insert(cutroom::toWide(record.name()));
-            return true;
-        });
+    projdb::forEachHaving("name", projdb::kNewEditName,
+                          [&](const Cookie&, const std::string& name) {
+                              taken.insert(cutroom::toWide(name));
+                              return true;
+                          });
     EditManager& manager = EditManager::instance();
     for (const Cookie& cookie : manager.getAllEdits())
         if (manager.isOpen(cookie))
             taken.insert(EditPtr(cookie)->getName());
     for (int number = 1;; ++number) {
-        std::wstring name = L"Edit " + std::to_wstring(number);
+        std::wstring name = cutroom::toWide(projdb::kNewEditName) + std::to_wstring(number);
         if (taken.count(name) == 0)
             return name;
     }

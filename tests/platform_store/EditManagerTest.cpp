@@ -4,6 +4,7 @@
 #include "platform/project/ProjDb.h"
 #include "platform/project/ProjectPaths.h"
 #include "platform/store/ProjectListener.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/FaultyFiles.h"
 
 #include <functional>
@@ -252,6 +253,25 @@ TEST_F(EditManagerTest, anEditThatNoFileHoldsKeepsNoOtherFromBeingSaved) {
     fill({});
     EXPECT_TRUE(manager().flushChanges(false).ok());
     EXPECT_FALSE(manager().anyDirty());
+}
+
+TEST_F(EditManagerTest, namesNewEditsWithoutReadingEveryRecord) {
+    projdb::Record record;
+    for (std::uint64_t i = 1; i <= 400; ++i) {
+        record.cookie = Cookie('E', i);
+        record.setField("name", i < 3 ? "Edit " + std::to_string(i) : "Shot");
+        ASSERT_TRUE(projdb::put(record).ok());
+    }
+    reopen();
+    const std::size_t before = cutroom::test::allocations();
+    EXPECT_EQ(generateNewEditName(), L"Edit 3");
+    EXPECT_LT(cutroom::test::allocations() - before, 200u);
+    record.setField("name", "Edit 3");
+    ASSERT_TRUE(projdb::put(record).ok() && projdb::remove(Cookie('E', 1)).ok());
+    EXPECT_EQ(generateNewEditName(), L"Edit 1");
+    fresh()->setName(L"Edit 1");
+    EXPECT_EQ(generateNewEditName(), L"Edit 4");
+    EXPECT_THAT(manager().getAllEdits(), testing::SizeIs(400));
 }
 
 TEST_F(EditManagerTest, handlesComeAndGoOnManyThreads) {
