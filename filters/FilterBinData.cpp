@@ -2,6 +2,7 @@
 
 #include "bins/BinBatch.h"
 #include "filters/ProjectFilterManager.h"
+#include "platform/store/ChangedEdits.h"
 
 #include <map>
 #include <unordered_set>
@@ -55,6 +56,8 @@ std::optional<BinItem> FilterBinData::itemOf(const Cookie&) const { return std::
 bool FilterBinData::isComplete() const { return !isDynamic() || following_.ready(); }
 
 void FilterBinData::fill() {
+    if (isDynamic())
+        cutroom::ChangedEdits::enter();
     if (!isDynamic() || following_.ready() || !following_.begin())
         return;
     Items items = gather();
@@ -85,8 +88,13 @@ void FilterBinData::refresh() {
     for (const BinItem& item : std::as_const(*this))
         if (wanted.count(item.asset) == 0)
             gone.push_back(item.asset);
-    std::erase_if(items, [this](const BinItem& item) { return contains(item.asset); });
-    apply(std::move(items), gone);
+    CookieVec changed;
+    std::erase_if(items, [&](const BinItem& item) CUTROOM_NO_THREAD_SAFETY {
+        if (takeMarks(item))
+            changed.push_back(item.asset);
+        return contains(item.asset);
+    });
+    apply(std::move(items), gone, changed);
 }
 
 void FilterBinData::assetsChanged(const CookieVec& assets) {
@@ -102,6 +110,7 @@ void FilterBinData::assetsChanged(const CookieVec& assets) {
 void FilterBinData::lookAgainAt(const CookieVec& assets) {
     Items come;
     CookieVec gone;
+    CookieVec changed;
     std::unordered_set<Cookie> seen;
     for (const Cookie& asset : assets) {
         if (!seen.insert(asset).second)
@@ -112,17 +121,37 @@ void FilterBinData::lookAgainAt(const CookieVec& assets) {
             come.push_back(std::move(*item));
         else if (!item && isHere)
             gone.push_back(asset);
+        else if (item && takeMarks(*item))
+            changed.push_back(asset);
     }
-    apply(std::move(come), gone);
+    apply(std::move(come), gone, changed);
 }
 
-void FilterBinData::apply(Items come, const CookieVec& gone) {
-    if (come.empty() && gone.empty())
+// Gives the item that is here the marks of a fresh one, if that has some. A time that nobody moved
+// goes along.
+bool FilterBinData::takeMarks(const BinItem& fresh) {
+    const auto here = find(fresh.asset);
+    if (!fresh.hasMark() || here == end() ||
+        (here->markIn == fresh.markIn && here->markOut == fresh.markOut))
+        return false;
+    if (here->time == here->markIn)
+        here->time = fresh.time;
+    here->markIn = fresh.markIn;
+    here->markOut = fresh.markOut;
+    return true;
+}
+
+void FilterBinData::apply(Items come, const CookieVec& gone, const CookieVec& changed) {
+    if (come.empty() && gone.empty() && changed.empty())
         return;
     const cutroom::BinBatch batch(*this);
     handleDeletions(gone, {});
     for (const BinItem& item : come)
         add(item);
+    Modification ofMarks(kModUncounted, Cookie());
+    ofMarks.add(changed);
+    if (!changed.empty())
+        addModification(ofMarks);
 }
 
 // --- saving --------------------------------------------------------------------------------------

@@ -35,15 +35,16 @@ public:
     // Works out its own items. False by default; then the next five operations do nothing.
     virtual bool isDynamic() const;
 
-    // Works the items out, unless that was done. Nothing is told. Not to be called under the lock
-    // of a container that is only read.
-    void fill();
+    // For who looks: works the items out, unless that was done; nothing is told of that. Not to be
+    // called under the lock of a container that is only read.
+    virtual void fill();
     // True once it has been filled.
     bool isComplete() const override;
     // Works the items out anew if it has been filled; tells as the next.
     void refresh();
     // Looks at these assets again if it has been filled: each is in the bin afterwards when it
-    // belongs there. Tells 256 for those that came, 512 with those that went.
+    // belongs there, with the marks that belong to it. Tells 256 for those that came, 512 with
+    // those that went, 128 with those whose marks are others.
     void assetsChanged(const CookieVec& assets);
 
     // --- the form in a filter file (docs/formats/filter.md) --------------------------------------
@@ -85,7 +86,8 @@ protected:
 
 private:
     void replaceSilently(Items items) CUTROOM_REQUIRES(lock_);
-    void apply(Items come, const CookieVec& gone) CUTROOM_REQUIRES(lock_);
+    bool takeMarks(const BinItem& fresh) CUTROOM_REQUIRES(lock_);
+    void apply(Items come, const CookieVec& gone, const CookieVec& changed) CUTROOM_REQUIRES(lock_);
     void lookAgainAt(const CookieVec& assets) CUTROOM_REQUIRES(lock_);
 
     cutroom::FollowState following_;

@@ -17,6 +17,7 @@
 #include "platform/project/CurrentProject.h"
 #include "platform/project/ProjectPaths.h"
 #include "platform/project/Savers.h"
+#include "platform/store/ChangedEdits.h"
 #include "vob/VobManager.h"
 
 #include <algorithm>
@@ -112,6 +113,7 @@ ProjectFilterManager::Filters ProjectFilterManager::list() const {
 }
 
 ProjectFilterManager::Filters ProjectFilterManager::getAllFilters() const {
+    cutroom::ChangedEdits::enter();
     buildTagFilters();
     follower_->catchUp();
     return list();

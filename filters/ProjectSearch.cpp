@@ -4,6 +4,7 @@
 #include "platform/project/ProjDb.h"
 #include "platform/project/ProjDbSearch.h"
 #include "platform/project/TextMatch.h"
+#include "platform/store/ChangedEdits.h"
 #include "platform/store/Edit.h"
 
 #include <algorithm>
@@ -148,6 +149,7 @@ Kv::Ptr<BinData> ProjectSearch::perform(const Criteria& criteria, const Watcher&
 bool ProjectSearch::find(const Criteria& criteria, BinData::Items& items, const Watcher& watcher) {
     if (criteria.clipMedia != eItemPresence::any)
         MediaStatus::instance().forgetAll(); // drives come and go
+    cutroom::ChangedEdits::enter();
     projdb::Search search(criteria);
     std::vector<projdb::Hit> hits;
     std::vector<projdb::Hit> step;
@@ -184,6 +186,7 @@ bool ProjectSearch::satisfiesCriteria(const EditPtr& edit, const Criteria& crite
     if (!criteria.needsTextTest() && !needsMediaTest(kinds, criteria) &&
         !criteria.hasRequiredTime())
         return true;
+    cutroom::ChangedEdits::enter();
     const std::optional<projdb::Record> record = projdb::find(edit->getCookie());
     return record && projdb::matchRecord(*record, criteria) &&
            meetsMedia(*record, kinds, criteria) && meetsTime(record->start, record->end, criteria);

@@ -3,8 +3,8 @@
 #include "platform/host/ProcessLife.h"
 #include "platform/messaging/UIThreadCallback.h"
 #include "platform/project/CurrentProject.h"
-#include "platform/project/ProjDb.h"
 #include "platform/project/ProjectDatabase.h"
+#include "platform/store/ChangedEdits.h"
 #include "platform/store/EditManagerImpl.h"
 #include "platform/store/ProjectListener.h"
 
@@ -17,30 +17,13 @@ void EditManager::Impl::tell(int notice, const Kv::Ptr<iObject>& object,
     notifier.call(NotifyMsg(object, text), notice);
 }
 
-namespace {
-
-// Enters a new name in the project database at once, so that it is found before the next save.
-// (When the edit is clean, its save has entered it.)
-void putName(const Edit& edit) {
-    if (!CurrentProject::isOpen() || CurrentProject::isReadOnly() || !edit.isDirty())
-        return;
-    auto record = projdb::find(edit.getCookie());
-    if (!record)
-        return;
-    record->setField(LogAttribute(LogAttribute::name).getID(), cutroom::toUtf8(edit.getName()));
-    if (const cutroom::Status status = projdb::update(*record); !status)
-        LogBoth("%s\n", status.text().c_str());
-}
-
-} // namespace
-
 void EditManager::tellModifications(const Edit& edit, const NotifyMsg& message) {
     EditManager* const manager = cutroom::ProcessSingleton<EditManager>::find();
     if (!manager)
         return;
     const auto* notice = message.getObjectAs<EditModificationNotice>();
-    if (notice->modifications().includes(kModName) && manager->isOpen(edit.getCookie()))
-        putName(edit);
+    if (manager->isOpen(edit.getCookie()))
+        cutroom::ChangedEdits::note(edit, notice->modifications());
     manager->impl_->notifier.call(message, kNoticeModifications);
 }
 

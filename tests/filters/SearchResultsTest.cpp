@@ -117,6 +117,38 @@ TEST_F(SearchResultsTest, tellsWhatComesAndGoes) {
     EXPECT_TRUE(filter().empty());
 }
 
+TEST_F(SearchResultsTest, followsEditsThatAreNotSavedYet) {
+    EditManager& edits = EditManager::instance();
+    EditModifier cut(newEdit(L"cut"));
+    Criteria criteria;
+    criteria.attributes = {{LogAttribute::scene, {{{"12A"}}, {}}}};
+    const auto bin = filter().add(criteria, true);
+    const auto log = [&] { cut->setConfig("scene", "12a"); };
+    const auto name = [&] { cut->setName(L"new"); };
+    const auto lay = [&] {
+        cutroom::test::layPieces(cut, cut->getFirstChan(kChanVideo), {{L"shot", 25}});
+    };
+    const struct {
+        std::function<void()> change; // none: undo
+        std::vector<double> ends;
+    } steps[] = {{log, {0}}, {lay, {1}}, {name, {1}}, {{}, {1}}, {{}, {0}}, {{}, {}}};
+    for (const auto& step : steps) {
+        if (step.change) {
+            edits.makeBackup(cut);
+            step.change();
+            cut->addModification(EditModifications(), true);
+        } else {
+            EXPECT_TRUE(edits.undo(cut));
+        }
+        EXPECT_EQ(projdb::find(cut.getCookie())->name(), cutroom::toUtf8(cut->getName()));
+        (void)filter().getBins();
+        std::vector<double> ends;
+        for (const BinItem& item : std::as_const(*bin))
+            ends.push_back(item.markOut);
+        EXPECT_EQ(ends, step.ends);
+    }
+}
+
 TEST_F(SearchResultsTest, followsTheCriteriaFilesOfOthers) {
     ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
     std::ofstream(path("Night.criteria")) << R"({"QuickSearch": "sand"})";
