@@ -34,14 +34,32 @@ Kv::Ptr<BinData> resolve(const Cookie& bin) {
     return ProjectFilterManager::instance().getFilterResults(bin);
 }
 
-// The bin that a user's filter presents for `bin`. One that another filter presents is copied,
-// unless it follows the project and can be made again when the filter's file is read. `present`:
-// the bins of the user's filter so far.
+// A bin that follows the project as `bin` does, as it would be read again, under a fresh cookie;
+// empty for one that nobody can read.
+Kv::Ptr<FilterBinData> followingCopy(const FilterBinData& bin) {
+    JSON::Builder out;
+    out.beginObject();
+    bin.write(out);
+    out.endObject();
+    const auto object = JSON::Element::parse(out.text(), "bin");
+    const auto copy = object ? cutroom::readFilterBin(**object, "bin") : object.status();
+    if (!copy)
+        return {};
+    (*copy)->setID(newContainerCookie());
+    return *copy;
+}
+
+// The bin that a user's filter presents for `bin`: that one, or a copy when another filter presents
+// it or it cannot be made again when the filter's file is read. `present`: the bins of the user's
+// filter so far.
 Kv::Ptr<FilterBinData> own(const Kv::Ptr<FilterBinData>& bin, const FilterBins& present) {
     const bool isOwn = std::find(present.begin(), present.end(), bin) != present.end();
-    if (isOwn ||
-        (bin->isDynamic() ? cutroom::hasFilterBinMaker(bin->getTypeID()) : !bin->isPresented()))
+    const bool isReadAgain = !bin->isDynamic() || cutroom::hasFilterBinMaker(bin->getTypeID());
+    if (isReadAgain && (isOwn || !bin->isPresented()))
         return bin;
+    if (isReadAgain && bin->isDynamic())
+        if (Kv::Ptr<FilterBinData> copy = followingCopy(*bin))
+            return copy;
     bin->fill();
     return Kv::makePtr<FilterBinData>(std::as_const<BinData>(*bin));
 }

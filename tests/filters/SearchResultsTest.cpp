@@ -149,6 +149,21 @@ TEST_F(SearchResultsTest, followsEditsThatAreNotSavedYet) {
     }
 }
 
+TEST_F(SearchResultsTest, aUsersFilterKeepsASearchAsItWas) {
+    ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
+    ASSERT_TRUE(filters().createFilter(filter().getResults(), L"Yours"));
+    Criteria other;
+    other.quickSearch = "sand";
+    ASSERT_TRUE(filter().saveCriteria(L"Mine", other).ok());
+    putClip(3, "Ebb tide");
+    EXPECT_EQ(contentOf(L"Yours") + ", " + contentOf(L"Search results"), "Mine: 1 3, Mine: 2");
+    reopen();
+    EXPECT_EQ(contentOf(L"Yours") + ", " + contentOf(L"Search results"), "Mine: 1 3, Mine: 2");
+    toldFilters_.clear();
+    putClip(1, "Dusk");
+    EXPECT_THAT(toldFilters_, ElementsAre("bin 512"));
+}
+
 TEST_F(SearchResultsTest, followsTheCriteriaFilesOfOthers) {
     ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
     std::ofstream(path("Night.criteria")) << R"({"QuickSearch": "sand"})";
