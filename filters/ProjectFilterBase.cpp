@@ -68,7 +68,6 @@ FilterBins ProjectFilterBase::peekResults() const {
 }
 
 ProjectFilterBase::Bins ProjectFilterBase::getBins() const {
-    prepareResults();
     Bins bins;
     for (const Kv::Ptr<FilterBinData>& bin : peekResults()) {
         bin->fill();
@@ -87,13 +86,9 @@ bool ProjectFilterBase::isEmpty() const {
     return std::all_of(bins.begin(), bins.end(), [](const auto& bin) { return bin->empty(); });
 }
 
-bool ProjectFilterBase::empty() const {
-    prepareResults();
-    return peekResults().empty();
-}
+bool ProjectFilterBase::empty() const { return peekResults().empty(); }
 
 iProjectFilter::eResultsType ProjectFilterBase::resultsTypeByCount() const {
-    prepareResults();
     return peekResults().size() > 1 ? kGroupedResults : kFlatResults;
 }
 

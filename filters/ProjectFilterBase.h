@@ -55,8 +55,6 @@ protected:
     cutroom::Result<std::string> asText() const;
     cutroom::Status fromElement(const JSON::Element& object, const std::string& file);
 
-    // Called before results are looked at, without a lock: for heirs that make bins late.
-    virtual void prepareResults() const {}
     void setName(LightweightString<wchar_t> name);
     // The value without the preference, and the preference of the present name and value.
     void cacheVisibility(eVisibility visibility);

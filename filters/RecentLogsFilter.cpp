@@ -21,8 +21,9 @@ public:
 
     bool isDynamic() const override { return true; }
 
-    // Lets those go that have become too old.
-    void expire() {
+    // Lets those go, too, that have become too old.
+    void fill() override {
+        FilterBinData::fill();
         if (cutroom::idSource().secondsNow() >= nextExpiry_)
             refresh();
     }
@@ -88,9 +89,4 @@ RecentLogsFilter::~RecentLogsFilter() = default;
 
 iProjectFilter::eResultsType RecentLogsFilter::getResultsType() const {
     return resultsTypeByCount();
-}
-
-void RecentLogsFilter::prepareResults() const {
-    for (const Kv::Ptr<FilterBinData>& bin : peekResults())
-        static_cast<RecentLogsBin&>(*bin).expire();
 }

@@ -5,14 +5,11 @@
 #include "filters/SystemFilter.h"
 
 // Any thread, as `ProjectFilterBase`. Days are 24 hours of the host's clock. Logs that have become
-// too old leave a bin when the filter is looked at next.
+// too old leave a bin when it is looked at next.
 class CUTROOM_API RecentLogsFilter final : public cutroom::SystemFilter {
 public:
     RecentLogsFilter();
     ~RecentLogsFilter() override;
 
     eResultsType getResultsType() const override;
-
-protected:
-    void prepareResults() const override;
 };

@@ -182,6 +182,11 @@ TEST_F(LiveFilterTest, LogsGrowTooOldToBeRecent) {
     }
     EXPECT_EQ(contentOf(L"Recent logs"), "Last day: 3 2 | Last 7 days: 4 3 2 | "
                                          "Last 30 days: 1 4 3 2");
+    const Cookie lastDay = cutroom::fixedFilterBinID("last day");
+    cutroom::FixedIds tomorrow(0, now + kDay);
+    cutroom::iIdSource* const today = cutroom::installIdSource(&tomorrow);
+    EXPECT_EQ(contentOf(*filters().getFilterResults(lastDay)), "");
+    cutroom::installIdSource(today);
 }
 
 void LiveFilterTest::change(unsigned seed, int times) {
