@@ -208,7 +208,7 @@ private:
             criteria_.markerTypesUnwanted = mask(entry, "unwanted", at);
         } else if (id == kMarkersID) {
             criteria_.markers = patterns(entry, at);
-        } else if (id.empty()) {
+        } else if (!entry.has("ID")) { // an empty one is that of an attribute which nobody has
             fail(at + "ID", "names no attribute");
         } else {
             criteria_.attributes.push_back(

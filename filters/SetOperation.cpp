@@ -42,6 +42,8 @@ BinData::Items combine(const iMultiBinContainer::Bins& bins, eSetOperation opera
     std::unordered_map<Cookie, Seen> seen;
     BinData::Items firsts; // the first item of each asset
     for (std::size_t bin = 0; bin < bins.size(); ++bin) {
+        if (!bins[bin])
+            continue;
         const BinData& from = *bins[bin];
         const BinData::Reading lock(from);
         for (const BinItem& item : from) {

@@ -15,6 +15,6 @@ enum eSetOperation : int { kSetUnion = 0, kSetIntersection = 1, kSetDifference =
 CUTROOM_API LightweightString<wchar_t> getDisplayString(eSetOperation operation);
 
 // Copies of the items that the operation leaves, each asset once: as in the first bin that holds
-// it, in the order of the bins. Empty for no bins and for any other operation. Any thread; each
-// bin's lock is held as a reader, one after the other.
+// it, in the order of the bins; a null bin holds none. Empty for no bins and for any other
+// operation. Any thread; each bin's lock is held as a reader, one after the other.
 CUTROOM_API BinData::Items combine(const iMultiBinContainer::Bins& bins, eSetOperation operation);

@@ -395,6 +395,8 @@ private:
 } // namespace
 
 Result<Timeline> describeForExport(const EditPtr& edit) {
+    if (!edit)
+        return Status(StatusCode::notFound, {}, "there is no edit to export");
     Describer describer;
     auto timeline = describer.describe(edit);
     if (timeline)

@@ -40,6 +40,7 @@ struct MarkerTarget {
     std::string cookie; // of the edit, and its name: which of a file's assets is meant
     std::string name;
 };
+// `edit` must be there.
 CUTROOM_API MarkerTarget markerTarget(const EditPtr& edit, MarkerClock clock);
 
 // Reads `text` (UTF-8, a byte order mark allowed); `file` names it in messages. Fails as `damaged`,

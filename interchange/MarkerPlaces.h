@@ -17,7 +17,7 @@ enum class MarkerClock {
     media,    // from the first frame of what is played
 };
 
-// How the edit counted at the moment of making. A value.
+// How the edit, which must be there, counted at the moment of making. A value.
 class CUTROOM_API MarkerPlaces {
 public:
     MarkerPlaces(const EditPtr& edit, MarkerClock clock);

@@ -91,6 +91,8 @@ Laid layOut(const EditPtr& edit, const SrtFile& file, MarkerClock clock) {
 
 Result<SubtitleReport> importSubtitles(const EditModifier& edit, const SrtFile& file,
                                        const LightweightString<wchar_t>& name, MarkerClock clock) {
+    if (!edit)
+        return Status(StatusCode::notFound, {}, "there is no edit to lay subtitles into");
     SrtFile texts = file;
     const unsigned flags = takeFont(texts);
     const Laid laid = layOut(edit, texts, clock);

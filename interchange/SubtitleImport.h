@@ -22,7 +22,7 @@ struct SubtitleReport {
 // Adds a subtitle channel called `name` with these subtitles, moved to the edit's frames. One that
 // overlaps the next is cut short where that begins; what lies outside the edit is left out, both
 // with a warning. A tag that stands round every line (<i>, <b>) becomes the channel's font. Fails,
-// with the edit unchanged, when nothing lies inside the edit.
+// with the edit unchanged, when nothing lies inside the edit, and without edit.
 CUTROOM_API Result<SubtitleReport> importSubtitles(const EditModifier& edit, const SrtFile& file,
                                                    const LightweightString<wchar_t>& name,
                                                    MarkerClock clock);

@@ -56,6 +56,7 @@ TEST_F(ProjectFilterTest, CombinesBins) {
             EXPECT_EQ(contentOf(result), row.results[operation]);
         }
     }
+    EXPECT_TRUE(combine({nullptr}, kSetUnion).empty());
     EXPECT_EQ(getDisplayString(static_cast<eSetOperation>(3)), L"");
 }
 

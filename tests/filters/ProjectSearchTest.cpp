@@ -255,4 +255,11 @@ TEST(CriteriaJson, keepsTimesBeyondAll) {
     }
 }
 
+TEST(CriteriaJson, keepsWhatAsksForNoAttribute) {
+    Criteria criteria;
+    criteria.attributes.push_back({LogAttribute(), {{{"x"}}, {}}});
+    EXPECT_EQ(read(*criteria.asText())->attributes.size(), 1u);
+    EXPECT_FALSE(read(R"({"Criteria": [{"Patterns": []}]})"));
+}
+
 } // namespace

@@ -114,6 +114,8 @@ TEST_F(ExportEdl, LongEditsKeepTheirFrames) {
 TEST_F(ExportEdl, WhatAListCannotHoldIsRefusedOrTold) {
     const EditModifier edit = makeEdit(2, 1, Kv::FrameRate(25));
     EXPECT_FALSE(exportEdl(edit).ok());
+    EXPECT_EQ(exportEdl({}).status().message(), "there is no edit to export");
+    EXPECT_FALSE(exportOtio({}).ok());
     for (int i = 0; i < 3; ++i)
         layPieces(edit, edit->getId(i), {{i == 1 ? L"Up" : L"Low", 20, 0}, {L"End", 20, 0}});
     EXPECT_THAT(exportEdl(edit).status().message(), HasSubstr("--track: V1, V2"));

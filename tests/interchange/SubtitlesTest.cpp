@@ -131,6 +131,7 @@ TEST_F(SubtitleImport, TimesCountFromTheFirstFrameOrAsTimecode) {
     const auto outside = importSubtitles(hour, file(timecode), L"s", MarkerClock::media);
     EXPECT_THAT(outside.status().text(), HasSubstr("--clock"));
     EXPECT_EQ(hour->getNumChans(kChanSubtitle), 3);
+    EXPECT_FALSE(importSubtitles({}, file(media), L"s", MarkerClock::media).ok());
 }
 
 TEST_F(SubtitleImport, OverlapsAreCutShortAndTagsRoundAllLinesBecomeTheFont) {
