@@ -43,8 +43,8 @@ std::string EdlTimesOut::recordText(std::int64_t frame) const {
 TimecodeFormat EdlTimesOut::sourceOf(const Item& item) const {
     const bool usable = item.sourceRate.valid() && item.sourceRate.rate.nominal() <= kMostEdlFrames;
     const Kv::FrameRate rate = usable ? item.sourceRate.rate : record_.rate;
-    const bool drop =
-        edlFacts(item).empty() && item.channel.empty() ? record_.dropFrame : item.sourceDrop;
+    const bool unsaid = edlFacts(item).empty() && item.channel.empty();
+    const bool drop = unsaid ? item.media.dropFrame.value_or(record_.dropFrame) : item.sourceDrop;
     return {rate, drop && rate.nominal() % 30 == 0};
 }
 

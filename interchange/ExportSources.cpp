@@ -31,6 +31,8 @@ MediaReference mediaOf(const Edit& log) {
     media.name = toUtf8(log.getName());
     media.reel = log.getVideoReelId();
     media.rate.rate = log.getFrameRate();
+    const EditLabel label = log.getVideoTimecodeLabel();
+    media.dropFrame = label.is_valid() ? label.format().dropFrame : log.getDropFrame();
     media.raw = importedMember(log.getImportedMetadata(), kImportedMedia);
     // A log made for what a file plays of its media does not tell how much there is.
     if (!log.isImported() && media.kind == ReferenceKind::external)

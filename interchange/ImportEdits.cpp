@@ -74,16 +74,17 @@ ImportedFile::~ImportedFile() {
     }
 }
 
-void ImportedFile::noteSources(const Timeline& timeline) {
+void ImportedFile::noteSources(const Timeline& timeline, bool dropFrame) {
     ++timelines_;
     for (const Track& track : timeline.tracks) {
         todo_ += track.items.size();
         for (const Item& item : track.items)
             if (item.type == ItemType::clip && item.duration > 0)
-                sources_.note(item, track.kind, importedChannel(item, track), timeline.rate.rate);
+                sources_.note(item, track.kind, importedChannel(item, track),
+                              {timeline.rate.rate, dropFrame});
     }
     for (const Timeline& inside : timeline.nested)
-        noteSources(inside);
+        noteSources(inside, dropFrame);
 }
 
 void ImportedFile::tellDone(std::size_t more) {
@@ -151,17 +152,15 @@ Status ImportedFile::makeEdit(Timeline& timeline, Level level, Cookie& made) {
 Status ImportedFile::make(std::vector<Timeline>& timelines,
                           const std::function<void(double)>& progress) {
     progress_ = progress;
-    bool dropFrame = false;
     for (Timeline& timeline : timelines) {
-        noteSources(timeline);
-        dropFrame = dropFrame || timeline.dropFrame;
+        noteSources(timeline, timeline.dropFrame);
         if (timeline.tracks.empty() && !timeline.markers.empty())
             addWarning(timeline, "it holds markers only; its edit is black");
     }
     todo_ += sources_.count();
     made_.reserve(sources_.count() + timelines_);
     takenBack_.reserve(made_.capacity());
-    if (Status status = sources_.makeLogs(dropFrame, made_, [this] { tellDone(1); }); !status)
+    if (Status status = sources_.makeLogs(made_, [this] { tellDone(1); }); !status)
         return status;
     logs_ = made_.size();
     for (Timeline& timeline : timelines) {

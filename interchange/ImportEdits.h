@@ -35,7 +35,8 @@ public:
 
 private:
     void tellDone(std::size_t more);
-    void noteSources(const Timeline& timeline);
+    // `dropFrame`: how the outermost timeline counts.
+    void noteSources(const Timeline& timeline, bool dropFrame);
     enum class Level { root, nested };
     Status makeEdit(Timeline& timeline, Level level, Cookie& made);
     void describeEdit(const EditPtr& edit, const Timeline& timeline) const;

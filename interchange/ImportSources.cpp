@@ -152,8 +152,8 @@ void describeLog(const EditPtr& log, const ImportSource& source) {
     log->setImportedMetadata(json.take());
 }
 
-void labelLog(const EditPtr& log, const ImportSource& source, Flicks start, bool dropFrame) {
-    const TimecodeFormat format{source.rate, dropFrame && source.rate.allowsDropFrame()};
+void labelLog(const EditPtr& log, const ImportSource& source, Flicks start) {
+    const TimecodeFormat format{source.rate, source.dropFrame && source.rate.allowsDropFrame()};
     log->setDropFrame(format.dropFrame);
     const std::int64_t first = source.rate.flicksToFrameNearest(start);
     if (source.video || source.audio == 0)
@@ -162,7 +162,7 @@ void labelLog(const EditPtr& log, const ImportSource& source, Flicks start, bool
         log->addLabel(EditLabel(kLabelVideoTimecode, {4, 1}, format, first));
 }
 
-Status makeLog(ImportSource& source, bool dropFrame, std::vector<EditModifier>& made) {
+Status makeLog(ImportSource& source, std::vector<EditModifier>& made) {
     source.log = makeNewEditCookie();
     const auto sounds = static_cast<unsigned char>(std::bit_width(source.audio));
     EditModifier log = EditManager::instance().makeNewEdit(source.log, source.video ? 1 : 0, sounds,
@@ -172,7 +172,7 @@ Status makeLog(ImportSource& source, bool dropFrame, std::vector<EditModifier>& 
     made.push_back(log);
     const Span extent = extentOf(source);
     describeLog(log, source);
-    labelLog(log, source, extent.start, dropFrame);
+    labelLog(log, source, extent.start);
     return layChannels(log, source, extent);
 }
 
@@ -212,16 +212,19 @@ ImportSource ImportSources::describe(const Item& item) {
     return source;
 }
 
-void ImportSources::note(const Item& item, TrackKind kind, int channel, const Kv::FrameRate& rate) {
+void ImportSources::note(const Item& item, TrackKind kind, int channel,
+                         const TimecodeFormat& record) {
     ImportSource fresh = describe(item);
     const auto [entry, isNew] = byKey_.try_emplace(
         keyOf(fresh.medium, fresh.reel, fresh.location, fresh.name), sources_.size());
     if (isNew) {
         fresh.raw = item.media.raw;
+        // An event of an edit list says how its source is counted.
+        fresh.dropFrame = item.channel.empty() ? record.dropFrame : item.sourceDrop;
         sources_.push_back(std::move(fresh));
     }
     ImportSource& source = sources_[entry->second];
-    for (const Kv::FrameRate& candidate : {item.media.rate.rate, item.sourceRate.rate, rate})
+    for (const Kv::FrameRate& candidate : {item.media.rate.rate, item.sourceRate.rate, record.rate})
         if (!countsFrames(source.rate))
             source.rate = candidate;
     if (item.media.available)
@@ -279,14 +282,13 @@ Status ImportSources::chooseLog(ImportSource& source) {
     return {};
 }
 
-Status ImportSources::makeLogs(bool dropFrame, std::vector<EditModifier>& made,
-                               const std::function<void()>& done) {
+Status ImportSources::makeLogs(std::vector<EditModifier>& made, const std::function<void()>& done) {
     findLogs();
     for (ImportSource& source : sources_) {
         if (Status status = chooseLog(source); !status)
             return status;
         if (!source.log.valid())
-            if (Status status = makeLog(source, dropFrame, made); !status)
+            if (Status status = makeLog(source, made); !status)
                 return status;
         done();
     }

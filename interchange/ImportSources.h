@@ -5,6 +5,7 @@
 #include "platform/base/Cookie.h"
 #include "platform/base/Status.h"
 #include "platform/base/Strings.h"
+#include "platform/base/Timecode.h"
 #include "platform/store/EditPtr.h"
 
 #include <cstdint>
@@ -24,6 +25,7 @@ struct ImportSource {
     std::string name;
     std::string raw;
     Kv::FrameRate rate;
+    bool dropFrame = false;        // where the rate allows it
     std::optional<Span> available; // all that any clip says there is
     std::optional<Span> used;      // media time that clips play
     bool video = false;
@@ -45,13 +47,12 @@ struct ImportSource {
 //   clip                          |----|               strip time 01:00:04:00, say
 class ImportSources {
 public:
-    // Takes note of a clip on a track of `kind`; `rate` counts where its media states none.
-    void note(const Item& item, TrackKind kind, int channel, const Kv::FrameRate& rate);
+    // Takes note of a clip on a track of `kind`; `record` counts where the clip does not say how.
+    void note(const Item& item, TrackKind kind, int channel, const TimecodeFormat& record);
     std::size_t count() const noexcept { return sources_.size(); }
     // Gives each source its log: one that the project has with all channels that are needed, else
     // a new one, appended to `made`. `done` is called after each.
-    Status makeLogs(bool dropFrame, std::vector<EditModifier>& made,
-                    const std::function<void()>& done);
+    Status makeLogs(std::vector<EditModifier>& made, const std::function<void()>& done);
     // The material of a noted clip: a strip of its log, or the log itself on tracks that are
     // neither picture nor sound.
     Cookie materialOf(const Item& item, TrackKind kind, int channel) const;

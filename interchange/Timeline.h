@@ -48,6 +48,8 @@ struct MediaReference {
     // The media that exists, in media time; `rate` is what its start is counted in.
     std::optional<Span> available;
     RateRead rate;
+    // Whether the log of the media counts in drop frame; nothing when there is no log.
+    std::optional<bool> dropFrame;
     // All references of the clip as JSON, for writing them back; empty for edit lists.
     std::string raw;
 };

@@ -1,5 +1,6 @@
 #include "interchange/Importer.h"
 
+#include "interchange/Exporter.h"
 #include "platform/files/Files.h"
 #include "tests/interchange/ImportFixture.h"
 #include "tests/interchange/OtioText.h"
@@ -157,6 +158,28 @@ TEST_F(Import, LogsUsedAgainFitOrAreMadeAnew) {
     std::ofstream(folder() + "/edits/" + log.asString() + ".edit") << "damaged";
     open();
     EXPECT_EQ(reel("02:00:00:00", "02:00:10:00").logs, 1u);
+}
+
+TEST_F(Import, LogsCountAsTheListSaysOfTheirEvents) {
+    const EditModifier edit =
+        imported("mixed.edl",
+                 "FCM: DROP FRAME\nFCM: NON-DROP FRAME\n"
+                 "001 N V C 10:00:00:00 10:00:10:00 01:00:00;00 01:00:10;00\nFCM: DROP FRAME\n"
+                 "002 D V C 10:00:00;00 10:00:10;00 01:00:10;00 01:00:20;00\n",
+                 Kv::FrameRate(30000, 1001));
+    const Kv::Ptr<Cel> cel = celOf(edit, 0);
+    const auto start = [&](std::uint32_t event) {
+        return EditPtr(convertCookie(cel->getSegment(event).material, 'E'))->getTimecode(0);
+    };
+    EXPECT_EQ(start(0), "10:00:00:00");
+    EXPECT_EQ(start(1), "10:00:00;00");
+    CelSegment cutIn = cel->getSegment(0);
+    cutIn.detail.metadata.clear(); // what an event said
+    ASSERT_TRUE(cel->setSegments({cutIn}).ok());
+    EXPECT_THAT(
+        exportEdl(edit)->text,
+        HasSubstr("FCM: NON-DROP FRAME\n001  N        V     C        10:00:00:00 10:00:10:00 "
+                  "01:00:00;00 01:00:10;00\n"));
 }
 
 TEST_F(Import, ContentsTellTheKindOfFile) {
