@@ -70,14 +70,24 @@ Result<std::vector<NamedRegion>> chosenRegions(const CuesWords& words, const Edi
     return chosen;
 }
 
+// The frame that shows a place, so that what is made is what is listed, and no cut lies between
+// frames.
+double shownAt(double seconds, const Kv::FrameRate& rate) {
+    return isStorableTime(seconds)
+               ? toSeconds(rate.frameToFlicks(rate.flicksToFrameFloor(toFlicks(seconds))))
+               : seconds;
+}
+
 // The regions that have anything of the edit, as cues with an end; the others are told.
 std::vector<Cue> usable(const std::vector<NamedRegion>& regions, const EditPtr& edit) {
     std::vector<Cue> cues;
     for (const NamedRegion& region : regions) {
-        const double start = std::max(region.range.getStart(), edit->getStartTime());
-        const double end = std::min(region.range.getEnd(), edit->getEndTime());
+        const TimeRange range(shownAt(region.range.getStart(), edit->getFrameRate()),
+                              shownAt(region.range.getEnd(), edit->getFrameRate()));
+        const double start = std::max(range.getStart(), edit->getStartTime());
+        const double end = std::min(range.getEnd(), edit->getEndTime());
         if (end - start > kTimeTolerance)
-            cues.emplace_back(region.range, region.name);
+            cues.emplace_back(range, region.name);
         else
             note("left out: marker \"" + toUtf8(region.name) + "\" at " +
                  edit->getTimecode(region.range.getStart()) + " spans nothing of the edit");
