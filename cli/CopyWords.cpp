@@ -51,7 +51,7 @@ Result<double> rangeEnd(const CopyWords& words, const EditPtr& edit, Kv::MarkTyp
         return framePlace(*word, edit);
     const double mark = words.marked ? edit->getStoredMark(type) : kNoTime;
     if (mark != kNoTime)
-        return mark;
+        return shownAt(mark, edit);
     return in ? edit->getStartTime() : edit->getEndTime();
 }
 
@@ -106,6 +106,13 @@ void declareCopyWords(CLI::App& command, CopyWords& words, CopyRanges ranges) {
     command.add_option("--name", words.name, "Name of the copy");
     command.add_option("--bin", words.bin, "File it in this bin, made when it is missing")
         ->type_name("BIN");
+}
+
+double shownAt(double seconds, const EditPtr& edit) {
+    if (!isStorableTime(seconds))
+        return seconds;
+    const Kv::FrameRate rate = edit->getFrameRate();
+    return toSeconds(rate.frameToFlicks(rate.flicksToFrameFloor(toFlicks(seconds))));
 }
 
 Result<EditModule> readCopyWords(const CopyWords& words, const EditPtr& edit) {

@@ -35,6 +35,9 @@ void declareCopyWords(CLI::App& command, CopyWords& words, CopyRanges ranges);
 // without any). Fails for places outside the edit, a range without length, and unknown tracks.
 Result<EditModule> readCopyWords(const CopyWords& words, const EditPtr& edit);
 
+// The start of the frame of the edit that shows a place, as it is listed. What is no time stays.
+double shownAt(double seconds, const EditPtr& edit);
+
 // Keeps a copy with its name, its parent and its bin, and prints it: as JSON, else cookie and name.
 Status keepCopy(const CopyWords& words, Filing& filing, EditModifier copy, const EditPtr& source,
                 bool json);

@@ -1,5 +1,6 @@
 // cutroom cues EDIT
 #include "cli/Command.h"
+#include "cli/CopyWords.h"
 #include "cli/Filing.h"
 #include "cli/Names.h"
 #include "editops/CueEdit.h"
@@ -70,20 +71,13 @@ Result<std::vector<NamedRegion>> chosenRegions(const CuesWords& words, const Edi
     return chosen;
 }
 
-// The frame that shows a place, so that what is made is what is listed, and no cut lies between
-// frames.
-double shownAt(double seconds, const Kv::FrameRate& rate) {
-    return isStorableTime(seconds)
-               ? toSeconds(rate.frameToFlicks(rate.flicksToFrameFloor(toFlicks(seconds))))
-               : seconds;
-}
-
-// The regions that have anything of the edit, as cues with an end; the others are told.
+// The regions that have anything of the edit, as cues with an end; the others are told. They lie on
+// frames, so that what is made is what is listed.
 std::vector<Cue> usable(const std::vector<NamedRegion>& regions, const EditPtr& edit) {
     std::vector<Cue> cues;
     for (const NamedRegion& region : regions) {
-        const TimeRange range(shownAt(region.range.getStart(), edit->getFrameRate()),
-                              shownAt(region.range.getEnd(), edit->getFrameRate()));
+        const TimeRange range(shownAt(region.range.getStart(), edit),
+                              shownAt(region.range.getEnd(), edit));
         const double start = std::max(range.getStart(), edit->getStartTime());
         const double end = std::min(range.getEnd(), edit->getEndTime());
         if (end - start > kTimeTolerance)
