@@ -103,10 +103,11 @@ private:
     // Tells whether a comment of the list that was read still holds; those that are written anew
     // do not count.
     bool holds(const Item& item, const std::string& text) {
-        for (const char* const key :
-             {"FROM CLIP NAME:", "TO CLIP NAME:", "EFFECT NAME:", "EFFECTS NAME", "REEL:"})
+        for (const char* const key : {"FROM CLIP NAME:", "TO CLIP NAME:", "REEL:"})
             if (text.starts_with(key))
                 return false;
+        if (text.starts_with("EFFECT NAME:") || text.starts_with("EFFECTS NAME"))
+            return !event_.transition && !wasTransition();
         if (const auto is = text.find(" IS CLIP ");
             text.starts_with("REEL ") && is != std::string::npos) {
             const bool same = trim(std::string_view(text).substr(5, is - 5)) == item.media.reel &&
@@ -125,6 +126,12 @@ private:
             return same || ofOther || value.empty();
         }
         return true;
+    }
+
+    // The effect of a cut or key is the clip's own.
+    bool wasTransition() const {
+        const std::string kind = importedText(event_.facts, "transition");
+        return kind.starts_with('D') || kind.starts_with('W');
     }
 
     const EdlEventOut& event_;
