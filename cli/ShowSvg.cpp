@@ -129,11 +129,12 @@ private:
     std::string box(const ItemView& item, const std::string& kind, double y, double height) const {
         const double left = x(static_cast<double>(item.start));
         const double width = std::max(static_cast<double>(item.duration) * scale_, 0.5);
-        std::string out = "<g><title>" + escaped(item.name + "\n" + item.media) +
-                          "</title><rect x=\"" + number(left) + "\" y=\"" + number(y) +
-                          "\" width=\"" + number(width) + "\" height=\"" + number(height) +
-                          "\" rx=\"3\" fill=\"" + fillOf(kind) + "\" stroke=\"#1d2026\"" +
-                          (item.enabled ? "" : " fill-opacity=\"0.35\"") + "/>";
+        const std::string media = item.media.empty() ? "" : "\n" + escaped(item.media);
+        std::string out = "<g><title>" + escaped(item.name) + media + "</title><rect x=\"" +
+                          number(left) + "\" y=\"" + number(y) + "\" width=\"" + number(width) +
+                          "\" height=\"" + number(height) + "\" rx=\"3\" fill=\"" + fillOf(kind) +
+                          "\" stroke=\"#1d2026\"" + (item.enabled ? "" : " fill-opacity=\"0.35\"") +
+                          "/>";
         // A name that does not fit is cut, at about 7 units a character.
         const auto room = static_cast<std::size_t>(std::max(0.0, (width - 10) / 7));
         const std::wstring name = toWide(item.name);
