@@ -11,6 +11,7 @@
 #include "platform/store/SaveAlongside.h"
 
 #include <new>
+#include <unordered_set>
 
 using cutroom::EditFile;
 using cutroom::Status;
@@ -163,9 +164,10 @@ EditPtr EditManager::addToProject(const EditPtr& edit) {
 
 Status EditManager::deleteEdits(const CookieVec& edits, const LightweightString<char>& reason) {
     CookieVec found;
+    std::unordered_set<Cookie> seen;
     std::vector<std::string> names;
     for (const Cookie& cookie : edits)
-        if (exists(cookie) && std::find(found.begin(), found.end(), cookie) == found.end()) {
+        if (exists(cookie) && seen.insert(cookie).second) {
             found.push_back(cookie);
             names.push_back(cookie.asString());
         }
