@@ -98,13 +98,6 @@ bool groupWasLeft(const std::string& folder) {
     return false;
 }
 
-// What tells of a writer that came by: the file's time and identity, and the log beside it.
-bool isSameFile(const Result<FileInfo>& before, const std::string& database) {
-    const Result<FileInfo> now = fileSystem().stat(database);
-    return before && now && before->identity == now->identity &&
-           before->modifiedNanos == now->modifiedNanos && !fileExists(database + "-wal");
-}
-
 } // namespace
 
 OpenProject& OpenProject::instance() { return ProcessSingleton<OpenProject>::get(); }
@@ -255,7 +248,7 @@ Status OpenProject::openDatabase(const std::string& folder) {
     bool isBehind = *opened == ProjectDatabase::Opened::interrupted || filesRecovered_;
     if (!isNew && !isBehind && edits && missesEdits(folder, *edits)) {
         isBehind = !isReadOnly();
-        if (isReadOnly() && isSameFile(before, path)) // else a writer is at it
+        if (isReadOnly() && isSameDatabase(before, path)) // else a writer is at it
             warn(Status(StatusCode::damaged, path,
                         "edits of the project are missing in it; a writing command adds them"));
     }

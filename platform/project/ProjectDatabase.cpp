@@ -46,9 +46,29 @@ Status moveDatabaseAside(const std::string& path) {
     return removeFile(path + "-shm");
 }
 
+// What is read while a writer comes by may be of two states, so it is read again.
+Result<RecordTable> openForReading(const std::string& path) {
+    constexpr int kMostLooks = 10;
+    for (int look = 1;; ++look) {
+        const Result<FileInfo> before = fileSystem().stat(path);
+        // Beside a log there is, or was, a writer whose last changes are in it.
+        if (fileExists(path + "-wal"))
+            return RecordTable::open(path, SqliteConnection::Mode::read);
+        Result<RecordTable> table = RecordTable::open(path, SqliteConnection::Mode::copy);
+        if (look == kMostLooks || isSameDatabase(before, path))
+            return table;
+    }
+}
+
 void logFailure(const Status& status) { LogBoth("%s\n", status.text().c_str()); }
 
 } // namespace
+
+bool isSameDatabase(const Result<FileInfo>& before, const std::string& path) {
+    const Result<FileInfo> now = fileSystem().stat(path);
+    return before && now && before->identity == now->identity &&
+           before->modifiedNanos == now->modifiedNanos && !fileExists(path + "-wal");
+}
 
 ProjectDatabase& ProjectDatabase::instance() { return ProcessSingleton<ProjectDatabase>::get(); }
 
@@ -86,11 +106,10 @@ Result<ProjectDatabase::Opened> ProjectDatabase::openTable(const std::string& pa
                                                            Status* damage) {
     using Mode = SqliteConnection::Mode;
     const bool isThere = fileExists(path);
-    // Beside a log there is, or was, a writer whose last changes are in it.
     const bool hasLog = fileExists(path + "-wal");
-    const Mode readMode = hasLog ? Mode::read : Mode::immutable;
     if (isThere || !readOnly) {
-        Result<RecordTable> table = RecordTable::open(path, readOnly ? readMode : Mode::create);
+        Result<RecordTable> table =
+            readOnly ? openForReading(path) : RecordTable::open(path, Mode::create);
         if (table) {
             table_.emplace(std::move(*table));
             if (!isThere)

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "platform/base/Locks.h"
+#include "platform/base/Status.h"
+#include "platform/host/FileSystem.h"
 #include "platform/host/ProcessLife.h"
 #include "platform/messaging/Notifier.h"
 #include "platform/project/CookieTable.h"
@@ -18,6 +20,10 @@
 #include <vector>
 
 namespace cutroom {
+
+// Tells whether no writer of the database has come by since `before` was taken of its file: the
+// file's time and identity, and the log beside it, tell of one.
+bool isSameDatabase(const Result<FileInfo>& before, const std::string& path);
 
 // Any thread; the lock is held while the database is read or written, not while listeners are told
 // or visitors run.

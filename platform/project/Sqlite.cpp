@@ -47,9 +47,34 @@ std::string uriOf(const std::string& path, const char* options) {
     return uri + options;
 }
 
+constexpr int kCommon = SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_URI;
+
+int openMemory(sqlite3** handle) {
+    return sqlite3_open_v2(":memory:", handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+}
+
+// On failure the handle, if any, tells what is wrong.
+int openCopy(const std::string& path, sqlite3** handle) {
+    sqlite3* file = nullptr;
+    int result = sqlite3_open_v2(uriOf(path, "?immutable=1").c_str(), &file,
+                                 kCommon | SQLITE_OPEN_READONLY, nullptr);
+    if (result != SQLITE_OK) {
+        *handle = file;
+        return result;
+    }
+    result = openMemory(handle);
+    if (result == SQLITE_OK) {
+        sqlite3_backup* const copying = sqlite3_backup_init(*handle, "main", file, "main");
+        if (copying)
+            sqlite3_backup_step(copying, -1); // its failure is given again by the next
+        result = copying ? sqlite3_backup_finish(copying) : sqlite3_errcode(*handle);
+    }
+    sqlite3_close_v2(file);
+    return result;
+}
+
 int openHandle(const std::string& path, SqliteConnection::Mode mode, sqlite3** handle) {
     using Mode = SqliteConnection::Mode;
-    constexpr int kCommon = SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_URI;
     switch (mode) {
     case Mode::create:
         return sqlite3_open_v2(uriOf(path, "").c_str(), handle,
@@ -57,12 +82,10 @@ int openHandle(const std::string& path, SqliteConnection::Mode mode, sqlite3** h
     case Mode::read:
         return sqlite3_open_v2(uriOf(path, "").c_str(), handle, kCommon | SQLITE_OPEN_READONLY,
                                nullptr);
-    case Mode::immutable:
-        return sqlite3_open_v2(uriOf(path, "?immutable=1").c_str(), handle,
-                               kCommon | SQLITE_OPEN_READONLY, nullptr);
+    case Mode::copy:
+        return openCopy(path, handle);
     case Mode::memory:
-        return sqlite3_open_v2(":memory:", handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
-                               nullptr);
+        return openMemory(handle);
     }
     return SQLITE_MISUSE;
 }

@@ -18,10 +18,11 @@ class SqliteStatement;
 class SqliteConnection {
 public:
     enum class Mode {
-        create,    // for writing, made when it is not there
-        read,      // for reading beside a writer
-        immutable, // for reading a file that nobody writes; touches nothing beside it
-        memory,    // an empty database that is gone with the connection
+        create, // for writing, made when it is not there
+        read,   // for reading beside a writer
+        copy,   // a copy in memory of a file that nobody writes at the moment; touches nothing
+                // beside it, and stays as it is when a writer comes later
+        memory, // an empty database that is gone with the connection
     };
 
     // Opens the file; `damaged` when it is no database.

@@ -1,6 +1,7 @@
 // The project database: records, searches, transactions, notices, damage.
 #include "platform/project/ProjDb.h"
 #include "platform/prefs/Configuration.h"
+#include "platform/project/RecordTable.h"
 #include "tests/platform_project/ProjectFixture.h"
 #include "tests/support/Scale.h"
 
@@ -234,6 +235,26 @@ TEST_F(ProjDbTest, servesManyThreadsAtOnce) {
         thread.join();
     EXPECT_EQ(projdb::count(), 4 * kEach);
     EXPECT_THAT(told_, testing::Not(IsEmpty()));
+}
+
+TEST_F(ProjDbTest, aWriterThatComesLaterLeavesAReaderAlone) {
+    constexpr std::uint64_t kRecords = 200;
+    const std::string text = "old" + std::string(20'000, 'x'); // SQLite keeps 2 MB of a file
+    {
+        const ProjDbModificationCoalescer batch;
+        for (std::uint64_t id = 0; id < kRecords; ++id)
+            ASSERT_TRUE(projdb::put(record(id, text)).ok());
+    }
+    ASSERT_TRUE(reopen(Access::readOnly).ok());
+    auto writer =
+        cutroom::RecordTable::open(inFolder("project.db"), cutroom::SqliteConnection::Mode::create);
+    ASSERT_TRUE(writer.ok() && writer->begin().ok());
+    for (std::uint64_t id = 0; id < kRecords; ++id)
+        ASSERT_TRUE(writer->update(static_cast<std::int64_t>(id + 1), record(id, "new")).ok());
+    ASSERT_TRUE(writer->commit().ok() && writer->close().ok());
+    std::uint64_t same = 0;
+    projdb::forEach([&](const projdb::Record& one) { return one == record(same++, text); });
+    EXPECT_EQ(same, kRecords);
 }
 
 // --- crashes, failures, damage -----------------------------------------------------------------
