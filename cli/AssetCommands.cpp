@@ -6,6 +6,7 @@
 #include "cli/Command.h"
 #include "cli/FilterWords.h"
 #include "cli/Names.h"
+#include "cli/Permission.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
@@ -21,8 +22,8 @@ Status renameEdit(const std::string& name, const std::wstring& newName) {
     const auto edit = openEdit(name);
     if (!edit)
         return edit.status();
-    if ((*edit)->isReadOnly())
-        return {StatusCode::failed, name, "the edit is read-only"};
+    if (Status may = mayChange(*edit); !may)
+        return may;
     EditManager::instance().makeBackup(*edit, "Rename");
     EditModifier modifier(*edit, "Rename");
     modifier->setName(newName);
@@ -71,6 +72,8 @@ Status deleteAssets(const std::vector<std::string>& names, const std::string& re
         const auto asset = findAsset(name, kinds);
         if (!asset)
             return asset.status();
+        if (Status may = mayDelete(asset->cookie, name); !may)
+            return may;
         if (asset->kind == kGroups)
             groups.push_back(AssetAssociationGroupManager::instance().getGroup(asset->cookie));
         else if (asset->kind == kFilters)

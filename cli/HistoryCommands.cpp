@@ -2,6 +2,7 @@
 #include "cli/Command.h"
 #include "cli/History.h"
 #include "cli/Names.h"
+#include "cli/Permission.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
 #include "platform/store/EditManager.h"
@@ -22,6 +23,8 @@ Status takeSteps(const std::string& name, int times, bool back, Steps& taken) {
     const auto edit = openEdit(name);
     if (!edit)
         return edit.status();
+    if (Status may = mayChange(*edit); !may)
+        return may;
     EditManager& manager = EditManager::instance();
     for (int i = 0; i < times; ++i) {
         const auto next = nextStep(*edit, back);

@@ -3,6 +3,7 @@
 #include "cli/EditView.h"
 #include "cli/MarkersIn.h"
 #include "cli/Names.h"
+#include "cli/Permission.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
 #include "platform/store/Edit.h"
@@ -245,8 +246,8 @@ int run(const Options& options, const MarkerWords& words) {
                                print(options.json ? listJson(view) : listText(view));
                                return {};
                            }
-                           if ((*edit)->isReadOnly())
-                               return {StatusCode::failed, words.edit, "the edit is read-only"};
+                           if (Status may = mayChange(*edit); !may)
+                               return may;
                            return perform(options, words, *edit);
                        });
 }

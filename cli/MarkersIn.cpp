@@ -1,5 +1,6 @@
 #include "cli/MarkersIn.h"
 
+#include "cli/Permission.h"
 #include "cli/SubtitlesIn.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
@@ -46,8 +47,8 @@ Result<MarkersInReport> addMarkers(const MarkersInWords& words, const EditPtr& e
     const auto file = readMarkers(*text, words.file, *format, target);
     if (!file)
         return file.status();
-    if (edit->isReadOnly())
-        return Status(StatusCode::failed, toUtf8(edit->getName()), "the edit is read-only");
+    if (Status may = mayChange(edit); !may)
+        return may;
     MarkersInReport report;
     report.warnings = file->warnings;
     report.plan = planMarkers(edit->getCues(), *file, target.places, conflictOf(words.conflict));

@@ -1,6 +1,7 @@
 // cutroom marks EDIT
 #include "cli/Command.h"
 #include "cli/Names.h"
+#include "cli/Permission.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
 #include "platform/store/Edit.h"
@@ -93,8 +94,8 @@ Status perform(const Options& options, const MarksWords& words) {
     if (!edit)
         return edit.status();
     if (words.changes()) {
-        if ((*edit)->isReadOnly())
-            return {StatusCode::failed, words.edit, "the edit is read-only"};
+        if (Status may = mayChange(*edit); !may)
+            return may;
         const auto places = readPlaces(words, *edit);
         if (!places)
             return places.status();

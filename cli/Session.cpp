@@ -2,6 +2,7 @@
 
 #include "cli/Command.h"
 #include "cli/Names.h"
+#include "cli/Permission.h"
 #include "cli/VerbUsage.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
@@ -264,8 +265,7 @@ EditPtr Session::edit() const {
 
 EditModifier Session::editForChange() {
     const EditPtr changed = edit();
-    if (changed->isReadOnly())
-        refuse(StatusCode::failed, toUtf8(changed->getName()), "the edit is read-only");
+    require(mayChange(changed));
     EditManager::instance().makeBackup(changed, line_);
     return EditModifier(changed, line_);
 }

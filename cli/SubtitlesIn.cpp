@@ -1,6 +1,7 @@
 #include "cli/SubtitlesIn.h"
 
 #include "cli/Names.h"
+#include "cli/Permission.h"
 #include "platform/base/Strings.h"
 #include "platform/files/Files.h"
 #include "platform/store/Edit.h"
@@ -73,8 +74,8 @@ Result<SubtitleReport> addSubtitles(const SubtitleWords& words) {
     const auto edit = openEdit(words.edit);
     if (!edit)
         return edit.status();
-    if ((*edit)->isReadOnly())
-        return Status(StatusCode::failed, words.edit, "the edit is read-only");
+    if (Status may = mayChange(*edit); !may)
+        return may;
     EditManager::instance().makeBackup(*edit, "Add subtitles");
     const std::string name = std::filesystem::path(words.file).stem().string();
     return importSubtitles(EditModifier(*edit, "Add subtitles"), *file, toWide(name), words.clock);

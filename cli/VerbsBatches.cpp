@@ -1,5 +1,6 @@
 // Verbs for batches, threads and the history.
 #include "cli/History.h"
+#include "cli/Permission.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
 #include "platform/store/EditManager.h"
@@ -45,6 +46,7 @@ void history(Session& session, SessionWords&) {
 }
 
 void step(Session& session, bool back) {
+    require(mayChange(session.edit()));
     const auto taken = nextStep(session.edit(), back);
     if (!taken)
         refuse(StatusCode::failed, back ? "undo" : "redo", "there is no step to take");
