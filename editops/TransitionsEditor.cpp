@@ -214,6 +214,8 @@ Status TransitionsEditor::put(const EditModifier& edit, const IdStamp& channel,
     const Kv::Ptr<Cel> cel = edit ? edit->get_edit_cel_p(channel) : Kv::Ptr<Cel>();
     if (!cel || !point.valid() || !(cel->getHandle(point.getIndex()) == point))
         return refused("there is no such point");
+    if (graph.inOffset < 0 || graph.outOffset < 0)
+        return refused("its length before and after the cut is not negative");
     const std::uint32_t index = point.getIndex();
     const ce_handle beside = point.is_out_point() ? point.next() : point.previous();
     const bool replacesBoth =

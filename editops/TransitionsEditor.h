@@ -51,7 +51,8 @@ public:
 
     // Puts an effect on `point` of `channel`, in place of the one there; a transition also in place
     // of one on the other point of the cut. Graphs that no point names any more leave the edit.
-    // Fails, changing nothing, for an empty modifier and a point that is not of the channel.
+    // Fails, changing nothing, for an empty modifier, a point that is not of the channel, and an
+    // effect that would reach a negative length to either side.
     static cutroom::Status put(const EditModifier& edit, const IdStamp& channel,
                                const ce_handle& point, EffectGraph graph);
 
