@@ -126,6 +126,7 @@ Status Session::run(std::string_view line) {
 
 Status Session::runNested(std::string_view line) {
     const std::string outer = std::exchange(line_, std::string(trim(line)));
+    const EditPtr outerStepped = std::exchange(stepped_, EditPtr());
     Status outcome;
     try {
         SessionWords words = SessionWords::parse(line_);
@@ -133,8 +134,10 @@ Status Session::runNested(std::string_view line) {
             perform(words);
     } catch (const Refused& refused) {
         outcome = refused.status;
+        EditManager::instance().dropBackup(stepped_);
     }
     line_ = outer;
+    stepped_ = outerStepped;
     return outcome;
 }
 
@@ -212,6 +215,13 @@ std::string Session::freeName(const std::string& wanted) const {
     return name;
 }
 
+std::string Session::takeViewerName(SessionWords& words) const {
+    const std::string name = words.takeIf("as") ? words.take("a name") : freeName("viewer");
+    if (viewers_.contains(name))
+        refuse(StatusCode::wrongUsage, name, "a viewer of this name is open");
+    return name;
+}
+
 void Session::addClient(std::unique_ptr<PrintingClient> client) {
     clients_.push_back(std::move(client));
 }
@@ -267,6 +277,7 @@ EditModifier Session::editForChange() {
     const EditPtr changed = edit();
     require(mayChange(changed));
     EditManager::instance().makeBackup(changed, line_);
+    stepped_ = changed;
     return EditModifier(changed, line_);
 }
 

@@ -10,6 +10,7 @@
 #include "cli/Workspace.h"
 #include "editops/basics/IndexIndependentEventList.h"
 #include "platform/base/Ptr.h"
+#include "platform/store/EditPtr.h"
 #include "vob/Vob.h"
 #include "vob/VobManager.h"
 
@@ -89,7 +90,8 @@ public:
     Session& operator=(const Session&) = delete;
 
     // Does what one line says, then lets the loop deliver what was posted. A failure leaves
-    // everything as the line found it, as far as the library promises it.
+    // everything as the line found it, as far as the library promises it, the steps of undo and
+    // redo too.
     Status run(std::string_view line);
     // The same from inside a client that is being told: nothing posted is delivered.
     Status runNested(std::string_view line);
@@ -114,6 +116,8 @@ public:
     std::string nameOf(const Vob* vob) const;
     const std::map<std::string, Kv::Ptr<Vob>>& viewers() const noexcept { return viewers_; }
     std::string freeName(const std::string& wanted) const;
+    // The name that follows "as", else a free one; refuses that of a viewer that is open.
+    std::string takeViewerName(SessionWords& words) const;
     // Forgets viewers that the manager has closed.
     void dropClosedViewers();
 
@@ -170,6 +174,7 @@ private:
     std::vector<std::unique_ptr<AVMachine>> machines_;
     IndexIndependentEventList remembered_;
     std::string line_;
+    EditPtr stepped_; // the edit that got a step for this line
     bool ended_ = false;
     bool leaving_ = false;
 };

@@ -93,6 +93,15 @@ bool SessionWords::takeIf(std::string_view word) {
     return true;
 }
 
+bool SessionWords::takeAnywhere(std::string_view word) {
+    const auto left = words_.begin() + static_cast<std::ptrdiff_t>(next_);
+    const auto found = std::find(left, words_.end(), word);
+    if (found == words_.end())
+        return false;
+    words_.erase(found);
+    return true;
+}
+
 const std::string& SessionWords::takeOneOf(const char* what,
                                            const std::vector<std::string_view>& choices) {
     const std::string& word = take(what);

@@ -48,6 +48,8 @@ public:
     const std::string& peek() const;
     // Takes the next word when it is `word`.
     bool takeIf(std::string_view word);
+    // The same wherever it stands among the words that are left, whose values it is none of.
+    bool takeAnywhere(std::string_view word);
     // One of the given words.
     const std::string& takeOneOf(const char* what, const std::vector<std::string_view>& choices);
     // What one of the given words stands for.

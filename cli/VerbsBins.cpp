@@ -169,7 +169,7 @@ void tellAccepted(Session& session, SessionWords& words) {
 void openItem(Session& session, SessionWords& words) {
     const Kv::Ptr<BinData> bin = takeBin(words);
     const long long number = words.takeInt("an item", 1, 1'000'000);
-    const std::string name = words.takeIf("as") ? words.take("a name") : session.freeName("viewer");
+    const std::string name = session.takeViewerName(words);
     if (number > static_cast<long long>(bin->numItems()))
         refuse(StatusCode::notFound, std::to_string(number), "the bin has no such item");
     const auto index = static_cast<unsigned>(number - 1);

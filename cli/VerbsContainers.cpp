@@ -7,6 +7,7 @@
 #include "cli/Session.h"
 #include "filters/ProjectFilterManager.h"
 #include "platform/base/Strings.h"
+#include "platform/files/Files.h"
 
 #include <map>
 
@@ -91,12 +92,13 @@ void saveContainers(Session& session, SessionWords& words) {
     session.say(container->isDirty() ? "  still to be saved" : "  saved");
 }
 
+// A failed load ends what a bin was to save, so what has no file is not even tried.
 void loadBin(Session&, SessionWords& words) {
     const Kv::Ptr<BinData> bin = takeBin(words);
-    if (words.takeIf("from"))
-        require(bin->load(takeBin(words)->getID()));
-    else
-        require(bin->load());
+    const Kv::Ptr<BinData> from = words.takeIf("from") ? takeBin(words) : bin;
+    if (!fileExists(toUtf8(from->getLocation())))
+        refuse(StatusCode::notFound, toUtf8(from->getName()), "the bin has not been saved yet");
+    require(bin->load(from->getID()));
 }
 
 // --- managers ------------------------------------------------------------------------------------

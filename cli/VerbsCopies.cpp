@@ -12,6 +12,8 @@
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
+#include <optional>
+
 namespace cutroom::cli {
 
 namespace {
@@ -25,6 +27,13 @@ eLogType takeType(SessionWords& words) {
 
 std::wstring takeName(SessionWords& words) {
     return words.takeIf("named") ? toWide(words.take("a name")) : std::wstring();
+}
+
+// The same, and whether `flag` stands before or after it.
+bool takeFlagAndName(SessionWords& words, std::string_view flag, std::wstring& name) {
+    const bool first = words.takeIf(flag);
+    name = takeName(words);
+    return words.takeIf(flag) || first;
 }
 
 // Enters what was made in the project, so that the next line can name it, and tells its name,
@@ -52,8 +61,9 @@ EditModule moduleOf(Session& session) {
 }
 
 void copyWhole(Session& session, SessionWords& words) {
-    const bool ownStrips = words.takeIf("own-strips");
-    sayMade(session, copyEdit(moduleOf(session), takeName(words), ownStrips));
+    std::wstring name;
+    const bool ownStrips = takeFlagAndName(words, "own-strips", name);
+    sayMade(session, copyEdit(moduleOf(session), name, ownStrips));
 }
 
 void copySequence(Session& session, SessionWords& words) {
@@ -81,27 +91,34 @@ void generalCopy(Session& session, SessionWords& words) {
     sayMade(session, edcopy_general_copy_range(source, type, takeName(words), t1, t2));
 }
 
-void newLog(Session& session, SessionWords& words) {
-    const eLogType type = takeType(words);
-    const Cookie unused;
-    if (!words.takeIf("under")) {
-        sayMade(session,
-                edcopy_general_copy_range(unused, type, takeName(words), moduleOf(session)));
-        return;
-    }
-    const std::string text = words.take("a cookie");
+Cookie takeEditCookie(SessionWords& words) {
+    const std::string& text = words.take("a cookie");
     const Cookie cookie(text);
     if (cookie.type() != 'E')
         refuse(StatusCode::wrongUsage, text, "not the cookie of an edit or log");
-    sayMade(session,
-            edcopy_general_copy_range(unused, cookie, type, takeName(words), moduleOf(session)));
+    return cookie;
+}
+
+void newLog(Session& session, SessionWords& words) {
+    const eLogType type = takeType(words);
+    std::wstring name;
+    std::optional<Cookie> under;
+    while (!words.done())
+        if (words.takeOneOf("a word", {"under", "named"}) == "under")
+            under = takeEditCookie(words);
+        else
+            name = toWide(words.take("a name"));
+    const Cookie unused;
+    const EditModule module = moduleOf(session);
+    sayMade(session, under ? edcopy_general_copy_range(unused, *under, type, name, module)
+                           : edcopy_general_copy_range(unused, type, name, module));
 }
 
 void makeKind(Session& session, SessionWords& words) {
     const auto& kind =
         words.takeOneOf("a kind", {"clip-section", "print-ghost", "subclip", "sync-ghost"});
-    const bool keepLabels = words.takeIf("keep-labels");
-    const std::wstring name = takeName(words);
+    std::wstring name;
+    const bool keepLabels = takeFlagAndName(words, "keep-labels", name);
     EditModifier edit = session.editForChange();
     if (kind == "clip-section")
         edcopy_make_clipsection(edit);

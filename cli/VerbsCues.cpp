@@ -116,7 +116,7 @@ void takeRule(const std::string& word, SessionWords& words, synchup_params& para
 // The rules that end a line; from the configuration of the current edit where that is asked for.
 synchup_params takeRules(Session& session, SessionWords& words) {
     synchup_params params;
-    if (words.takeIf("from-config")) {
+    if (words.takeAnywhere("from-config")) {
         const EditPtr edit = session.edit();
         const Edit::Lock hold(*edit);
         params = synchup_params(edit->config());
@@ -157,7 +157,7 @@ void syncOffset(Session& session, SessionWords& words) {
 
 void syncLabel(Session& session, SessionWords& words) {
     const LabelledWord first = takeShot(words), second = takeShot(words);
-    const bool general = words.takeIf("general");
+    const bool general = words.takeAnywhere("general");
     const auto sync = general ? synchup_general_cookies_by_label : synchup_cookies_by_label;
     sayOutcome(session,
                sync(first.shot, first.type, second.shot, second.type, takeRules(session, words)));
@@ -168,7 +168,7 @@ void syncTime(Session& session, SessionWords& words) {
     const Cookie second = require(findEditCookie(words.take("a shot")));
     const double t1 = words.takeNumber("seconds of the first");
     const double t2 = words.takeNumber("seconds of the second");
-    const bool general = words.takeIf("general");
+    const bool general = words.takeAnywhere("general");
     const auto sync = general ? synchup_general_cookies_by_time : synchup_cookies_by_time;
     sayOutcome(session, sync(first, second, t1, t2, takeRules(session, words)));
 }
@@ -177,7 +177,7 @@ void syncBuild(Session& session, SessionWords& words) {
     const Cookie first = require(findEditCookie(words.take("a shot")));
     const Cookie second = require(findEditCookie(words.take("a shot")));
     const double offset = words.takeNumber("an offset");
-    const bool all = words.takeIf("all-channels");
+    const bool all = words.takeAnywhere("all-channels");
     sayOutcome(session,
                synchup_general_build_edit(first, second, offset, takeRules(session, words), all));
 }

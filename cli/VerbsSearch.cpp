@@ -89,8 +89,8 @@ void tellJson(Session& session, SessionWords& words) {
 void compare(Session& session, SessionWords& words) {
     const std::string text = words.take("a text");
     const std::string pattern = words.take("a pattern");
-    const bool whole = words.takeIf("words");
-    const bool cased = words.takeIf("case");
+    const bool whole = words.takeAnywhere("words");
+    const bool cased = words.takeAnywhere("case");
     const bool narrow = ProjectSearch::compareStrings(text, pattern, whole, cased);
     const bool wide = ProjectSearch::compareStrings(toWide(text), toWide(pattern), whole, cased);
     session.say(std::string(narrow ? "  found" : "  not found") +

@@ -5,6 +5,8 @@
 #include "platform/store/Edit.h"
 #include "vob/VobModificationBatch.h"
 
+#include <vector>
+
 namespace cutroom::cli {
 
 namespace {
@@ -21,13 +23,16 @@ void setChannels(Session& session, SessionWords& words, bool on) {
             session.viewer()->setSelected(type, kSubNormal, on);
             return;
         }
+    std::vector<IdStamp> channels;
+    do
+        channels.push_back(session.takeChannel(words));
+    while (!words.done());
     const VobModificationBatch batch(session.viewer());
-    do {
-        const IdStamp channel = session.takeChannel(words);
+    for (const IdStamp& channel : channels) {
         if (session.viewer()->constrainTrackSelection(channel, on) != on)
             session.say("  " + session.channelName(channel) + " cannot be selected");
         session.viewer()->setSelected(session.edit()->getIdx(channel), on);
-    } while (!words.done());
+    }
 }
 
 void tellWhetherThere(Session& session, SessionWords& words) {
@@ -78,7 +83,7 @@ void segment(Session& session, SessionWords& words) {
 // The cut at a time: the in point there, or the out point with the word "out".
 ce_handle takeCut(Session& session, SessionWords& words, const IdStamp& channel) {
     const double seconds = session.takePlace(words);
-    const std::uint8_t flags = words.takeIf("out") ? kEventOut : 0;
+    const std::uint8_t flags = words.takeAnywhere("out") ? kEventOut : 0;
     const ce_handle point = session.edit()->get_edit_cel_p(channel)->find_ceh(seconds, flags);
     if (!point.valid())
         refuse(StatusCode::notFound, session.channelName(channel), "no cut lies there or later");

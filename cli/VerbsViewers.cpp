@@ -33,16 +33,9 @@ void giveNamedRole(const std::string& name, const Kv::Ptr<Vob>& vob) {
 }
 
 void openViewer(Session& session, SessionWords& words) {
-    Kv::Ptr<Vob> vob;
-    if (words.takeIf("new"))
-        vob = VobManager::instance().createVob(EditPtr());
-    else
-        vob = VobManager::instance().createVob(takeEdit(words));
-    const std::string name = words.takeIf("as") ? words.take("a name") : session.freeName("viewer");
-    if (session.viewers().contains(name)) {
-        VobManager::instance().closeVob(vob, true);
-        refuse(StatusCode::wrongUsage, name, "a viewer of this name is open");
-    }
+    const EditPtr edit = words.takeIf("new") ? EditPtr() : takeEdit(words);
+    const std::string name = session.takeViewerName(words);
+    const Kv::Ptr<Vob> vob = VobManager::instance().createVob(edit);
     session.addViewer(name, vob);
     session.say(name + ": " + toUtf8(vob->getEdit()->getName()) + ", " +
                 timeText(vob->getTotalDuration()) + " s");
@@ -50,15 +43,9 @@ void openViewer(Session& session, SessionWords& words) {
 }
 
 void again(Session& session, SessionWords& words) {
-    bool sameModule = true;
-    std::string name = session.freeName("viewer");
-    while (!words.done())
-        if (words.takeOneOf("a word", {"fresh", "as"}) == "fresh")
-            sameModule = false;
-        else
-            name = words.take("a name");
-    if (session.viewers().contains(name))
-        refuse(StatusCode::wrongUsage, name, "a viewer of this name is open");
+    const bool freshFirst = words.takeIf("fresh");
+    const std::string name = session.takeViewerName(words);
+    const bool sameModule = !words.takeIf("fresh") && !freshFirst;
     const Kv::Ptr<Vob> from = session.viewer();
     VobManager& manager = VobManager::instance();
     const Kv::Ptr<Vob> vob = sameModule
