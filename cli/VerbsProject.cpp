@@ -200,7 +200,12 @@ void defineAttribute(Session&, SessionWords& words) {
             if (word == known)
                 type = value;
     }
+    const bool isNew = !LogAttribute::fromID(id);
     require(CurrentProject::addCustomAttribute(id, name, type));
+    if (isNew) { // the records of edits hold no texts under it yet
+        require(EditManager::instance().flushChanges(false));
+        require(CurrentProject::rebuildDatabase());
+    }
 }
 
 void preference(Session& session, SessionWords& words) {
