@@ -53,6 +53,24 @@ struct Laid {
     std::size_t shortened = 0;
 };
 
+// Sorts by place, which over midnight is not the order of the times, and cuts each short where the
+// next one begins.
+void putInOrder(Laid& laid) {
+    const auto earlier = [](const CelSegment& a, const CelSegment& b) { return a.start < b.start; };
+    std::stable_sort(laid.segments.begin(), laid.segments.end(), earlier);
+    std::vector<CelSegment> kept;
+    for (CelSegment& segment : laid.segments) {
+        if (!kept.empty() && kept.back().end > segment.start) {
+            ++laid.shortened;
+            kept.back().end = segment.start;
+            if (kept.back().start == segment.start)
+                kept.pop_back();
+        }
+        kept.push_back(std::move(segment));
+    }
+    laid.segments = std::move(kept);
+}
+
 Laid layOut(const EditPtr& edit, const SrtFile& file, MarkerClock clock) {
     const MarkerPlaces places(edit, clock);
     const Kv::FrameRate rate = edit->getFrameRate();
@@ -70,20 +88,14 @@ Laid layOut(const EditPtr& edit, const SrtFile& file, MarkerClock clock) {
             continue;
         }
         const auto to = std::clamp(frameOf(cue.end).value_or(length), *from + 1, length);
-        const Flicks start = rate.frameToFlicks(*from);
-        if (!laid.segments.empty() && laid.segments.back().end > start) {
-            ++laid.shortened;
-            laid.segments.back().end = start;
-            if (laid.segments.back().start == start)
-                laid.segments.pop_back();
-        }
         CelSegment segment;
-        segment.start = start;
+        segment.start = rate.frameToFlicks(*from);
         segment.end = rate.frameToFlicks(to);
         segment.material = material;
         segment.detail.lines = cue.lines;
         laid.segments.push_back(std::move(segment));
     }
+    putInOrder(laid);
     return laid;
 }
 
