@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kMostCues = 1'000'000;
 constexpr std::size_t kMostWarnings = 100;
+constexpr Flicks kDay = 86400 * kFlicksPerSecond;
 
 struct TextLine {
     std::string_view text;
@@ -168,6 +169,8 @@ private:
 
     void takeText(SrtCue cue) {
         cue.lines = textLines();
+        if (cue.start - cue.end > kDay / 2) // over midnight, where timecode begins again
+            cue.end += kDay;
         if (cue.lines.empty())
             warn("a subtitle without text is left out", cue.line);
         else if (cue.end <= cue.start)

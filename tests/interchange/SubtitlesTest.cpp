@@ -130,11 +130,11 @@ TEST_F(SubtitleImport, TimesCountFromTheFirstFrameOrAsTimecode) {
     }
     const EditModifier night = edit("23:59:59:00"); // the file has the second one first
     const auto both = importSubtitles(night,
-                                      file("23:59:59,400 --> 23:59:59,800\na\n\n"
+                                      file("23:59:59,400 --> 00:00:00,400\na\n\n"
                                            "00:00:01,000 --> 00:00:02,000\nb\n"),
                                       L"s", MarkerClock::timecode);
     ASSERT_TRUE(both) << both.status().text();
-    EXPECT_THAT(laid(night, both->channel), ElementsAre(L"10-20 a", L"50-75 b"));
+    EXPECT_THAT(laid(night, both->channel), ElementsAre(L"10-35 a", L"50-75 b"));
     const auto outside = importSubtitles(hour, file(timecode), L"s", MarkerClock::media);
     EXPECT_THAT(outside.status().text(), HasSubstr("--clock"));
     EXPECT_EQ(hour->getNumChans(kChanSubtitle), 3);
