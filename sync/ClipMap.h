@@ -1,8 +1,8 @@
 // `cutroom::ClipMap`: where a sequence shows the clips of a sync group.
 //
-// The map is internal to this folder. A segment refers to a clip when both show the same stretch of the same
-// material, or when the clip itself is cut in. Segments that play slower, faster or backwards are
-// followed too.
+// The map is internal to this folder. A segment refers to a clip when both show the same stretch of
+// the same material, or when the clip itself is cut in. Segments that play slower, faster or
+// backwards are followed too.
 //
 //   clip    10 |------- material 1, from 100 -------| 40      (material 100 to 130)
 //   edit     0 |-- other --|5-- material 1, from 112 --| 15   shows the clip's 22 to 32
