@@ -1,5 +1,5 @@
 // The smallest client: it shows an edit by printing what it is told, in the order of the telling.
-#include "platform/embedded/EmbeddedProject.h"
+#include "platform/embedded/EmbeddedHost.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 #include "vob/VobManager.h"
