@@ -6,6 +6,7 @@
 #include "cli/ContainerText.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
+#include "platform/store/ChangedEdits.h"
 
 namespace cutroom::cli {
 
@@ -70,6 +71,7 @@ std::string binText(const FilterBinData& bin) {
 } // namespace
 
 Result<FilterPtr> findFilter(std::string_view text) {
+    ChangedEdits::enter();
     const std::string wanted(text);
     if (const auto cookie = Cookie::fromString(text))
         if (FilterPtr filter = filters().getFilter(*cookie))
@@ -143,6 +145,7 @@ std::string filterName(const Cookie& cookie) {
 }
 
 Result<Kv::Ptr<BinData>> findAnyBin(std::string_view text) {
+    ChangedEdits::enter();
     if (const auto cookie = Cookie::fromString(text))
         if (Kv::Ptr<BinData> result = filters().getFilterResults(*cookie))
             return result;

@@ -5,6 +5,7 @@
 #include "filters/ProjectFilterManager.h"
 #include "platform/base/Strings.h"
 #include "platform/files/Files.h"
+#include "platform/store/ChangedEdits.h"
 
 #include <algorithm>
 #include <array>
@@ -313,6 +314,7 @@ Criteria takeConditions(SessionWords& words) {
 }
 
 Result<Kv::Ptr<SearchResultsFilter>> searchResults() {
+    ChangedEdits::enter();
     const auto filter = ProjectFilterManager::instance().getFilter(SearchResultsFilter::fixedID());
     if (auto* const found = dynamic_cast<SearchResultsFilter*>(filter.get()))
         return Kv::Ptr<SearchResultsFilter>(found);

@@ -5,6 +5,7 @@
 #include "cli/Names.h"
 #include "cli/Session.h"
 #include "platform/base/Strings.h"
+#include "platform/store/ChangedEdits.h"
 
 namespace cutroom::cli {
 
@@ -34,6 +35,7 @@ std::string contents(const BinData& bin) {
 }
 
 void tellFilters(Session& session, SessionWords&) {
+    ChangedEdits::enter();
     for (const FilterPtr& filter : filters().getAllFilters())
         session.say("  " + toUtf8(filter->getName()) +
                     (filter->getCreator() == iProjectFilter::kUser ? ", yours" : "") + ", " +

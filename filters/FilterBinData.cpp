@@ -2,7 +2,6 @@
 
 #include "bins/BinBatch.h"
 #include "filters/ProjectFilterManager.h"
-#include "platform/store/ChangedEdits.h"
 
 #include <map>
 #include <unordered_set>
@@ -56,8 +55,6 @@ std::optional<BinItem> FilterBinData::itemOf(const Cookie&) const { return std::
 bool FilterBinData::isComplete() const { return !isDynamic() || following_.ready(); }
 
 void FilterBinData::fill() {
-    if (isDynamic())
-        cutroom::ChangedEdits::enter();
     if (!isDynamic() || following_.ready() || !following_.begin())
         return;
     Items items = gather();

@@ -17,7 +17,6 @@
 #include "platform/project/CurrentProject.h"
 #include "platform/project/ProjectPaths.h"
 #include "platform/project/Savers.h"
-#include "platform/store/ChangedEdits.h"
 #include "vob/VobManager.h"
 
 #include <algorithm>
@@ -131,7 +130,6 @@ ProjectFilterManager::Filters ProjectFilterManager::list() const {
 }
 
 ProjectFilterManager::Filters ProjectFilterManager::getAllFilters() const {
-    cutroom::ChangedEdits::enter();
     buildTagFilters();
     follower_->catchUp();
     return list();

@@ -138,6 +138,7 @@ Kv::Ptr<BinData> ProjectSearch::perform(const Criteria& criteria) {
 }
 
 Kv::Ptr<BinData> ProjectSearch::perform(const Criteria& criteria, const Watcher& watcher) {
+    cutroom::ChangedEdits::enter();
     BinData::Items items;
     if (!find(criteria, items, watcher))
         return nullptr;
@@ -149,7 +150,6 @@ Kv::Ptr<BinData> ProjectSearch::perform(const Criteria& criteria, const Watcher&
 bool ProjectSearch::find(const Criteria& criteria, BinData::Items& items, const Watcher& watcher) {
     if (criteria.clipMedia != eItemPresence::any)
         MediaStatus::instance().forgetAll(); // drives come and go
-    cutroom::ChangedEdits::enter();
     projdb::Search search(criteria);
     std::vector<projdb::Hit> hits;
     std::vector<projdb::Hit> step;

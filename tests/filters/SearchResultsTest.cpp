@@ -1,6 +1,7 @@
 // The bins of past searches: kept, found again, followed and forgotten.
 #include "filters/SearchResultsFilter.h"
 #include "platform/project/Savers.h"
+#include "platform/store/ChangedEdits.h"
 #include "tests/filters/FilterProject.h"
 
 #include <filesystem>
@@ -141,7 +142,7 @@ TEST_F(SearchResultsTest, followsEditsThatAreNotSavedYet) {
             EXPECT_TRUE(edits.undo(cut));
         }
         EXPECT_EQ(projdb::find(cut.getCookie())->name(), cutroom::toUtf8(cut->getName()));
-        (void)filter().getBins();
+        cutroom::ChangedEdits::enter();
         std::vector<double> ends;
         for (const BinItem& item : std::as_const(*bin))
             ends.push_back(item.markOut);
