@@ -15,7 +15,9 @@ TEST(MediaStatus, LocationsNameDriveAndPath) {
         const char* path;
     };
     for (const Row& row :
-         {Row{"", "0", ""}, Row{"a.mov", "0", "a.mov"}, Row{"/a.mov", "/", "/a.mov"},
+         {Row{"", "0", ""},
+          Row{"a.mov", "0", "a.mov"},
+          Row{"/a.mov", "/", "/a.mov"},
           Row{"/mnt/raid/a.mov", "/mnt/raid", "/mnt/raid/a.mov"},
           Row{"/mnt//a.mov", "/", "/mnt//a.mov"},
           Row{"/Volumes/Rushes 1/a.mov", "/Volumes/Rushes 1", "/Volumes/Rushes 1/a.mov"},
@@ -24,9 +26,15 @@ TEST(MediaStatus, LocationsNameDriveAndPath) {
           Row{"/run/media/ann/card/a", "/run/media/ann/card", "/run/media/ann/card/a"},
           Row{"d:\\rushes\\a.mov", "D:", "d:\\rushes\\a.mov"},
           Row{"file:///mnt/raid/a%20b.mov", "/mnt/raid", "/mnt/raid/a b.mov"},
-          Row{"file://localhost/%4a%4A", "/", "/JJ"}, Row{"file:///a%zz", "0", ""},
-          Row{"file:///a%0", "0", ""}, Row{"file:///a%00b", "0", ""}, Row{"file://nas/a", "0", ""},
-          Row{"https://host/a.mov", "https://host", ""}}) {
+          Row{"file://localhost/%4a%4A", "/", "/JJ"},
+          Row{"file:///a%zz", "0", ""},
+          Row{"file:///a%0", "0", ""},
+          Row{"file:///a%00b", "0", ""},
+          Row{"file://nas/a", "0", ""},
+          Row{"https://host/a.mov", "https://host", ""},
+          Row{"s3+x-y.z://host/a", "s3+x-y.z://host", ""},
+          Row{"night 2://a", "0", "night 2://a"},
+          Row{"2s://a", "0", "2s://a"}}) {
         SCOPED_TRACE(row.location);
         EXPECT_EQ(DriveID::of(row.location).asString(), row.drive);
         EXPECT_EQ(cutroom::localPathOf(row.location), row.path);
