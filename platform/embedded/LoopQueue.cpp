@@ -22,24 +22,26 @@ void LoopQueue::append(Item item) {
     Items one;
     one.push_back(std::move(item));
     if (!one.front().work)
-        ++counts_[one.front().hash];
+        waiting_[one.front().hash].push_back(&one.front());
     items_.splice(items_.end(), one);
 }
 
-void LoopQueue::uncount(const Item& item) noexcept {
-    if (item.work)
+void LoopQueue::forget(const Item& item) noexcept {
+    const auto known = item.work ? waiting_.end() : waiting_.find(item.hash);
+    if (known == waiting_.end())
         return;
-    const auto counted = counts_.find(item.hash);
-    if (counted != counts_.end() && --counted->second == 0)
-        counts_.erase(counted);
+    auto& alike = known->second; // the oldest goes first, so it is found at once
+    if (const auto found = std::find(alike.begin(), alike.end(), &item); found != alike.end())
+        alike.erase(found);
+    if (alike.empty())
+        waiting_.erase(known);
 }
 
-// The latest first: an event is most often repeated soon.
 bool LoopQueue::waits(const Event& event, std::size_t hash) const {
-    return counts_.contains(hash) &&
-           std::any_of(items_.rbegin(), items_.rend(), [&](const Item& item) {
-               return item.hash == hash && !item.work && item.event.sameAs(event);
-           });
+    const auto known = waiting_.find(hash);
+    return known != waiting_.end() &&
+           std::any_of(known->second.begin(), known->second.end(),
+                       [&](const Item* item) { return item->event.sameAs(event); });
 }
 
 void LoopQueue::push(std::function<void()> work) { append({Event(), std::move(work), 0}); }
@@ -57,7 +59,7 @@ bool LoopQueue::pushUnlessWaiting(const Event& event) {
 LoopQueue::Items LoopQueue::take() noexcept {
     Items taken;
     if (!items_.empty()) {
-        uncount(items_.front());
+        forget(items_.front());
         taken.splice(taken.end(), items_, items_.begin());
     }
     return taken;
@@ -68,7 +70,7 @@ LoopQueue::Items LoopQueue::takeFor(const EventHandler* handler) noexcept {
     for (auto item = items_.begin(); item != items_.end();) {
         const auto next = std::next(item);
         if (!item->work && item->event.handler == handler) {
-            uncount(*item);
+            forget(*item);
             taken.splice(taken.end(), items_, item);
         }
         item = next;
@@ -77,7 +79,7 @@ LoopQueue::Items LoopQueue::takeFor(const EventHandler* handler) noexcept {
 }
 
 LoopQueue::Items LoopQueue::takeAll() noexcept {
-    counts_.clear();
+    waiting_.clear();
     return std::exchange(items_, Items());
 }
 

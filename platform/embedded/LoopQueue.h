@@ -37,12 +37,12 @@ public:
 
 private:
     void append(Item item);
-    void uncount(const Item& item) noexcept;
+    void forget(const Item& item) noexcept;
     bool waits(const Event& event, std::size_t hash) const;
 
     Items items_;
-    // Events that wait, counted by hash: most of those posted are told from all others by it.
-    std::unordered_map<std::size_t, std::size_t> counts_;
+    // The events that wait, by their hash, those of one hash in their order.
+    std::unordered_map<std::size_t, std::list<const Item*>> waiting_;
 };
 
 } // namespace cutroom
