@@ -28,17 +28,17 @@ void logFailure(const Status& status) {
         LogBoth("%s\n", status.text().c_str());
 }
 
-void putName(const Edit& edit) {
-    auto record = projdb::find(edit.getCookie());
-    if (!record)
-        return;
-    record->setField(LogAttribute(LogAttribute::name).getID(), toUtf8(edit.getName()));
-    logFailure(projdb::update(*record));
+// Within a batch, so that nothing is told under the lock. That is held so that no save on another
+// thread enters a newer state in between.
+Status put(const Edit& edit) {
+    const Edit::Lock lock(edit);
+    return projdb::update(recordOf(edit.getCookie(), EditAccess::impl(edit).state));
 }
 
-projdb::Record recordOf(const Edit& edit) {
-    const Edit::Lock lock(edit);
-    return recordOf(edit.getCookie(), EditAccess::impl(edit).state);
+void putNow(const Edit& edit) {
+    ProjDbModificationCoalescer together;
+    const Status status = put(edit);
+    logFailure(status ? together.commit() : status);
 }
 
 } // namespace
@@ -47,7 +47,7 @@ void ChangedEdits::note(const Edit& edit, const EditModifications& changes) {
     if (!isBehind(edit))
         return;
     if (changes.includes(kModName) || changes.includes(kModRestored))
-        putName(edit);
+        return putNow(edit);
     auto& all = ProcessSingleton<ChangedEdits>::get();
     {
         const CriticalSection::Lock lock(all.lock_);
@@ -78,7 +78,7 @@ void ChangedEdits::enter() {
             continue;
         if (!together)
             together.emplace();
-        if (const Status status = projdb::update(recordOf(*edit)); !status)
+        if (const Status status = put(*edit); !status)
             return logFailure(status);
     }
     if (together)

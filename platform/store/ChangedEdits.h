@@ -15,9 +15,9 @@ namespace cutroom {
 
 template <class T> class ProcessSingleton;
 
-// A name is entered at once, all else `kSeconds` later or when somebody searches, so that dragging
-// a cut or logging a day's clips by script does not write each time. A save enters all of an edit.
-// In a project that is open for reading only nothing is entered.
+// A new name or an undone change is entered at once, all else `kSeconds` later or when somebody
+// searches, so that dragging a cut or logging a day's clips by script does not write each time. A
+// save enters all of an edit. In a project that is open for reading only nothing is entered.
 class CUTROOM_API ChangedEdits {
 public:
     static constexpr double kSeconds = 0.2;
@@ -26,8 +26,8 @@ public:
     static void note(const Edit& edit, const EditModifications& changes);
     // Enters what was noted, as one transaction: for who asks what is in the project. A failure is
     // logged, and the next save makes up for it. No listener may call this, since a manager that is
-    // telling drops what it is to tell meanwhile. On the user-interface thread; on another one,
-    // where an older state might be entered last, it does nothing.
+    // telling drops what it is to tell meanwhile. On the user-interface thread; on another one it
+    // does nothing.
     static void enter();
 
 private:

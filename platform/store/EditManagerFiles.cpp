@@ -6,6 +6,7 @@
 #include "platform/files/GroupCommit.h"
 #include "platform/project/CurrentProject.h"
 #include "platform/project/ProjDb.h"
+#include "platform/store/ChangedEdits.h"
 #include "platform/store/EditManagerImpl.h"
 #include "platform/store/EditRecord.h"
 #include "platform/store/SaveAlongside.h"
@@ -122,8 +123,11 @@ Status EditManager::Impl::saveAll(const std::vector<Kv::Ptr<Edit>>& edits, TooLa
     } catch (const std::bad_alloc&) { // the files are in place already, so try once more
         recorded = putRecords(saved);
     }
-    for (const SavedEdit& edit : saved)
+    for (const SavedEdit& edit : saved) {
         endSave(edit, recorded.ok());
+        if (recorded) // what changed meanwhile may have been entered before
+            cutroom::ChangedEdits::note(*edit.edit, {});
+    }
     return recorded ? unsaved : recorded;
 }
 
