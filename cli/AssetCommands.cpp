@@ -72,7 +72,7 @@ Status deleteAssets(const std::vector<std::string>& names, const std::string& re
         const auto asset = findAsset(name, kinds);
         if (!asset)
             return asset.status();
-        if (Status may = mayDelete(asset->cookie, name); !may)
+        if (Status may = marksAllow(asset->cookie, name); !may)
             return may;
         if (asset->kind == kGroups)
             groups.push_back(AssetAssociationGroupManager::instance().getGroup(asset->cookie));

@@ -10,10 +10,10 @@ Status mayChange(const EditPtr& edit) {
     const std::string name = toUtf8(edit->getName());
     if (edit->isReadOnly())
         return {StatusCode::failed, name, "the edit is read-only"};
-    return mayDelete(edit.getCookie(), name);
+    return marksAllow(edit.getCookie(), name);
 }
 
-Status mayDelete(const Cookie& edit, const std::string& name) {
+Status marksAllow(const Cookie& edit, const std::string& name) {
     const PermissionsManager& permissions = PermissionsManager::instance();
     if (permissions.isProtected(edit))
         return {StatusCode::failed, name,

@@ -12,6 +12,6 @@ namespace cutroom::cli {
 // Fails with the reason when the edit is read-only, or marked so.
 Status mayChange(const EditPtr& edit);
 // Fails when its mark keeps the present user from it; `name` is what it is called in the reason.
-Status mayDelete(const Cookie& edit, const std::string& name);
+Status marksAllow(const Cookie& edit, const std::string& name);
 
 } // namespace cutroom::cli

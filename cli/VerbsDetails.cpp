@@ -1,6 +1,7 @@
 // Verbs for what an edit carries beside its cuts: labels, configuration, effects, burnt-in
 // timecode, metadata.
 #include "cli/Names.h"
+#include "cli/Permission.h"
 #include "cli/Session.h"
 #include "editops/TransitionsEditor.h"
 #include "platform/base/Strings.h"
@@ -204,7 +205,9 @@ void setFlag(Session& session, SessionWords& words) {
     const std::string what = words.takeOneOf(
         "what", {"read-only", "imported", "log-type", "original", "rate", "drop", "reel", "media"});
     if (what == "read-only") {
-        session.edit()->setReadOnly(words.takeOnOff("on or off"));
+        const EditPtr edit = session.edit();
+        require(marksAllow(edit.getCookie(), toUtf8(edit->getName())));
+        edit->setReadOnly(words.takeOnOff("on or off"));
         return;
     }
     const auto change = takeProperty(what, words);
