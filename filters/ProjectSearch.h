@@ -88,7 +88,9 @@ public:
     // they came into the project, at its start and with its extent as marks. Nobody manages it.
     // Without a project it is empty; no bin when the records cannot be read (logged). The first
     // search of a project reads all its texts; later ones find free text in memory. Whether media
-    // is there is asked anew by each search, once a place.
+    // is there is asked anew by each search, once a place. On the user-interface thread the records
+    // of edits that are not saved yet are brought up to date first, and told of; so no listener of
+    // the filters' manager may search.
     Kv::Ptr<BinData> perform(const Criteria& criteria);
     // The same, watched; no bin when the watcher stopped it.
     Kv::Ptr<BinData> perform(const Criteria& criteria, const Watcher& watcher);
@@ -100,8 +102,8 @@ public:
     std::optional<BinItem> findItem(const Cookie& asset, const Criteria& criteria);
 
     // Tells whether one asset meets the criteria: kind and tracks as they are in the open edit, all
-    // else as its record says. False for no edit; without a record only when nothing is asked of
-    // it.
+    // else as its record says, brought up to date as by `perform`. False for no edit; without a
+    // record only when nothing is asked of it.
     bool satisfiesCriteria(const EditPtr& edit, const Criteria& criteria);
 
     // Tells whether `pattern` occurs in `text`. Without `caseSensitive` both are lower-cased. With
