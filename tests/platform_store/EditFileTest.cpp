@@ -187,6 +187,10 @@ TEST_F(EditFileTest, valuesThatNoFileCanHoldAreRefused) {
         [](Edit& edit) {
             edit.addLabel({eLabelType{12}, {2, 1}, {Kv::FrameRate(25), false}, 0});
         },
+        [](Edit& edit) {
+            edit.setSyncError(edit.getId(0), kNoTime);
+            EXPECT_EQ(edit.getSyncError(edit.getId(0)), 0);
+        },
         [&](Edit& edit) { burnIn(edit, kLabelNone, 0); },
         [&](Edit& edit) { burnIn(edit, kLabelInk, std::numeric_limits<float>::infinity()); },
         [](Edit& edit) {

@@ -123,6 +123,11 @@ TEST_F(VobSelection, SegmentsThatGoAreDroppedAndThatIsTold) {
     vob_->clearSelectedSegments();
     vob_->clearSelectedSegments();
     EXPECT_EQ(calls_.size(), 2u);
+    const EditPtr copy = makeEdit(10, 0, 0);
+    copy->addChan(kChanVideo, kSubNormal, channel_);
+    layClip(copy, channel_, 4, 6);
+    vob_->selectSegment({copy, channel_, 5.0});
+    EXPECT_FALSE(vob_->anySelectedSegments()) << "it is of another edit";
 }
 
 TEST_F(VobSelection, UnjoinedCutsSurviveARenumberingWithTheirFlags) {
