@@ -48,7 +48,8 @@ public:
     const std::string& peek() const;
     // Takes the next word when it is `word`.
     bool takeIf(std::string_view word);
-    // The same wherever it stands among the words that are left, whose values it is none of.
+    // Takes `word` wherever it stands among the words that are left; for flags that cannot be taken
+    // for another word's value.
     bool takeAnywhere(std::string_view word);
     // One of the given words.
     const std::string& takeOneOf(const char* what, const std::vector<std::string_view>& choices);
