@@ -55,9 +55,15 @@ void appendFloat(std::string& text, float number) {
                 std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
 }
 
+// A number at the beginning of a text, and where it ends: null when it is of another form.
+struct Leading {
+    const char* end;
+    float number;
+};
+
 // Takes the digits from `at` on into `value`; gives where they end. The caller checks that there
 // are not too many.
-const char* takeDigits(const char* at, std::uint32_t& value) noexcept {
+inline const char* takeDigits(const char* at, std::uint32_t& value) noexcept {
     for (std::uint32_t digit; (digit = static_cast<unsigned char>(*at) - std::uint32_t{'0'}) < 10;
          ++at)
         value = value * 10 + digit;
@@ -66,8 +72,8 @@ const char* takeDigits(const char* at, std::uint32_t& value) noexcept {
 
 // A plain decimal of few digits, which most are, before a character of another kind: its double is
 // exact or, with at most seven decimals, never so close to the middle of two floats that rounding
-// twice would matter. Gives where it ends; null for any other.
-const char* shortDecimal(const char* at, float& number) noexcept {
+// twice would matter.
+inline Leading shortDecimal(const char* at) noexcept {
     static constexpr double kPowers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
     constexpr std::ptrdiff_t kMostDigits = 9;
     const bool negative = *at == '-';
@@ -76,7 +82,7 @@ const char* shortDecimal(const char* at, float& number) noexcept {
     const char* const point = takeDigits(at, value);
     std::ptrdiff_t digits = point - at;
     if (digits == 0 || digits > kMostDigits)
-        return nullptr;
+        return {};
     double exact = value;
     const char* end = point;
     if (*point == '.') {
@@ -84,21 +90,24 @@ const char* shortDecimal(const char* at, float& number) noexcept {
         const std::ptrdiff_t decimals = end - point - 1;
         digits += decimals;
         if (digits > kMostDigits || decimals > 7)
-            return nullptr;
+            return {};
         exact = value / kPowers[decimals];
     }
-    number = static_cast<float>(negative ? -exact : exact);
-    return end;
+    return {end, static_cast<float>(negative ? -exact : exact)};
 }
 
-// As it is written, with short decimals. False for any other. The bracket at the end stops every
+// As it is written, with short decimals; nothing for any other. The bracket at the end stops every
 // number.
-bool shortPosition(std::string_view text, XY<float>& position) noexcept {
+inline std::optional<XY<float>> shortPosition(std::string_view text) noexcept {
     if (text.size() < 2 || text.front() != '(' || text.back() != ')')
-        return false;
-    const char* const comma = shortDecimal(text.data() + 1, position.x);
-    return comma && *comma == ',' &&
-           shortDecimal(comma + 1, position.y) == text.data() + text.size() - 1;
+        return std::nullopt;
+    const Leading x = shortDecimal(text.data() + 1);
+    if (!x.end || *x.end != ',')
+        return std::nullopt;
+    const Leading y = shortDecimal(x.end + 1);
+    if (y.end != text.data() + text.size() - 1)
+        return std::nullopt;
+    return XY<float>{x.number, y.number};
 }
 
 float readFloat(std::string_view text) noexcept {
@@ -116,8 +125,8 @@ void appendPosition(std::string& text, const XY<float>& position) {
 }
 
 XY<float> readPosition(std::string_view text) noexcept {
-    if (XY<float> position; shortPosition(text, position))
-        return position;
+    if (const auto position = shortPosition(text))
+        return *position;
     const auto parts = twoParts(text);
     if (!parts)
         return {static_cast<float>(kUnreadable), static_cast<float>(kUnreadable)};

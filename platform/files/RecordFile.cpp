@@ -125,6 +125,21 @@ double doubleAt(const char* at) noexcept {
     return std::bit_cast<double>(bits);
 }
 
+// The next two read a value before `end`; they give null when it is incomplete.
+const char* afterNumber(const char* at, const char* end, RecordFile::Value& value) noexcept {
+    if (end - at < 8)
+        return nullptr;
+    value.number = doubleAt(at);
+    value.isNumber = true;
+    return at + 8;
+}
+
+const char* afterText(const char* at, const char* end, RecordFile::Value& value) noexcept {
+    ByteReader in({at, static_cast<std::size_t>(end - at)});
+    value.text = in.text();
+    return in.ok() ? at + in.position() : nullptr;
+}
+
 // `record` counts from 1.
 Status recordDamage(const std::string& file, std::size_t offset, std::size_t record) {
     return {StatusCode::damaged, file, format("record %zu is damaged", record),
@@ -401,43 +416,33 @@ const RecordFile::Value* RecordFile::Walk::next() noexcept {
         return nullptr;
     ++begun_;
     const std::size_t maskBytes = maskSize(values_.size());
-    if (static_cast<std::size_t>(end_ - at_) < maskBytes) {
-        damaged_ = true;
+    damaged_ = static_cast<std::size_t>(end_ - at_) < maskBytes;
+    if (damaged_)
         return nullptr;
-    }
-    std::uint64_t mask = maskOf(at_, maskBytes);
-    std::uint64_t doubles = table_.doubles_;
+    const std::uint64_t mask = maskOf(at_, maskBytes);
     at_ += maskBytes;
-    const char* at = at_;
-    for (Value& value : values_) {
-        value.text = {};
-        value.isNumber = false;
-        if (mask & 1)
-            at = doubles & 1 ? afterNumber(at, value) : afterText(at, value);
-        if (!at)
-            break;
-        mask >>= 1;
-        doubles >>= 1;
-    }
-    damaged_ = !at || mask != 0;
+    // Most records have the same fields as the one before: each is overwritten.
+    if (mask != mask_)
+        std::fill(values_.begin(), values_.end(), Value());
+    mask_ = mask;
+    const char* const end = afterFields(mask);
+    damaged_ = !end;
     if (!damaged_)
-        at_ = at;
+        at_ = end;
     return damaged_ ? nullptr : values_.data();
 }
 
-// The next two give null when the value is incomplete.
-const char* RecordFile::Walk::afterNumber(const char* at, Value& value) const noexcept {
-    if (end_ - at < 8)
-        return nullptr;
-    value.number = doubleAt(at);
-    value.isNumber = true;
-    return at + 8;
-}
-
-const char* RecordFile::Walk::afterText(const char* at, Value& value) const noexcept {
-    ByteReader in({at, static_cast<std::size_t>(end_ - at)});
-    value.text = in.text();
-    return in.ok() ? at + in.position() : nullptr;
+// Reads the fields of the mask; gives where they end, null when one is incomplete or unknown.
+const char* RecordFile::Walk::afterFields(std::uint64_t mask) noexcept {
+    const char* at = at_;
+    for (; mask && at; mask &= mask - 1) {
+        const auto field = static_cast<std::size_t>(std::countr_zero(mask));
+        if (field >= values_.size())
+            return nullptr;
+        const bool isNumber = table_.doubles_ >> field & 1;
+        at = isNumber ? afterNumber(at, end_, values_[field]) : afterText(at, end_, values_[field]);
+    }
+    return at;
 }
 
 Status RecordFile::Walk::status(const std::string& file) const {

@@ -84,8 +84,8 @@ public:
     // One field of a record.
     struct Value {
         std::string_view text; // of a text; empty when absent
-        double number;         // of a double
-        bool isNumber;         // a double is there
+        double number = 0;     // of a double
+        bool isNumber = false; // a double is there
     };
 
     // Reads all records of a table from the first to the last, which is all that one read
@@ -101,8 +101,7 @@ public:
 
     private:
         friend class RecordFile;
-        const char* afterNumber(const char* at, Value& value) const noexcept;
-        const char* afterText(const char* at, Value& value) const noexcept;
+        const char* afterFields(std::uint64_t mask) noexcept;
 
         const RecordFile& table_;
         const std::size_t records_;
@@ -110,6 +109,7 @@ public:
         const char* const end_;
         std::size_t begun_ = 0; // records
         bool damaged_ = false;
+        std::uint64_t mask_ = 0; // of the fields that the last record has
         std::vector<Value> values_;
     };
 

@@ -65,6 +65,13 @@ void expectSample(const KVContainerFile::Reader& reader) {
     for (const int field : {-1, 4, 64})
         EXPECT_EQ(reader.getText(0, field, "no field"), "no field");
     EXPECT_EQ(reader.getText(3, 0, "no item"), "no item");
+    std::vector<std::string> walked;
+    const Status all = reader.forEachItem([&](const KVContainerFile::Reader::Value* item) {
+        walked.push_back(format("%zu %zu %d %d", item[0].text.size(), item[1].text.size(),
+                                item[2].isNumber, item[3].isNumber));
+    });
+    EXPECT_TRUE(all.ok()) << all.text();
+    EXPECT_EQ(walked, (std::vector<std::string>{"14 8 1 1", "0 0 0 1", "300 0 0 0"}));
 }
 
 oledb sampleTable() {
