@@ -39,7 +39,7 @@ std::string nameOfSource(const Item& item) {
     if (name.empty())
         name = item.name;
     const std::string extension = extensionOf(name);
-    if (!extension.empty() && extension.size() <= 4 && extension.size() + 1 < name.size())
+    if (!extension.empty() && extension.size() <= 4)
         name.resize(name.size() - extension.size() - 1);
     return name;
 }

@@ -185,7 +185,7 @@ private:
     SrtFile file_;
 };
 
-// The line of the first byte that is not UTF-8.
+// The line of the first byte that is not UTF-8; 0 when there is none.
 long firstBadLine(std::string_view text) {
     for (const TextLine& line : linesOf(text))
         if (!isUtf8(line.text))
@@ -198,10 +198,10 @@ long firstBadLine(std::string_view text) {
 Result<SrtFile> readSrt(std::string_view text, const std::string& file) {
     if (text.starts_with("\xEF\xBB\xBF"))
         text.remove_prefix(3);
-    if (!isUtf8(text))
+    if (const long line = firstBadLine(text))
         return Status(StatusCode::damaged, file,
                       "not UTF-8 text; say which encoding it has with --encoding (CP1250, GB18030)",
-                      firstBadLine(text));
+                      line);
     SrtFile read = Reader(text).read();
     if (read.cues.empty()) {
         const std::string why =

@@ -32,20 +32,20 @@ EventSearch::EventSearch(Direction direction, double from, double cutsFrom) noex
       nearest_(direction == kForward ? kSentinel : -kSentinel) {}
 
 double EventSearch::nearest(double otherwise) noexcept {
-    if (nearestCut_ != kNoCut)
-        offer(toSeconds(nearestCut_));
+    if (nearestCut_)
+        offer(toSeconds(*nearestCut_));
     return nearest_ == (forward() ? kSentinel : -kSentinel) ? otherwise : nearest_;
 }
 
 void EventSearch::offer(double seconds) noexcept {
-    if (forward() ? seconds > limit_ && seconds < nearest_ : seconds < limit_ && seconds > nearest_)
-        nearest_ = seconds;
+    if (forward() ? seconds > limit_ : seconds < limit_)
+        nearest_ = forward() ? std::min(nearest_, seconds) : std::max(nearest_, seconds);
 }
 
 void EventSearch::offerCut(Flicks time) noexcept {
-    if (forward() ? time > cutLimit_ && (nearestCut_ == kNoCut || time < nearestCut_)
-                  : time < cutLimit_ && (nearestCut_ == kNoCut || time > nearestCut_))
-        nearestCut_ = time;
+    const Flicks nearest = nearestCut_.value_or(time);
+    if (forward() ? time > cutLimit_ : time < cutLimit_)
+        nearestCut_ = forward() ? std::min(nearest, time) : std::max(nearest, time);
 }
 
 void EventSearch::offerCuts(const EditReader& edit, std::size_t channel,

@@ -3,7 +3,7 @@
 
 #include "platform/store/EditReader.h"
 
-#include <limits>
+#include <optional>
 #include <vector>
 
 namespace cutroom {
@@ -33,8 +33,6 @@ public:
     double nearest(double otherwise) noexcept;
 
 private:
-    static constexpr Flicks kNoCut = std::numeric_limits<Flicks>::max();
-
     bool forward() const noexcept { return direction_ == kForward; }
     void offerCut(Flicks time) noexcept;
     void offerMidPoint(const EditReader& edit, const Cel& cel, std::uint32_t event) noexcept;
@@ -43,7 +41,7 @@ private:
     const double limit_;    // events lie strictly beyond it
     const Flicks cutLimit_; // and cuts beyond this
     double nearest_;
-    Flicks nearestCut_ = kNoCut;
+    std::optional<Flicks> nearestCut_;
 };
 
 } // namespace cutroom

@@ -62,7 +62,7 @@ void Vob::tellSelection(bool changed, const IdStamp& channel) {
 }
 
 void Vob::setSelected(int chan, bool on) {
-    if (!edit_ || chan == kChanEnd)
+    if (!edit_)
         return;
     const IdStamp channel = chan == kChanAllSelected ? IdStamp() : edit_->getId(chan);
     if (chan == kChanAllSelected || channel.valid())

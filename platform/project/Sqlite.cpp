@@ -2,7 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <cstdio>
 #include <system_error>
 #include <utility>
 
@@ -33,17 +32,11 @@ StatusCode codeOf(int result) noexcept {
     }
 }
 
-// The path as a file URI (RFC 8089), so that options can follow.
+// The path as a file URI, so that options can follow. SQLite takes all but these as they are.
 std::string uriOf(const std::string& path, const char* options) {
     std::string uri = "file:";
-    for (const char c : path) {
-        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                           (c >= '0' && c <= '9') || c == '/' || c == '.' || c == '-' || c == '_';
-        char escape[4] = {c, 0, 0, 0};
-        if (!plain)
-            std::snprintf(escape, sizeof escape, "%%%02X", static_cast<unsigned char>(c));
-        uri += escape;
-    }
+    for (const char c : path)
+        uri += c == '%' ? "%25" : c == '?' ? "%3F" : c == '#' ? "%23" : std::string(1, c);
     return uri + options;
 }
 
