@@ -232,6 +232,7 @@ TEST(CelTest, piecesFromAnotherListBringTheirTexts) {
     other.detail.name = L"b";
     const auto source = listOf({named});
     const auto target = listOf({other});
+    EXPECT_FALSE(source->sameContents(*target)) << "other texts";
     ASSERT_TRUE(target->overwriteFrom(*source, 0, named.end, other.end).ok());
     EXPECT_EQ(target->getSegment(0).detail, other.detail);
     EXPECT_EQ(target->getSegment(1).detail, named.detail);

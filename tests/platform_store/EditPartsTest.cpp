@@ -75,7 +75,7 @@ TEST(ChannelGroups, AChannelIsInOneGroupAndGroupsOfOneGo) {
     ASSERT_EQ(groups.size(), 1U);
     EXPECT_THAT(groups.getGroupContents(0), ElementsAre(b, c));
     groups.removeChannel(c);
-    EXPECT_TRUE(groups.size() == 0 && groups.getGroupContents(7).empty());
+    EXPECT_TRUE(groups.size() == 0 && groups.getGroupContents(0).empty());
 }
 
 TEST(EditModifications, UnitesKindsAndKeepsDetailsInOrder) {

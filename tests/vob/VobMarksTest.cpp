@@ -38,6 +38,7 @@ TEST_F(VobMarks, GoToOneChannelAllOrTheSelectedOnes) {
         vob_->setMarkTime(chan, 5, In);
     vob_->setMarkTime(IdStamp(9, 9, 9), 5, In);
     vob_->setMarkTime(0, std::numeric_limits<double>::infinity(), In);
+    vob_->setMarkTime(IdStamp(), std::numeric_limits<double>::infinity(), In);
     vob_->setMarkTime(edit_->getId(1), 5, In);
     EXPECT_THAT(marks(), ElementsAre(no, no, 5, no, no, no));
     vob_->setMarkTime(IdStamp(), 6, Out);
