@@ -74,13 +74,15 @@ public:
     }
 
     Status flush(Handle file) override {
-        return ::fsync(file) == 0 ? Status() : handleFailure("flush to the disk");
+        // Some shares know no flush of folders; there is nothing more to be done on them.
+        const bool done = ::fsync(file) == 0 || errno == EINVAL;
+        return done ? Status() : handleFailure("flush to the disk");
     }
 
     Status lock(Handle file) override {
         if (uninterrupted([&] { return ::flock(file, LOCK_EX | LOCK_NB); }) == 0)
             return {};
-        if (errno == EWOULDBLOCK)
+        if (errno == EWOULDBLOCK || errno == EACCES) // the second from SMB shares
             return {StatusCode::locked, {}, "is locked by another process"};
         return handleFailure("lock");
     }

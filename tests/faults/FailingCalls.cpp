@@ -18,6 +18,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <stdio.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -171,6 +172,9 @@ int fdatasync(int file) {
 }
 int syncfs(int file) noexcept {
     return fails("fsync", pathOf(file)) ? -1 : next(&syncfs, "syncfs")(file);
+}
+int flock(int file, int how) noexcept {
+    return fails("lock", pathOf(file)) ? -1 : next(&flock, "flock")(file, how);
 }
 int ftruncate(int file, off_t size) noexcept {
     return fails("truncate", pathOf(file)) ? -1 : next(&ftruncate, "ftruncate")(file, size);

@@ -1,4 +1,5 @@
 #include "platform/files/Files.h"
+#include "platform/files/Staging.h"
 #include "platform/files/TextFile.h"
 #include "tests/support/TempFolder.h"
 
@@ -137,6 +138,8 @@ TEST(Folders, AreMadeWithThoseAboveAndListedWithoutLitter) {
     EXPECT_THAT(listFiles(deep + "/none").value(), ElementsAre());
     EXPECT_EQ(removeTemporaries(deep).value(), 2) << "other programs' files stay";
     EXPECT_EQ(removeTemporaries(deep).value(), 0);
+    EXPECT_TRUE(staging::flushFolder(systemFiles(), "/proc").ok())
+        << "it knows no flush of folders";
     EXPECT_THAT(makeFolders(deep + "/c.txt/g").message(), HasSubstr("a file where a folder"));
 }
 
