@@ -47,12 +47,14 @@ void CueTimecodes::append(std::string& out, double seconds) const {
 void CueTimecodes::appendPlain(std::string& out, unsigned label) const {
     const unsigned second = label / plainLabels_;
     const unsigned parts[] = {second / 3600, second / 60 % 60, second % 60, label % plainLabels_};
-    char text[11] = {0, 0, ':', 0, 0, ':', 0, 0, ':'};
-    for (std::size_t i = 0; i < 4; ++i) {
-        text[3 * i] = static_cast<char>('0' + parts[i] / 10);
-        text[3 * i + 1] = static_cast<char>('0' + parts[i] % 10);
+    char text[] = "00:00:00:00";
+    char* at = text;
+    for (const unsigned part : parts) {
+        at[0] = static_cast<char>('0' + part / 10);
+        at[1] = static_cast<char>('0' + part % 10);
+        at += 3;
     }
-    out.append(text, sizeof text);
+    out.append(text, sizeof text - 1);
 }
 
 std::optional<double> CueTimecodes::timeOf(std::string_view timecode) const {

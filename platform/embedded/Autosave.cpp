@@ -32,12 +32,11 @@ void Autosave::save() {
     timer_.reset();
     bool failed = false;
     for (const Status& saved : {EditManager::instance().flushChanges(false), Savers::saveAll(),
-                                EditorPreferences::flush()}) {
-        if (saved)
-            continue;
-        failed = true;
-        LogBoth("autosave: %s\n", saved.text().c_str());
-    }
+                                EditorPreferences::flush()})
+        if (!saved) {
+            failed = true;
+            LogBoth("autosave: %s\n", saved.text().c_str());
+        }
     if (failed)
         timer_ = loop_.addTimer(kSeconds, 0, [this] { save(); });
 }

@@ -50,7 +50,8 @@ TEST_F(VobSelection, IsToldOnlyWhenItChanges) {
     EXPECT_EQ(selected(), "0000");
     vob_->setSelected(kChanAudio, kSubNormal, true);
     EXPECT_EQ(selected(), "0011");
-    vob_->setSelectedFrom(1);
+    for (const int chan : {1, -1, 4}) // the last two are none
+        vob_->setSelectedFrom(chan);
     EXPECT_EQ(selected(), "0111");
     vob_->setSelectedRaw(edit_->getId(0), true);
     const std::string told = "a: change 16 time 0", mutes = "a: edit 27 change 0";
