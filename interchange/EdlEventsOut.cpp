@@ -53,7 +53,10 @@ EdlChannel channelOf(const Timeline& timeline, int track) {
         const int number = listed != 0 ? listed : placeInKind(timeline, track);
         return {own.kind, number, "A" + toText(static_cast<long long>(number))};
     }
-    return {own.kind, 1, own.name};
+    // The name may be another one, as that of a second track of the channel is.
+    const auto listedItem = std::find_if(own.items.begin(), own.items.end(),
+                                         [](const Item& item) { return !item.channel.empty(); });
+    return {own.kind, 1, listedItem == own.items.end() ? own.name : listedItem->channel};
 }
 
 class TrackEvents {

@@ -12,11 +12,6 @@ namespace cutroom {
 
 namespace {
 
-// From this length on, a reader may take a comment for the first part of a folded one, and the next
-// line for its rest.
-constexpr std::size_t kFoldedFrom = 76;
-constexpr std::size_t kFoldedTo = 82;
-
 constexpr std::array<std::pair<const char*, std::uint32_t>, 8> kKnown = {{
     {"RED", 0xFF0000},
     {"GREEN", 0x00FF00},
@@ -53,11 +48,11 @@ std::string textOf(const Marker& marker) {
 } // namespace
 
 std::string edlOneLine(std::string_view text) {
-    std::string line(trim(text));
+    std::string line(text);
     std::replace_if(
         line.begin(), line.end(),
         [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
-    return line;
+    return std::string(trim(line));
 }
 
 std::vector<const Marker*> EdlMarkersOut::locators(const Timeline& timeline) {
@@ -125,12 +120,9 @@ std::string EdlMarkersOut::trackOf(const Marker& marker) {
 
 std::string EdlMarkersOut::row(const Marker& marker, const std::string& timecode) {
     fields_ += static_cast<long>(marker.fields.size());
-    std::string text = "    " + toText(++rows_) + "  " + colourOf(marker, "white") + "  " +
-                       edlOneLine(marker.name) + "  " + timecode + "  " + trackOf(marker) + "  ";
-    const std::string note = edlOneLine(marker.comment);
-    while (text.size() + note.size() >= kFoldedFrom && toWide(text + note).size() <= kFoldedTo)
-        text += ' ';
-    return text + note;
+    return "    " + toText(++rows_) + "  " + colourOf(marker, "white") + "  " +
+           edlOneLine(marker.name) + "  " + timecode + "  " + trackOf(marker) + "  " +
+           edlOneLine(marker.comment);
 }
 
 } // namespace cutroom

@@ -18,6 +18,10 @@ namespace cutroom {
 namespace {
 
 constexpr std::size_t kNumbered = 999; // events, in three digits
+// A reader may take a comment of this length for the first part of a folded one, and the next line
+// for its rest.
+constexpr std::size_t kFoldedFrom = 78;
+constexpr std::size_t kFoldedTo = 84;
 
 class Writer {
 public:
@@ -53,6 +57,10 @@ public:
 private:
     void line(const std::string& text) {
         text_ += text;
+        if (text.starts_with('*') && text.size() >= kFoldedFrom)
+            if (const auto length = toWide(text).size();
+                length >= kFoldedFrom && length <= kFoldedTo)
+                text_.append(kFoldedTo + 2 - length, ' ');
         text_ += '\n';
     }
     void locator(const Marker& marker) {

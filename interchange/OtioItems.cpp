@@ -126,7 +126,8 @@ Item readItem(Document& document, const Json& object, const Place& place, const 
         if (schema != "Gap") {
             document.warn("things of the unknown schema \"" + std::string(schema) +
                           "\" are kept as gaps");
-            item.extra = document.raw(object, place);
+            if (!schema.empty())
+                item.extra = document.raw(object, place);
         }
     }
     for (PendingMarker& pending : readMarkers(document, object, place, owner)) {

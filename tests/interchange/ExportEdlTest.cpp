@@ -1,5 +1,7 @@
 // Edits as edit lists: what a list can hold comes out as it came in, the rest is refused or told.
 #include "interchange/EdlList.h"
+#include "interchange/EdlReader.h"
+#include "interchange/EdlWriter.h"
 #include "interchange/Exporter.h"
 #include "tests/interchange/Corpus.h"
 #include "tests/interchange/ImportFixture.h"
@@ -271,6 +273,16 @@ std::vector<std::string> recordOf(const EditPtr& edit) {
         all.push_back(edit->getTimecode(cue.getTime()) + toUtf8(cue.getDescription()));
     std::sort(all.begin(), all.end());
     return all;
+}
+
+TEST(WriteEdl, WhatItWritesIsReadAsTheSame) {
+    const std::string times = " C 00:00:00:00 00:00:01:00 00:00:00:00 00:00:01:00\n";
+    for (const std::string& list :
+         {"1 A V" + times + "* FROM CLIP NAME: " + std::string(61, 'x') + "\n* not its rest\n",
+          "1 A XV" + times + "2 B XV" + times, "1 A V" + times + "* FROM CLIP NAME: n\x01\n"}) {
+        const std::string once = writeEdl(readEdl(list, "l.edl", {})->front())->text;
+        EXPECT_EQ(writeEdl(readEdl(once, "l.edl", {})->front())->text, once);
+    }
 }
 
 TEST_F(ExportEdl, RandomEditsComeBack) {

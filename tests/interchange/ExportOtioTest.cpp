@@ -158,6 +158,9 @@ TEST(WriteOtio, FillsHolesAndSaysWhatDoesNotFit) {
                  markers(object("Marker.2", "m", R"("metadata":"x","range":)" + range(3, 0)))))));
     odd.markers[0].fields.emplace_back("take", "3");
     EXPECT_EQ(layout(read(writeOtio(odd).text)), "A 0+10 @0");
+    const std::string nothing =
+        writeOtio(read(timeline(track(R"({"name":"N","source_range":)" + range(0, 4) + "}")))).text;
+    EXPECT_EQ(writeOtio(read(nothing)).text, nothing);
 }
 
 TEST_F(ExportOtio, RandomEditsComeBack) {
