@@ -69,11 +69,12 @@ private:
         laid_.children.push_back(std::move(child));
     }
 
-    // Shortens a transition whose offsets are not those that were read, so that it reaches no
-    // farther than the children beside it. True when that changed it.
+    // Shortens a transition so that it reaches no farther than the children beside it, unless it
+    // and they are as they were read. True when that changed it.
     bool shorten(std::size_t index) {
         Child& child = laid_.children[index];
-        if (!child.isTransition() || child.asWritten)
+        if (!child.isTransition() ||
+            (child.asWritten && isAsWritten(index - 1) && isAsWritten(index + 1)))
             return false;
         Flicks in = child.item->inOffset;
         Flicks out = child.item->outOffset;
@@ -84,7 +85,14 @@ private:
         child.start = child.item->cut() - in;
         child.duration = in + out;
         child.sourceStart = in;
-        return in != child.item->inOffset || out != child.item->outOffset;
+        const bool isShorter = in != child.item->inOffset || out != child.item->outOffset;
+        child.asWritten &= !isShorter;
+        return isShorter;
+    }
+
+    // Also of what lies past either end.
+    bool isAsWritten(std::size_t index) const {
+        return index >= laid_.children.size() || laid_.children[index].asWritten;
     }
 
     bool offsetsHold(const Item& item) const {
