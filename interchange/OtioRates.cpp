@@ -16,7 +16,7 @@ bool isFrameRate(const RateRead& rate) {
 RateRead highest(const std::vector<RateRead>& rates) {
     RateRead best;
     for (const RateRead& rate : rates)
-        if (isFrameRate(rate) && (!best.valid() || rate.rate.asDouble() > best.rate.asDouble()))
+        if (isFrameRate(rate) && rate.rate.asDouble() > best.rate.asDouble())
             best = rate;
     return best;
 }

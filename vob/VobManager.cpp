@@ -286,9 +286,8 @@ Kv::FrameRate VobManager::getGroupFrameRate(const VobPtr& vob) const {
     Kv::FrameRate highest;
     for (const VobPtr& member : getVobGroup(vob)) {
         const EditPtr edit = member->getEdit();
-        const Kv::FrameRate rate = edit ? edit->getFrameRate() : Kv::FrameRate();
-        if (rate.valid() && (!highest.valid() || rate.asDouble() > highest.asDouble()))
-            highest = rate;
+        if (edit && edit->getFrameRate().asDouble() > highest.asDouble())
+            highest = edit->getFrameRate();
     }
     return highest;
 }
