@@ -98,7 +98,7 @@ TEST(CelTest, refusesWhatCannotLieOnAnEdit) {
     EXPECT_FALSE(cel->overwriteFrom(*cel, 5, 5, 0).ok());
     EXPECT_FALSE(cel->overwriteFrom(*cel, -kMaxFlicks - 1, 5, 0).ok() ||
                  cel->overwriteFrom(*cel, 0, kMaxFlicks + 1, 0).ok() ||
-                 cel->overwriteFrom(*cel, 0, 5, kMaxFlicks).ok());
+                 cel->overwriteFrom(*cel, -5, 5, kMaxFlicks).ok());
     EXPECT_FALSE(cel->setDetail(1, {}).ok());
     EXPECT_FALSE(cel->simplify({0, 1}, CelSimplify::quantise, Kv::FrameRate()).ok());
     EXPECT_TRUE(cel->sameContents(*before));

@@ -188,6 +188,7 @@ TEST_F(EditFileTest, valuesThatNoFileCanHoldAreRefused) {
             edit.addLabel({eLabelType{12}, {2, 1}, {Kv::FrameRate(25), false}, 0});
         },
         [](Edit& edit) {
+            edit.setSyncError(IdStamp(9, 9, 9), 1);
             edit.setSyncError(edit.getId(0), kNoTime);
             EXPECT_EQ(edit.getSyncError(edit.getId(0)), 0);
         },

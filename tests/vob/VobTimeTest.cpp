@@ -41,6 +41,15 @@ TEST_F(VobTime, WithoutEditNothingIsAcceptedOrTold) {
     vob->setVisibleCuesFilter(CueFilter(4, -1));
     vob->setViewEdits({vob_->getEdit()});
     vob->alignMarks(In);
+    vob->setMarkTime(IdStamp(), 1, In);
+    vob->setMarkTime(IdStamp(), {1, 2});
+    vob->setSelected(kChanAudio, kSubNormal, true);
+    vob->setSelectedFrom(0);
+    vob->soloSelect(IdStamp(1, 2, 3));
+    vob->selectLevelNode(IdStamp(1, 2, 3), 1, true);
+    vob->checkQuantisation();
+    vob->setCustomStillsProviders({});
+    EXPECT_FALSE(vob->addCue(Cue(), "a") || vob->hasChanOfType(kChanVideo, false, false));
     EXPECT_THAT(calls_, IsEmpty());
     EXPECT_EQ(vob->getCurrentTime(), kNoTime);
     EXPECT_EQ(vob->getMarkTime(kChanAllSelected), kNoTime);
