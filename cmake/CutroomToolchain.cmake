@@ -41,6 +41,9 @@ if(CUTROOM_SANITIZE)
         target_compile_options(cutroom_options INTERFACE -fno-sanitize-recover=undefined)
     endif()
 endif()
+if(CUTROOM_FUZZ)
+    target_compile_options(cutroom_options INTERFACE -O2) # clang's -O1 inlines hardly anything
+endif()
 if(CUTROOM_COVERAGE)
     # Threads add to the counts atomically: else some are lost, and some become negative.
     target_compile_options(cutroom_options INTERFACE -O0 --coverage -fprofile-update=atomic)

@@ -6,6 +6,7 @@
 #include "bins/BinsCache.h"
 #include "bins/DescriptionFiles.h"
 #include "bins/Document.h"
+#include "fuzz/Require.h"
 #include "platform/embedded/EmbeddedHost.h"
 #include "platform/files/CheckedFile.h"
 #include "platform/files/Files.h"
@@ -18,11 +19,6 @@
 namespace {
 
 using namespace cutroom;
-
-void require(bool holds) {
-    if (!holds)
-        __builtin_trap();
-}
 
 const std::string& scratchFile() {
     static const test::TempFolder folder(test::TempFolder::inMemory());

@@ -1,5 +1,7 @@
 // Any bytes as an edit list, with and without a rate given; what was read can be written, and what
-// was written read. The first byte chooses.
+// was written is read and written again as the same. The first byte chooses the rate, and whether
+// it is written as a list or as a timeline.
+#include "fuzz/Require.h"
 #include "interchange/EdlReader.h"
 #include "interchange/EdlWriter.h"
 #include "interchange/OtioReader.h"
@@ -7,6 +9,30 @@
 
 #include <cstddef>
 #include <cstdint>
+
+namespace {
+
+using namespace cutroom;
+
+void tryList(const Timeline& timeline, bool plain) {
+    const auto once = writeEdl(timeline);
+    if (!once)
+        return require(!once.status().message().empty());
+    const auto again = readEdl(once->text, "again.edl", timeline.rate.rate);
+    require(again.ok());
+    const auto twice = writeEdl(again->front());
+    require(twice && (!plain || twice->text == once->text));
+}
+
+void tryTimeline(const Timeline& timeline) {
+    const auto read = readOtio(writeOtio(timeline).text, "once.otio");
+    require(read.ok());
+    const std::string once = writeOtio(read->front()).text;
+    const auto again = readOtio(once, "again.otio");
+    require(again.ok() && writeOtio(again->front()).text == once);
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0)
@@ -17,18 +43,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         rate = Kv::FrameRate(30000, 1001);
     else if (data[0] % 3 == 2)
         rate = Kv::FrameRate(25);
-    const auto read = cutroom::readEdl(bytes, "fuzz.edl", rate);
+    const auto read = readEdl(bytes, "fuzz.edl", rate);
     if (!read.ok())
         return 0;
-    for (const cutroom::Track& track : read.value().front().tracks)
-        for (const cutroom::Item& item : track.items)
-            if (item.start < 0 || item.duration <= 0)
-                __builtin_trap();
-    const cutroom::Timeline& timeline = read->front();
-    const auto list = cutroom::writeEdl(timeline);
-    if (list.ok() && !cutroom::readEdl(list->text, "again.edl", timeline.rate.rate).ok())
-        __builtin_trap();
-    if (!cutroom::readOtio(cutroom::writeOtio(timeline).text, "again.otio").ok())
-        __builtin_trap();
+    for (const Track& track : read->front().tracks)
+        for (const Item& item : track.items)
+            require(item.start >= 0 && item.duration > 0);
+    data[0] / 3 % 2 == 0 ? tryList(read->front(), isPlain(bytes)) : tryTimeline(read->front());
     return 0;
 }

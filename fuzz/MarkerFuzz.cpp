@@ -1,5 +1,5 @@
 // Any bytes as a list of markers, the first one choosing the format: what is read lies on the edit,
-// and is found again when it is written as a table.
+// and is read and written again as the same table.
 #include "editops/basics/EmptyEdit.h"
 #include "export/AssetMetadataCSVExporter.h"
 #include "interchange/MarkerImport.h"
@@ -26,6 +26,10 @@ const EditPtr& programme() {
     return edit;
 }
 
+std::string tableOf(const EditPtr& edit, const CueList& cues) {
+    return AssetMetadataCSVExporter().getText(edit, cues.cues()).value();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -44,9 +48,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const Cue& cue : plan.cues.cues())
         if (cue.getTime() < 0 || (cue.hasEnd() && cue.getEndTime() < cue.getTime()))
             __builtin_trap();
-    const auto table = AssetMetadataCSVExporter().getText(edit, plan.cues.cues());
-    const auto again = readMarkers(table.value(), "table", MarkerFormat::csv, target);
-    if (again.ok() && again->markers.size() != plan.added)
+    const std::string once = tableOf(edit, plan.cues);
+    const auto again = readMarkers(once, "table", MarkerFormat::csv, target);
+    if (!again.ok() && plan.behind > 0)
+        return 0; // half a day behind the start is before it
+    if (!again.ok() || again->markers.size() != plan.added)
+        __builtin_trap();
+    const MarkerPlan back = planMarkers({}, *again, target.places, MarkerConflict::both);
+    if (tableOf(edit, back.cues) != once)
         __builtin_trap();
     return 0;
 }

@@ -1,5 +1,5 @@
 // Any bytes as an OTIO file: a clear answer, no crash, no hang; what was read can be written, and
-// what was written read.
+// what was written is read and written again as the same.
 #include "interchange/EdlWriter.h"
 #include "interchange/OtioReader.h"
 #include "interchange/OtioWriter.h"
@@ -16,7 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     for (const cutroom::Timeline& timeline : *read) {
         (void)cutroom::writeEdl(timeline);
-        if (!cutroom::readOtio(cutroom::writeOtio(timeline).text, "again.otio").ok())
+        const std::string once = cutroom::writeOtio(timeline).text;
+        const auto again = cutroom::readOtio(once, "again.otio");
+        if (!again.ok() || again->size() != 1 || cutroom::writeOtio(again->front()).text != once)
             __builtin_trap();
     }
     return 0;

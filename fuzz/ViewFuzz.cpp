@@ -1,6 +1,7 @@
 // Any bytes, a line each, as what an edit's configuration says of how it was viewed; the last line
 // as the text of a change that was posted. The Vob that takes them stays usable: its times are
 // numbers, what it stores can be taken again, and is then the same.
+#include "fuzz/Require.h"
 #include "platform/embedded/EmbeddedHost.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
@@ -14,11 +15,6 @@
 namespace {
 
 using namespace cutroom;
-
-void require(bool holds) {
-    if (!holds)
-        __builtin_trap();
-}
 
 std::vector<std::string> keysOf(const EditPtr& edit) {
     std::vector<std::string> keys = {"BACKUP_CURRENT", "BACKUP_CHAN_SEL", "BACKUP_RANGE_START",
