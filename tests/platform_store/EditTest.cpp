@@ -59,6 +59,25 @@ TEST_F(EditTest, channelsStandByTypeAndAreFoundByIndex) {
     EXPECT_FALSE(edit->getChanForStrip(convertCookie(edit.getCookie(), 'S', 3)).valid());
 }
 
+TEST_F(EditTest, channelsOfOtherEditsAnswerNothingAndTakeNothing) {
+    const EditModifier edit = fresh();
+    const IdStamp other(9, 9, 9), video = edit->getId(0);
+    edit->setChanUserName(other, L"x");
+    edit->setChanMetadata(other, "{}");
+    edit->setSyncError(other, 1);
+    edit->setSubtitleFont(other, {});
+    EXPECT_TRUE(edit->getChanDisplayName(other).empty() && edit->getChanUserName(other).empty());
+    EXPECT_TRUE(edit->getChanMetadata(other).empty() && !edit->get_edit_cel_p(other));
+    EXPECT_EQ(edit->getIndexWithinType(other), kChanEnd);
+    EXPECT_EQ(edit->getSyncError(other), 0);
+    EXPECT_FALSE(edit->getNextChan(other, kChanAllTypes).valid() || edit->getId(3).valid());
+    EXPECT_FALSE(edit->set_edit_cel_p(other, Cel()) || edit->removeChan(other, true));
+    for (const IdStamp& none : {other, video}) // no audio
+        EXPECT_FALSE(edit->getLevelsChan(none).valid() || edit->addLevelsChan(none).valid() ||
+                     edit->getAudioChanForLevels(none).valid() || edit->setLevelNodes(none, {}));
+    EXPECT_EQ(edit->getNumChans(), 3);
+}
+
 TEST_F(EditTest, levelsChannelsFollowTheirAudioChannel) {
     const EditModifier edit = fresh();
     EditModule module(edit);
