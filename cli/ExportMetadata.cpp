@@ -7,7 +7,9 @@
 #include "export/AssetMetadataSRTExporter.h"
 #include "export/AssetMetadataSubtitlesExporter.h"
 #include "export/AssetMetadataXMLExporter.h"
+#include "export/CueTimecodes.h"
 #include "platform/base/Strings.h"
+#include "platform/base/Time.h"
 #include "platform/store/Edit.h"
 
 #include <algorithm>
@@ -153,17 +155,24 @@ Result<std::string> trackAsSrt(const ExportWords& words, const EditPtr& edit) {
     return std::move(*text);
 }
 
-// Timecode begins again at midnight, and players show no subtitle that ends before it starts.
-void noteMidnight(const ExportWords& words, const EditPtr& edit) {
-    if (srtClock(words) == AssetMetadataSRTExporter::Clock::timecode &&
-        edit->getTimecode(edit->getEndTime()) < edit->getTimecode(edit->getStartTime()))
+// Timecode begins again at midnight, and players show no subtitle that ends before it starts; nor
+// one whose times have three digits of frames.
+void noteClock(const ExportWords& words, const EditPtr& edit) {
+    if (srtClock(words) != AssetMetadataSRTExporter::Clock::timecode)
+        return;
+    const TimecodeFormat format = CueTimecodes(edit).format();
+    const double day = toSeconds(format.rate.frameToFlicks(framesPerDay(format)));
+    const double start = edit->getStartTime(), end = edit->getEndTime();
+    if (edit->getTimecode(end) < edit->getTimecode(start) || end - start >= day)
         note("the edit runs over midnight, where timecode begins again; --clock media counts on");
+    if (format.rate.nominal() > 100)
+        note("subtitles know no timecode of such a rate; --clock media counts milliseconds");
 }
 
 } // namespace
 
 Result<std::string> writeSrt(const ExportWords& words, const ExportSource& source) {
-    noteMidnight(words, source.edit);
+    noteClock(words, source.edit);
     if (words.track.empty())
         return subtitlesAs(AssetMetadataSRTExporter(srtClock(words)), words, source.edit);
     if (!words.pointDuration.empty())

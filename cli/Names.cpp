@@ -2,9 +2,9 @@
 
 #include "cli/Assets.h"
 #include "export/AssetMetadataExporterBase.h"
+#include "interchange/MarkerPlaces.h"
 #include "interchange/Timeline.h"
 #include "platform/base/Strings.h"
-#include "platform/base/Timecode.h"
 #include "platform/store/Edit.h"
 #include "platform/store/EditManager.h"
 
@@ -13,19 +13,6 @@
 #include <utility>
 
 namespace cutroom::cli {
-
-namespace {
-
-// A programme may run over midnight, where its timecode begins again.
-double overMidnight(double place, const TimecodeFormat& format, const EditPtr& edit) {
-    if (place >= edit->getStartTime() - kTimeTolerance || !isStorableTime(place))
-        return place;
-    const double nextDay =
-        toSeconds(toFlicks(place) + format.rate.frameToFlicks(framesPerDay(format)));
-    return nextDay >= 0 && nextDay <= edit->getEndTime() + kTimeTolerance ? nextDay : place;
-}
-
-} // namespace
 
 Result<Cookie> findEditCookie(std::string_view text) {
     const auto found = findAsset(text, kEdits);
@@ -50,6 +37,13 @@ std::string rateText(const Kv::FrameRate& rate) {
     return toText(std::round(rate.asDouble() * 1000) / 1000) + " fps";
 }
 
+std::string durationText(std::int64_t frames, const TimecodeFormat& format) {
+    std::string text = timecodeText(frames, format);
+    if (const std::int64_t day = framesPerDay(format); day > 0 && frames >= day)
+        text.replace(0, 2, std::to_string(frames / day * 24 + leadingInt(text)));
+    return text;
+}
+
 Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
     const std::string written(text);
     if (text.find(':') != text.npos) {
@@ -58,7 +52,7 @@ Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
             label = EditLabel(kLabelVideoTimecode, {2, 1},
                               {edit->getFrameRate(), edit->getDropFrame()}, 0);
         if (const auto place = label.timeOf(written))
-            return overMidnight(*place, label.format(), edit);
+            return onDayOf({edit->getStartTime(), edit->getEndTime()}, *place, label.format());
         return Status(StatusCode::wrongUsage, written,
                       "no timecode of this edit, which counts " + rateText(edit->getFrameRate()) +
                           " from " + edit->getTimecode(0));

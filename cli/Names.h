@@ -4,6 +4,7 @@
 
 #include "platform/base/FrameRate.h"
 #include "platform/base/Status.h"
+#include "platform/base/Timecode.h"
 #include "platform/store/EditPtr.h"
 
 #include <cstdint>
@@ -19,14 +20,16 @@ Result<Cookie> findEditCookie(std::string_view text);
 // The same, opened; fails with what is wrong with its file.
 Result<EditPtr> openEdit(std::string_view text);
 
-// A place in seconds from the edit's time 0: "01:00:10:12" by the edit's timecode, which goes on
-// over midnight as the edit does, "12.5" or "12.5s" seconds, "300f" frames of the edit.
+// A place in seconds from the edit's time 0: "01:00:10:12" by the edit's timecode, on the day on
+// which the edit shows it, "12.5" or "12.5s" seconds, "300f" frames of the edit.
 Result<double> parsePlace(std::string_view text, const EditPtr& edit);
 // The same; `wrongUsage` also for a place outside the edit.
 Result<double> parsePlaceInside(std::string_view text, const EditPtr& edit);
 
 // A frame rate as people say it, to three decimals: "29.97 fps".
 std::string rateText(const Kv::FrameRate& rate);
+// A length as hours, minutes, seconds and frames, which unlike a place counts on behind 24 hours.
+std::string durationText(std::int64_t frames, const TimecodeFormat& format);
 
 // A name to be given: UTF-8 text that is not empty.
 Result<std::wstring> parseName(const std::string& text);

@@ -84,7 +84,7 @@ private:
                escaped(view_.name) + "</text>\n<text x=\"24\" y=\"58\" fill=\"#a8b0bb\">" +
                escaped(rateText(view_.format.rate) + (view_.format.dropFrame ? " drop frame" : "") +
                        ", from " + view_.startTimecode + ", " +
-                       timecodeText(view_.durationFrames, view_.format) + " long") +
+                       durationText(view_.durationFrames, view_.format) + " long") +
                "</text>\n";
     }
 

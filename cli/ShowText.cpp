@@ -114,7 +114,7 @@ private:
         const std::string about = rateText(view_.format.rate) +
                                   (view_.format.dropFrame ? " drop frame" : "") + "   from " +
                                   view_.startTimecode + ", " +
-                                  timecodeText(view_.durationFrames, view_.format) + " long (" +
+                                  durationText(view_.durationFrames, view_.format) + " long (" +
                                   std::to_string(view_.durationFrames) + " frames)";
         const bool fits = columnsOf(toWide(name + "   " + about)) <= width_;
         for (const std::wstring& part : wrapped(toWide(name), width_, 0))

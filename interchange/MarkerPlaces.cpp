@@ -16,21 +16,28 @@ Status refusal(const std::string& text, const char* reason) {
 
 } // namespace
 
+double onDayOf(const TimeRange& extents, double place, const TimecodeFormat& format) {
+    const double first = std::min(0.0, extents.getStart()) - kTimeTolerance;
+    const double last = extents.getEnd() + kTimeTolerance;
+    const Flicks day = format.rate.frameToFlicks(framesPerDay(format));
+    if (!isStorableTime(place) || day == 0 || (place >= first && place <= last))
+        return place;
+    Flicks behind = (toFlicks(place) - toFlicks(first)) % day;
+    behind += behind < 0 ? day : 0;
+    const double inside = toSeconds(toFlicks(first) + behind);
+    return inside <= last ? inside : place;
+}
+
 MarkerPlaces::MarkerPlaces(const EditPtr& edit, MarkerClock clock)
     : timecodes_(edit), clock_(clock), start_(edit->getStartTime()), end_(edit->getEndTime()) {}
 
-// A programme may run over midnight, where its timecode begins again; what was slid may begin
-// before 0.
 Result<double> MarkerPlaces::inside(double seconds, const std::string& text) const {
     if (!isStorableTime(seconds))
         return refusal(text, "is no place of this edit");
-    if (seconds >= std::min(0.0, start_) - kTimeTolerance)
-        return seconds;
-    const Flicks day = format().rate.frameToFlicks(framesPerDay(format()));
-    const double nextDay = toSeconds(toFlicks(seconds) + day); // exact, so that the end is inside
-    if (nextDay >= 0 && nextDay <= end_)
-        return nextDay;
-    return refusal(text, "lies before the edit");
+    const double place = onDayOf({start_, end_}, seconds, format());
+    if (place < std::min(0.0, start_) - kTimeTolerance)
+        return refusal(text, "lies before the edit");
+    return place;
 }
 
 Result<double> MarkerPlaces::ofTimecode(std::string_view text) const {

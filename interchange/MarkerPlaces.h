@@ -2,6 +2,7 @@
 #pragma once
 
 #include "export/CueTimecodes.h"
+#include "platform/base/NumRange.h"
 #include "platform/base/Status.h"
 #include "platform/base/Time.h"
 
@@ -16,6 +17,11 @@ enum class MarkerClock {
     timecode, // the programme's timecode as a clock: 01:00:10,000 is 10 s in one that starts at 1 h
     media,    // from the first frame of what is played
 };
+
+// The place that a timecode names on an edit that may run over midnight: one outside `extents`
+// moves by whole days of labels to the first inside, and stays where none is. What begins after 0
+// has room before it.
+CUTROOM_API double onDayOf(const TimeRange& extents, double place, const TimecodeFormat& format);
 
 // How the edit, which must be there, counted at the moment of making. A value.
 class CUTROOM_API MarkerPlaces {

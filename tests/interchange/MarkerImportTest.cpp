@@ -137,6 +137,10 @@ TEST_F(MarkerImport, CountsAsTheEditDoes) {
     const EditPtr film = edit(Kv::FrameRate(24000, 1001));
     test::setStartTimecode(film, "23:59:50:00");
     EXPECT_EQ(summary(read("in\n00:00:50:00\n", MarkerFormat::csv, film)), "60.06- |\n");
+    const EditPtr early = edit(); // whose time 0 lies 10 s before the midnight that it counts from
+    early->addLabel(EditLabel(kLabelVideoTimecode, {2, 1}, {early->getFrameRate()}, -250));
+    EXPECT_EQ(summary(read("in\n23:59:59:00\n00:00:01:00\n", MarkerFormat::csv, early)),
+              "9- |\n11- |\n");
 }
 
 TEST_F(MarkerImport, AMarkerOfTheSameTimeAndNameIsKeptReplacedOrJoined) {
