@@ -16,6 +16,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -111,7 +113,11 @@ void Vob::onLastRelease() const noexcept {
         return;
     }
     try {
-        cutroom::postToUiThread([this] { destroyWhenTold(); });
+        // Once, even with a loop that runs what was posted twice.
+        cutroom::postToUiThread([this, due = std::make_shared<bool>(true)] {
+            if (std::exchange(*due, false))
+                destroyWhenTold();
+        });
     } catch (...) {
         LogBoth("Vob: no memory to destroy a viewed edit\n"); // it stays, harmlessly
     }

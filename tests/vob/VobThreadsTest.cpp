@@ -46,6 +46,17 @@ protected:
     std::vector<VobModification> told_;
 };
 
+// Keeps what is posted, for the test to run.
+struct PostedWork final : cutroom::iUiThread {
+    PostedWork() : before(cutroom::installUiThread(this)) {}
+    ~PostedWork() override { cutroom::installUiThread(before); }
+    bool isUiThread() const noexcept override { return before->isUiThread(); }
+    void post(std::function<void()> work) override { all.push_back(std::move(work)); }
+
+    iUiThread* const before;
+    std::vector<std::function<void()>> all;
+};
+
 } // namespace
 
 // Every thread makes one change of a kind of its own, with or without batches around it; this one
@@ -105,4 +116,18 @@ TEST_F(VobThreads, ChangesOutsideOfBatchesArriveOneByOneAndNoneIsHeldBack) {
     vob_->setCurrentTime(1); // no other change is left to be told with it
     ASSERT_EQ(told_.size(), 1u);
     EXPECT_EQ(told_.front().getType(), unsigned{kVobTime});
+}
+
+TEST_F(VobThreads, OneThatAnotherThreadDropsGoesOnceThoughTheLoopRunsItsPostTwice) {
+    const EditPtr edit = makeEdit();
+    const int before = edit.get()->refCount();
+    Kv::Ptr<Vob> vob = open(edit);
+    VobManager::instance().closeVob(vob, false);
+    PostedWork posted;
+    std::thread([last = std::move(vob)]() mutable { last = {}; }).join();
+    ASSERT_GT(edit.get()->refCount(), before) << "still waiting";
+    for (int run = 0; run < 2; ++run)
+        for (const auto& work : posted.all)
+            work();
+    EXPECT_EQ(edit.get()->refCount(), before);
 }
