@@ -1,5 +1,6 @@
 #include "cli/VerbUsage.h"
 
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 
 #include <algorithm>
@@ -24,8 +25,7 @@ using Part = VerbUsage::Part;
 using Places = std::set<std::size_t>; // numbers of words taken so far
 
 bool isPlaceholder(const std::string& word) {
-    return std::all_of(word.begin(), word.end(),
-                       [](char c) { return (c >= 'A' && c <= 'Z') || c == '-'; });
+    return std::all_of(word.begin(), word.end(), [](char c) { return isCapital(c) || c == '-'; });
 }
 
 // --- reading -------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 #include "export/XmlBuilder.h"
 
 #include "export/WideText.h"
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 
 #include <algorithm>
@@ -55,13 +56,9 @@ void appendQuoted(std::string& out, std::wstring_view text) {
             appendText(out, {&c, 1});
 }
 
-bool startsName(char c) noexcept {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
+bool startsName(char c) noexcept { return isLetter(c) || c == '_'; }
 
-bool continuesName(char c) noexcept {
-    return startsName(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
-}
+bool continuesName(char c) noexcept { return startsName(c) || isDigit(c) || c == '-' || c == '.'; }
 
 bool isName(std::string_view text) noexcept {
     return !text.empty() && startsName(text.front()) &&

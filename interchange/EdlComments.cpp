@@ -1,6 +1,7 @@
 #include "interchange/EdlComments.h"
 
 #include "interchange/Timeline.h"
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 
 #include <algorithm>
@@ -26,11 +27,6 @@ std::string_view nextWord(std::string_view& text) {
     const auto word = text.substr(0, end);
     text.remove_prefix(end);
     return word;
-}
-
-bool isDigits(std::string_view text) {
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 constexpr std::array<std::string_view, 19> kKeywords = {

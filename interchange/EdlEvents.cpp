@@ -1,6 +1,7 @@
 #include "interchange/EdlComments.h"
 #include "interchange/EdlList.h"
 
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 
 #include <algorithm>
@@ -27,11 +28,6 @@ Words wordsOf(std::string_view line) {
     return words;
 }
 
-bool isDigits(std::string_view text) {
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 // Takes transition and duration off the end of `words`; false when there is no transition.
 bool takeKind(Words& words, EdlEvent& event) {
     const auto kindOf = [](std::string_view word) -> std::optional<EdlKind> {
@@ -45,7 +41,7 @@ bool takeKind(Words& words, EdlEvent& event) {
             return EdlKind::keyBackground;
         if (word == "KO")
             return EdlKind::keyOut;
-        if (word.size() > 1 && word.size() <= 4 && word[0] == 'W' && isDigits(word.substr(1)))
+        if (word.starts_with('W') && word.size() <= 4 && isDigits(word.substr(1)))
             return EdlKind::wipe;
         return {};
     };

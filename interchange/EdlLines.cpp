@@ -1,5 +1,6 @@
 #include "interchange/EdlList.h"
 
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 
 #include <array>
@@ -37,7 +38,7 @@ std::string fromLatin1(std::string_view bytes) {
 bool readNumber(std::string_view& text, std::size_t most, int& value) {
     std::size_t digits = 0;
     value = 0;
-    while (digits < text.size() && digits < most && text[digits] >= '0' && text[digits] <= '9')
+    while (digits < text.size() && digits < most && isDigit(text[digits]))
         value = value * 10 + (text[digits++] - '0');
     text.remove_prefix(digits);
     return digits > 0;

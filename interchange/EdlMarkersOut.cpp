@@ -1,6 +1,7 @@
 #include "interchange/EdlMarkersOut.h"
 
 #include "interchange/ImportedJson.h"
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 
 #include <algorithm>
@@ -27,7 +28,7 @@ bool isRow(const Marker& marker) { return marker.owner == "list" && !marker.name
 
 // Names made here are in lower case; in capitals they are custom.
 bool isOwnSpelling(const std::string& colour) {
-    return std::none_of(colour.begin(), colour.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+    return std::none_of(colour.begin(), colour.end(), isCapital);
 }
 
 long distance(std::uint32_t a, std::uint32_t b) {
@@ -89,9 +90,7 @@ std::string EdlMarkersOut::colourOf(const Marker& marker, const std::string& tex
         const bool listed = marker.owner == "list" || marker.owner.starts_with("event ");
         if (listed && !isOwnSpelling(name))
             return name;
-        std::transform(name.begin(), name.end(), name.begin(), [](char c) {
-            return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-        });
+        std::transform(name.begin(), name.end(), name.begin(), toCapital);
         return name;
     }
     ++colours_;

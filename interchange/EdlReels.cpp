@@ -2,6 +2,7 @@
 
 #include "interchange/EdlEventsOut.h"
 #include "interchange/ImportedJson.h"
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 #include "platform/files/Files.h"
 
@@ -17,12 +18,8 @@ constexpr std::size_t kLength = 8;
 std::string strict(std::string_view text) {
     std::string reel;
     for (const char c : text) {
-        const bool digit = c >= '0' && c <= '9';
-        const bool capital = c >= 'A' && c <= 'Z';
-        if (c >= 'a' && c <= 'z')
-            reel += static_cast<char>(c - 'a' + 'A');
-        else if (digit || capital || c == '_')
-            reel += c;
+        if (isLetter(c) || isDigit(c) || c == '_')
+            reel += toCapital(c);
         else if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) // once for each character
             reel += '_';
     }

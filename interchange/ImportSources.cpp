@@ -1,6 +1,7 @@
 #include "interchange/ImportSources.h"
 
 #include "interchange/ImportedJson.h"
+#include "platform/base/Characters.h"
 #include "platform/project/LogAttribute.h"
 #include "platform/project/ProjDb.h"
 #include "platform/store/Edit.h"
@@ -32,13 +33,6 @@ const char* mediumOf(ReferenceKind kind) {
         break;
     }
     return "missing";
-}
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
 // The last segment of a URL or path, with %XX of URLs decoded when that gives text.

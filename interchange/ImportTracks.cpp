@@ -1,6 +1,7 @@
 #include "interchange/ImportTracks.h"
 
 #include "interchange/ImportedJson.h"
+#include "platform/base/Characters.h"
 #include "platform/store/Edit.h"
 #include "platform/store/Effects.h"
 
@@ -30,8 +31,7 @@ bool contains(const std::string& text, std::string_view word) {
 }
 
 bool isWipeCode(const std::string& type) {
-    return type.size() > 1 && type.front() == 'W' &&
-           std::all_of(type.begin() + 1, type.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return type.starts_with('W') && isDigits(std::string_view(type).substr(1));
 }
 
 Cookie templateOf(const Item& transition) {

@@ -5,6 +5,7 @@
 #include "interchange/OtioLayout.h"
 #include "interchange/OtioOutput.h"
 #include "interchange/OtioReader.h"
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 #include "platform/files/JsonBuilder.h"
 
@@ -23,9 +24,7 @@ constexpr std::string_view kNoArray = "[]";
 std::string_view schemaName(std::string_view schema) { return schema.substr(0, schema.rfind('.')); }
 
 std::string upper(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    });
+    std::transform(text.begin(), text.end(), text.begin(), toCapital);
     return text;
 }
 

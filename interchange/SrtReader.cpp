@@ -1,5 +1,7 @@
 #include "interchange/SrtReader.h"
 
+#include "platform/base/Characters.h"
+
 #include <algorithm>
 #include <optional>
 #include <set>
@@ -98,8 +100,7 @@ bool looksLikeTimes(std::string_view text) {
         return false;
     const auto isClock = [](std::string_view part) {
         part = trim(part);
-        return !part.empty() && part.front() >= '0' && part.front() <= '9' &&
-               part.find(':') != part.npos;
+        return !part.empty() && isDigit(part.front()) && part.find(':') != part.npos;
     };
     return isClock(text.substr(0, arrow)) && isClock(text.substr(arrow + 3));
 }

@@ -1,5 +1,6 @@
 #include "platform/base/FrameRate.h"
 
+#include "platform/base/Characters.h"
 #include "platform/base/Strings.h"
 
 #include <array>
@@ -75,8 +76,7 @@ std::optional<FrameRate> FrameRate::fromDouble(double rate) noexcept {
 }
 
 std::optional<FrameRate> FrameRate::fromString(std::string_view text) noexcept {
-    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-    if (text.empty() || !isDigit(text.front()) || !isDigit(text.back()) ||
+    if (text.empty() || !cutroom::isDigit(text.front()) || !cutroom::isDigit(text.back()) ||
         text.find_first_not_of("0123456789./") != std::string_view::npos)
         return std::nullopt;
     const std::size_t slash = text.find('/');

@@ -1,4 +1,5 @@
 // Parsing: the library's SAX interface fills our document; limits are kept here.
+#include "platform/base/Characters.h"
 #include "platform/files/JsonDocument.h"
 #include "platform/files/TextFile.h"
 
@@ -30,8 +31,8 @@ struct Word {
 };
 
 bool isWordByte(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' ||
-           c == '+' || c == '.' || c == '_';
+    return cutroom::isDigit(c) || cutroom::isLetter(c) || c == '-' || c == '+' || c == '.' ||
+           c == '_';
 }
 
 std::size_t endOfString(std::string_view text, std::size_t at) {
@@ -65,7 +66,7 @@ std::vector<Word> replaceWords(std::string_view text, std::string& changed) {
                 changed[at + sign + 1] = '.';
                 words.push_back({numbers, word});
             }
-            numbers += named || word.front() == '-' || (word.front() >= '0' && word.front() <= '9');
+            numbers += named || word.front() == '-' || cutroom::isDigit(word.front());
             at = end;
         } else {
             ++at;
@@ -121,7 +122,7 @@ public:
     bool number_float(double, const std::string& read) {
         std::string text = read;
         for (char& c : text)
-            if (!(c >= '0' && c <= '9') && !std::strchr("+-eE", c))
+            if (!cutroom::isDigit(c) && !std::strchr("+-eE", c))
                 c = '.';
         return number(text);
     }

@@ -1,25 +1,23 @@
 #include "platform/project/MediaStatus.h"
 
+#include "platform/base/Characters.h"
 #include "platform/files/Files.h"
 #include "platform/project/CurrentProject.h"
 
 #include <array>
-#include <cctype>
 #include <optional>
 
 namespace {
 
 constexpr std::string_view kFileScheme = "file";
 
-bool isAsciiAlpha(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
 // The scheme of a URL ("file", "https"); empty for a path. One letter is a drive, no scheme.
 std::string_view schemeOf(std::string_view location) noexcept {
     const std::size_t colon = location.find(':');
-    if (colon == std::string_view::npos || colon < 2 || !isAsciiAlpha(location.front()))
+    if (colon == std::string_view::npos || colon < 2 || !cutroom::isLetter(location.front()))
         return {};
     for (const char c : location.substr(0, colon))
-        if (!isAsciiAlpha(c) && !(c >= '0' && c <= '9') && c != '+' && c != '-' && c != '.')
+        if (!cutroom::isLetter(c) && !cutroom::isDigit(c) && c != '+' && c != '-' && c != '.')
             return {};
     return location.substr(colon + 1).starts_with("//") ? location.substr(0, colon)
                                                         : std::string_view();
@@ -31,16 +29,6 @@ std::string_view hostOf(std::string_view location, std::string_view scheme) noex
     return rest.substr(0, rest.find('/'));
 }
 
-std::optional<int> hexDigit(char c) noexcept {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return std::nullopt;
-}
-
 std::optional<std::string> percentDecoded(std::string_view text) {
     std::string out;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -48,11 +36,12 @@ std::optional<std::string> percentDecoded(std::string_view text) {
             out += text[i];
             continue;
         }
-        const auto high = i + 2 < text.size() ? hexDigit(text[i + 1]) : std::nullopt;
-        const auto low = high ? hexDigit(text[i + 2]) : std::nullopt;
-        if (!low)
+        const bool whole = i + 2 < text.size();
+        const int high = whole ? cutroom::hexDigit(text[i + 1]) : -1;
+        const int low = whole ? cutroom::hexDigit(text[i + 2]) : -1;
+        if (high < 0 || low < 0)
             return std::nullopt;
-        out += static_cast<char>(*high * 16 + *low);
+        out += static_cast<char>(high * 16 + low);
         i += 2;
     }
     return out;
@@ -72,8 +61,8 @@ std::string_view leadingNames(std::string_view path, int levels) noexcept {
 }
 
 std::string driveOfPath(std::string_view path) {
-    if (path.size() >= 2 && isAsciiAlpha(path[0]) && path[1] == ':')
-        return {static_cast<char>(std::toupper(static_cast<unsigned char>(path[0]))), ':'};
+    if (path.size() >= 2 && cutroom::isLetter(path[0]) && path[1] == ':')
+        return {cutroom::toCapital(path[0]), ':'};
     if (!path.starts_with('/'))
         return {};
     struct MountRule {

@@ -1,4 +1,5 @@
 #include "platform/base/Strings.h"
+#include "platform/base/Characters.h"
 #include "tests/support/CommaLocale.h"
 
 #include <gmock/gmock.h>
@@ -71,6 +72,24 @@ TEST(Strings, CharacterClassesReachBeyondAscii) {
     EXPECT_EQ(displayWidth(L'a'), 1);
     EXPECT_EQ(displayWidth(L'\u4E2D'), 2);
     EXPECT_EQ(displayWidth(L'\u0301'), 0);
+}
+
+TEST(Strings, CharactersOfAsciiAreOfOneKindWhateverTheLocale) {
+    const auto all = [](auto isOne) {
+        std::string those;
+        for (int c = -128; c < 128; ++c)
+            those.append(isOne(static_cast<char>(c)), static_cast<char>(c));
+        return those;
+    };
+    const std::string capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ", small = "abcdefghijklmnopqrstuvwxyz";
+    EXPECT_EQ(all(isDigit), "0123456789");
+    EXPECT_EQ(all(isCapital), capitals);
+    EXPECT_EQ(all(isLetter), capitals + small);
+    EXPECT_EQ(all([](char c) { return c != toCapital(c); }), small);
+    EXPECT_EQ(all([](char c) { return hexDigit(c) >= 0; }), "0123456789ABCDEFabcdef");
+    EXPECT_TRUE(toCapital('b') == 'B' && hexDigit('9') == 9 && hexDigit('A') == 10 &&
+                hexDigit('f') == 15);
+    EXPECT_FALSE(isDigits("") || isDigits("1a"));
 }
 
 TEST(Strings, SplitAndJoinAreInverse) {
