@@ -4,6 +4,7 @@
 #include "platform/project/CurrentProject.h"
 #include "platform/project/ProjectPaths.h"
 #include "platform/store/EditCodec.h"
+#include "platform/store/HistorySteps.h"
 
 #include <algorithm>
 #include <set>
@@ -13,7 +14,7 @@ namespace cutroom {
 namespace {
 
 constexpr char kHistoryKind[] = "edit-undo";
-constexpr std::size_t kMaxStoredSteps = 10'000;
+constexpr unsigned kHistoryVersion = 2; // 1 has no "SAME"
 // The most segments that the lists of one file have together (700 megabytes in memory), and those
 // that a history is written with.
 constexpr std::size_t kMaxSegments = 5'000'000;
@@ -62,13 +63,13 @@ struct Preface {
     }
 };
 
-std::string assemble(std::string_view kind, std::string_view identityBytes,
+std::string assemble(std::string_view kind, unsigned version, std::string_view identityBytes,
                      const CelChunkWriter& chunks, std::string_view rest) {
     SectionWriter out;
     out.add("ID  ", identityBytes);
     for (const CelChunkWriter::Chunk& chunk : chunks.chunks())
         out.add(chunk.tag, chunk.bytes);
-    return CheckedFile::wrap(kind, kEditVersion, out.take().append(rest));
+    return CheckedFile::wrap(kind, version, out.take().append(rest));
 }
 
 // Walks the sections of a payload. `other` takes those that are not of the preface.
@@ -85,35 +86,6 @@ bool walk(std::string_view payload, Preface& preface, DecodeTrouble& trouble, co
         return trouble.at(payload.data() + sections.position(), "a section is cut off");
     return preface.known ||
            trouble.at(payload.data() + payload.size(), "the file's identity is missing");
-}
-
-bool readStep(const Section& section, const CelChunks& chunks, DecodeTrouble& trouble,
-              EditHistory& history) {
-    StateReader reader(chunks, trouble);
-    EditHistory::Step step;
-    SectionReader sections(section.bytes);
-    Section part;
-    while (sections.next(part)) {
-        if (part.tag != "STEP") {
-            if (!reader.take(part))
-                return false;
-            continue;
-        }
-        ByteReader in(part.bytes);
-        step.description = in.text();
-        step.when = in.u32();
-        if (!trouble.finished(in, part.bytes, "a step"))
-            return false;
-    }
-    const char* const end = section.bytes.data() + sections.position();
-    if (!sections.ok())
-        return trouble.at(end, "a step is cut off");
-    auto state = reader.finish(end);
-    if (!state)
-        return false;
-    step.state = std::move(*state);
-    history.steps.push_back(std::move(step));
-    return history.steps.size() <= kMaxStoredSteps || trouble.at(end, "there are too many steps");
 }
 
 } // namespace
@@ -160,26 +132,26 @@ Result<std::string> EditFile::encode(const Cookie& cookie, std::uint64_t history
     CelChunkWriter chunks;
     SectionWriter sections;
     encodeState(sections, state, chunks);
-    return assemble(kEditKind, identity(cookie, historyId, 0), chunks, sections.take());
+    return assemble(kEditKind, kEditVersion, identity(cookie, historyId, 0), chunks,
+                    sections.take());
 }
 
 std::string EditFile::encodeHistory(const Cookie& cookie, std::uint64_t historyId,
                                     const EditHistory& history) {
-    CelChunkWriter chunks;
-    SectionWriter sections;
-    const std::size_t first = std::min(firstStored(history), history.position);
-    for (std::size_t i = first; i < history.steps.size(); ++i) {
-        const EditHistory::Step& step = history.steps[i];
-        SectionWriter body;
-        ByteWriter head;
-        head.text(step.description);
-        head.u32(step.when);
-        body.add("STEP", head);
-        encodeState(body, step.state, chunks);
-        sections.add("HIST", body.take());
+    const std::size_t count = history.steps.size();
+    std::size_t first = std::min(firstStored(history), history.position);
+    while (true) {
+        StepWriter writer;
+        std::size_t end = first;
+        while (end < count && writer.add(history.steps[end]))
+            ++end;
+        if (end == count || first == history.position) // then the last that could be redone go
+            return assemble(kHistoryKind, kHistoryVersion,
+                            identity(cookie, historyId, history.position - first), writer.chunks(),
+                            writer.take());
+        // About so many fit: the newest ones.
+        first = std::min(history.position, std::max(first + 1, count - (end - first)));
     }
-    return assemble(kHistoryKind, identity(cookie, historyId, history.position - first), chunks,
-                    sections.take());
 }
 
 Result<EditFile::Content> EditFile::decode(std::string_view bytes, const std::string& file) {
@@ -200,14 +172,15 @@ Result<EditFile::Content> EditFile::decode(std::string_view bytes, const std::st
 
 Result<EditHistory> EditFile::decodeHistory(std::string_view bytes, const std::string& file,
                                             std::uint64_t historyId) {
-    const auto view = CheckedFile::open(bytes, kHistoryKind, kEditVersion, file);
+    const auto view = CheckedFile::open(bytes, kHistoryKind, kHistoryVersion, file);
     if (!view)
         return view.status();
     DecodeTrouble trouble(file, bytes.data());
     Preface preface;
     EditHistory history;
+    StepReader steps(preface.chunks, trouble, history);
     const bool whole = walk(view->payload, preface, trouble, [&](const Section& section) {
-        return section.tag != "HIST" || readStep(section, preface.chunks, trouble, history);
+        return section.tag != "HIST" || steps.take(section.bytes);
     });
     if (!whole)
         return trouble.status();

@@ -58,7 +58,7 @@ public:
     bool at(const char* place, std::string reason) {
         if (status_.ok())
             status_ = Status(StatusCode::damaged, file_, std::move(reason),
-                             static_cast<long>(place - begin_));
+                             static_cast<long>((instead_ ? instead_ : place) - begin_));
         return false;
     }
     // True when the reader of `bytes` has read all that it should have.
@@ -66,11 +66,14 @@ public:
         return in.ok() ||
                at(bytes.data() + in.position(), std::string("a value is wrong in ") + what);
     }
+    // From now on the place is this one, for what is read does not lie in the file; null ends that.
+    void standIn(const char* place) noexcept { instead_ = place; }
     const Status& status() const noexcept { return status_; }
 
 private:
     std::string file_;
     const char* begin_;
+    const char* instead_ = nullptr;
     Status status_;
 };
 

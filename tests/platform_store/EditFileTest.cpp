@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <limits>
+#include <tuple>
 
 using namespace cutroom;
 using cutroom::test::bytesOf;
@@ -222,10 +223,16 @@ TEST_F(EditFileTest, stepsAreStoredAsWhatTheyChange) {
         many[i].detail.name = std::to_wstring(i % 100);
     }
     ASSERT_TRUE(video(edit)->setSegments(many).ok());
+    for (std::uint32_t i = 0; i < 500; ++i) {
+        edit->addCue(Cue(i, L"a marker"));
+        edit->setEffectGraph({IdStamp(1, 0, i), {}, {}, {}, 0, 0, {}, false});
+    }
     std::vector<std::string> states;
     for (int i = 0; i < 50; ++i) {
         manager().makeBackup(edit);
         states.push_back(edit->canonicalContents());
+        edit->addCue(Cue(7 * i, L"another"));
+        edit->setEffectGraph({IdStamp(0, 0, 50u - i), {}, {}, {}, 0, 0, {}, false});
         many[0].start = (i * 97'000) % 4'000'000 + 500;
         many[0].end = many[0].start + 700;
         many[0].detail.name = L"new " + std::to_wstring(i);
@@ -305,27 +312,35 @@ TEST_F(EditFileTest, aHistoryOfAnotherStateIsLeftAlone) {
 // Every value is checked even when the checksum is right.
 TEST_F(EditFileTest, wrongValuesBehindAGoodChecksumAreRefusedOrSound) {
     const EditModifier edit = full();
-    ASSERT_TRUE(manager().save(edit).ok());
-    const std::string good = bytesOf(fileOf(edit.getCookie()));
-    const auto view = CheckedFile::open(good, "edit", 1, "f");
-    ASSERT_TRUE(view.ok());
-    const std::string payload(view->payload);
-    std::size_t refused = 0;
-    const auto expectRefusedOrSound = [&](const std::string& bad) {
-        const auto read = EditFile::decode(CheckedFile::wrap("edit", 1, bad), "f");
-        refused += !read.ok();
-        if (read.ok())
-            ASSERT_EQ(checkState(read->state), "");
-        else
-            ASSERT_EQ(read.status().code(), StatusCode::damaged);
-    };
-    for (std::size_t size = 0; size < payload.size(); ++size)
-        expectRefusedOrSound(payload.substr(0, size));
-    for (std::size_t bit = 0; bit < 8 * payload.size(); ++bit) {
-        SCOPED_TRACE(bit);
-        expectRefusedOrSound(flipped(payload, bit));
+    for (int i = 0; i < 2; ++i) {
+        manager().makeBackup(edit);
+        edit->addCue(Cue(i, L"new"));
     }
-    EXPECT_GT(refused, 2 * payload.size());
+    ASSERT_TRUE(manager().save(edit).ok());
+    for (const auto& [extension, kind, version] :
+         {std::tuple{".edit", "edit", 1u}, {".undo", "edit-undo", 2u}}) {
+        const std::string good = bytesOf(fileOf(edit.getCookie(), extension));
+        const auto view = CheckedFile::open(good, kind, version, "f");
+        ASSERT_TRUE(view.ok());
+        const std::string payload(view->payload);
+        std::size_t refused = 0;
+        const auto expectRefusedOrSound = [&, kind = kind, version = version](const auto& bad) {
+            const std::string file = CheckedFile::wrap(kind, version, bad);
+            const auto read = EditFile::decode(file, "f");
+            const auto history = EditFile::decodeHistory(file, "f", 0);
+            const Status& status = version == 1 ? read.status() : history.status();
+            refused += !status.ok();
+            ASSERT_TRUE(status.ok() || status.code() == StatusCode::damaged);
+            ASSERT_TRUE(!read.ok() || checkState(read->state).empty());
+        };
+        for (std::size_t size = 0; size < payload.size(); ++size)
+            expectRefusedOrSound(payload.substr(0, size));
+        for (std::size_t bit = 0; bit < 8 * payload.size(); ++bit) {
+            SCOPED_TRACE(bit);
+            expectRefusedOrSound(flipped(payload, bit));
+        }
+        EXPECT_GT(refused, 2 * payload.size());
+    }
 }
 
 TEST_F(EditFileTest, sectionsOfLaterVersionsAreKept) {
