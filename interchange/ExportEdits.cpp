@@ -17,6 +17,20 @@ namespace {
 constexpr std::size_t kMaxLevels = 64;
 constexpr std::size_t kMaxItems = 4'000'000;
 
+// The mix of an edit that nobody has mixed, with its stereo pairs panned apart, as new edits have.
+Aud::SimpleMixState pairedMix(const Edit& edit, std::size_t inputs) {
+    Aud::SimpleMixState mix(inputs);
+    const auto groups = edit.openObjectInternal();
+    for (std::size_t i = 0; i < groups->size(); ++i) {
+        const std::vector<IdStamp> pair = groups->getGroupContents(i);
+        for (std::size_t side = 0; side < 2 && pair.size() == 2; ++side)
+            if (edit.getChanType(pair[side]) == kChanAudio)
+                mix.setInputPan(static_cast<unsigned char>(edit.getIndexWithinType(pair[side])),
+                                side == 0 ? 0.0F : 1.0F);
+    }
+    return mix;
+}
+
 // What an edit holds, taken at one moment: events are shared, not copied.
 struct Moment {
     struct Channel {
@@ -48,7 +62,8 @@ struct Moment {
         label = edit.getVideoTimecodeLabel();
         metadata = edit.getImportedMetadata();
         if (const auto mix = edit.getAudioMix(); mix && mix->valid())
-            mixed = *mix != Aud::SimpleMixState(mix->numInputs());
+            mixed = *mix != Aud::SimpleMixState(mix->numInputs()) &&
+                    *mix != pairedMix(edit, mix->numInputs());
         cues = edit.getCues().cues();
         for (const IdStamp& id : edit.getChans(kChanAllTypes & ~static_cast<unsigned>(kChanLevels),
                                                kSubAll & ~static_cast<unsigned>(kSubDerived)))
