@@ -29,9 +29,11 @@ public:
     // The frame of the record at a time of the timeline, from its start, and the timecode there.
     std::int64_t frameAt(Flicks time) const { return record_.rate.flicksToFrameNearest(time); }
     std::string recordText(std::int64_t frame) const;
-    // Tells whether a frame of the record lies before 00:00:00:00, where its timecode would be that
-    // of the end of the day.
-    bool isBeforeZero(std::int64_t frame) const { return startFrame() + frame < 0; }
+    // Tells whether a frame of a record that begins on its day lies before 00:00:00:00, where its
+    // timecode would be that of the end of the day.
+    bool isBeforeZero(std::int64_t frame) const {
+        return startFrame() >= 0 && startFrame() + frame < 0;
+    }
 
     // The events in the order of their lines. A clip that was read from two events becomes two
     // again, as long as both still hold.

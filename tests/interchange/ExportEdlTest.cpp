@@ -174,6 +174,9 @@ TEST_F(ExportEdl, MarkersTakeTheNearestColourThatListsKnowAndNoTimecodeOfTheDayB
     EXPECT_THAT(file->warnings,
                 testing::IsSupersetOf({"markers before 00:00:00:00 left out: 1",
                                        "marker colours, written as the nearest known: 3"}));
+    edit->addLabel(EditLabel(kLabelVideoTimecode, {2, 1}, {edit->getFrameRate()}, -50));
+    EXPECT_THAT(exported(edit), HasSubstr("23:59:58:00 00:00:00:00")) << "a day before as a whole";
+    EXPECT_THAT(exported(edit), HasSubstr("* LOC: 23:59:57:00 WHITE   early"));
 }
 
 TEST_F(ExportEdl, ManySoundTracksComeBack) {
