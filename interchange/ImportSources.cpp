@@ -41,18 +41,8 @@ std::string fileNameOf(const std::string& location) {
     const std::string name = slash == std::string::npos ? location : location.substr(slash + 1);
     if (location.find("://") == std::string::npos)
         return name;
-    std::string decoded;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const bool escape = name[i] == '%' && i + 2 < name.size() && hexDigit(name[i + 1]) >= 0 &&
-                            hexDigit(name[i + 2]) >= 0;
-        if (escape) {
-            decoded += static_cast<char>(hexDigit(name[i + 1]) * 16 + hexDigit(name[i + 2]));
-            i += 2;
-        } else {
-            decoded += name[i];
-        }
-    }
-    return isUtf8(decoded) ? decoded : name;
+    const auto decoded = percentDecoded(name);
+    return decoded && isUtf8(*decoded) ? *decoded : name;
 }
 
 std::string keyOf(std::string_view medium, std::string_view reel, std::string_view location,

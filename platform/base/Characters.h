@@ -1,7 +1,11 @@
 // The characters of ASCII by their kinds, whatever the locale.
 #pragma once
 
+#include "platform/base/Export.h"
+
 #include <algorithm>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace cutroom {
@@ -28,5 +32,8 @@ constexpr int hexDigit(char c) noexcept {
         return c - '0';
     return capital >= 'A' && capital <= 'F' ? capital - 'A' + 10 : -1;
 }
+
+// The text with each %XX as the byte that it stands for; nothing when a % is followed by no digits.
+CUTROOM_API std::optional<std::string> percentDecoded(std::string_view text);
 
 } // namespace cutroom

@@ -29,24 +29,6 @@ std::string_view hostOf(std::string_view location, std::string_view scheme) noex
     return rest.substr(0, rest.find('/'));
 }
 
-std::optional<std::string> percentDecoded(std::string_view text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            out += text[i];
-            continue;
-        }
-        const bool whole = i + 2 < text.size();
-        const int high = whole ? cutroom::hexDigit(text[i + 1]) : -1;
-        const int low = whole ? cutroom::hexDigit(text[i + 2]) : -1;
-        if (high < 0 || low < 0)
-            return std::nullopt;
-        out += static_cast<char>(high * 16 + low);
-        i += 2;
-    }
-    return out;
-}
-
 // The first `levels` names of an absolute path, or nothing when it has fewer.
 std::string_view leadingNames(std::string_view path, int levels) noexcept {
     std::size_t at = 0;
@@ -94,7 +76,7 @@ std::string localPathOf(std::string_view location) {
     if (!host.empty() && host != "localhost")
         return {};
     const std::optional<std::string> path =
-        percentDecoded(location.substr(scheme.size() + 3 + host.size()));
+        cutroom::percentDecoded(location.substr(scheme.size() + 3 + host.size()));
     return path && path->find('\0') == std::string::npos ? *path : std::string();
 }
 

@@ -90,6 +90,9 @@ TEST(Strings, CharactersOfAsciiAreOfOneKindWhateverTheLocale) {
     EXPECT_TRUE(toCapital('b') == 'B' && hexDigit('9') == 9 && hexDigit('A') == 10 &&
                 hexDigit('f') == 15);
     EXPECT_FALSE(isDigits("") || isDigits("1a"));
+    EXPECT_EQ(percentDecoded("a%20b%c3%A9"), "a b\xC3\xA9");
+    for (const char* const bad : {"%", "%4", "x%zz", "%4g1", "%g41"})
+        EXPECT_FALSE(percentDecoded(bad)) << bad;
 }
 
 TEST(Strings, SplitAndJoinAreInverse) {
