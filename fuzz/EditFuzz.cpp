@@ -43,6 +43,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (data[0] % 2 == 0)
         tryEdit(cutroom::CheckedFile::wrap("edit", 1, payload));
     else
-        tryHistory(cutroom::CheckedFile::wrap("edit-undo", 1, payload));
+        tryHistory(cutroom::CheckedFile::wrap("edit-undo", 2, payload));
     return 0;
 }

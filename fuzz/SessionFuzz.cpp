@@ -1,12 +1,14 @@
 // Any bytes as the lines of a session, on a small project in memory or, with an odd number of
-// bytes, on none: each is done or refused, every edit that is viewed stays sound, and nothing is
-// left viewed at the end. Lines that name a path or let the loop run for long are passed over;
-// files in the current folder go with it. Mutations are of lines and words, for most bytes make no
-// verb.
+// bytes, on none: each is done or refused, every edit that is viewed stays sound, nothing is left
+// viewed at the end, and the project opened again has the same edits. Lines that name a path or let
+// the loop run for long are passed over; files in the current folder go with it. Mutations are of
+// lines and words, for most bytes make no verb.
 #include "cli/Session.h"
+#include "fuzz/Require.h"
 #include "platform/base/Log.h"
 #include "platform/base/Strings.h"
 #include "platform/store/Edit.h"
+#include "platform/store/EditManager.h"
 #include "tests/support/TempFolder.h"
 
 #include <algorithm>
@@ -14,6 +16,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <random>
 
 namespace {
@@ -60,10 +63,43 @@ void runAll(cli::Session& session, const std::string& text) {
         if (!mayRun(line))
             continue;
         const Status done = session.run(line);
-        if (!done && done.text().empty())
-            __builtin_trap();
+        require(done || !done.text().empty());
         checkEdits(session);
     }
+}
+
+// What each edit of the project holds, by its cookie.
+using Contents = std::map<std::string, std::string>;
+
+Contents contentsOfAll() {
+    Contents all;
+    for (const Cookie& cookie : EditManager::instance().getAllEdits())
+        if (const EditPtr edit(cookie); edit)
+            all[cookie.asString()] = edit->canonicalContents();
+    return all;
+}
+
+// Gives what is left of the edits when all viewers have gone.
+Contents runSession(const cli::Options& options, bool stored, const std::string& lines) {
+    cli::Workspace workspace(options);
+    require(!stored || workspace.open(cli::Workspace::Use::writeOrCreate).ok());
+    {
+        cli::Session session(workspace);
+        runAll(session, stored ? "make film video 2 audio 4 length 40 rate 25\nopen film as film\n"
+                               : "open new as film\nadd-channel video\nadd-channel audio\n");
+        runAll(session, lines);
+    }
+    const Contents left = contentsOfAll();
+    require(workspace.close().ok());
+    // without a project they go with the host
+    require(!stored || VobManager::instance().getAllVobs().empty());
+    return left;
+}
+
+Contents contentsOnDisk(const cli::Options& options) {
+    cli::Workspace workspace(options);
+    require(workspace.open(cli::Workspace::Use::read).ok());
+    return contentsOfAll();
 }
 
 } // namespace
@@ -110,20 +146,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     cli::Options options;
     options.project = folder / "film";
     options.repeatable = true;
-    cli::Workspace workspace(options);
     const bool stored = size % 2 == 0;
-    if (stored && !workspace.open(cli::Workspace::Use::writeOrCreate))
-        __builtin_trap();
-    {
-        cli::Session session(workspace);
-        runAll(session, stored ? "make film video 2 audio 4 length 40 rate 25\nopen film as film\n"
-                               : "open new as film\nadd-channel video\nadd-channel audio\n");
-        runAll(session, std::string(reinterpret_cast<const char*>(data), size));
-    }
-    if (!workspace.close())
-        __builtin_trap();
-    if (stored && !VobManager::instance().getAllVobs().empty()) // else they go with the host
-        __builtin_trap();
+    const std::string lines(reinterpret_cast<const char*>(data), size);
+    const Contents left = runSession(options, stored, lines);
+    require(!stored || !isPlain(lines) || contentsOnDisk(options) == left);
     std::filesystem::current_path(outside);
     return 0;
 }
