@@ -106,6 +106,14 @@ bool SearchResultsFilter::criteriaFileExists(const LightweightString<wchar_t>& n
     return cutroom::fileExists(cutroom::joinPath(folder(), cutroom::criteriaFile(name)));
 }
 
+bool SearchResultsFilter::isNameOfAnother(const LightweightString<wchar_t>& name) {
+    if (!criteriaFileExists(name))
+        return false;
+    const auto files = cutroom::listFiles(folder(), kSuffix);
+    return files &&
+           std::find(files->begin(), files->end(), cutroom::criteriaFile(name)) == files->end();
+}
+
 // Reads all criteria files; dynamic bins without one go.
 void SearchResultsFilter::followFiles(CookieVec& added, CookieVec& removed) {
     if (folder().empty())

@@ -131,6 +131,9 @@ SearchResultsFilter::saveCriteria(const LightweightString<wchar_t>& name,
     const CriticalSection::Lock lock(saving_);
     Kv::Ptr<SearchBin> bin = dynamicBin(SearchBin::fixedID(name));
     const bool isNew = !bin;
+    if (isNew && isNameOfAnother(name))
+        return Status(StatusCode::wrongUsage, cutroom::toUtf8(name),
+                      "on this disk it is the name of other criteria, in small or capital letters");
     if (isNew) {
         bin = Kv::makePtr<SearchBin>(name, criteria);
         appendResult(bin);

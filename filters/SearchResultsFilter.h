@@ -78,6 +78,8 @@ private:
     Kv::Ptr<SearchBin> dynamicBin(const Cookie& id) const;
     cutroom::Status drop(const SearchBins& bins) CUTROOM_REQUIRES(saving_);
     static bool criteriaFileExists(const LightweightString<wchar_t>& name);
+    // Its file is that of another name: the disk takes small and capital letters for the same.
+    static bool isNameOfAnother(const LightweightString<wchar_t>& name);
     std::wstring freeName(const LightweightString<wchar_t>& wanted) const CUTROOM_REQUIRES(saving_);
     void tell(unsigned kind, const CookieVec& bins) const;
 

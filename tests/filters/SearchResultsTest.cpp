@@ -46,6 +46,29 @@ protected:
     }
 };
 
+// A disk on which capital letters count as small ones, for one file.
+class CaseBlindFiles final : public cutroom::test::FaultyFiles {
+public:
+    using FaultyFiles::FaultyFiles;
+    cutroom::Result<cutroom::FileInfo> stat(const std::string& path) override {
+        const std::size_t mine = path.rfind("/MINE.criteria");
+        return FaultyFiles::stat(mine == path.npos ? path
+                                                   : path.substr(0, mine) + "/Mine.criteria");
+    }
+};
+
+TEST_F(SearchResultsTest, noCriteriaReplaceThoseThatTheDiskCallsTheSame) {
+    ASSERT_TRUE(filter().saveCriteria(L"Mine", tide()).ok());
+    ASSERT_TRUE(filter().saveCriteria(L"OURS", tide()).ok());
+    CaseBlindFiles blind(files_);
+    cutroom::iFileSystem* const before = cutroom::installFileSystem(&blind);
+    const auto saved = filter().saveCriteria(L"MINE", Criteria());
+    EXPECT_TRUE(filter().saveCriteria(L"OURS", Criteria()).ok());
+    cutroom::installFileSystem(before);
+    EXPECT_THAT(saved.status().message(), HasSubstr("the name of other criteria"));
+    EXPECT_THAT(kept(), ElementsAre("Mine*: 1", "OURS*: 2"));
+}
+
 TEST_F(SearchResultsTest, keepsResultsAndSearchesAcrossSessions) {
     ASSERT_TRUE(filters().addSearch(tide()));
     ASSERT_TRUE(filter().add(tide(), true));
