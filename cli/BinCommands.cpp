@@ -104,9 +104,9 @@ Status makeBin(const Options& options, const BinWords& words) {
         const Status gone = BinManager::instance().destroy(bin->getID(), "not made");
         return gone.ok() || gone.code() == StatusCode::notFound ? why : gone;
     };
-    bin->setName(*name);
     if (Status added = addAssets(bin, words); !added)
         return undo(added);
+    bin->setName(*name); // not before: one of the assets may have this name
     if (Status saved = BinManager::instance().saveAll(); !saved)
         return undo(saved);
     print(madeText(bin->getID(), *name, options.json));
