@@ -146,7 +146,7 @@ Status exchangeGraph(Edit& edit, Cel& cel, std::uint32_t index, const IdStamp& g
     const IdStamp old = std::exchange(event.effectGraph, graph);
     if (Status status = cel.setEvent(index, event); !status)
         return status;
-    if (old.valid() && !isUsed(edit, old))
+    if (!isUsed(edit, old))
         edit.removeEffectGraph(old);
     return {};
 }
