@@ -7,6 +7,7 @@
 #include "platform/embedded/EmbeddedHost.h"
 #include "platform/store/EditManager.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
