@@ -51,8 +51,14 @@ Result<double> parsePlace(std::string_view text, const EditPtr& edit) {
         if (!label.is_valid())
             label = EditLabel(kLabelVideoTimecode, {2, 1},
                               {edit->getFrameRate(), edit->getDropFrame()}, 0);
+        bool drop = false;
+        const TimecodeFormat& format = label.format();
+        if (parseTimecode(text, format, &drop) && drop && !format.dropFrame &&
+            format.rate.allowsDropFrame())
+            return Status(StatusCode::wrongUsage, written,
+                          "is drop frame; this edit counts without");
         if (const auto place = label.timeOf(written))
-            return onDayOf({edit->getStartTime(), edit->getEndTime()}, *place, label.format());
+            return onDayOf({edit->getStartTime(), edit->getEndTime()}, *place, format);
         return Status(StatusCode::wrongUsage, written,
                       "no timecode of this edit, which counts " + rateText(edit->getFrameRate()) +
                           " from " + edit->getTimecode(0));

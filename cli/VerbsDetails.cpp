@@ -70,10 +70,12 @@ void label(Session& session, SessionWords& words) {
         }
     }
     std::optional<long long> frame;
+    bool drop = false;
     if (start.find(':') == start.npos)
         frame = parseInt(start);
-    else if (const auto parsed = parseTimecode(start, format))
+    else if (const auto parsed = parseTimecode(start, format, &drop))
         frame = *parsed;
+    format.dropFrame |= drop && format.rate.allowsDropFrame();
     if (!frame)
         refuse(StatusCode::wrongUsage, start, "no place that such a label can show");
     session.editForChange()->addLabel(EditLabel(type, roll, format, *frame));
