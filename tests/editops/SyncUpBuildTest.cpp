@@ -201,6 +201,8 @@ TEST_F(SyncUpBuild, MixesEachChannelAsItsShotDoes) {
     sound_->setAudioMix(Kv::makePtr<Aud::SimpleMixState>(recorded));
     EXPECT_TRUE(mixOf(true) == both);
     EXPECT_TRUE(mixOf(false) == recorded);
+    camera->setAudioMix({});
+    EXPECT_TRUE(mixOf(true) == recorded);
 }
 
 TEST_F(SyncUpBuild, LeavesNothingBehindWhenItFails) {
