@@ -149,7 +149,7 @@ private:
         lane.end = place.out;
         lane.last = &event;
         lane.onlyTransition =
-            event.isTransition() && place.length() == event.duration ? place.length() : 0;
+            event.isTransition() && place.length() <= event.duration ? place.length() : 0;
     }
 
     // Tells whether the line of the outgoing side names another clip than the one before.

@@ -282,7 +282,9 @@ TEST(WriteEdl, WhatItWritesIsReadAsTheSame) {
     const std::string times = " C 00:00:00:00 00:00:01:00 00:00:00:00 00:00:01:00\n";
     for (const std::string& list :
          {"1 A V" + times + "* FROM CLIP NAME: " + std::string(61, 'x') + "\n* not its rest\n",
-          "1 A XV" + times + "2 B XV" + times, "1 A V" + times + "* FROM CLIP NAME: n\x01\n"}) {
+          "1 A XV" + times + "2 B XV" + times, "1 A V" + times + "* FROM CLIP NAME: n\x01\n",
+          "1 BL V" + times + "2 A V D 99 00:00:00:00 00:00:01:00 00:00:01:00 00:00:02:00\n" +
+              "* TO CLIP NAME: N\n3 A V C 00:00:01:00 00:00:02:00 00:00:02:00 00:00:03:00\n"}) {
         const std::string once = writeEdl(readEdl(list, "l.edl", {})->front())->text;
         EXPECT_EQ(writeEdl(readEdl(once, "l.edl", {})->front())->text, once);
     }
