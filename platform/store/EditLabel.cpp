@@ -87,12 +87,15 @@ std::optional<double> EditLabel::timeOf(const LightweightString<char>& text) con
     if (!is_valid())
         return std::nullopt;
     std::optional<std::int64_t> frame;
+    bool drop = false;
     if (countsTimecode(type_))
-        frame = cutroom::parseTimecode(text, format_);
+        frame = cutroom::parseTimecode(text, format_, &drop);
     else if (type_ == kLabelFrames || type_ == kLabelInk)
         frame = cutroom::parseInt(text);
     else
         frame = parseFeet(text);
+    if (drop && !format_.dropFrame && format_.rate.allowsDropFrame())
+        return std::nullopt;
     std::int64_t fromStart = 0;
     if (!frame || __builtin_sub_overflow(*frame, start_, &fromStart))
         return std::nullopt;

@@ -53,6 +53,8 @@ TEST(EditLabel, MovesByWholeFramesAndRefusesForeignNumbers) {
     label.adjustByTime(2.01);
     EXPECT_EQ(label.get_abs_posn(3), 51);
     EXPECT_FALSE(label.timeOf("00:00:00:24") || EditLabel().is_valid());
+    const EditLabel plain(kLabelVideoTimecode, {2, 1}, {Kv::FrameRate(30000, 1001)}, 0);
+    EXPECT_FALSE(plain.timeOf("00:01:00;02")) << "it counts without drop frame";
     for (const char* bad : {"", "7", "0+16", "0+-1", "+3"})
         EXPECT_FALSE(EditLabel(kLabelFeet, {2, 1}, label.format(), 0).timeOf(bad)) << bad;
     EXPECT_EQ(EditLabel().pointAt(1).asString(), "");
