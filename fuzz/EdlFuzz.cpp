@@ -15,10 +15,15 @@ namespace {
 
 using namespace cutroom;
 
-// Equal events that overlap on two channels may be paired otherwise when they are read again.
-bool hasOverlaps(const Timeline& timeline) {
+// Equal events that overlap on two channels may be paired otherwise when they are read again; those
+// that end before they begin may lie on another day.
+bool isAmbiguous(const Timeline& timeline) {
     return std::any_of(timeline.tracks.begin(), timeline.tracks.end(),
-                       [](const Track& track) { return track.name.ends_with(')'); });
+                       [](const Track& track) { return track.name.ends_with(')'); }) ||
+           std::any_of(timeline.warnings.begin(), timeline.warnings.end(),
+                       [](const std::string& text) {
+                           return text.starts_with("record out before record in");
+                       });
 }
 
 void tryList(const Timeline& timeline, bool plain) {
@@ -28,7 +33,7 @@ void tryList(const Timeline& timeline, bool plain) {
     const auto again = readEdl(once->text, "again.edl", timeline.rate.rate);
     require(again.ok());
     const auto twice = writeEdl(again->front());
-    require(twice && (!plain || hasOverlaps(timeline) || twice->text == once->text));
+    require(twice && (!plain || isAmbiguous(timeline) || twice->text == once->text));
 }
 
 void tryTimeline(const Timeline& timeline) {
