@@ -161,17 +161,19 @@ private:
 
     // The clip that goes out may have no name but the one that the transition gives it.
     static void nameOutgoing(Lane& lane, const EdlEvent& event) {
-        if (event.fromName.empty() || !lane.last->fromName.empty() || lane.last->isTransition())
+        const bool says = !event.fromName.empty() || event.fromGenerated;
+        if (!says || !lane.last->fromName.empty() || lane.last->isTransition())
             return;
         Item& before = lane.track.items.back();
         if (before.type != ItemType::clip || before.name != before.media.reel)
             return;
-        before.name = event.fromName;
+        if (!event.fromName.empty())
+            before.name = event.fromName;
         if (before.media.reel.empty())
-            before.media.name = event.fromName;
+            before.media.name = before.name;
         if (event.fromGenerated) {
             before.media.kind = ReferenceKind::generator;
-            before.media.location = event.fromName;
+            before.media.location = before.name;
         }
     }
 

@@ -283,6 +283,8 @@ TEST(WriteEdl, WhatItWritesIsReadAsTheSame) {
     for (const std::string& list :
          {"1 A V" + times + "* FROM CLIP NAME: " + std::string(61, 'x') + "\n* not its rest\n",
           "1 A XV" + times + "2 B XV" + times, "1 A V" + times + "* FROM CLIP NAME: n\x01\n",
+          "1 G V" + times + "1 A V D 9 00:00:00:00 00:00:01:00 00:00:01:00 00:00:02:00\n" +
+              "* FROM CLIP IS A GENERATOR\n",
           "1 BL V" + times + "2 A V D 99 00:00:00:00 00:00:01:00 00:00:01:00 00:00:02:00\n" +
               "* TO CLIP NAME: N\n3 A V C 00:00:01:00 00:00:02:00 00:00:02:00 00:00:03:00\n"}) {
         const std::string once = writeEdl(readEdl(list, "l.edl", {})->front())->text;
