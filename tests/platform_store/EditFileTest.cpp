@@ -232,7 +232,8 @@ TEST_F(EditFileTest, stepsAreStoredAsWhatTheyChange) {
         manager().makeBackup(edit);
         states.push_back(edit->canonicalContents());
         edit->addCue(Cue(7 * i, L"another"));
-        edit->setEffectGraph({IdStamp(0, 0, 50u - i), {}, {}, {}, 0, 0, {}, false});
+        edit->setEffectGraph(
+            {IdStamp(0, 0, static_cast<std::uint32_t>(50 - i)), {}, {}, {}, 0, 0, {}, false});
         many[0].start = (i * 97'000) % 4'000'000 + 500;
         many[0].end = many[0].start + 700;
         many[0].detail.name = L"new " + std::to_wstring(i);
