@@ -24,7 +24,9 @@ void Vob::endModifications() {
 void Vob::addModification(const VobModification& change) {
     if (namesKindsOnly(change)) {
         if (batchDepth_.load() != 0) {
-            pendingKinds_.fetch_or(change.getType());
+            // Looked at first: within a batch most kinds wait already, and reading is cheap.
+            if ((pendingKinds_.load() & change.getType()) != change.getType())
+                pendingKinds_.fetch_or(change.getType());
             // The batch may have ended meanwhile, without telling these kinds.
             if (batchDepth_.load() == 0)
                 tellPending();
