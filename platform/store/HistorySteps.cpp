@@ -140,9 +140,11 @@ bool StepReader::take(std::string_view sections) {
     step.state = std::move(*read);
     history_.steps.push_back(std::move(step));
     before_ = whole.take();
-    bytes_ += before_.size();
-    return (history_.steps.size() <= kMaxSteps && bytes_ <= kMaxBytes) ||
-           trouble_.at(end, "there are too many steps");
+    return history_.steps.size() <= kMaxSteps || tooMany(end);
+}
+
+bool StepReader::tooMany(const char* place) {
+    return trouble_.at(place, "there are too many steps");
 }
 
 bool StepReader::takePart(const Section& part, EditHistory::Step& step, StateReader& state,
@@ -154,12 +156,16 @@ bool StepReader::takePart(const Section& part, EditHistory::Step& step, StateRea
         return trouble_.finished(in, part.bytes, "a step");
     }
     if (part.tag != kSame) {
+        bytes_ += part.bytes.size();
         whole.add(part.tag, part.bytes);
-        return state.take(part);
+        return bytes_ <= kMaxBytes ? state.take(part) : tooMany(part.bytes.data());
     }
     const auto same = readSameSection(in, before_);
     if (!same)
         return trouble_.finished(in, part.bytes, "what differs from the step before");
+    bytes_ += same->bytes.size();
+    if (bytes_ > kMaxBytes)
+        return tooMany(part.bytes.data());
     whole.add(same->tag, same->bytes);
     trouble_.standIn(part.bytes.data());
     const bool taken = state.take({same->tag, same->bytes});

@@ -39,12 +39,13 @@ public:
 private:
     bool takePart(const Section& part, EditHistory::Step& step, StateReader& state,
                   SectionWriter& whole);
+    bool tooMany(const char* place);
 
     const CelChunks& chunks_;
     DecodeTrouble& trouble_;
     EditHistory& history_;
-    std::string before_;
-    std::size_t bytes_ = 0;
+    std::string before_;    // the sections of the last step in full
+    std::size_t bytes_ = 0; // of all sections
 };
 
 } // namespace cutroom
