@@ -8,8 +8,10 @@
 #include "platform/project/ProjDb.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -39,22 +41,29 @@ namespace cutroom {
 
 namespace {
 
-CookieVec assetsOf(const KVContainerFile::Reader& file, CookieType type) {
-    CookieVec assets;
-    for (std::size_t item = 0; item < file.getNumItems(); ++item) {
-        const std::string_view text = file.getText(item, 0);
-        if (!text.empty() && text.front() == type)
-            if (const Cookie asset(text); asset.valid())
-                assets.push_back(asset);
-    }
-    return assets;
+using Reader = KVContainerFile::Reader;
+
+// The assets of a bin by their kinds, each list in the order of the file.
+struct Assets {
+    CookieVec edits, documents, groups;
+};
+
+Status readAssets(const Reader& file, Assets& assets) {
+    return file.forEachItem([&](const Reader::Value* item) {
+        const Cookie asset(item[0].text);
+        if (asset.type() == 'E')
+            assets.edits.push_back(asset);
+        else if (asset.type() == 'D')
+            assets.documents.push_back(asset);
+        else if (isGroup(asset.type()))
+            assets.groups.push_back(asset);
+    });
 }
 
 // Those that a bin keeps when it is loaded.
-std::int32_t countLogs(const KVContainerFile::Reader& file) {
-    const std::vector<bool> edits = projdb::firstPresent(assetsOf(file, 'E'));
-    auto count = std::count(edits.begin(), edits.end(), true);
-    CookieVec documents = assetsOf(file, 'D');
+std::int32_t countLogs(const CookieVec& edits, CookieVec documents) {
+    const std::vector<bool> kept = projdb::firstPresent(edits);
+    auto count = std::count(kept.begin(), kept.end(), true);
     std::sort(documents.begin(), documents.end());
     documents.erase(std::unique(documents.begin(), documents.end()), documents.end());
     count += std::count_if(documents.begin(), documents.end(), [](const Cookie& document) {
@@ -63,21 +72,15 @@ std::int32_t countLogs(const KVContainerFile::Reader& file) {
     return static_cast<std::int32_t>(count);
 }
 
-LightweightVector<Cookie> childrenOf(const KVContainerFile::Reader& file) {
+LightweightVector<Cookie> eachOnce(const CookieVec& groups) {
     LightweightVector<Cookie> children;
     std::unordered_set<Cookie> taken;
-    for (std::size_t item = 0; item < file.getNumItems(); ++item) {
-        const std::string_view text = file.getText(item, 0);
-        if (text.empty() || !isGroup(text.front()))
-            continue;
-        const Cookie child(text);
-        if (child.valid() && taken.insert(child).second)
-            children.push_back(child);
-    }
+    std::copy_if(groups.begin(), groups.end(), std::back_inserter(children),
+                 [&](const Cookie& child) { return taken.insert(child).second; });
     return children;
 }
 
-std::uint32_t secondsOf(const KVContainerFile::Reader& file, std::string_view name) {
+std::uint32_t secondsOf(const Reader& file, std::string_view name) {
     const long long seconds = file.getIntAttribute(name);
     const bool fits = seconds >= 0 && seconds <= std::numeric_limits<std::uint32_t>::max();
     return fits ? static_cast<std::uint32_t>(seconds) : 0;
@@ -86,9 +89,12 @@ std::uint32_t secondsOf(const KVContainerFile::Reader& file, std::string_view na
 } // namespace
 
 Result<BinSummary> readBinSummary(const std::string& path, const Cookie& bin) {
-    const KVContainerFile::Reader file(path);
+    const Reader file(path, Reader::Access::inOrder);
     if (!file.valid())
         return file.status();
+    Assets assets;
+    if (Status read = readAssets(file, assets); !read)
+        return read;
     BinSummary summary;
     summary.id = bin;
     summary.name = toWide(file.getName());
@@ -98,9 +104,9 @@ Result<BinSummary> readBinSummary(const std::string& path, const Cookie& bin) {
     summary.created = secondsOf(file, "Created");
     if (summary.created == 0)
         summary.created = summary.modTime;
-    summary.logCount = countLogs(file);
+    summary.logCount = countLogs(assets.edits, std::move(assets.documents));
     if (BinData::allowNestedBins())
-        summary.children = childrenOf(file);
+        summary.children = eachOnce(assets.groups);
     return summary;
 }
 
