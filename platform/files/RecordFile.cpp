@@ -46,6 +46,8 @@ void appendHeadText(std::string& out, std::string_view text, Blanks blanks) {
 }
 
 std::optional<std::string> readHeadText(std::string_view text) {
+    if (text.find('\\') == std::string_view::npos) // as in most
+        return std::string(text);
     std::string plain;
     plain.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
