@@ -19,7 +19,7 @@ TRAILING = re.compile("(?:\x01\\d+\x01)?\\s*$")
 OPERAND = re.compile(r"\*?[\w.]+(?:->\w+)*")
 OPERAND_BEFORE = re.compile(r"[\w.]+(?:->\w+)*$")
 # Ends an operand of && and ||, at the depth of brackets where it stands.
-STOP = re.compile(r"[;,?{}]|(?<!:):(?!:)|(?<![=!<>+\-*/%&|^])=(?!=)|\breturn\b|\bco_yield\b")
+STOP = re.compile(r"[;,?{}]|(?<!:):(?!:)|(?<![=!<>])=(?!=)|<<=|>>=|\breturn\b|\bco_yield\b")
 
 
 def sites(text):

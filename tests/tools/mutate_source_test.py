@@ -32,6 +32,7 @@ ROWS = [
     ("int at = 7; const int was = at++; return 10 * was + at;", "++", 78, 76),
     ("int at = 7; ++at; return at;", "++", 8, 6),
     ("if (three == 3 && list.empty()) return 5; return 6;", " && ", 6, 5),
+    ("int at = 7; at += three == 3 && list.empty(); return at;", " && ", 7, 8),
     ("return std::any_of(list.begin(), list.end(), [&](int i) { return i > 1 || i == three; });",
      " || ", 1, 0),
     ("const bool no = three == 3 || (list.empty() && three > 1); return no ? 5 : 6;", " || ", 5, 6),
