@@ -38,6 +38,7 @@ public:
     cutroom::Result<cutroom::FileInfo> stat(const std::string& path) override {
         return system_.stat(path);
     }
+    cutroom::Result<cutroom::FileInfo> stat(Handle file) override { return system_.stat(file); }
     cutroom::Status rename(const std::string& from, const std::string& to) override {
         return system_.rename(from, to);
     }

@@ -26,8 +26,9 @@ Status keepBackup(iFileSystem& files, const std::string& path) {
     return kept;
 }
 
-Status tooLarge(const std::string& path, std::uint64_t maxBytes) {
-    return {StatusCode::damaged, path,
+Status tooLarge(std::uint64_t maxBytes) {
+    return {StatusCode::damaged,
+            {},
             format("is larger than %llu bytes", static_cast<unsigned long long>(maxBytes))};
 }
 
@@ -49,12 +50,28 @@ Status readInto(iFileSystem& files, iFileSystem::Handle file, std::string& conte
         if (*got == 0 || (size && filled == size))
             break;
         if (filled > maxBytes)
-            return tooLarge({}, maxBytes);
+            return tooLarge(maxBytes);
         if (filled == content.size())
             content.resize(size ? std::min(whole, filled + kMore) : filled + kMore);
     }
     content.resize(filled);
     return {};
+}
+
+// All that an open file holds. Asked of the handle, since another file may take the name meanwhile.
+Result<std::string> readOpened(iFileSystem& files, iFileSystem::Handle file,
+                               std::uint64_t maxBytes) {
+    const Result<FileInfo> info = files.stat(file);
+    if (!info)
+        return info.status();
+    if (info->folder)
+        return Status(StatusCode::inputOutput, {}, "is a folder");
+    if (info->size > maxBytes)
+        return tooLarge(maxBytes);
+    std::string content;
+    if (Status read = readInto(files, file, content, info->size, maxBytes); !read)
+        return read;
+    return content;
 }
 
 } // namespace
@@ -63,21 +80,13 @@ Result<std::string> readFile(const std::string& path, std::uint64_t maxBytes) {
     if (Status usable = checkPath(path); !usable)
         return usable;
     iFileSystem& files = fileSystem();
-    const Result<FileInfo> info = files.stat(path);
-    if (!info)
-        return info.status();
-    if (info->folder)
-        return Status(StatusCode::inputOutput, path, "is a folder");
-    if (info->size > maxBytes)
-        return tooLarge(path, maxBytes);
-    Result<iFileSystem::Handle> file = files.open(path, OpenMode::read);
+    const Result<iFileSystem::Handle> file = files.open(path, OpenMode::read);
     if (!file)
         return file.status();
-    std::string content;
-    const Status read = readInto(files, *file, content, info->size, maxBytes);
+    Result<std::string> content = readOpened(files, *file, maxBytes);
     const Status closed = files.close(*file);
-    if (!read)
-        return named(read, path);
+    if (!content)
+        return named(content.status(), path);
     if (!closed)
         return named(closed, path);
     return content;

@@ -103,6 +103,7 @@ public:
     }
 
     Result<FileInfo> stat(const std::string& path) override;
+    Result<FileInfo> stat(Handle file) override;
     Status rename(const std::string& from, const std::string& to) override {
         if (Status usable = checkPath(to); !usable)
             return usable;
@@ -127,12 +128,7 @@ private:
     Status copyInto(Handle in, Handle out, const std::string& to);
 };
 
-Result<FileInfo> SystemFiles::stat(const std::string& path) {
-    struct stat found {};
-    if (Status usable = checkPath(path); !usable)
-        return usable;
-    if (::stat(path.c_str(), &found) != 0)
-        return failure(path, "look up");
+FileInfo infoOf(const struct stat& found) {
     FileInfo info;
     info.folder = S_ISDIR(found.st_mode);
     info.size = info.folder ? 0 : static_cast<std::uint64_t>(found.st_size);
@@ -140,6 +136,22 @@ Result<FileInfo> SystemFiles::stat(const std::string& path) {
     info.identity =
         static_cast<std::uint64_t>(found.st_ino) ^ (static_cast<std::uint64_t>(found.st_dev) << 40);
     return info;
+}
+
+Result<FileInfo> SystemFiles::stat(const std::string& path) {
+    struct stat found {};
+    if (Status usable = checkPath(path); !usable)
+        return usable;
+    if (::stat(path.c_str(), &found) != 0)
+        return failure(path, "look up");
+    return infoOf(found);
+}
+
+Result<FileInfo> SystemFiles::stat(Handle file) {
+    struct stat found {};
+    if (::fstat(file, &found) != 0)
+        return handleFailure("look up");
+    return infoOf(found);
 }
 
 Status SystemFiles::link(const std::string& from, const std::string& to) {

@@ -59,6 +59,8 @@ public:
     virtual Status flushAll(Handle folder) = 0;
 
     virtual Result<FileInfo> stat(const std::string& path) = 0;
+    // Of the open file or folder, whatever has taken its name since.
+    virtual Result<FileInfo> stat(Handle file) = 0;
     // Replaces `to` in one step when it is there.
     virtual Status rename(const std::string& from, const std::string& to) = 0;
     // Removes a file or an empty folder.

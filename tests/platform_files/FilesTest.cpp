@@ -1,6 +1,7 @@
 #include "platform/files/Files.h"
 #include "platform/files/Staging.h"
 #include "platform/files/TextFile.h"
+#include "tests/platform_files/Disks.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
@@ -121,6 +122,20 @@ TEST(ReadFile, TellsWhyItCannot) {
     }
     EXPECT_EQ(readFile(folder / "large", 1000)->size(), 1000u);
     EXPECT_THAT(readFile("/proc/self/status").value(), HasSubstr("Pid:")); // of unknown size
+}
+
+TEST(ReadFile, TakesOneGenerationWholeWhenAnotherIsSavedMeanwhile) {
+    struct SavedAgain final : test::PowerCutDisk {
+        Result<Handle> open(const std::string& path, OpenMode mode) override {
+            if (mode == OpenMode::read)
+                (void)rename("/p/next", path);
+            return PowerCutDisk::open(path, mode);
+        }
+    } disk;
+    const test::Installed installed(disk);
+    ASSERT_TRUE(writeFile("/p/file", "short", Backup::none).ok());
+    ASSERT_TRUE(writeFile("/p/next", "a longer one", Backup::none).ok());
+    EXPECT_EQ(*readFile("/p/file"), "a longer one");
 }
 
 TEST(Folders, AreMadeWithThoseAboveAndListedWithoutLitter) {

@@ -85,6 +85,9 @@ public:
     Result<FileInfo> stat(const std::string& path) override {
         return tried("stat", path, [&] { return below_.stat(path); });
     }
+    Result<FileInfo> stat(Handle file) override {
+        return tried("stat", {}, [&] { return below_.stat(file); });
+    }
     Status rename(const std::string& from, const std::string& to) override {
         return tried("rename", to, [&] { return below_.rename(from, to); });
     }

@@ -125,12 +125,15 @@ public:
     }
     Result<FileInfo> stat(const std::string& path) override {
         if (const auto at = entries_.find(path); at != entries_.end())
-            return FileInfo{false, contents_.at(at->second).now.size(), 0,
-                            static_cast<std::uint64_t>(at->second)};
+            return infoOf(at->second);
         const auto below = entries_.lower_bound(path + "/");
         if (below != entries_.end() && below->first.starts_with(path + "/"))
             return FileInfo{true, 0, 0, 0};
         return missing(path);
+    }
+    Result<FileInfo> stat(Handle file) override {
+        const Open& open = open_.at(file);
+        return open.folder.empty() ? infoOf(open.content) : FileInfo{true, 0, 0, 0};
     }
     Status rename(const std::string& from, const std::string& to) override {
         const auto at = entries_.find(from), there = entries_.find(to);
@@ -192,6 +195,9 @@ private:
         std::size_t at = 0;
     };
 
+    FileInfo infoOf(int content) const {
+        return {false, contents_.at(content).now.size(), 0, static_cast<std::uint64_t>(content)};
+    }
     static Status missing(const std::string& path) {
         return {StatusCode::notFound, path, "No such file or directory"};
     }
