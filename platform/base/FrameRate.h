@@ -40,7 +40,8 @@ public:
 
     // Length of one frame in seconds; 0 for no rate.
     double frameDuration() const noexcept;
-    // The time of frame `frame`, to the nearest flick (exact for every rate in use).
+    // The time of frame `frame`, to the nearest flick (exact for every rate in use); one beyond
+    // what 64 bits hold (413 years) is held there, here and below.
     cutroom::Flicks frameToFlicks(std::int64_t frame) const noexcept;
     // The frame in which the time lies (towards minus infinity), and the frame whose start is
     // nearest.
