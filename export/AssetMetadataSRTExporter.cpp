@@ -8,32 +8,23 @@
 #include "platform/store/Edit.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace {
 
 constexpr std::size_t kTimecodeLength = 11; // HH:MM:SS:FF
 
-void appendDigits(std::string& out, long long value, std::size_t digits) {
-    char text[24];
-    const char* const end = std::to_chars(text, text + sizeof text, value).ptr;
-    const auto length = static_cast<std::size_t>(end - text);
-    out.append(digits > length ? digits - length : 0, '0');
-    out.append(text, length);
-}
-
 // HH:MM:SS,mmm of a time since the first frame; an earlier one becomes 0, since SubRip has no
 // negative times.
 void appendMediaTime(std::string& out, double seconds) {
     const long long milliseconds = std::max(0LL, std::llround(seconds * 1000));
-    appendDigits(out, milliseconds / 3'600'000, 2);
+    cutroom::appendNumber(out, milliseconds / 3'600'000, 2);
     out += ':';
-    appendDigits(out, milliseconds / 60'000 % 60, 2);
+    cutroom::appendNumber(out, milliseconds / 60'000 % 60, 2);
     out += ':';
-    appendDigits(out, milliseconds / 1000 % 60, 2);
+    cutroom::appendNumber(out, milliseconds / 1000 % 60, 2);
     out += ',';
-    appendDigits(out, milliseconds % 1000, 3);
+    cutroom::appendNumber(out, milliseconds % 1000, 3);
 }
 
 struct Tags {
@@ -80,7 +71,7 @@ public:
     void begin(std::size_t number, const TimeRange& range) {
         if (!file_.empty())
             file_ += '\n';
-        appendDigits(file_, static_cast<long long>(number), 1);
+        cutroom::appendNumber(file_, static_cast<std::int64_t>(number));
         file_ += '\n';
         if (clock_ == Clock::timecode) {
             getTimecodeRangeString(file_, timecodes_, resolution_, range);
@@ -126,7 +117,7 @@ void AssetMetadataSRTExporter::getTimecodeString(std::string& out,
     const double milliseconds = frames * resolution * 1000;
     out.resize(begin + 8);
     out += ',';
-    appendDigits(out, static_cast<int>(milliseconds), 3);
+    cutroom::appendNumber(out, static_cast<int>(milliseconds), 3);
 }
 
 void AssetMetadataSRTExporter::getTimecodeRangeString(std::string& out,

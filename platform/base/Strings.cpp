@@ -189,6 +189,15 @@ std::string toText(double value) { return std::isnan(value) ? "nan" : numberText
 std::string toText(long long value) { return numberText(value); }
 std::string toText(unsigned long long value) { return numberText(value); }
 
+void appendNumber(std::string& out, std::int64_t value, std::ptrdiff_t digits) {
+    char text[20];
+    char* const end = std::end(text);
+    char* begin = end;
+    for (; value != 0 || end - begin < digits; value /= 10)
+        *--begin = static_cast<char>('0' + value % 10);
+    out.append(begin, end);
+}
+
 std::optional<double> parseDouble(std::string_view text) noexcept {
     // The library reads other spellings of these as well; we read what we write.
     const bool named = text.find_first_of("nN") != std::string_view::npos;

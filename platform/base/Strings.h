@@ -6,6 +6,8 @@
 
 #include "platform/base/Export.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,6 +57,8 @@ CUTROOM_API std::string_view trim(std::string_view text) noexcept;
 CUTROOM_API std::string toText(double value);
 CUTROOM_API std::string toText(long long value);
 CUTROOM_API std::string toText(unsigned long long value);
+// Appends a number that is not negative, in at least `digits` digits (up to 20).
+CUTROOM_API void appendNumber(std::string& out, std::int64_t value, std::ptrdiff_t digits = 1);
 // Whole-text reads: nothing when a character is left over or the value does not fit.
 CUTROOM_API std::optional<double> parseDouble(std::string_view text) noexcept;
 CUTROOM_API std::optional<long long> parseInt(std::string_view text) noexcept;

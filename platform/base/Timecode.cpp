@@ -1,5 +1,7 @@
 #include "platform/base/Timecode.h"
 
+#include "platform/base/Strings.h"
+
 namespace cutroom {
 
 namespace {
@@ -30,13 +32,6 @@ struct Counting {
     std::int64_t labels;  // a second
     std::int64_t dropped; // a minute that leaves out labels; 0 for plain counting
 };
-
-void appendDigits(std::string& text, std::int64_t value, int digits) {
-    const std::string plain = std::to_string(value);
-    for (std::size_t n = plain.size(); n < static_cast<std::size_t>(digits); ++n)
-        text += '0';
-    text += plain;
-}
 
 int frameDigits(const Counting& count) noexcept { return count.labels > 100 ? 3 : 2; }
 
@@ -108,13 +103,13 @@ std::string timecodeText(std::int64_t frame, const TimecodeFormat& format) {
     const std::int64_t plain = count.withDropped(inDay);
     const std::int64_t seconds = plain / count.labels;
     std::string text;
-    appendDigits(text, seconds / 3600, 2);
+    appendNumber(text, seconds / 3600, 2);
     text += ':';
-    appendDigits(text, seconds / 60 % 60, 2);
+    appendNumber(text, seconds / 60 % 60, 2);
     text += ':';
-    appendDigits(text, seconds % 60, 2);
+    appendNumber(text, seconds % 60, 2);
     text += count.dropped ? ';' : ':';
-    appendDigits(text, plain % count.labels, frameDigits(count));
+    appendNumber(text, plain % count.labels, frameDigits(count));
     return text;
 }
 
