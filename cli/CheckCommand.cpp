@@ -12,6 +12,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <map>
 #include <memory>
 #include <set>
 
@@ -41,16 +43,38 @@ Status checkEdit(const Cookie& cookie) {
     return EditManager::instance().checkFiles(cookie);
 }
 
-// Opens every edit and log and has it check itself; gives what is wrong with each that is not
-// sound.
-std::vector<Status> checkEdits(std::size_t* count) {
-    std::vector<Status> wrong;
+// What was found of all edits and logs.
+struct EditReport {
+    std::size_t count = 0;
+    std::map<Cookie, Status> wrong;
+};
+
+// Opens every edit and log and has it check itself.
+EditReport checkEdits() {
+    EditReport report;
     for (const Cookie& cookie : allEdits()) {
-        ++*count;
+        ++report.count;
         if (Status one = checkEdit(cookie); !one)
-            wrong.push_back(std::move(one));
+            report.wrong.emplace(cookie, std::move(one));
     }
-    return wrong;
+    return report;
+}
+
+// Leaves out the edits that another process has deleted since the project was opened: what is known
+// of a project opened for reading is what was known then.
+Status forgetDeleted(Workspace& workspace, EditReport& report) {
+    if (std::none_of(report.wrong.begin(), report.wrong.end(),
+                     [](const auto& one) { return one.second.code() == StatusCode::notFound; }))
+        return {};
+    if (Status closed = workspace.close(); !closed)
+        return closed;
+    if (Status opened = workspace.open(Workspace::Use::read); !opened)
+        return opened;
+    const std::set<Cookie> left = allEdits();
+    report.count -= std::erase_if(report.wrong, [&](const auto& one) {
+        return one.second.code() == StatusCode::notFound && !left.contains(one.first);
+    });
+    return {};
 }
 
 // Neither there nor sound; what cannot be read now may be.
@@ -149,7 +173,7 @@ std::string soundText(std::size_t edits, const ContainerCounts& containers) {
            ", all sound";
 }
 
-Status check(const Options& options, bool repair) {
+Status check(Workspace& workspace, const Options& options, bool repair) {
     std::vector<Status> wrong;
     if (repair) {
         if (const Status restored = restoreEdits(wrong); !restored)
@@ -160,18 +184,20 @@ Status check(const Options& options, bool repair) {
         for (Status& one : restoreContainers())
             wrong.push_back(std::move(one));
     }
-    std::size_t count = 0;
-    ContainerCounts containers;
-    for (Status& one : checkEdits(&count))
+    EditReport edits = checkEdits();
+    if (Status renewed = repair ? Status() : forgetDeleted(workspace, edits); !renewed)
+        return renewed;
+    for (auto& [cookie, one] : edits.wrong)
         addNew(wrong, std::move(one));
+    ContainerCounts containers;
     for (Status& one : checkContainers(&containers))
         addNew(wrong, std::move(one));
     if (options.json)
-        print(reportJson(count + containers.bins + containers.groups + containers.documents +
+        print(reportJson(edits.count + containers.bins + containers.groups + containers.documents +
                              containers.filters,
                          wrong));
     else if (wrong.empty())
-        print(soundText(count, containers) +
+        print(soundText(edits.count, containers) +
               (repair ? "; the project database was rebuilt\n" : "\n"));
     for (std::size_t i = 1; i < wrong.size(); ++i)
         fail(wrong[i]);
@@ -197,8 +223,9 @@ void addCheckCommand(Commands commands) {
         "the exit code is then 4.");
     command->callback([commands, repair] {
         commands.action = [&options = commands.options, repair] {
-            return withProject(options, *repair ? Workspace::Use::write : Workspace::Use::read,
-                               [&](Workspace&) { return check(options, *repair); });
+            return withProject(
+                options, *repair ? Workspace::Use::write : Workspace::Use::read,
+                [&](Workspace& workspace) { return check(workspace, options, *repair); });
         };
     });
 }

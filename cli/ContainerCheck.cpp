@@ -147,8 +147,12 @@ std::vector<Status> checkContainers(ContainerCounts* counts) {
         wrong = (*searches)->getDamaged();
     for (const Kind& kind : kKinds)
         for (const File& file : filesOf(kind)) {
+            Status one = read(kind, file);
+            if (one.code() ==
+                StatusCode::notFound) // another process deleted it since it was listed
+                continue;
             ++(counts->*kind.count);
-            if (Status one = read(kind, file); !one)
+            if (!one)
                 wrong.push_back(std::move(one));
         }
     BinManager::instance(); // looks at the cache
