@@ -33,9 +33,8 @@ void MultiVobClientInternal::handleModifications(const EditModifications& editCh
             return;
     }
     synchroniser_->handleModifications(this, editChanges, change);
-    if (!watch.alive() || !hasSuspended_ || !moved || suspends())
+    if (!watch.alive() || !hasSuspended_ || !moved || suspends() || synchroniser_->getSyncEnabled())
         return;
     hasSuspended_ = false;
-    if (!synchroniser_->getSyncEnabled())
-        synchroniser_->setSyncEnabled(true);
+    synchroniser_->setSyncEnabled(true);
 }

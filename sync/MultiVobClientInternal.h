@@ -6,8 +6,8 @@
 
 // Passes every modification of its Vob on. Suspends synchronisation while the Vob's time changes
 // carry the flag for that (`Vob::kTimeSuspendsSync`): from the first such change until after the
-// first one without it, which is not handed on either. Synchronisation that
-// somebody has switched on meanwhile stays on.
+// first one without it, which is not handed on either. Somebody who switches synchronisation on
+// meanwhile does not end the suspension: it ends with the first such change that finds it off.
 class CUTROOM_API MultiVobClientInternal : public iVobSynchroniser::iVobListener {
 public:
     // Unattached, with the priority of synchronisers, unmanaged. `synchroniser` outlives it.

@@ -96,6 +96,18 @@ TEST_F(VobSynchroniserTest, aSuspensionEndsWithTheNextPlainMove) {
     EXPECT_FALSE(links.getSyncEnabled()) << "switched off by others, it stays so";
 }
 
+TEST_F(VobSynchroniserTest, aSuspensionOutlastsSwitchingByHand) {
+    const auto a = vobAt(0), b = vobAt(0);
+    VobSynchroniser links;
+    links.setItemsToSync({a, b});
+    b->setCurrentTime(1, Vob::kTimeSuspendsSync);
+    for (const bool on : {true, false}) {
+        links.setSyncEnabled(on);
+        b->setCurrentTime(b->getCurrentTime() + 1);
+        EXPECT_TRUE(links.getSyncEnabled()) << on;
+    }
+}
+
 // --- what those who are told may do --------------------------------------------------------------
 
 TEST_F(VobSynchroniserTest, aClientThatMovesTimesWhileToldLeavesTheLinkedOnesInLine) {
