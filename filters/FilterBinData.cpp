@@ -58,12 +58,16 @@ void FilterBinData::fill() {
     if (!isDynamic() || following_.ready() || !following_.begin())
         return;
     Items items = gather();
-    const Change change(*this);
-    CookieVec touched;
-    if (!following_.end(touched))
-        return; // another thread was faster
-    replaceSilently(std::move(items));
-    lookAgainAt(touched);
+    {
+        const Change change(*this);
+        CookieVec touched;
+        if (!following_.end(touched))
+            return; // another thread was faster
+        replaceSilently(std::move(items));
+        lookAgainAt(touched);
+    }
+    if (following_.isOutdated())
+        refresh();
 }
 
 void FilterBinData::replaceSilently(Items items) {
@@ -74,7 +78,7 @@ void FilterBinData::replaceSilently(Items items) {
 
 void FilterBinData::refresh() {
     const cutroom::ChangeLock oneAtATime;
-    if (!isDynamic() || !following_.ready())
+    if (!isDynamic() || !following_.renews())
         return;
     Items items = gather();
     std::unordered_set<Cookie> wanted;
@@ -100,6 +104,14 @@ void FilterBinData::assetsChanged(const CookieVec& assets) {
         return;
     const Change change(*this);
     lookAgainAt(assets);
+}
+
+void FilterBinData::handleDeletions(const CookieVec& assets,
+                                    const LightweightString<char>& reason) {
+    const Change change(*this);
+    if (isDynamic())
+        (void)following_.follows(assets); // they may have been gathered already
+    BinData::handleDeletions(assets, reason);
 }
 
 // Whether an asset belongs here is worked out only now, not when its change was told, so of two

@@ -32,7 +32,7 @@ public:
     // The persisted name of the kind of bin: "Items" for plain ones. Heirs that are persisted have
     // a maker for theirs (`installFilterBinMaker`).
     virtual LightweightString<char> getTypeID() const;
-    // Works out its own items. False by default; then the next five operations do nothing.
+    // Works out its own items. False by default; then there is nothing to fill or to follow.
     virtual bool isDynamic() const;
 
     // For who looks: works the items out, unless that was done; nothing is told of that. Not to be
@@ -40,12 +40,14 @@ public:
     virtual void fill();
     // True once it has been filled.
     bool isComplete() const override;
-    // Works the items out anew if it has been filled; tells as the next.
+    // Works the items out anew if it has been filled, or is being filled; tells as the next.
     void refresh();
     // Looks at these assets again if it has been filled: each is in the bin afterwards when it
     // belongs there, with the marks that belong to it. Tells 256 for those that came, 512 with
     // those that went, 128 with those whose marks are others.
     void assetsChanged(const CookieVec& assets);
+    // Deleted while it is being filled, they are not in it either.
+    void handleDeletions(const CookieVec& assets, const LightweightString<char>& reason) override;
 
     // --- the form in a filter file (docs/formats/filter.md) --------------------------------------
     // Adds the members to the object that is being written. Heirs write "Type", "ID" and "Name"

@@ -40,6 +40,16 @@ public:
             touched_.clear();
         return first;
     }
+    // Notes that what is being made is out of date, under the change lock. True: the owner must
+    // make it anew now.
+    bool renews() {
+        if (ready())
+            return true;
+        isOutdated_ = makers_ > 0;
+        return false;
+    }
+    // Tells whether that was noted; for the first maker, after `end`.
+    bool isOutdated() const noexcept { return isOutdated_; }
     // Notes changed assets, under the change lock. True: the owner must look at them now.
     bool follows(const CookieVec& assets) {
         if (ready())
@@ -53,6 +63,7 @@ private:
     std::atomic<bool> ready_{false}; // changed under the change lock
     int makers_ = 0;                 // threads that make at this moment; under the change lock
     CookieVec touched_;              // the same
+    bool isOutdated_ = false;        // the same; stays as it is once it has been made
 };
 
 } // namespace cutroom

@@ -123,6 +123,46 @@ TEST_F(LiveFilterTest, AUsersFilterTakesACopyOfWhatATagPresents) {
     EXPECT_TRUE(filters().destroyFilter(mine));
 }
 
+// Holds what is in `there` when it is looked at; calls back once, when it has looked.
+struct SlowBin final : FilterBinData {
+    SlowBin(CookieVec held, std::function<void()> act)
+        : there(std::move(held)), meanwhile(std::move(act)) {}
+    bool isDynamic() const override { return true; }
+    Items gather() const override {
+        const CookieVec seen = there;
+        std::exchange(meanwhile, [] {})();
+        Items items;
+        for (const Cookie& one : seen)
+            items.emplace_back(one, 0.0);
+        return items;
+    }
+    std::optional<BinItem> itemOf(const Cookie& asset) const override {
+        const bool isThere = std::find(there.begin(), there.end(), asset) != there.end();
+        return isThere ? std::optional(BinItem(asset, 0.0)) : std::nullopt;
+    }
+    CookieVec there;
+    mutable std::function<void()> meanwhile;
+};
+
+TEST_F(LiveFilterTest, WhatHappensWhileABinIsFilledIsNotMissed) {
+    const Cookie one('E', 1), two('E', 2);
+    Kv::Ptr<SlowBin> bin;
+    const std::function<void()> happens[] = {[&] {
+                                                 bin->assetsChanged({one, two});
+                                             },
+                                             [&] { bin->handleDeletions({one}, ""); },
+                                             [&] { bin->refresh(); }};
+    const char* const contents[] = {"2", "", "2"};
+    for (std::size_t i = 0; i < std::size(happens); ++i) {
+        bin = Kv::makePtr<SlowBin>(CookieVec{one}, [&] {
+            bin->there = i == 1 ? CookieVec() : CookieVec{two};
+            happens[i]();
+        });
+        bin->fill();
+        EXPECT_EQ(contentOf(*bin), contents[i]) << i;
+    }
+}
+
 TEST_F(LiveFilterTest, WhoLooksWaitsForWhatIsBeingApplied) {
     std::atomic<bool> applied{false};
     std::promise<bool> sawItApplied;
