@@ -161,7 +161,7 @@ private:
     CriticalSection saving_{LockRank::saveAll};
     std::unordered_map<Cookie, Loaded> loaded_ CUTROOM_GUARDED_BY(mapsLock_);
     cutroom::BinSummaries summaries_ CUTROOM_GUARDED_BY(mapsLock_);
-    // Counts removals of bins: a load during which it changes begins again.
+    // Counts removals of bins and of assets: a load during which it changes begins again.
     std::uint64_t removals_ CUTROOM_GUARDED_BY(mapsLock_) = 0;
     // The cache on the disk says what `summaries_` does.
     bool cacheIsCurrent_ CUTROOM_GUARDED_BY(mapsLock_) = true;

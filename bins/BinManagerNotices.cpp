@@ -23,7 +23,12 @@ void BinManager::handleBinModification(const Cookie& bin,
         issueNotification(Kv::makePtr<ContainerNotice>(bin, changes, std::move(reason)));
 }
 
+// A bin that is being read now is read again, since what has gone may have been there before.
 void BinManager::handleLogsDeletion(const CookieVec& logs, const LightweightString<char>& reason) {
+    {
+        const CriticalSection::Lock held(mapsLock_);
+        ++removals_;
+    }
     for (const Kv::Ptr<BinData>& bin : loadedBins())
         bin->handleDeletions(logs, reason);
 }
@@ -37,12 +42,11 @@ void BinManager::handleDocumentModifications(const NotifyMsg& message) {
     const auto* const notice = message.getObjectAs<ContainerNotice>();
     if (!notice)
         return;
-    for (const Kv::Ptr<BinData>& bin : loadedBins()) {
-        if (notice->destroyed())
-            bin->handleDeletions(notice->subjects(), notice->reason());
-        else if (notice->what() == ContainerNotice::What::changed)
+    if (notice->destroyed())
+        handleLogsDeletion(notice->subjects(), notice->reason());
+    else if (notice->what() == ContainerNotice::What::changed)
+        for (const Kv::Ptr<BinData>& bin : loadedBins())
             bin->handleDocumentsModified(notice->subjects());
-    }
 }
 
 bool BinManager::importAssets(const LightweightVector<AssetReference>& assets, const Cookie& bin) {

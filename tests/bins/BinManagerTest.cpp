@@ -211,6 +211,35 @@ TEST_F(BinManagerTest, ABinThatGoesWhileItIsReadStaysAway) {
     EXPECT_FALSE(bins().getSummary(id).valid());
 }
 
+// Calls back when it has been read.
+struct SlowBin final : BinData {
+    using BinData::load;
+    cutroom::Status load(const Cookie& id) override {
+        const cutroom::Status read = BinData::load(id);
+        std::exchange(act, [] {})();
+        return read;
+    }
+    static inline std::function<void()> act = [] {};
+};
+
+TEST_F(BinManagerTest, AnAssetThatGoesWhileABinIsReadIsNotInIt) {
+    DocumentManager& documents = DocumentManager::instance();
+    const Cookie edit = newEdit(), document = documents.createDocument(L"/a.pdf", 'D')->getID();
+    const Cookie id = newBin(L"read")->getID();
+    bins().getData(id)->add(CookieVec{edit, document});
+    cutroom::installBinMaker('G', [] { return Kv::Ptr<BinData>(Kv::makePtr<SlowBin>()); });
+    const std::function<void()> goings[] = {
+        [&] { EXPECT_TRUE(documents.destroy(document, "").ok()); },
+        [&] { EXPECT_TRUE(EditManager::instance().deleteEdits({edit}, "").ok()); }};
+    unsigned left = 2;
+    for (const auto& going : goings) {
+        bins().reInit(); // saves and drops it
+        SlowBin::act = going;
+        EXPECT_EQ(bins().getData(id)->numItems(), --left);
+    }
+    cutroom::installBinMaker('G', nullptr);
+}
+
 TEST_F(BinManagerTest, WhatChangesDuringASaveStaysDirty) {
     const Kv::Ptr<BinData> changing = newBin(L"before"), quiet = newBin(L"quiet");
     {
