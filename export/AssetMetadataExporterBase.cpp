@@ -120,7 +120,7 @@ bool AssetMetadataExporterBase::exportToFile(const Kv::Ptr<BinData>& bin,
 // --- assets --------------------------------------------------------------------------------------
 
 Base::eAssetType AssetMetadataExporterBase::getAssetType(const Kv::Ptr<BinData>& bin) {
-    const unsigned count = bin->numItems();
+    const unsigned count = bin ? bin->numItems() : 0;
     for (unsigned i = 1; i < count; ++i)
         if (getAssetType(bin, i) != getAssetType(bin, 0))
             return kAssetMixed;
@@ -129,7 +129,7 @@ Base::eAssetType AssetMetadataExporterBase::getAssetType(const Kv::Ptr<BinData>&
 
 Base::eAssetType AssetMetadataExporterBase::getAssetType(const Kv::Ptr<BinData>& bin,
                                                          unsigned index) {
-    switch (bin->getItem(index).getType()) {
+    switch (bin ? bin->getItem(index).getType() : BinData::kAnyType) {
     case 'E': {
         const auto text = cutroom::toUtf8(bin->getAttribute(index, LogAttribute::type));
         return typeOfLog(cutroom::parseInt(text).value_or(kLogTypeNone));
@@ -169,7 +169,7 @@ std::vector<LogAttribute> AssetMetadataExporterBase::getDocumentAttributes() {
 LightweightString<char>
 AssetMetadataExporterBase::getPersistableString(const Kv::Ptr<BinData>& bin, unsigned index,
                                                 const LogAttribute& attribute) {
-    return getPersistableString(attribute, bin->getAttribute(index, attribute));
+    return bin ? getPersistableString(attribute, bin->getAttribute(index, attribute)) : "";
 }
 
 LightweightString<char>

@@ -44,6 +44,7 @@ public:
 
     // --- assets --------------------------------------------------------------------------------
     // The kind that all items of the bin are of, else `kAssetMixed`; the kind of one item.
+    // `kAssetMixed` also past the end and without bin.
     static eAssetType getAssetType(const Kv::Ptr<BinData>& bin);
     static eAssetType getAssetType(const Kv::Ptr<BinData>& bin, unsigned index);
     // The kind's name from the string table: "Clip", "Clips", "clips".
@@ -55,7 +56,7 @@ public:
     // What is written of documents: the attributes that they have.
     static std::vector<LogAttribute> getDocumentAttributes();
     // The value of an attribute as it is written: dates by `getDateString`, all else as it is
-    // stored. Empty for what is not known, and past the end.
+    // stored. Empty for what is not known, past the end and without bin.
     static LightweightString<char> getPersistableString(const Kv::Ptr<BinData>& bin, unsigned index,
                                                         const LogAttribute& attribute);
     static LightweightString<char> getPersistableString(const LogAttribute& attribute,

@@ -96,6 +96,9 @@ TEST_F(MetadataExport, ABinIsGroupedByKindInOrderAndOnlyWhatIsTaggedIsWritten) {
     EXPECT_THAT(*AssetMetadataXMLExporter().getText(bin),
                 HasSubstr("<Locations>\n                <Location>/media/a.mov</Location>\n"));
     EXPECT_EQ(Base::getAssetType(bin), Base::kAssetMixed);
+    EXPECT_EQ(Base::getAssetType(nullptr), Base::kAssetMixed);
+    EXPECT_EQ(Base::getAssetType(nullptr, 0), Base::kAssetMixed);
+    EXPECT_EQ(Base::getPersistableString(nullptr, 0, LogAttribute::name), "");
     bin->setTags(std::map<unsigned, bool>{{1, true}});
     EXPECT_THAT(keysOf(*json(bin)), ElementsAre("name", "Clips"));
     EXPECT_FALSE(AssetMetadataJSONExporter().getText(newBin(L"none")));
