@@ -160,11 +160,18 @@ bool Vob::addCue(const Cue& cue, const LightweightString<char>& origin) {
 
 // --- following the edit --------------------------------------------------------------------------
 
+// What is dropped goes with the next telling of the edit's own.
 void Vob::verifyTrackSelections() {
-    std::erase_if(selections_,
-                  [&](const auto& entry) { return !edit_ || !edit_->isValidChan(entry.first); });
-    std::erase_if(levelNodes_,
-                  [&](const auto& entry) { return !edit_ || !edit_->isValidChan(entry.first); });
+    const auto isGone = [&](const auto& entry) {
+        return !edit_ || !edit_->isValidChan(entry.first);
+    };
+    for (const auto& entry : selections_)
+        if (isGone(entry))
+            carried_ |= (entry.second.anySegments() ? unsigned{kVobSegments} : 0u) |
+                        (entry.second.getUnjoinedCuts().empty() ? 0u : unsigned{kVobCuts});
+    std::erase_if(selections_, isGone);
+    if (std::erase_if(levelNodes_, isGone) > 0)
+        carried_ |= kVobLevelNodes;
 }
 
 void Vob::resynchroniseWithEdit() {

@@ -206,6 +206,17 @@ TEST_F(VobEdit, NewChannelsTakeTheMarksAndGoneOnesLoseTheirSelections) {
     EXPECT_THAT(calls_.back(), HasSubstr("change 262144"));
 }
 
+TEST_F(VobEdit, WhatWasSelectedOnAChannelThatGoesIsTold) {
+    const IdStamp gone = edit_->getId(2), levels = edit_->addLevelsChan(gone);
+    edit_->setLevelNodes(levels, {{0, 0.5F}});
+    edit_->addModification(kModGeneral, true);
+    vob_->selectSegment({edit_, 2, 3.0});
+    vob_->unjoinCut(gone, edit_->get_edit_cel_p(gone)->getHandle(0));
+    vob_->selectLevelNode(levels, 0, true);
+    ASSERT_TRUE(edit_->removeChan(gone, true));
+    EXPECT_THAT(calls_.back(), testing::EndsWith("change 393224")); // segments, nodes and cuts
+}
+
 TEST_F(VobEdit, TheClipboardIsShownFromItsStartWithItsEndMarked) {
     const EditPtr clipboard = EditManager::instance().getClipboard();
     const auto vob = open(clipboard);
