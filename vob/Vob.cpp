@@ -140,6 +140,7 @@ LightweightString<char> Vob::makeUniqueID() { return IdStamp::make().asString();
 void Vob::handleProjectExit(const NotifyMsg&) {
     releaseEdit();
     cookie_ = Cookie();
+    setPreviewing(false, false);
     viewEdits_.clear();
     stills_.clear();
 }

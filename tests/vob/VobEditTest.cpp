@@ -238,11 +238,13 @@ TEST_F(VobEdit, TheProjectMayCloseWhileTheFirstPartOfAChangeIsTold) {
         VobManager::instance().closeInternal(&client_);
         EXPECT_TRUE(CurrentProject::close());
     };
+    vob_->setPreviewing(true, true);
     layClip(edit_, edit_->getId(0), 12, 14);
     EditModifications changes(kModLength); // moves the region
     changes.add(kModRestored);
     vob_->preNotifyClients(changes, 0);
     EXPECT_FALSE(vob_->hasEdit());
+    EXPECT_EQ(vob_->getOriginalTime(), kNoTime);
 }
 
 // --- backup --------------------------------------------------------------------------------------
