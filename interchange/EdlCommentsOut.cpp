@@ -40,7 +40,7 @@ public:
         if (event_.transition)
             namesOfTransition(outgoing);
         else if (event_.item)
-            name(*event_.item, "FROM CLIP NAME:  ");
+            name(*event_.item, "FROM CLIP NAME:");
         if (event_.item)
             source(*event_.item);
         else
@@ -62,17 +62,21 @@ private:
         if (!edlOneLine(from).empty())
             add("FROM CLIP NAME:  " + edlOneLine(from));
         if (event_.item)
-            name(*event_.item, "TO CLIP NAME:  ");
+            name(*event_.item, "TO CLIP NAME:");
         if (const std::string effect = effectName(*event_.transition); !effect.empty())
             add("EFFECT NAME: " + effect);
     }
 
     // Writes the clip's name, unless an event of an edit list got it from its reel alone.
-    void name(const Item& item, const char* key) {
+    void name(const Item& item, const std::string& key) {
         const std::string text = edlOneLine(item.name);
-        const bool unsaid = !item.channel.empty() && text == item.media.reel;
-        if (!text.empty() && !unsaid)
-            add(key + text);
+        bool said = item.channel.empty() || text != item.media.reel;
+        for (const std::string_view facts : {event_.facts, edlRest(event_.facts)})
+            forEachComment(facts, [&](const std::string& comment) {
+                said = said || comment.starts_with(key);
+            });
+        if (!text.empty() && said)
+            add(key + "  " + text);
     }
 
     // The reel in full, the file, and whatever else the list said below the event.

@@ -223,7 +223,7 @@ TEST_F(ExportEdl, ChangesAreToldAndTheRestStays) {
                              "004  FG       V     K O  010 00:00:00:00 00:00:01:00 10:00:09:00 "
                              "10:00:10:00\n"
                              "005  R        V     C        00:00:02:00 00:00:01:00 10:00:10:00 "
-                             "10:00:11:00\nM2 R -025.0 00:00:02:00\n";
+                             "10:00:11:00\nM2 R -025.0 00:00:02:00\n* FROM CLIP NAME: R\n";
     const EditModifier edit = imported("t.edl", list, Kv::FrameRate(25));
     ASSERT_TRUE(celOf(edit, 0)->trim(1, edit->getFrameRate().frameToFlicks(-26)).ok());
     const std::string text = exported(edit);
@@ -235,7 +235,8 @@ TEST_F(ExportEdl, ChangesAreToldAndTheRestStays) {
           "01:59:59:12 02:00:02:00 10:00:02:24 10:00:08:00\nM2   TAPE2    012.5",
           "00:00:00:00 00:00:05:00 10:00:08:00 10:00:09:00\n* COMMENT: black\n* LOC: 10:00:08:01 "
           "Green   note\n004",
-          "00:00:02:00\n*     1  Red  USER  10:00:00:06  V1  second\n*     2  White  USER  "
+          "00:00:02:00\n* FROM CLIP NAME:  R\n*     1  Red  USER  10:00:00:06  V1  second\n*     2 "
+          " White  USER  "
           "10:00:00:05  A6  text\n"})
         EXPECT_THAT(text, HasSubstr(expected));
     EXPECT_EQ(contentsOf(reimported(edit)), contentsOf(edit));
