@@ -211,11 +211,11 @@ public:
         : commands_(commands),
           whole_(commands.app.add_subcommand("bin", "Make, fill, order and show bins")) {
         whole_->require_subcommand(1);
-        addNamingCommands(commands, *whole_, "BIN", kBins);
         whole_->footer("  cutroom bin new Dailies \"Reel 1\" \"Reel 2\"\n"
                        "  cutroom bin sort Dailies scene --descending\n"
                        "  cutroom bin show Dailies --columns name,scene,timecode\n"
                        "  cutroom list bins");
+        addNamingCommands(commands, *whole_, "BIN", kBins);
     }
 
     using Body = Status (*)(const Options&, const BinWords&);

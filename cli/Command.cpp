@@ -20,6 +20,10 @@ std::atomic<std::size_t> warnings_{0};
 
 } // namespace
 
+std::string refuseEmpty(const std::string& name) {
+    return name.empty() ? "a name is not empty" : "";
+}
+
 int exitCodeOf(StatusCode code) {
     switch (code) {
     case StatusCode::ok:

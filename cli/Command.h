@@ -55,9 +55,13 @@ void addFilterCommand(Commands commands);
 void addSearchCommand(Commands commands);
 void addCheckCommand(Commands commands);
 // "rename" and "delete" below a command for assets of some kinds (AssetKinds), of the value type
-// `type`.
+// `type`. Their help ends as the parent's does by then.
 void addNamingCommands(Commands commands, CLI::App& parent, const char* type, unsigned kinds);
 void addShellCommand(Commands commands);
+
+// A check for values of options: names of files, folders and bins are not empty. An empty one, as a
+// script's unset variable gives, must not stand for what is meant without the option.
+std::string refuseEmpty(const std::string& name);
 
 int exitCodeOf(StatusCode code);
 // Reports a failure on standard error, one line ("cutroom: <thing>: <reason>"); gives its code.

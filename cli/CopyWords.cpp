@@ -105,6 +105,7 @@ void declareCopyWords(CLI::App& command, CopyWords& words, CopyRanges ranges) {
         ->type_name("TRACK");
     command.add_option("--name", words.name, "Name of the copy");
     command.add_option("--bin", words.bin, "File it in this bin, made when it is missing")
+        ->check(refuseEmpty)
         ->type_name("BIN");
 }
 
@@ -116,7 +117,7 @@ double shownAt(double seconds, const EditPtr& edit) {
 }
 
 Result<EditModule> readCopyWords(const CopyWords& words, const EditPtr& edit) {
-    if (words.name && (words.name->empty() || !isUtf8(*words.name)))
+    if (words.name && words.name->empty())
         return Status(StatusCode::wrongUsage, "--name", "not a name");
     EditModule module(edit);
     if (words.ranged())

@@ -209,6 +209,7 @@ void addCuesCommand(Commands commands) {
         ->check(CLI::IsMember({"subclip", "edit", "sync", "print"}));
     command->add_option("--markers", words->markers, "Only these, by their number in the list");
     command->add_option("--bin", words->bin, "File them in this bin, made when it is missing")
+        ->check(refuseEmpty)
         ->type_name("BIN");
     command->footer(
         "A marker with an end is its range, one without reaches to the next. Without --logs or\n"

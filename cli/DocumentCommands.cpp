@@ -161,10 +161,10 @@ void addDocumentCommand(Commands commands) {
     CLI::App* const whole = commands.app.add_subcommand(
         "document", "Keep outside files with the project: scripts, notes, stills");
     whole->require_subcommand(1);
-    addNamingCommands(commands, *whole, "DOCUMENT", kDocuments);
     whole->footer("  cutroom document new script.pdf --description \"Shooting script, blue\"\n"
                   "  cutroom document localise script.pdf\n"
                   "  cutroom bin add Dailies script.pdf");
+    addNamingCommands(commands, *whole, "DOCUMENT", kDocuments);
     const auto sub = [&](const char* name, const char* about, Workspace::Use use,
                          Status (*body)(const Options&, const DocumentWords&)) {
         CLI::App* const command = whole->add_subcommand(name, about);
@@ -186,7 +186,7 @@ void addDocumentCommand(Commands commands) {
     };
     constexpr auto kRead = Workspace::Use::read;
     constexpr auto kWrite = Workspace::Use::write;
-    constexpr int kMany = 1 << 20;
+    constexpr int kMany = CLI::detail::expected_max_vector_size;
     sub("list", "Show the project's documents", kRead,
         [](const Options& options, const DocumentWords&) {
             print(listDocuments(options.json));

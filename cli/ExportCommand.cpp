@@ -105,8 +105,6 @@ Status run(ExportWords words) {
     const ExportFormat& format = formatOf(words.format);
     if (const Status checked = checkWords(words, format); !checked)
         return checked;
-    if (!isUtf8(words.output))
-        return {StatusCode::wrongUsage, words.output, "not a UTF-8 path"};
     const auto source = openSource(words, format);
     if (!source)
         return source.status();
@@ -131,6 +129,7 @@ void addExportCommand(Commands commands) {
                      formatHelp() + " (default: what the name of the file ends in)")
         ->check(CLI::IsMember(formatNames()));
     command->add_option("-o,--output", words->output, "The file (default: standard output)")
+        ->check(refuseEmpty)
         ->type_name("FILE");
     command
         ->add_option("--track", words->track,

@@ -107,9 +107,9 @@ void addGroupCommand(Commands commands) {
     CLI::App* const whole =
         commands.app.add_subcommand("group", "Tie assets together under one name");
     whole->require_subcommand(1);
-    addNamingCommands(commands, *whole, "GROUP", kGroups);
     whole->footer("  cutroom group new \"Reel 1 cuts\" \"Reel 1 v1\" \"Reel 1 v2\" --versions\n"
                   "  cutroom group holding \"Reel 1 v2\"");
+    addNamingCommands(commands, *whole, "GROUP", kGroups);
     const auto sub = [&](const char* name, const char* about, Workspace::Use use,
                          Status (*body)(const Options&, const GroupWords&)) {
         CLI::App* const command = whole->add_subcommand(name, about);

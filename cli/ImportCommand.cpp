@@ -1,6 +1,7 @@
 // cutroom import FILE…
 #include "cli/Command.h"
 #include "cli/Filing.h"
+#include "cli/Names.h"
 #include "cli/Progress.h"
 #include "cli/SubtitlesIn.h"
 #include "interchange/Importer.h"
@@ -107,35 +108,56 @@ std::string outcomeText(const Outcome& outcome) {
     return text;
 }
 
-std::string subtitlesJson(const SubtitleReport& report) {
+struct Laid {
+    std::string file;
+    SubtitleReport report;
+};
+
+std::string laidJson(const std::vector<Laid>& all, bool asList) {
     JSON::Builder json;
-    json.beginObject();
-    json.add("track", report.channel.asString());
-    json.add("subtitles", report.count);
-    json.beginArray("warnings");
-    for (const auto& warning : report.warnings)
-        json.add(warning);
-    json.endArray();
-    json.endObject();
+    if (asList)
+        json.beginArray();
+    for (const auto& [file, report] : all) {
+        json.beginObject();
+        json.add("file", file);
+        json.add("track", report.channel.asString());
+        json.add("subtitles", report.count);
+        json.beginArray("warnings");
+        for (const auto& warning : report.warnings)
+            json.add(warning);
+        json.endArray();
+        json.endObject();
+    }
+    if (asList)
+        json.endArray();
     return json.take();
 }
 
+// Each file for itself, like timelines. Of several files the answer is a list.
 int importSubtitleFiles(const Options& options, const ImportWords& words) {
-    return withProject(options, Workspace::Use::write, [&](Workspace&) -> Status {
-        for (const std::string& file : words.files) {
-            const auto report = addSubtitles(
-                {file, words.subtitlesOf, words.encoding,
-                 words.clock == "timecode" ? MarkerClock::timecode : MarkerClock::media});
-            if (!report)
-                return report.status();
-            if (options.json)
-                print(subtitlesJson(*report));
+    const bool several = words.files.size() > 1;
+    const MarkerClock clock =
+        words.clock == "timecode" ? MarkerClock::timecode : MarkerClock::media;
+    int worst = kExitDone;
+    const int closed = withProject(options, Workspace::Use::write, [&](Workspace&) {
+        const auto edit = openEdit(words.subtitlesOf);
+        if (!edit)
+            return edit.status();
+        std::vector<Laid> all;
+        for (const std::string& file : words.files)
+            if (const auto report = addSubtitles({file, words.encoding, clock}, *edit))
+                all.push_back({file, *report});
             else
-                for (const auto& warning : report->warnings)
+                worst = std::max(worst, fail(report.status()));
+        if (options.json && (several || !all.empty()))
+            print(laidJson(all, several));
+        for (const auto& [file, report] : all)
+            for (const auto& warning : report.warnings)
+                if (!options.json)
                     note("warning: " + file + ": " + warning);
-        }
-        return {};
+        return Status();
     });
+    return std::max(worst, closed);
 }
 
 // Whether any of the files is there: no project is made for words that name nothing.
@@ -186,19 +208,25 @@ void addImportCommand(Commands commands) {
     command->add_option("files", words->files, "Timeline files")->required()->type_name("FILE");
     command->add_option("--rate", words->rate,
                         "Frame rate of edit lists, which do not state it (25, 29.97, 30000/1001)");
-    command
-        ->add_option("--as-subtitles", words->subtitlesOf,
-                     "Lay SubRip files on a new subtitle track of this edit")
-        ->type_name("EDIT");
+    CLI::Option* const subtitles =
+        command
+            ->add_option("--as-subtitles", words->subtitlesOf,
+                         "Lay SubRip files on a new subtitle track of this edit")
+            ->check(refuseEmpty)
+            ->type_name("EDIT");
     command
         ->add_option("--clock", words->clock,
                      "What the times of subtitles count: media (from the first frame) or timecode")
-        ->check(CLI::IsMember({"media", "timecode"}));
-    command->add_option("--encoding", words->encoding,
-                        "Encoding of subtitles that are not UTF-8 (CP1250, GB18030 ...)");
+        ->check(CLI::IsMember({"media", "timecode"}))
+        ->needs(subtitles);
+    command
+        ->add_option("--encoding", words->encoding,
+                     "Encoding of subtitles that are not UTF-8 (CP1250, GB18030 ...)")
+        ->needs(subtitles);
     command
         ->add_option("--bin", words->bin,
                      "Put the new edits and logs into this bin; made if need be")
+        ->check(refuseEmpty)
         ->type_name("BIN");
     command->footer("Prints the cookie and name of each edit made. A file that cannot be read is "
                     "reported and\nleaves nothing behind; the others go on.\n\n"

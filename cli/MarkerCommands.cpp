@@ -82,15 +82,10 @@ Status applyTimes(Cue& cue, const MarkerWords& words, const EditPtr& edit) {
 }
 
 Status applyTexts(Cue& cue, const MarkerWords& words) {
-    for (const auto& [text, set] :
-         {std::pair{&words.name, &Cue::setName}, {&words.description, &Cue::setDescription}}) {
-        if (!*text)
-            continue;
-        const auto wide = toWideStrict(**text);
-        if (!wide)
-            return {StatusCode::wrongUsage, **text, "not UTF-8 text"};
-        (cue.*set)(*wide);
-    }
+    if (words.name)
+        cue.setName(toWide(*words.name));
+    if (words.description)
+        cue.setDescription(toWide(*words.description));
     if (words.colour) {
         const auto colour = parseColour(*words.colour);
         if (!colour)
@@ -103,11 +98,9 @@ Status applyTexts(Cue& cue, const MarkerWords& words) {
 Status applyFields(Cue& cue, const MarkerWords& words) {
     for (const std::string& field : words.fields) {
         const auto equals = field.find('=');
-        const auto value =
-            equals == field.npos ? std::nullopt : toWideStrict(field.substr(equals + 1));
-        if (!value || equals == 0 || !isUtf8(field))
+        if (equals == field.npos || equals == 0)
             return {StatusCode::wrongUsage, field, "not KEY=VALUE"};
-        cue.setCustomMetadata(field.substr(0, equals), *value);
+        cue.setCustomMetadata(field.substr(0, equals), toWide(field.substr(equals + 1)));
     }
     return {};
 }
@@ -264,8 +257,8 @@ void addMarkersCommand(Commands commands) {
     command->add_option("numbers", words->numbers,
                         "Which markers, by their number in the list; import: the file");
     command->add_option("--at", words->at, "Place: 01:00:10:12, 12.5 (seconds) or 300f (frames)");
-    command->add_option("--end", words->end, "End of a range, likewise");
-    command->add_flag("--point", words->point, "Make it a point, without an end");
+    CLI::Option* const end = command->add_option("--end", words->end, "End of a range, likewise");
+    command->add_flag("--point", words->point, "Make it a point, without an end")->excludes(end);
     command->add_option("--name", words->name, "Name");
     command->add_option("--description", words->description, "Description");
     command->add_option("--colour,--color", words->colour, "red, green ... or #rrggbb");

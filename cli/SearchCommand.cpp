@@ -158,10 +158,7 @@ Status saveSearch(const std::string& name, const ProjectSearch::Criteria& criter
     const auto results = searchResults();
     if (!results)
         return results.status();
-    const auto wide = toWideStrict(name);
-    if (!wide)
-        return {StatusCode::wrongUsage, name, "not UTF-8 text"};
-    return (*results)->saveCriteria(*wide, criteria).status();
+    return (*results)->saveCriteria(toWide(name), criteria).status();
 }
 
 Status search(const Options& options, const SearchCommandWords& words) {
@@ -236,15 +233,12 @@ void addSearchCommand(Commands commands) {
     CLI::App* const command =
         commands.app.add_subcommand("search", "Find edits and logs by what is known of them");
     addConditionOptions(*command, words->conditions);
-    const auto named = [](const std::string& name) {
-        return std::string(name.empty() ? "a name is not empty" : "");
-    };
     command->add_option("--keep", words->keep, "Put the results into this bin, made when it is new")
-        ->check(named)
+        ->check(refuseEmpty)
         ->type_name("BIN");
     command
         ->add_option("--save", words->save, "Keep the criteria: a search that follows the project")
-        ->check(named)
+        ->check(refuseEmpty)
         ->type_name("NAME");
     command->footer(
         "  cutroom search harbour\n"

@@ -38,6 +38,7 @@ void addShowCommand(Commands commands) {
         commands.app.add_subcommand("show", "Draw an edit's tracks, clips, transitions, markers");
     command->add_option("edit", words->edit, "Name or cookie")->required()->type_name("EDIT");
     command->add_option("--svg", words->svg, "Draw a picture into this file instead")
+        ->check(refuseEmpty)
         ->type_name("FILE");
     command->add_option("--width", words->width, "Columns to draw in (default: the terminal's)")
         ->check(CLI::Range(40, 1000));

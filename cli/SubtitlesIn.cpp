@@ -1,6 +1,5 @@
 #include "cli/SubtitlesIn.h"
 
-#include "cli/Names.h"
 #include "cli/Permission.h"
 #include "platform/base/Strings.h"
 #include "platform/files/Files.h"
@@ -64,21 +63,18 @@ Result<std::string> readText(const std::string& file, const std::string& asked) 
     return encoding == "UTF-8" ? std::move(bytes) : toUtf8From(std::move(*bytes), encoding, file);
 }
 
-Result<SubtitleReport> addSubtitles(const SubtitleWords& words) {
+Result<SubtitleReport> addSubtitles(const SubtitleWords& words, const EditPtr& edit) {
     const auto text = readText(words.file, words.encoding);
     if (!text)
         return text.status();
     const auto file = readSrt(*text, words.file);
     if (!file)
         return file.status();
-    const auto edit = openEdit(words.edit);
-    if (!edit)
-        return edit.status();
-    if (Status may = mayChange(*edit); !may)
+    if (Status may = mayChange(edit); !may)
         return may;
-    EditManager::instance().makeBackup(*edit, "Add subtitles");
+    EditManager::instance().makeBackup(edit, "Add subtitles");
     const std::string name = std::filesystem::path(words.file).stem().string();
-    return importSubtitles(EditModifier(*edit, "Add subtitles"), *file, toWide(name), words.clock);
+    return importSubtitles(EditModifier(edit, "Add subtitles"), *file, toWide(name), words.clock);
 }
 
 } // namespace cutroom::cli

@@ -309,6 +309,7 @@ void addShotWords(CLI::App& command, SyncWords& words) {
     command.add_option("--sound-at", words.soundAt, "The same moment in the sound")
         ->type_name("PLACE");
     command.add_option("--bin", words.bin, "File what is made in this bin, made when missing")
+        ->check(refuseEmpty)
         ->type_name("BIN");
     command.add_flag("--dry-run", words.dryRun, "Tell what goes together, make nothing");
 }

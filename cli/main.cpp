@@ -2,6 +2,7 @@
 #include "cli/Command.h"
 #include "cli/Completion.h"
 #include "cli/ManualPage.h"
+#include "platform/base/Strings.h"
 #include "platform/base/Version.h"
 
 #include <CLI/CLI.hpp>
@@ -69,18 +70,26 @@ std::string commandWords(const CLI::App& app) {
                          : named.front()->get_name() + ' ' + commandWords(*named.front());
 }
 
-// For a word that is no command the parser only says that a command is missing. Names the word.
+const CLI::App& innermost(const CLI::App& app) {
+    const auto named = app.get_subcommands();
+    return named.empty() ? app : innermost(*named.front());
+}
+
+// What is wrong with the words that were given. For a word that it does not know the parser may
+// only say that another one is missing.
+std::string wrongWords(const CLI::App& app, const CLI::ParseError& wrong) {
+    const auto unknown = app.remaining(true);
+    const bool wantsCommand = innermost(app).get_require_subcommand_min() > 0;
+    if (!unknown.empty())
+        return unknown.front() + (unknown.front().starts_with('-') ? ": no such option"
+                                  : wantsCommand                   ? ": no such command"
+                                                                   : ": one word too many");
+    return wantsCommand && wrong.get_name() == "RequiredError" ? "say what to do" : wrong.what();
+}
+
 int sayWrongUsage(const CLI::App& app, const CLI::ParseError& wrong) {
-    const auto extras = app.remaining();
-    if (app.get_subcommands().empty() && !extras.empty())
-        std::fprintf(stderr, "cutroom: %s: no such %s; `cutroom --help` lists them\n",
-                     oneLine(extras.front()).c_str(),
-                     extras.front().starts_with('-') ? "option" : "command");
-    else if (app.get_subcommands().empty() && extras.empty())
-        std::fprintf(stderr, "cutroom: say what to do; `cutroom --help` lists the commands\n");
-    else
-        std::fprintf(stderr, "cutroom: %s; `cutroom %s--help` shows how\n",
-                     oneLine(wrong.what()).c_str(), commandWords(app).c_str());
+    std::fprintf(stderr, "cutroom: %s; `cutroom %s--help` shows how\n",
+                 oneLine(wrongWords(app, wrong)).c_str(), commandWords(app).c_str());
     return cutroom::cli::kExitUsage;
 }
 
@@ -105,11 +114,15 @@ int parseAndRun(int argc, char** argv) {
     app.add_option("-p,--project", options.project,
                    "The project folder (default: the one that holds the current folder, else "
                    "./cutroom.project)")
+        ->check(cutroom::cli::refuseEmpty)
         ->type_name("FOLDER");
     app.add_flag("--json", options.json, "Answer in JSON");
     addAll({app, options, action});
     if (const auto answered = answerPrograms(app, {argv + 1, argv + argc}))
         return *answered;
+    for (int i = 1; i < argc; ++i)
+        if (!cutroom::isUtf8(argv[i]))
+            return cutroom::cli::fail({cutroom::StatusCode::wrongUsage, argv[i], "not UTF-8 text"});
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
