@@ -138,9 +138,9 @@ Result<MarkerTexts> textsOf(const Cursor& object,
         const auto field = fields.find(std::string(member.key()));
         const auto known = std::find_if(std::begin(kKnown), std::end(kKnown),
                                         [&](const auto& one) { return one.first == member.key(); });
-        if (known == std::end(kKnown) && field == fields.end())
+        if ((known == std::end(kKnown) && field == fields.end()) || member.kind() == Kind::null)
             continue;
-        if (member.kind() != Kind::string && member.kind() != Kind::null)
+        if (member.kind() != Kind::string)
             return Status(StatusCode::damaged, {},
                           '"' + std::string(member.key()) + "\" is not text");
         if (field != fields.end()) // none has one of the exporter's five names
