@@ -167,7 +167,7 @@ std::string soundText(std::size_t edits, const ContainerCounts& containers) {
     const auto some = [](std::size_t count, const char* what) {
         return count ? format(", %zu %s%s", count, what, count == 1 ? "" : "s") : std::string();
     };
-    return format("%zu edit%s and logs", edits, edits == 1 ? "" : "s") +
+    return format("%zu %s", edits, edits == 1 ? "edit or log" : "edits and logs") +
            some(containers.bins, "bin") + some(containers.groups, "group") +
            some(containers.documents, "document") + some(containers.filters, "filter") +
            ", all sound";
