@@ -142,6 +142,8 @@ const char* afterText(const char* at, const char* end, RecordFile::Value& value)
     return in.ok() ? at + in.position() : nullptr;
 }
 
+Status damagedLine() { return {StatusCode::damaged, {}, "a line of the head is damaged"}; }
+
 // `record` counts from 1.
 Status recordDamage(const std::string& file, std::size_t offset, std::size_t record) {
     return {StatusCode::damaged, file, format("record %zu is damaged", record),
@@ -306,6 +308,9 @@ Status RecordFile::parse(std::string bytes, std::string_view kind, const std::st
 }
 
 Status RecordFile::parseHead(std::string_view payload, Layout& layout) {
+    properties_.reserve(4); // more than most have of each: few lists grow
+    attributes_.reserve(16);
+    fields_.reserve(8);
     for (std::size_t from = 0; from < payload.size();) {
         const std::size_t end = payload.find('\n', from);
         if (end == std::string_view::npos)
@@ -327,19 +332,18 @@ Status RecordFile::parseHead(std::string_view payload, Layout& layout) {
 }
 
 Status RecordFile::parseLine(std::string_view line, Layout& layout) {
-    Status bad(StatusCode::damaged, {}, "a line of the head is damaged");
     const std::string_view word = takeWord(line);
     if (word == "records") {
         const std::optional<unsigned long long> count = parseUnsigned(line);
         layout.records = count.value_or(0);
         layout.counted = true;
-        return count && (fields_.size() > 0 || *count == 0) ? Status() : bad;
+        return count && (fields_.size() > 0 || *count == 0) ? Status() : damagedLine();
     }
     if (word == "field") {
         const std::string_view type = takeWord(line);
         std::optional<std::string> name = readHeadText(line);
         if (type.size() != 1 || !name || fields_.size() == kMaxFields || layout.counted)
-            return bad;
+            return damagedLine();
         appendField(*std::move(name), type.front());
         return {};
     }
@@ -348,7 +352,7 @@ Status RecordFile::parseLine(std::string_view line, Layout& layout) {
         name = readHeadText(takeWord(line));
     std::optional<std::string> text = readHeadText(line);
     if (!name || !text)
-        return bad;
+        return damagedLine();
     (word == "attribute" ? attributes_ : properties_)
         .push_back({*std::move(name), *std::move(text)});
     return {};
