@@ -113,7 +113,7 @@ void AssetMetadataSRTExporter::getTimecodeString(std::string& out,
     edit.append(out, seconds);
     if (out.size() - begin != kTimecodeLength)
         return;
-    const int frames = cutroom::leadingInt(std::string_view(out).substr(out.size() - 2));
+    const int frames = (out.end()[-2] - '0') * 10 + (out.end()[-1] - '0');
     const double milliseconds = frames * resolution * 1000;
     out.resize(begin + 8);
     out += ',';

@@ -6,11 +6,12 @@ namespace cutroom {
 
 namespace {
 
-bool breaksLine(wchar_t c) noexcept {
+// An object, so that searches take it in instead of calling it for each character.
+constexpr auto breaksLine = [](wchar_t c) noexcept {
     if (c >= L' ' && c < L'\x7F')
         return false;
     return c < L' ' || c == L'\x7F' || c == L'\x85' || c == L'\u2028' || c == L'\u2029';
-}
+};
 
 std::wstring withoutBreaks(std::wstring_view text) {
     std::wstring line;
