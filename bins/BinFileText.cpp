@@ -83,17 +83,17 @@ inline Leading shortDecimal(const char* at) noexcept {
     std::ptrdiff_t digits = point - at;
     if (digits == 0 || digits > kMostDigits)
         return {};
-    double exact = value;
-    const char* end = point;
-    if (*point == '.') {
-        end = takeDigits(point + 1, value);
-        const std::ptrdiff_t decimals = end - point - 1;
-        digits += decimals;
-        if (digits > kMostDigits || decimals > 7)
-            return {};
-        exact = value / kPowers[decimals];
+    if (*point != '.') {
+        const auto whole = static_cast<float>(value);
+        return {point, negative ? -whole : whole};
     }
-    return {end, static_cast<float>(negative ? -exact : exact)};
+    const char* const end = takeDigits(point + 1, value);
+    const std::ptrdiff_t decimals = end - point - 1;
+    digits += decimals;
+    if (digits > kMostDigits || decimals > 7)
+        return {};
+    const auto rounded = static_cast<float>(value / kPowers[decimals]);
+    return {end, negative ? -rounded : rounded};
 }
 
 // As it is written, with short decimals; nothing for any other. The bracket at the end stops every
