@@ -192,18 +192,19 @@ Status check(Workspace& workspace, const Options& options, bool repair) {
     ContainerCounts containers;
     for (Status& one : checkContainers(&containers))
         addNew(wrong, std::move(one));
+    const bool damagedBeside = !repair && WarningLog::count() > 0;
     if (options.json)
         print(reportJson(edits.count + containers.bins + containers.groups + containers.documents +
                              containers.filters,
                          wrong));
-    else if (wrong.empty())
+    else if (wrong.empty() && !damagedBeside)
         print(soundText(edits.count, containers) +
               (repair ? "; the project database was rebuilt\n" : "\n"));
     for (std::size_t i = 1; i < wrong.size(); ++i)
         fail(wrong[i]);
     if (!wrong.empty())
         return wrong.front();
-    if (!repair && WarningLog::count() > 0)
+    if (damagedBeside)
         return {StatusCode::damaged, CurrentProject::getFolder(),
                 "the project is damaged beside its edits; a command that writes mends it"};
     return {};

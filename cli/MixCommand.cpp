@@ -79,7 +79,8 @@ public:
                 const auto mix = parseMix(name);
                 if (!mix)
                     return mix.status();
-                add(kMixChannelRouting, on).to = *mix;
+                if (Status added = addRouting(kMixChannelRouting, *mix, on, name); !added)
+                    return added;
             }
         return addCommon(kMixChannelLevel, kMixChannelMute, kMixChannelSolo);
     }
@@ -91,11 +92,10 @@ public:
         base_.target = mix;
         for (const auto& [outputs, on] :
              {std::pair{&words_.outputs, true}, {&words_.notOutputs, false}})
-            for (const int output : *outputs) {
-                MixSetting& setting = add(kMixRouting, on);
-                setting.to = output - 1;
-                setting.monitoring = words_.monitor;
-            }
+            for (const int output : *outputs)
+                if (Status added = addRouting(kMixRouting, output - 1, on, std::to_string(output));
+                    !added)
+                    return added;
         return addCommon(kMixLevel, kMixMute, kMixSolo);
     }
 
@@ -107,6 +107,17 @@ private:
         settings_.back().what = what;
         settings_.back().on = on;
         return settings_.back();
+    }
+
+    Status addRouting(eAudioMixChange what, int to, bool on, const std::string& name) {
+        for (const MixSetting& other : settings_)
+            if (other.target == base_.target && other.what == what && other.to == to &&
+                other.on != on)
+                return {StatusCode::wrongUsage, name, "is to be fed and not to be fed"};
+        MixSetting& setting = add(what, on);
+        setting.to = to;
+        setting.monitoring = what == kMixRouting && words_.monitor;
+        return {};
     }
 
     Status addCommon(eAudioMixChange level, eAudioMixChange mute, eAudioMixChange solo) {
