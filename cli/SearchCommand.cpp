@@ -122,7 +122,7 @@ Result<Kv::Ptr<BinData>> perform(const ProjectSearch::Criteria& criteria, bool p
     if (results)
         return results;
     if (InterruptWatch::interrupted())
-        return Status(StatusCode::failed, "search", "interrupted; nothing was kept");
+        return Status(StatusCode::failed, "search", "interrupted; no results were kept");
     return Status(StatusCode::inputOutput, "search", "the project's records cannot be read");
 }
 
@@ -165,6 +165,9 @@ Status search(const Options& options, const SearchCommandWords& words) {
     const auto criteria = criteriaOf(words.conditions);
     if (!criteria)
         return criteria.status();
+    if (!words.save.empty()) // first, since a name may be refused
+        if (Status status = saveSearch(words.save, *criteria); !status)
+            return status;
     const auto results = perform(*criteria, !options.json);
     if (!results)
         return results.status();
@@ -175,9 +178,6 @@ Status search(const Options& options, const SearchCommandWords& words) {
             return bin.status();
         kept = *bin;
     }
-    if (!words.save.empty())
-        if (Status status = saveSearch(words.save, *criteria); !status)
-            return status;
     const std::wstring name = words.keep.empty() ? (*results)->getName() : toWide(words.keep);
     if (options.json)
         print(jsonOf(**results, name, kept));
