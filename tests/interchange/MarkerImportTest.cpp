@@ -122,11 +122,12 @@ TEST_F(MarkerImport, ReadsWhatOtherProgramsWriteAndNamesTheLineOfWhatIsWrong) {
              {edl, "TITLE: x\n", "f: holds no marker"},
          })
         EXPECT_THAT(summary(read(row.text, row.format, reel)), HasSubstr(row.found)) << row.text;
-    EXPECT_EQ(summary(read("1\n00:00:01,000 --> 00:00:02,000\nx\n", srt, reel, MarkerClock::media)),
-              "1-2 x|\n");
 }
 
 TEST_F(MarkerImport, CountsAsTheEditDoes) {
+    EXPECT_EQ(summary(read("1\n00:00:01,000 --> 00:00:02,000\nx\n", MarkerFormat::srt, edit(),
+                           MarkerClock::media)),
+              "1-2 x|\n");
     const Kv::FrameRate ntsc(30000, 1001);
     EXPECT_EQ(summary(read("in\n01:00:10;00\n", MarkerFormat::csv, edit(ntsc, true))),
               "10.01- |\n");
