@@ -1,3 +1,4 @@
+#include "bins/BinsCache.h"
 #include "bins/DocumentManager.h"
 #include "platform/files/CheckedFile.h"
 #include "platform/files/KVContainerFile.h"
@@ -322,14 +323,17 @@ TEST_F(BinManagerTest, SummariesFollowTheBins) {
     const Kv::Ptr<BinData> bin = newBin(L"Shots");
     const Cookie a = newEdit(L"a"), b = newEdit(L"b");
     const Cookie document = DocumentManager::instance().createDocument(L"/x.pdf", 'D')->getID();
-    bin->add(CookieVec{a, document, Cookie('A', 4), Cookie('G', 5), Cookie('M', 6)});
+    bin->add(CookieVec{a, document, Cookie('A', 4), Cookie('M', 6), Cookie('G', 5)});
     EXPECT_FALSE(EditManager::instance().isOpen(a)) << "its times are taken, no more";
     bin->setExternalID(L"ext");
     bin->setPermanent(true);
     const BinManager::BinSummary summary = bins().getSummary(bin->getID());
     EXPECT_EQ(summary, BinManager::getSummary(*bin));
     EXPECT_EQ(summary.logCount, 2);
-    EXPECT_THAT(summary.children, ElementsAre(Cookie('G', 5), Cookie('M', 6)));
+    EXPECT_THAT(summary.children, ElementsAre(Cookie('M', 6), Cookie('G', 5)));
+    EXPECT_TRUE(bins().saveAll().ok());
+    EXPECT_EQ(cutroom::readBinSummary(cutroom::toUtf8(bin->getLocation()), bin->getID()).value(),
+              summary);
     std::map<Cookie, BinManager::BinSummary> all{{Cookie('G', 1), {}}};
     bins().getAllBins(all);
     EXPECT_THAT(all, ElementsAre(testing::Pair(bin->getID(), summary)));
